@@ -1,0 +1,90 @@
+#pragma once
+
+#include <SDL.h>
+#include <string>
+#include <vector>
+
+#include "vendelo-sdl2/TAlignment.h"
+
+// A font of one glyph atlas and an XML description file. It renders a text, with line breaks, alignment and
+// kerning, into a new texture. Fonts stand in a process-wide registry under their names, so that labels share them.
+// Thread: construction, destruction and RenderText need the renderer: draw thread. The registry has no lock.
+// Units: pixels of the atlas.
+// Ownership: a registered font is deleted by CleanupBitmapFonts and owns its atlas. A second font on the same file
+// borrows the atlas and the glyphs of the first, and is not registered. Glyphs live as long as the process.
+// Bad input: a missing or malformed file gives an empty font that is not registered; a missing number counts as 0
+// and is reported once per file.
+class TBitmapFont {
+ public:
+  struct TGlyph {
+    struct TKerning {
+      int second_id;  // code point of the glyph that follows
+      int amount;     // pixels added to the pen
+    };
+    int id;  // code point
+    int x;
+    int y;
+    int width;
+    int height;
+    int xoffset;
+    int yoffset;
+    int xadvance;
+    std::vector<TKerning> kernings;
+  };
+
+  TBitmapFont(SDL_Renderer* renderer, const std::string& name, const std::string& XMLfilename);
+  ~TBitmapFont();
+  TBitmapFont(const TBitmapFont&) = delete;
+  TBitmapFont& operator=(const TBitmapFont&) = delete;
+
+  // The first registered font of that name, or null.
+  static TBitmapFont* FindBitmapFont(const std::string& name);
+  // Deletes every registered font; to be called while the renderer lives.
+  static void CleanupBitmapFonts();
+
+  // The first glyph of that code point, or null.
+  TGlyph* FindGlyph(int id) const;
+
+  // A new texture, owned by the caller, 5 pixels wider than the widest line; the sizes go through the pointers if
+  // given. Null (and sizes of 0) for an empty text. Only "\n" breaks a line; the vertical part of the alignment has
+  // no effect.
+  SDL_Texture* RenderText(SDL_Renderer* renderer, const std::string& text, int* widthOut, int* heightOut,
+                          vendelo_sdl2::TAlignment textAlignment) const;
+
+  SDL_Texture* GlyphTexture() const { return mpGlyphTexture; }
+  SDL_Color BackgroundColor() const { return mBackgroundColor; }
+  int PaddingTop() const { return mPaddingTop; }
+  int PaddingLeft() const { return mPaddingLeft; }
+  int PaddingBottom() const { return mPaddingBottom; }
+  int PaddingRight() const { return mPaddingRight; }
+  int LineHeight() const { return mLineHeight; }
+  int Baseline() const { return mBase; }
+  int MaxGlyphWidth() const { return mMaxWidth; }
+  int MaxGlyphHeight() const { return mMaxHeight; }
+  const std::string& Name() const { return mName; }
+
+ private:
+  struct Layout;
+  void shareWith(const TBitmapFont& original);
+  bool parse(SDL_Renderer* renderer, std::vector<char>& file);
+  Layout measure(const std::string& text) const;
+
+  std::vector<TGlyph*> mGlyphChars;  // in file order
+  SDL_Texture* mpGlyphTexture = nullptr;
+  std::string mName;
+  std::string mXML;
+  int mMaxHeight = 0;
+  int mMaxWidth = 0;
+  int mBase = 0;
+  int mLineHeight = 0;
+  int mPaddingTop = 0;
+  int mPaddingBottom = 0;
+  int mPaddingLeft = 0;
+  int mPaddingRight = 0;
+  SDL_Color mBackgroundColor{0, 0, 0, 255};
+  bool mOwnsAtlas = false;
+
+  static std::vector<TBitmapFont*>& BitmapFonts;
+  // Fonts that only their creators know, kept reachable.
+  static std::vector<TBitmapFont*>& UnregisteredFonts;
+};
