@@ -119,7 +119,7 @@ class TControlCyphers3 : public vendelo_sdl2::TGuiComponent {
   // What one frame has worked out before its first digit.
   struct Frame;
   void updateWheels(long value, Uint32 now);
-  void drawWheel(int n, float position, Frame& frame);
+  void drawWheel(int n, float position, const Frame& frame);
   void drawSeparator(SDL_Texture* texture, const SDL_Rect& source, int n, const Frame& frame);
   void swapSeparators();
   void releaseTextures();

@@ -1,0 +1,137 @@
+// The part of the digit display that builds its strip and separators out of a font.
+#include <algorithm>
+#include <cstdio>
+
+#include "common/TBitmapFont.h"
+#include "components/TControlCyphers3.h"
+#include "vendelo-sdl2/TAppGuiModule.h"
+
+using namespace vendelo_sdl2;
+
+namespace {
+
+constexpr int stripRows = 11;
+
+// The strip's row of a digit. The second row of 0 closes the circle, so that the turn from 9 to 0 is continuous.
+int rowOf(int digit, bool reversed) { return reversed ? 10 - digit : digit; }
+int secondZeroRow(bool reversed) { return reversed ? 0 : 10; }
+
+void reportMissing(const std::string& component, char glyph) {
+  std::printf("Component %s: the font has no glyph '%c', its cell stays empty.\n", component.c_str(), glyph);
+}
+
+// Copies one glyph to the middle of its row, and the 0 to the extra row too.
+void copyDigit(SDL_Renderer* renderer, SDL_Texture* source, const SDL_Rect& srcRect, int digit, bool reversed,
+               int rowWidth, int rowHeight) {
+  SDL_Rect destRect{(rowWidth - srcRect.w) / 2, 0, srcRect.w, srcRect.h};
+  destRect.y = rowOf(digit, reversed) * rowHeight + (rowHeight - srcRect.h) / 2;
+  SDL_RenderCopy(renderer, source, &srcRect, &destRect);
+  if (digit != 0) return;
+  destRect.y = secondZeroRow(reversed) * rowHeight + (rowHeight - srcRect.h) / 2;
+  SDL_RenderCopy(renderer, source, &srcRect, &destRect);
+}
+
+// A layer with one glyph on it; the rectangle keeps its size and goes to the origin.
+SDL_Texture* separatorLayer(SDL_Renderer* renderer, SDL_Texture* source, SDL_Rect& rect) {
+  SDL_Texture* layer = TAppGuiModule::CreateLayer(nullptr, rect.w, rect.h, 0, 0, 0, 0, 16);
+  SDL_SetRenderTarget(renderer, layer);
+  if (layer) SDL_RenderCopy(renderer, source, &rect, nullptr);
+  rect.x = rect.y = 0;
+  return layer;
+}
+
+}  // namespace
+
+void TControlCyphers3::SetFont(TBitmapFont* font) {
+  SDL_Renderer* renderer = GetRenderer();
+  if (!font || !renderer) return;
+  releaseTextures();
+  mDotRect = mCommaRect = SDL_Rect{0, 0, 0, 0};
+  mGlyphWidth = font->MaxGlyphWidth();
+  mGlyphHeight = font->MaxGlyphHeight();
+  mpCyphers = TAppGuiModule::CreateLayer(nullptr, mGlyphWidth, mGlyphHeight * stripRows, 0, 0, 0, 0, 16);
+  SDL_Texture* const target = SDL_GetRenderTarget(renderer);
+  SDL_SetRenderTarget(renderer, mpCyphers);
+
+  bool reported = false;
+  auto find = [&](int codePoint) {
+    const TBitmapFont::TGlyph* glyph = font->FindGlyph(codePoint);
+    if (!glyph && !reported) reportMissing(mName, static_cast<char>(codePoint));
+    reported = reported || !glyph;
+    return glyph;
+  };
+  for (int i = 0; mpCyphers && i <= 9; ++i)
+    if (const TBitmapFont::TGlyph* glyph = find(48 + i))
+      copyDigit(renderer, font->GlyphTexture(), SDL_Rect{glyph->x, glyph->y, glyph->width, glyph->height}, i,
+                mSpinDirection, mGlyphWidth, mGlyphHeight);
+  if (const TBitmapFont::TGlyph* glyph = find(44)) {
+    mCommaRect = SDL_Rect{glyph->x, glyph->y, glyph->width, glyph->height};
+    mpComma = separatorLayer(renderer, font->GlyphTexture(), mCommaRect);
+  }
+  if (const TBitmapFont::TGlyph* glyph = find(46)) {
+    mDotRect = SDL_Rect{glyph->x, glyph->y, glyph->width, glyph->height};
+    mpDot = separatorLayer(renderer, font->GlyphTexture(), mDotRect);
+  }
+  SDL_SetRenderTarget(renderer, target);
+  if (mLocale == COMMA_DECIMAL_DOT_THOUSANDS) swapSeparators();
+}
+
+void TControlCyphers3::SetFont(TTF_Font* font, SDL_Color color) {
+  SDL_Renderer* renderer = GetRenderer();
+  if (!font || !renderer) return;
+  releaseTextures();
+  mDotRect = mCommaRect = SDL_Rect{0, 0, 0, 0};
+  mGlyphWidth = 0;
+  for (Uint16 c = '0'; c <= '9'; ++c) {
+    int minx = 0, maxx = 0;
+    TTF_GlyphMetrics(font, c, &minx, &maxx, nullptr, nullptr, nullptr);
+    mGlyphWidth = std::max(mGlyphWidth, maxx - minx);
+  }
+  // The height comes from the width figures here while the rows are as high as the component: as designed.
+  mGlyphHeight = mGlyphWidth;
+  const int rowHeight = mDestRect.h;
+  mpCyphers = TAppGuiModule::CreateLayer(nullptr, mGlyphWidth, rowHeight * stripRows, 0, 0, 0, 0, 16);
+  SDL_Texture* const target = SDL_GetRenderTarget(renderer);
+  SDL_SetRenderTarget(renderer, mpCyphers);
+
+  bool reported = false;
+  auto render = [&](char c, SDL_Rect& bounds) {
+    SDL_Texture* glyph = GlyphOfFont(font, color, c, &bounds);
+    if (!glyph && !reported) reportMissing(mName, c);
+    reported = reported || !glyph;
+    return glyph;
+  };
+  for (int i = 0; mpCyphers && i <= 9; ++i) {
+    SDL_Rect bounds;
+    if (SDL_Texture* glyph = render(static_cast<char>('0' + i), bounds)) {
+      copyDigit(renderer, glyph, bounds, i, mSpinDirection, mGlyphWidth, rowHeight);
+      SDL_DestroyTexture(glyph);
+    }
+  }
+  if (SDL_Texture* glyph = render(',', mCommaRect)) {
+    mpComma = separatorLayer(renderer, glyph, mCommaRect);
+    SDL_DestroyTexture(glyph);
+  }
+  if (SDL_Texture* glyph = render('.', mDotRect)) {
+    mpDot = separatorLayer(renderer, glyph, mDotRect);
+    SDL_DestroyTexture(glyph);
+  }
+  SDL_SetRenderTarget(renderer, target);
+  if (mLocale == COMMA_DECIMAL_DOT_THOUSANDS) swapSeparators();
+}
+
+SDL_Texture* TControlCyphers3::GlyphOfFont(TTF_Font* font, SDL_Color color, char charCode,
+                                           SDL_Rect* boundsOut) const {
+  SDL_Rect bounds{0, 0, 0, 0};
+  SDL_Texture* texture = nullptr;
+  const Uint16 codePoint = static_cast<unsigned char>(charCode);
+  if (font && TTF_GlyphIsProvided(font, codePoint)) {
+    if (SDL_Surface* surface = TTF_RenderGlyph_Blended(font, codePoint, color)) {
+      texture = SDL_CreateTextureFromSurface(GetRenderer(), surface);
+      SDL_FreeSurface(surface);
+    }
+  }
+  if (texture) SDL_QueryTexture(texture, nullptr, nullptr, &bounds.w, &bounds.h);
+  if (boundsOut) *boundsOut = bounds;
+  return texture;
+}
