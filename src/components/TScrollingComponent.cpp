@@ -1,0 +1,213 @@
+#include "components/TScrollingComponent.h"
+
+#include <cmath>
+#include <cstdint>
+#include <cstdlib>
+
+#include "vendelo-sdl2/TAppGuiModule.h"
+
+using namespace vendelo_sdl2;
+
+namespace {
+float defaultMovementFunction(float t, float) { return t; }
+}  // namespace
+
+TScrollingComponent::TScrollingComponent(SDL_Renderer* pRenderer, int x, int y, int width, int height,
+                                         std::string ComponentName)
+  : TGuiComponent(pRenderer, x, y, width, height, std::move(ComponentName)),
+    mSpacing(100.0f),
+    mIsRelativeSpacing(false),
+    mPadding(0),
+    mScrollDuration(1000),
+    mWaitDuration(0),
+    mWaitChange(0),
+    mWaitChangeAt(0),
+    mFirstDraw(0),
+    fMovementFunction(defaultMovementFunction) {
+  mpTargetTexture = TAppGuiModule::CreateLayer(nullptr, width, height, 0, 0, 0, 0, 32);
+}
+
+TScrollingComponent::~TScrollingComponent() {
+  if (mpTargetTexture) SDL_DestroyTexture(mpTargetTexture);
+}
+
+void TScrollingComponent::AddContent(TGuiComponent* content, int index, ContentAlign alignment) {
+  if (!AddComponent(content)) return;
+  content->setParent(nullptr);
+  const Content entry{content, alignment};
+  if (index >= 0 && index < NumberOfChildren())
+    mpContent.insert(mpContent.begin() + index, entry);
+  else
+    mpContent.push_back(entry);
+}
+
+void TScrollingComponent::RemoveAllContents() {
+  for (const Content& content : mpContent) RemoveComponent(content.component, true);
+  mpContent.clear();
+}
+
+TGuiComponent* TScrollingComponent::ContentAt(int index) const {
+  return index >= 0 && index < NumberOfChildren() ? mpContent[static_cast<size_t>(index)].component : nullptr;
+}
+
+int TScrollingComponent::NumberOfChildren() const { return static_cast<int>(mpContent.size()); }
+
+void TScrollingComponent::SetScrollSpeedRelative(float speed) {
+  const float duration = roundf(100000.0f / speed);
+  mScrollDuration = std::isfinite(duration) ? static_cast<long>(duration) : 0;
+}
+
+void TScrollingComponent::SetScrollSpeedFixed(float speed) {
+  SetScrollSpeedRelative(100.0f * speed / static_cast<float>(mDestRect.w));
+}
+
+void TScrollingComponent::SetSpacingFixed(float spacing) {
+  mSpacing = spacing;
+  mIsRelativeSpacing = false;
+}
+
+void TScrollingComponent::SetSpacingRelative(float spacing) {
+  mSpacing = spacing;
+  mIsRelativeSpacing = true;
+}
+
+void TScrollingComponent::SetPadding(int padding) { mPadding = padding; }
+
+void TScrollingComponent::SetMovementFunction(float (*function)(float, float)) {
+  fMovementFunction = function ? function : defaultMovementFunction;
+}
+
+void TScrollingComponent::SetVisible(bool visible) {
+  for (const Content& content : mpContent) content.component->_setVisible(visible);
+  _setVisible(visible);
+}
+
+void TScrollingComponent::SetWaitDuration(float seconds) {
+  const long milliseconds = static_cast<long>(roundf(1000.0f * seconds));
+  if (mpContent.empty()) {
+    mWaitDuration = milliseconds;
+    mWaitChange = -1;
+    mWaitChangeAt = 0;
+    return;
+  }
+  const long wanted = seconds < 0.0f ? -1 : milliseconds;
+  if (mFirstDraw == 0) {
+    mWaitDuration = wanted;
+    return;
+  }
+  // The loop's length here: without the spacing and in whole numbers, unlike in draw. Required as it is.
+  long total = 0;
+  for (const Content& content : mpContent) {
+    total += mWaitDuration;
+    if (mDestRect.w != 0) total += content.component->getWidth() * std::labs(mScrollDuration) / mDestRect.w;
+  }
+  const Uint32 now = SDL_GetTicks();
+  if (total <= 0) {
+    mWaitDuration = wanted;
+    mWaitChange = 0;
+    mWaitChangeAt = 0;
+    mFirstDraw = now;
+    return;
+  }
+  const double iteration = std::floor(static_cast<double>(now - mFirstDraw) / static_cast<double>(total));
+  mWaitChangeAt = mFirstDraw + static_cast<Uint32>(std::floor((iteration + 1.0) * static_cast<double>(total)));
+  mWaitChange = wanted;
+}
+
+double TScrollingComponent::currentSpacing() const {
+  return mIsRelativeSpacing ? mSpacing * static_cast<double>(mDestRect.w) * 0.01 : static_cast<double>(mSpacing);
+}
+
+double TScrollingComponent::slideOffset(Uint32 now) const {
+  if (mWaitDuration < 0) return 0.0;
+  const double width = mDestRect.w;
+  const double spacing = currentSpacing();
+  const double duration = static_cast<double>(std::labs(mScrollDuration));
+  const double wait = static_cast<double>(mWaitDuration);
+  if (width <= 0.0 || duration <= 0.0) return 0.0;
+
+  double totalLoopDuration = 0.0;
+  for (const Content& content : mpContent)
+    totalLoopDuration += wait + (content.component->getWidth() + spacing) * duration / width;
+  if (!(totalLoopDuration > 0.0)) return 0.0;
+
+  const double elapsed = std::fmod(static_cast<double>(now - mFirstDraw), totalLoopDuration);
+  double offset = 0.0;
+  int64_t mWaitStart = 0;
+  for (const Content& content : mpContent) {
+    const double thisElementWidth = content.component->getWidth() + spacing;
+    const double thisElementScrollDuration = duration * thisElementWidth / width;
+    const double inElement = elapsed - static_cast<double>(mWaitStart);
+    if (wait + thisElementScrollDuration > inElement) {
+      if (inElement > wait) {
+        const double t = (inElement - wait) / thisElementScrollDuration;
+        offset +=
+          thisElementWidth *
+          fMovementFunction(static_cast<float>(t), static_cast<float>(std::abs(0.001 * thisElementScrollDuration)));
+      }
+      break;
+    }
+    offset += thisElementWidth;
+    mWaitStart = static_cast<int64_t>(static_cast<double>(mWaitStart) + wait + thisElementScrollDuration);
+  }
+  return mScrollDuration < 0 ? -offset : offset;
+}
+
+void TScrollingComponent::draw() {
+  if (mpContent.empty()) return;
+  SDL_Rect destRect = mDestRect;
+  if (mpParent) {
+    destRect.x = mOrigPosX + mpParent->getX();
+    destRect.y = mOrigPosY + mpParent->getY();
+  }
+  const Uint32 now = SDL_GetTicks();
+  if (mFirstDraw == 0) mFirstDraw = now;
+  if (mWaitChangeAt != 0 && now >= mWaitChangeAt) {
+    mFirstDraw = mWaitChangeAt;
+    mWaitDuration = mWaitChange;
+    mWaitChange = 0;
+    mWaitChangeAt = 0;
+  }
+  const double slid = slideOffset(now);
+  const double offset = (std::isfinite(slid) ? slid : 0.0) + mPadding;
+
+  SDL_Renderer* renderer = GetRenderer();
+  if (!renderer || !mpTargetTexture) return;
+  SDL_Texture* const target = SDL_GetRenderTarget(renderer);
+  SDL_SetRenderTarget(renderer, mpTargetTexture);
+  Uint8 r = 0, g = 0, b = 0, a = 0;
+  SDL_GetRenderDrawColor(renderer, &r, &g, &b, &a);
+  SDL_SetRenderDrawColor(renderer, 0, 0, 0, 0);
+  SDL_RenderClear(renderer);
+  SDL_SetRenderDrawColor(renderer, r, g, b, a);
+  drawStrip(offset);
+  SDL_SetRenderTarget(renderer, target);
+  SDL_SetTextureAlphaMod(mpTargetTexture, static_cast<Uint8>(mAlpha & 255));
+  SDL_RenderCopy(renderer, mpTargetTexture, nullptr, &destRect);
+}
+
+void TScrollingComponent::drawStrip(double offset) {
+  const int width = mDestRect.w, height = mDestRect.h;
+  const double spacing = currentSpacing();
+  size_t childI = 0;
+  int posX = static_cast<int>(roundf(static_cast<float>(offset)));
+  int roundStart = posX;
+  while (posX < width) {
+    const Content& content = mpContent[childI];
+    TGuiComponent* child = content.component;
+    const int elementWidth = child->getWidth();
+    if (posX + elementWidth > 0) {
+      child->setX(posX);
+      int posY = 0;
+      if (content.alignment == CENTER) posY = (height - child->getHeight()) / 2;
+      if (content.alignment == BOTTOM) posY = height - child->getHeight();
+      child->setY(posY);
+      child->draw();
+    }
+    posX = static_cast<int>(posX + elementWidth + spacing);
+    childI = (childI + 1) % mpContent.size();
+    if (childI != 0) continue;
+    if (posX <= roundStart) return;  // a whole round that does not advance would never reach the end
+    roundStart = posX;
+  }
+}
