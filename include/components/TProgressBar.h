@@ -54,5 +54,5 @@ class TProgressBar : public vendelo_sdl2::TGuiComponent {
 
  private:
   struct Part;
-  void drawParts(Part leading, Part following, int shiftX, int shiftY);
+  void drawParts(const Part& leading, const Part& following, int shiftX, int shiftY);
 };
