@@ -145,9 +145,9 @@ class TAppGuiModule : public TAppModule {
   static SDL_Rect GlobalRect;
   static SDL_Rect GlobalRect2;
 
-  void drawFrame(bool running, bool rendering);
+  void drawFrame(bool running);
   void applyWindowSize();
-  Uint32 pace(Uint32 now, bool rendering);
+  Uint32 pace(bool rendering);
   void countFrame(Uint32 beforePresent);
 };
 

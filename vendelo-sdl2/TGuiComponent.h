@@ -101,7 +101,7 @@ class TGuiComponent {
   // False also for the child that is rear-most already.
   bool SendComponentToBack(TGuiComponent* pComponent);
 
-  // One pixel towards the destination of setDestPos, or away from it, on each axis; at the destination nothing.
+  // One pixel on each axis: towards the destination of setDestPos, where it ends, or the other way, without end.
   void moveToDestPos();
   void moveFromDestPos();
 
@@ -129,7 +129,7 @@ class TGuiComponent {
  private:
   int relativeX() const;
   int relativeY() const;
-  void step(int direction);
+  void startFade(bool reverse);
 };
 
 }  // namespace vendelo_sdl2

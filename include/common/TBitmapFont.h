@@ -66,7 +66,9 @@ class TBitmapFont {
  private:
   struct Layout;
   void shareWith(const TBitmapFont& original);
+  // Whether there was a font with glyphs in it; throws rapidxml::parse_error.
   bool parse(SDL_Renderer* renderer, std::vector<char>& file);
+  void loadAtlas(SDL_Renderer* renderer, const std::string& image);
   Layout measure(const std::string& text) const;
 
   std::vector<TGlyph*> mGlyphChars;  // in file order

@@ -1,0 +1,180 @@
+#include "common/TBitmapFont.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "vendelo-sdl2/MyUtils.h"
+#include "vendelo-sdl2/TAppGuiModule.h"
+
+using namespace vendelo_sdl2;
+
+namespace {
+
+// Added to the width of the widest line.
+constexpr int kSpareWidth = 5;
+
+// The code point at `position`, which moves behind it. A byte that starts no sequence, or a sequence that the end
+// of the text cuts, is -1 and costs at least one byte.
+int decode(const std::string& text, size_t& position) {
+  char bytes[8] = {};
+  const size_t left = text.size() - position;
+  text.copy(bytes, std::min<size_t>(left, 4), position);
+  const char* end = bytes;
+  const int codePoint = MyUtils::GetUTF8CodePoint(bytes, &end);
+  const auto length = static_cast<size_t>(std::max<ptrdiff_t>(end - bytes, 1));
+  position += std::min(length, left);
+  return length > left ? -1 : codePoint;
+}
+
+}  // namespace
+
+std::vector<TBitmapFont*>& TBitmapFont::BitmapFonts = *new std::vector<TBitmapFont*>;
+std::vector<TBitmapFont*>& TBitmapFont::UnregisteredFonts = *new std::vector<TBitmapFont*>;
+
+// A text taken apart: code points with their glyphs, and the sizes that its texture needs.
+struct TBitmapFont::Layout {
+  std::vector<int> text;
+  std::vector<TGlyph*> glyphs;  // null for a line break and for a code point without a glyph
+  std::vector<int> lineWidths;
+  int maxWidth = 0;
+  int maxHeight = 0;
+
+  // What the pair of entry i and the one after it adds to the pen.
+  int kerning(size_t i) const {
+    if (i + 1 >= text.size() || text[i + 1] < 1 || !glyphs[i + 1]) return 0;
+    for (const TGlyph::TKerning& pair : glyphs[i]->kernings)
+      if (pair.second_id == glyphs[i + 1]->id) return pair.amount;
+    return 0;
+  }
+};
+
+TBitmapFont::~TBitmapFont() {
+  if (mOwnsAtlas) SDL_DestroyTexture(mpGlyphTexture);
+  std::erase(BitmapFonts, this);
+  std::erase(UnregisteredFonts, this);
+}
+
+TBitmapFont* TBitmapFont::FindBitmapFont(const std::string& name) {
+  for (TBitmapFont* font : BitmapFonts)
+    if (font->mName == name) return font;
+  return nullptr;
+}
+
+void TBitmapFont::CleanupBitmapFonts() {
+  std::vector<TBitmapFont*> fonts;
+  fonts.swap(BitmapFonts);
+  for (TBitmapFont* font : fonts) {
+    // Fonts that borrow this atlas may be asked to draw once more.
+    for (TBitmapFont* other : UnregisteredFonts)
+      if (!other->mOwnsAtlas && other->mpGlyphTexture == font->mpGlyphTexture) other->mpGlyphTexture = nullptr;
+    delete font;
+  }
+}
+
+void TBitmapFont::shareWith(const TBitmapFont& original) {
+  mpGlyphTexture = original.mpGlyphTexture;
+  mGlyphChars = original.mGlyphChars;
+  mMaxHeight = original.mMaxHeight;
+  mMaxWidth = original.mMaxWidth;
+  mLineHeight = original.mLineHeight;
+  mBase = original.mBase;
+  mBackgroundColor = original.mBackgroundColor;
+  mPaddingTop = original.mPaddingTop;
+  mPaddingBottom = original.mPaddingBottom;
+  mPaddingLeft = original.mPaddingLeft;
+  mPaddingRight = original.mPaddingRight;
+}
+
+TBitmapFont::TGlyph* TBitmapFont::FindGlyph(int id) const {
+  for (TGlyph* glyph : mGlyphChars)
+    if (glyph->id == id) return glyph;
+  return nullptr;
+}
+
+// A code point without a glyph counts nothing here, and the glyph before it counts with its width, although the
+// drawing moves the pen by its advance: the two differ by design.
+TBitmapFont::Layout TBitmapFont::measure(const std::string& text) const {
+  Layout layout;
+  int lines = 1;
+  int lineHeight = mLineHeight;
+  size_t position = 0;
+  do {
+    const size_t first = layout.text.size();
+    int codePoint = 0;
+    while (position < text.size() && codePoint != '\n') {
+      codePoint = decode(text, position);
+      layout.text.push_back(codePoint);
+      layout.glyphs.push_back(codePoint == '\n' || codePoint < 0 ? nullptr : FindGlyph(codePoint));
+    }
+    int lineWidth = 0;
+    for (size_t i = first; i < layout.text.size(); ++i) {
+      const TGlyph* glyph = layout.glyphs[i];
+      if (!glyph) continue;
+      lineWidth += glyph->width;
+      if (i > 0 && layout.glyphs[i - 1]) lineWidth += layout.glyphs[i - 1]->xadvance - layout.glyphs[i - 1]->width;
+      lineHeight = std::max(lineHeight, glyph->yoffset < 1 ? glyph->height : glyph->height + glyph->yoffset);
+      lineWidth += layout.kerning(i);
+    }
+    layout.lineWidths.push_back(lineWidth);
+    layout.maxWidth = std::max(layout.maxWidth, lineWidth);
+    if (codePoint == '\n') ++lines;
+  } while (position < text.size());
+  if (static_cast<int>(layout.lineWidths.size()) < lines) layout.lineWidths.push_back(0);  // behind a last "\n"
+  layout.maxWidth += kSpareWidth;
+  layout.maxHeight = lines * mLineHeight + (lineHeight - mLineHeight);
+  return layout;
+}
+
+SDL_Texture* TBitmapFont::RenderText(SDL_Renderer* renderer, const std::string& text, int* widthOut, int* heightOut,
+                                     TAlignment textAlignment) const {
+  if (widthOut) *widthOut = 0;
+  if (heightOut) *heightOut = 0;
+  if (text.empty()) return nullptr;
+  const Layout layout = measure(text);
+  if (widthOut) *widthOut = layout.maxWidth;
+  if (heightOut) *heightOut = layout.maxHeight;
+
+  // An empty font has lines of height 0, a texture has not.
+  SDL_Texture* texture =
+    TAppGuiModule::CreateLayer(mpGlyphTexture, layout.maxWidth, std::max(layout.maxHeight, 1), 0,
+                               mBackgroundColor.r, mBackgroundColor.g, mBackgroundColor.b, 16);
+  if (!texture) return nullptr;
+
+  const auto lineStart = [&](size_t line) {
+    const int spare = layout.maxWidth - layout.lineWidths[line];
+    switch (textAlignment) {
+      case CENTER_UP:
+      case CENTER_CENTER:
+      case CENTER_DOWN:
+        return static_cast<int>(std::lround(spare / 2.0));
+      case RIGHT_UP:
+      case RIGHT_CENTER:
+      case RIGHT_DOWN:
+        return spare;
+      default:
+        return 0;
+    }
+  };
+
+  SDL_Texture* target = SDL_GetRenderTarget(renderer);
+  SDL_SetRenderTarget(renderer, texture);
+  size_t line = 0;
+  int cursorx = lineStart(line);
+  int cursory = 0;
+  for (size_t i = 0; i < layout.text.size(); ++i) {
+    if (layout.text[i] == '\n') {
+      cursorx = lineStart(++line);
+      cursory += mLineHeight;
+      continue;
+    }
+    const TGlyph* glyph = layout.glyphs[i];
+    if (!glyph) continue;
+    const SDL_Rect source{glyph->x, glyph->y, glyph->width, glyph->height};
+    const SDL_Rect destination{cursorx + glyph->xoffset + mPaddingLeft, cursory + glyph->yoffset + mPaddingTop,
+                               glyph->width, glyph->height};
+    SDL_RenderCopy(renderer, mpGlyphTexture, &source, &destination);
+    cursorx += glyph->xadvance + layout.kerning(i);
+  }
+  SDL_SetRenderTarget(renderer, target);
+  return texture;
+}

@@ -1,0 +1,148 @@
+// The description file of a bitmap font.
+#include <algorithm>
+#include <cstdlib>
+#include <deque>
+#include <fstream>
+#include <iterator>
+#include <rapidxml/rapidxml.hpp>
+
+#include "common/TBitmapFont.h"
+#include "vendelo-sdl2/MyUtils.h"
+#include "vendelo-sdl2/TLogManager.h"
+
+namespace {
+
+using Node = rapidxml::xml_node<char>;
+
+// Glyphs are shared by fonts that end at different times, so they live as long as the process.
+TBitmapFont::TGlyph* newGlyph() {
+  static auto& arena = *new std::deque<TBitmapFont::TGlyph>;
+  return &arena.emplace_back();
+}
+
+// Reads numbers out of attributes and remembers what was not there.
+class Reader {
+ public:
+  int number(const Node* node, const char* name) {
+    const char* value = text(node, name);
+    return value ? std::atoi(value) : 0;
+  }
+
+  const char* text(const Node* node, const char* name) {
+    const auto* attribute = node ? node->first_attribute(name) : nullptr;
+    if (!attribute) missing(name);
+    return attribute ? attribute->value() : nullptr;
+  }
+
+  // Comma-separated: the first numbers in their order, and what follows the last comma into the last place,
+  // however many there are.
+  template <typename Number, size_t N>
+  void numbers(const char* text, const char* name, Number (&out)[N]) {
+    const std::string all = text;
+    size_t begin = 0, count = 1;
+    for (size_t comma; (comma = all.find(',', begin)) != std::string::npos; begin = comma + 1, ++count)
+      if (count < N) out[count - 1] = static_cast<Number>(std::atoi(all.c_str() + begin));
+    out[N - 1] = static_cast<Number>(std::atoi(all.c_str() + begin));
+    if (count < N) missing(name);
+  }
+
+  const std::string& firstMissing() const { return mFirstMissing; }
+
+ private:
+  void missing(const char* name) {
+    if (mFirstMissing.empty()) mFirstMissing = name;
+  }
+  std::string mFirstMissing;
+};
+
+}  // namespace
+
+TBitmapFont::TBitmapFont(SDL_Renderer* renderer, const std::string& name, const std::string& XMLfilename)
+  : mName(name), mXML(XMLfilename) {
+  UnregisteredFonts.push_back(this);
+  if (!MyUtils::FileExists(XMLfilename, true, false)) return;
+  for (const TBitmapFont* font : BitmapFonts) {
+    if (font->mXML == mXML) {
+      shareWith(*font);
+      return;
+    }
+  }
+  std::ifstream stream(XMLfilename, std::ios::binary);
+  std::vector<char> file{std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
+  file.push_back('\0');
+  try {
+    if (!parse(renderer, file)) return;
+  } catch (const rapidxml::parse_error& error) {
+    logman::WriteLog(4, 0, "Font %s cannot be read: %s", mXML.c_str(), error.what());
+    return;
+  }
+  UnregisteredFonts.pop_back();
+  BitmapFonts.push_back(this);
+}
+
+bool TBitmapFont::parse(SDL_Renderer* renderer, std::vector<char>& file) {
+  rapidxml::xml_document<char> document;
+  document.parse<0>(file.data());
+  const Node* font = document.first_node("font");
+  if (!font) return false;
+
+  Reader reader;
+  const Node* info = font->first_node("info");
+  if (const char* padding = reader.text(info, "padding")) {
+    int sides[4] = {0, 0, 0, 0};
+    reader.numbers(padding, "padding", sides);
+    mPaddingTop = sides[0];
+    mPaddingRight = sides[1];
+    mPaddingBottom = sides[2];
+    mPaddingLeft = sides[3];
+  }
+  if (const auto* colour = info ? info->first_attribute("backgroundColor") : nullptr) {
+    Uint8 rgba[4] = {0, 0, 0, 0};
+    reader.numbers(colour->value(), "backgroundColor", rgba);
+    mBackgroundColor = {rgba[0], rgba[1], rgba[2], rgba[3]};
+  }
+  const Node* common = font->first_node("common");
+  mLineHeight = reader.number(common, "lineHeight");
+  mBase = reader.number(common, "base");
+
+  const Node* pages = font->first_node("pages");
+  const Node* page = pages ? pages->first_node("page") : nullptr;
+  const auto* pack = page && !page->first_attribute("file") ? page->first_attribute("pack") : nullptr;
+  const char* image = pack ? pack->value() : reader.text(page, "file");
+  if (image) loadAtlas(renderer, image);
+
+  const Node* chars = font->first_node("chars");
+  if (chars) {
+    for (const Node* c = chars->first_node("char"); c; c = c->next_sibling("char")) {
+      TGlyph* glyph = newGlyph();
+      glyph->id = reader.number(c, "id");
+      glyph->x = reader.number(c, "x");
+      glyph->y = reader.number(c, "y");
+      glyph->width = reader.number(c, "width");
+      glyph->height = reader.number(c, "height");
+      glyph->xoffset = reader.number(c, "xoffset");
+      glyph->yoffset = reader.number(c, "yoffset");
+      glyph->xadvance = reader.number(c, "xadvance");
+      mMaxHeight = std::max(mMaxHeight, glyph->height);
+      mMaxWidth = std::max(mMaxWidth, glyph->width);
+      mGlyphChars.push_back(glyph);
+    }
+    const Node* kernings = font->first_node("kernings");
+    for (const Node* k = kernings ? kernings->first_node("kerning") : nullptr; k; k = k->next_sibling("kerning"))
+      if (TGlyph* glyph = FindGlyph(reader.number(k, "first")))
+        glyph->kernings.push_back({reader.number(k, "second"), reader.number(k, "amount")});
+  }
+  if (!reader.firstMissing().empty())
+    logman::WriteLog(4, 0, "Font %s: \"%s\" is missing or too short, taking 0 for it and what else is not there.",
+                     mXML.c_str(), reader.firstMissing().c_str());
+  return chars != nullptr;
+}
+
+void TBitmapFont::loadAtlas(SDL_Renderer* renderer, const std::string& image) {
+  Uint8 r = 0, g = 0, b = 0, a = 0;
+  SDL_GetRenderDrawColor(renderer, &r, &g, &b, &a);
+  SDL_SetRenderDrawColor(renderer, mBackgroundColor.r, mBackgroundColor.g, mBackgroundColor.b, mBackgroundColor.a);
+  mpGlyphTexture = MyUtils::LoadTexture(renderer, mXML.substr(0, mXML.rfind('/') + 1) + image);
+  mOwnsAtlas = true;
+  SDL_SetRenderDrawColor(renderer, r, g, b, a);
+}
