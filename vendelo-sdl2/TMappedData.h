@@ -1,9 +1,10 @@
 #pragma once
 
 #include <SDL.h>
-#include <algorithm>
 #include <list>
 #include <string>
+
+#include "common/Algorithms.h"
 
 namespace vendelo_sdl2 {
 
@@ -37,25 +38,19 @@ class TMappedData {
 
   // The last element of that name, unless it holds null; else the list's end.
   static typename List::iterator find(List& list, const std::string& name) {
-    auto after = upperBound(list, name);
-    if (after == list.begin()) return list.end();
-    --after;
-    return after->Name == name && after->Data ? after : list.end();
+    const auto found = ::binary_search<Element, std::string>(
+      list, name, [](const std::string& wanted, const Element& e) { return e.Name.compare(wanted); });
+    return found != list.end() && found->Data ? found : list.end();
   }
 
   // Keeps the list sorted by name; behind elements of the same name.
   static typename List::iterator insert(List& list, const Element& element) {
-    return list.insert(upperBound(list, element.Name), element);
+    return ::insert_sorted<Element>(list, element,
+                                    [](const Element& a, const Element& b) { return a.Name.compare(b.Name) < 0; });
   }
 
  protected:
   List mMappedData;  // ascending by Name
-
- private:
-  static typename List::iterator upperBound(List& list, const std::string& name) {
-    return std::upper_bound(list.begin(), list.end(), name,
-                            [](const std::string& wanted, const Element& e) { return wanted.compare(e.Name) < 0; });
-  }
 };
 
 extern template class TMappedData<SDL_Texture*>;
