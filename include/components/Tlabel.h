@@ -2,6 +2,7 @@
 
 #include <SDL.h>
 #include <SDL_ttf.h>
+#include <memory>
 #include <string>
 
 #include "vendelo-sdl2/TAlignment.h"
@@ -22,8 +23,9 @@ class LabelChangedListener {
 // A line of text in a TrueType font, with a drop shadow, nine-point alignment in its rectangle, an optional break
 // at the first space into two lines and an optional slide in and out from an edge of the screen. The setters only
 // store, under the draw mutex; textures are built in draw, on the draw thread; the slide runs among the normal
-// tasks of the main thread. Times in milliseconds, places in pixels relative to the parent. Owns its textures. Font
-// and listener are the caller's and must outlive the label. A missing font or a text that cannot be rendered leaves
+// tasks of the main thread. Times in milliseconds, places in pixels relative to the parent. Owns its textures; the
+// text's own goes only with the renderer once the label is deleted. Font and listener are the caller's and must
+// outlive the label. A missing font or a text that cannot be rendered leaves
 // an empty label; nothing is reported.
 class Tlabel : public vendelo_sdl2::TGuiComponent {
  public:
@@ -92,6 +94,10 @@ class Tlabel : public vendelo_sdl2::TGuiComponent {
   void buildTwoLines();
   // A texture of the text with the label's alpha, null when it cannot be made; the size goes to the rectangle.
   SDL_Texture* renderLine(const std::string& line, SDL_Color color, SDL_Surface*& surface, SDL_Rect& size);
+  void clearTextures();
   void startAniTask();
   void drawShadow();
+
+  // Outlived by a deferred onShow, which asks it whether the label still exists.
+  std::shared_ptr<bool> mAlive;
 };

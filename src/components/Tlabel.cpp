@@ -1,0 +1,329 @@
+#include "components/Tlabel.h"
+
+#include "components/SlideSupport.h"
+#include "vendelo-sdl2/TAppGuiModule.h"
+#include "vendelo-sdl2/TApplication.h"
+#include "vendelo-sdl2/TTaskMan.h"
+
+using namespace vendelo_sdl2;
+
+Tlabel::Tlabel(SDL_Renderer* pRenderer, int x, int y, int width, int height, std::string defaultText,
+               TTF_Font* pFont, SDL_Color fontColor, std::string ComponentName)
+  : TGuiComponent(pRenderer, x, y, width, height, std::move(ComponentName)),
+    mText(defaultText),
+    mNewText(std::move(defaultText)),
+    mLabelRect{x, y, width, height},
+    mpFont(pFont),
+    mColor(fontColor),
+    mpSurface(nullptr),
+    mpSurface2(nullptr),
+    mpLabelChangedListener(nullptr),
+    mDrawShadow(false),
+    mShadowOffset(2),
+    mShadowColor{64, 64, 64, 255},
+    mSplitText(false),
+    mSomethingChanged(false),
+    mAnimationEnabled(false),
+    mIsShowing(false),
+    mAnimationDestRect{0, 0, 0, 0},
+    mAnimationStartRect{0, 0, 0, 0},
+    mAlign(LEFT_CENTER),
+    mTimeUntilHide(0),
+    mDirection(LEFT),
+    pAniTask(nullptr),
+    mpShadowTexture(nullptr),
+    mAlive(std::make_shared<bool>(true)) {
+  SetShadow(mDrawShadow, mShadowOffset, mShadowColor);
+}
+
+Tlabel::~Tlabel() {
+  slide::removeTasksOf(this);
+  // The text's own texture stays: somebody may have taken it, and it goes with the renderer.
+  if (mpShadowTexture) SDL_DestroyTexture(mpShadowTexture);
+  if (mpSurface) SDL_FreeSurface(mpSurface);
+}
+
+void Tlabel::SetText(const std::string& text) { mNewText = text; }
+
+const std::string& Tlabel::GetText() const { return mNewText; }
+
+void Tlabel::SetColor(SDL_Color color) {
+  mColor = color;
+  mSomethingChanged = true;
+}
+
+void Tlabel::SetFont(TTF_Font* font) {
+  mpFont = font;
+  mSomethingChanged = true;
+}
+
+TTF_Font* Tlabel::GetFont() const { return mpFont; }
+
+void Tlabel::SetShadow(bool shadow, int offset, SDL_Color color) {
+  mDrawShadow = shadow;
+  mShadowOffset = offset;
+  mShadowColor = color;
+  mSomethingChanged = true;
+}
+
+void Tlabel::SplitText(bool split) { mSplitText = split; }
+
+void Tlabel::SetLabelChangedListener(LabelChangedListener* listener) { mpLabelChangedListener = listener; }
+
+void Tlabel::SetAlignment(TAlignment alignment) {
+  const SDL_Rect& box = mLabelRect;
+  int x = box.x, y = box.y;
+  switch (alignment) {
+    case LEFT_UP:
+    case LEFT_CENTER:
+    case LEFT_DOWN:
+      break;
+    case CENTER_UP:
+    case CENTER_CENTER:
+    case CENTER_DOWN:
+      x = box.x + box.w / 2 - mSrcRect.w / 2;
+      break;
+    case RIGHT_UP:
+    case RIGHT_CENTER:
+    case RIGHT_DOWN:
+      x = box.x + box.w - mSrcRect.w;
+      break;
+  }
+  switch (alignment) {
+    case LEFT_UP:
+    case CENTER_UP:
+    case RIGHT_UP:
+      break;
+    case LEFT_CENTER:
+    case CENTER_CENTER:
+    case RIGHT_CENTER:
+      y = box.y + box.h / 2 - mSrcRect.h / 2;
+      break;
+    case LEFT_DOWN:
+    case CENTER_DOWN:
+    case RIGHT_DOWN:
+      y = box.y + box.h - mSrcRect.h;
+      break;
+  }
+  mDestRect.x = x;
+  mDestRect.y = y;
+  setX(x);
+  setY(y);
+  if (alignment != mAlign) mSomethingChanged = true;
+  mAlign = alignment;
+}
+
+void Tlabel::updateCachedTextures() {
+  if (!mSomethingChanged && mText == mNewText) return;
+  mText = mNewText;
+  mSomethingChanged = false;
+  if (!mpFont) {
+    return;
+  }
+  if (mpSurface) SDL_FreeSurface(mpSurface);
+  mpSurface = nullptr;
+  if (mText.empty()) {
+    clearTextures();
+    if (mpLabelChangedListener) mpLabelChangedListener->LabelChanged(mpTargetTexture);
+    return;
+  }
+  if (mSplitText && mText.find(' ') != std::string::npos)
+    buildTwoLines();
+  else
+    buildOneLine();
+}
+
+void Tlabel::clearTextures() {
+  if (mpTargetTexture) SDL_DestroyTexture(mpTargetTexture);
+  mpTargetTexture = nullptr;
+  if (mpShadowTexture) SDL_DestroyTexture(mpShadowTexture);
+  mpShadowTexture = nullptr;
+}
+
+SDL_Texture* Tlabel::renderLine(const std::string& line, SDL_Color color, SDL_Surface*& surface, SDL_Rect& size) {
+  surface = TTF_RenderUTF8_Blended(mpFont, line.c_str(), color);
+  if (!surface) return nullptr;
+  size.w = surface->w;
+  size.h = surface->h;
+  SDL_Texture* texture = SDL_CreateTextureFromSurface(GetRenderer(), surface);
+  SDL_FreeSurface(surface);
+  surface = nullptr;
+  if (texture) SDL_SetTextureAlphaMod(texture, static_cast<Uint8>(mAlpha));
+  return texture;
+}
+
+void Tlabel::buildOneLine() {
+  SDL_Rect size{0, 0, 0, 0};
+  clearTextures();
+  if ((mpTargetTexture = renderLine(mText, mColor, mpSurface, size))) {
+    mSrcRect.w = mDestRect.w = size.w;
+    mSrcRect.h = mDestRect.h = size.h;
+    mpShadowTexture = renderLine(mText, mShadowColor, mpSurface, size);
+  }
+  SetAlignment(mAlign);
+  if (mAnimationEnabled) SetAnimation(mDirection);
+  // SetAnimation asks for a rebuild, which this was; left standing, it would put the label back every frame.
+  mSomethingChanged = false;
+}
+
+void Tlabel::buildTwoLines() {
+  clearTextures();
+  const size_t space = mText.find(' ');
+  SDL_Rect rect1{0, 0, 0, 0}, rect2{0, 0, 0, 0};
+  SDL_Texture* line1 = renderLine(mText.substr(0, space), mColor, mpSurface, rect1);
+  SDL_Texture* line2 = renderLine(mText.substr(space + 1), mColor, mpSurface2, rect2);
+  const int mw = rect1.w > rect2.w ? rect1.w : rect2.w;
+  if (line1 && line2) mpTargetTexture = TAppGuiModule::CreateLayer(nullptr, mw, rect1.h + rect2.h, 0, 0, 0, 0, 32);
+  if (mpTargetTexture) {
+    SDL_SetTextureAlphaMod(mpTargetTexture, static_cast<Uint8>(mAlpha));
+    SDL_Renderer* renderer = GetRenderer();
+    SDL_Texture* const target = SDL_GetRenderTarget(renderer);
+    SDL_SetRenderTarget(renderer, mpTargetTexture);
+
+    const int side = mAlign % 3;  // 0 left, 1 centre, 2 right
+    SDL_Rect dest_rect{0, 0, mw, rect1.h};
+    auto place = [&](const SDL_Rect& line) {
+      if (side == 0) {
+        dest_rect.w = line.w;
+      } else if (line.w != mw) {
+        dest_rect.x = side == 1 ? (mw - line.w) / 2 : mw - line.w;
+        dest_rect.w = line.w;
+      }
+    };
+    place(rect1);
+    SDL_RenderCopy(renderer, line1, nullptr, &dest_rect);
+    // x is not set back between the lines: a wider second line keeps the place of the first, as designed.
+    dest_rect.y = rect1.h;
+    dest_rect.w = mw;
+    dest_rect.h = rect2.h;
+    place(rect2);
+    SDL_RenderCopy(renderer, line2, nullptr, &dest_rect);
+    SDL_SetRenderTarget(renderer, target);
+
+    mSrcRect = SDL_Rect{0, 0, mw, rect1.h + rect2.h};
+    mDestRect.w = mw;
+    mDestRect.h = rect1.h + rect2.h;
+    SetAlignment(mAlign);
+  }
+  if (line1) SDL_DestroyTexture(line1);
+  if (line2) SDL_DestroyTexture(line2);
+}
+
+void Tlabel::draw() {
+  updateCachedTextures();
+  if (mDrawShadow && mpShadowTexture) drawShadow();
+  TGuiComponent::draw();
+}
+
+void Tlabel::drawShadow() {
+  SDL_Rect dst = mDestRect;
+  if (mpParent) {
+    dst.x = mOrigPosX + mpParent->getX();
+    dst.y = mOrigPosY + mpParent->getY();
+  }
+  dst.x += mShadowOffset;
+  // Downwards in either case, to the left only for a negative offset.
+  dst.y += mShadowOffset < 0 ? -mShadowOffset : mShadowOffset;
+  SDL_SetTextureAlphaMod(mpShadowTexture, static_cast<Uint8>(mAlpha & 255));
+  if (0.0 > mAngle)
+    SDL_RenderCopy(GetRenderer(), mpShadowTexture, &mSrcRect, &dst);
+  else
+    SDL_RenderCopyEx(GetRenderer(), mpShadowTexture, &mSrcRect, &dst, mAngle, nullptr, SDL_FLIP_NONE);
+}
+
+void Tlabel::SetAnimation(TAnimationDirection direction) {
+  mAnimationEnabled = true;
+  mDirection = direction;
+  mAnimationDestRect = mAnimationStartRect = mDestRect;
+  const SDL_Point screen = slide::screenSize();
+  switch (mDirection) {
+    case LEFT:
+      mAnimationStartRect.x = screen.x;
+      break;
+    case RIGHT:
+      mAnimationStartRect.x = -mDestRect.w;
+      break;
+    case UP:
+      mAnimationStartRect.y = screen.y;
+      break;
+    case DOWN:
+      mAnimationStartRect.y = -mDestRect.h;
+      break;
+  }
+  mOrigPosX = mAnimationStartRect.x;
+  mOrigPosY = mAnimationStartRect.y;
+  mSomethingChanged = true;
+}
+
+void Tlabel::ShowFor(int time) {
+  if (mVisible) return;
+  if (pApp)
+    pApp->DeferToDraw(
+      [this, alive = std::weak_ptr<bool>(mAlive)] {
+        if (!alive.expired()) onShow();
+      },
+      false);
+  mVisible = true;
+  if (mAnimationEnabled && time >= 1) {
+    mTimeUntilHide = static_cast<Uint32>(time);
+    mOrigPosX = mAnimationStartRect.x;
+    mOrigPosY = mAnimationStartRect.y;
+    mIsShowing = true;
+    startAniTask();
+  }
+}
+
+void Tlabel::Hide() {
+  if (!mVisible) return;
+  onHide();
+  if (!mAnimationEnabled) {
+    mVisible = false;
+    return;
+  }
+  mOrigPosX = mAnimationDestRect.x;
+  mOrigPosY = mAnimationDestRect.y;
+  mIsShowing = false;
+  startAniTask();
+}
+
+void Tlabel::startAniTask() {
+  if (pAniTask) {
+    pAniTask->Enable();
+  } else if (pApp) {
+    pAniTask =
+      pApp->AddTimedTask(new TtthMember<Tlabel, void>(this, &Tlabel::AnimateTask, 30, TTimedTaskHandler::ENDLESS,
+                                                      "Tlabel::AnimateTask, 30"),
+                         TASK_NORMAL);
+  }
+}
+
+void Tlabel::AnimateTask() {
+  static const int num_pix = 2;
+  const SDL_Rect& goal = mIsShowing ? mAnimationDestRect : mAnimationStartRect;
+  const bool back = !mIsShowing;  // the slide out runs each direction the other way
+  bool arrived = false;
+  switch (mDirection) {
+    case LEFT:
+      arrived = back ? slide::stepUp(mOrigPosX, goal.x, num_pix) : slide::stepDown(mOrigPosX, goal.x, num_pix);
+      break;
+    case RIGHT:
+      arrived = back ? slide::stepDown(mOrigPosX, goal.x, num_pix) : slide::stepUp(mOrigPosX, goal.x, num_pix);
+      break;
+    case UP:
+      arrived = back ? slide::stepUp(mOrigPosY, goal.y, num_pix) : slide::stepDown(mOrigPosY, goal.y, num_pix);
+      break;
+    case DOWN:
+      arrived = back ? slide::stepDown(mOrigPosY, goal.y, num_pix) : slide::stepUp(mOrigPosY, goal.y, num_pix);
+      break;
+  }
+  if (!arrived) return;
+  if (pAniTask) pAniTask->Disable();
+  if (!mIsShowing) {
+    mVisible = false;
+  } else if (pApp) {
+    pApp->AddTimedTask(
+      new TtthMember<Tlabel, void>(this, &Tlabel::Hide, mTimeUntilHide, TTimedTaskHandler::EXECUTE_ONCE,
+                                   "Tlabel::Hide, mTimeUntilHide"),
+      TASK_NORMAL);
+  }
+}
