@@ -1,0 +1,276 @@
+#include "components/TSpriteAnimation.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "vendelo-sdl2/TAppGuiModule.h"
+
+using namespace vendelo_sdl2;
+
+namespace {
+
+// Frames of this size are kept as surfaces and are textures only during a draw: a sequence of them would fill the
+// texture memory.
+bool isFullScreen(const TSprite& sprite) { return sprite.width == 1920 && sprite.height == 1080; }
+
+SDL_BlendMode blendModeOf(const std::string& name) {
+  if (name == "BLEND") return SDL_BLENDMODE_BLEND;
+  if (name == "ADD") return SDL_BLENDMODE_ADD;
+  if (name == "MOD") return SDL_BLENDMODE_MOD;
+  return SDL_BLENDMODE_NONE;
+}
+
+void freeSurface(TSprite& sprite) {
+  if (SDL_Surface* surface = sprite.surface.exchange(nullptr, std::memory_order_acq_rel)) SDL_FreeSurface(surface);
+}
+
+int rounded(double value) { return static_cast<int>(roundf(static_cast<float>(value))); }
+
+}  // namespace
+
+TSprite::~TSprite() {
+  if (texture) SDL_DestroyTexture(texture);
+  freeSurface(*this);
+}
+
+TSpriteAnimation::TSpriteAnimation(SDL_Renderer* pRenderer, int x, int y, int width, int height,
+                                   const std::string& spriteFilename, TAnimationMode mode,
+                                   std::string ComponentName)
+  : TGuiComponent(pRenderer, x, y, width, height, std::move(ComponentName)),
+    mRect{x, y, width, height},
+    mAnimationMode(mode),
+    mBlendMode("BLEND"),
+    mDrawXOfset(0),
+    mDrawYOfset(0),
+    mRotPivot{-1, -1},
+    mResizeFactorX(1.0),
+    mResizeFactorY(1.0),
+    mResize(false),
+    mPlayed(false),
+    mHideAfterEnd(false),
+    mLastRefresh(0),
+    mRefreshRate(23.809525f),
+    mBuffer(0),
+    mCurrentFrame(0),
+    mDestinationFrame(0),
+    mLoopStartFrame(0),
+    mLoopStopFrame(0),
+    mOriginalWidth(0),
+    mOriginalHeight(0),
+    mBackgroundColor{0, 0, 0, 255},
+    mLoadThread(nullptr),
+    mLoadFinished(SDL_CreateSemaphore(0)) {
+  if (!spriteFilename.empty()) {
+    if (spriteFilename.find(".png") != std::string::npos)
+      parsePNG(spriteFilename);
+    else
+      parseXML(spriteFilename + ".xml");
+  }
+  mLoopStartFrame = 0;
+  mLoopStopFrame = GetNumFrames() - 1;
+  mDestinationFrame = 0;
+}
+
+TSpriteAnimation::~TSpriteAnimation() {
+  joinLoader();
+  SDL_DestroySemaphore(mLoadFinished);
+  mSprites.clear();
+}
+
+void TSpriteAnimation::joinLoader() {
+  if (mLoadThread) SDL_WaitThread(mLoadThread, nullptr);
+  mLoadThread = nullptr;
+}
+
+void TSpriteAnimation::CopyData(TSpriteAnimation* source) {
+  joinLoader();
+  if (!source) return;
+  mSprites = source->mSprites;
+  mOriginalWidth = source->mOriginalWidth;
+  mOriginalHeight = source->mOriginalHeight;
+  mLoopStartFrame = source->mLoopStartFrame;
+  mLoopStopFrame = source->mLoopStopFrame;
+  mBlendMode = source->mBlendMode;
+}
+
+bool TSpriteAnimation::validFrame(int frame) const { return frame >= 0 && frame < GetNumFrames(); }
+
+void TSpriteAnimation::SetFrame(int frame, bool animate) {
+  joinLoader();
+  frame = std::max(0, std::min(frame, GetNumFrames() - 1));
+  mDestinationFrame = frame;
+  if (!animate) mCurrentFrame = frame;
+}
+
+void TSpriteAnimation::SetFrame(float percentOfAnimation, bool animate) {
+  joinLoader();
+  SetFrame(static_cast<int>(roundf(percentOfAnimation * static_cast<float>(GetNumFrames() - 1))), animate);
+}
+
+void TSpriteAnimation::ResetAnimation() { ResetAnimation(0); }
+
+void TSpriteAnimation::ResetAnimation(Uint32 lastRefresh) {
+  mCurrentFrame = 0;
+  mLastRefresh = lastRefresh;
+  mResizeFactorX = 1.0;
+  mResizeFactorY = 1.0;
+  mPlayed = false;
+  mBuffer = 0;
+}
+
+bool TSpriteAnimation::FinishPlaying() const { return mPlayed && mAnimationMode != LOOP; }
+
+void TSpriteAnimation::SetOffset(int x, int y) {
+  mDrawXOfset = x;
+  mDrawYOfset = y;
+}
+void TSpriteAnimation::SetResizeFactor(double x, double y) {
+  mResizeFactorX = x;
+  mResizeFactorY = y;
+}
+void TSpriteAnimation::SetRefreshRate(float rate) { mRefreshRate = rate; }
+void TSpriteAnimation::SetLoopStartFrame(int frame) { mLoopStartFrame = frame; }
+void TSpriteAnimation::SetLoopStopFrame(int frame) { mLoopStopFrame = frame; }
+void TSpriteAnimation::HideAfterEnd() { mHideAfterEnd = true; }
+bool TSpriteAnimation::IsVisible() const { return mVisible; }
+int TSpriteAnimation::GetNumFrames() const { return static_cast<int>(mSprites.size()); }
+int TSpriteAnimation::GetCurrentFrame() const { return mCurrentFrame; }
+int TSpriteAnimation::GetOriginalWidth() const { return mOriginalWidth; }
+int TSpriteAnimation::GetOriginalHeight() const { return mOriginalHeight; }
+void TSpriteAnimation::SetPos(int x, int y) {
+  setX(x);
+  setY(y);
+}
+void TSpriteAnimation::ReverseOrder() {
+  joinLoader();
+  std::reverse(mSprites.begin(), mSprites.end());
+}
+
+void TSpriteAnimation::stepFrames(Uint32 now) {
+  const float millisecondsElapsed = static_cast<float>(now - mLastRefresh);
+  const float framesElapsed = millisecondsElapsed / 1000.0f * mRefreshRate + mBuffer;
+  const float wholeFrames = std::floor(framesElapsed);
+  mBuffer = framesElapsed - wholeFrames;
+  mLastRefresh = now;
+  if (!(wholeFrames > 0.0f)) return;
+  const int wholeFramesElapsed = static_cast<int>(std::min(wholeFrames, 1e9f));
+
+  if (mAnimationMode == NONE) {
+    const int way = std::clamp(mDestinationFrame - mCurrentFrame, -wholeFramesElapsed, wholeFramesElapsed);
+    mCurrentFrame += way;
+    return;
+  }
+  mCurrentFrame += wholeFramesElapsed;
+  if (mCurrentFrame > GetNumFrames() - 1 && !mPlayed) {
+    mPlayed = true;
+    if (mAnimationMode == LOOP) mCurrentFrame = mCurrentFrame - GetNumFrames() + mLoopStopFrame;
+  }
+  const int span = mLoopStopFrame - mLoopStartFrame + 1;
+  if (mAnimationMode == LOOP && mPlayed && span > 0)
+    mCurrentFrame = mLoopStartFrame + (mCurrentFrame - mLoopStartFrame) % span;
+}
+
+void TSpriteAnimation::makeTexture(TSprite& sprite) const {
+  SDL_Surface* const surface = sprite.surface.load(std::memory_order_acquire);
+  if (sprite.texture || !surface) return;
+  sprite.texture = SDL_CreateTextureFromSurface(GetRenderer(), surface);
+  if (sprite.texture) SDL_SetTextureBlendMode(sprite.texture, blendModeOf(mBlendMode));
+}
+
+void TSpriteAnimation::draw() {
+  if (mLoadThread) {
+    if (SDL_SemTryWait(mLoadFinished) != 0) return;
+    joinLoader();
+  }
+  const Uint32 now = SDL_GetTicks();
+  if (mLastRefresh == 0) mLastRefresh = now;
+  SDL_Rect destRect = mDestRect;
+  if (mpParent) {
+    destRect.x = static_cast<int>(mOrigPosX * mResizeFactorX + mpParent->getX());
+    destRect.y = static_cast<int>(mOrigPosY * mResizeFactorY + mpParent->getY());
+  }
+  if (FinishPlaying() || mSprites.empty()) return;
+  stepFrames(now);
+
+  if (validFrame(mCurrentFrame) && mSprites[static_cast<size_t>(mCurrentFrame)]) {
+    TSprite& sprite = *mSprites[static_cast<size_t>(mCurrentFrame)];
+    makeTexture(sprite);
+    if (sprite.texture) {
+      if (!isFullScreen(sprite)) freeSurface(sprite);
+      drawSprite(sprite, destRect);
+      // A full-screen frame of a strip has no surface to come from again, so it keeps its texture.
+      if (isFullScreen(sprite) && sprite.surface.load(std::memory_order_acquire)) {
+        SDL_DestroyTexture(sprite.texture);
+        sprite.texture = nullptr;
+      }
+    }
+  }
+  if (mAnimationMode == ONCE && mCurrentFrame + 1 > GetNumFrames() - 1) mPlayed = true;
+  if (mHideAfterEnd && FinishPlaying()) mVisible = false;
+}
+
+void TSpriteAnimation::drawSprite(TSprite& sprite, SDL_Rect destRect) {
+  if (mDestRect.w < sprite.original_width) destRect.x -= (sprite.original_width - mDestRect.w) / 2;
+  if (mDestRect.h < sprite.original_height) destRect.y -= (sprite.original_height - mDestRect.h) / 2;
+  if (mpParent) {
+    destRect.x += rounded(sprite.xoffset * mResizeFactorX) + mDrawXOfset;
+    destRect.y += rounded(sprite.yoffset * mResizeFactorY) + mDrawYOfset;
+  } else {
+    destRect.x = rounded((destRect.x + sprite.xoffset) * mResizeFactorX) + mDrawXOfset;
+    destRect.y = rounded((destRect.y + sprite.yoffset) * mResizeFactorY) + mDrawYOfset;
+  }
+  destRect.w = rounded(sprite.width * mResizeFactorX);
+  destRect.h = rounded(sprite.height * mResizeFactorY);
+  if (mBlendMode != "NONE") SDL_SetTextureAlphaMod(sprite.texture, static_cast<Uint8>(mAlpha));
+  SDL_Renderer* renderer = GetRenderer();
+  if (mAngle > 0.0) {
+    mRotPivot = SDL_Point{destRect.w / 2, destRect.h};
+    const bool pivot = mRotPivot.x >= 0 && mRotPivot.y >= 0;
+    SDL_RenderCopyEx(renderer, sprite.texture, nullptr, &destRect, mAngle, pivot ? &mRotPivot : nullptr,
+                     SDL_FLIP_NONE);
+  } else {
+    SDL_RenderCopy(renderer, sprite.texture, nullptr, &destRect);
+  }
+}
+
+void TSpriteAnimation::drawFrame(int frame_id, SDL_Rect destRect) {
+  if (!mVisible) return;
+  joinLoader();
+  if (!validFrame(frame_id)) return;
+  TSprite& sprite = *mSprites[static_cast<size_t>(frame_id)];
+  makeTexture(sprite);
+  if (!sprite.texture) return;
+  freeSurface(sprite);
+  drawSprite(sprite, destRect);
+}
+
+SDL_Texture* TSpriteAnimation::GetFrame(int frame_id) {
+  joinLoader();
+  SDL_Renderer* renderer = GetRenderer();
+  if (!validFrame(frame_id) || !renderer) return nullptr;
+  TSprite& sprite = *mSprites[static_cast<size_t>(frame_id)];
+  const SDL_Color& back = mBackgroundColor;
+  SDL_Texture* layer = TAppGuiModule::CreateLayer(nullptr, sprite.original_width, sprite.original_height, 0, back.r,
+                                                  back.g, back.b, 16);
+  if (!layer) return nullptr;
+  SDL_Texture* const target = SDL_GetRenderTarget(renderer);
+  SDL_SetRenderTarget(renderer, layer);
+  // Transparent whatever colour the frame drawn so far has left.
+  SDL_Color old{0, 0, 0, 0};
+  SDL_GetRenderDrawColor(renderer, &old.r, &old.g, &old.b, &old.a);
+  SDL_SetRenderDrawColor(renderer, back.r, back.g, back.b, 0);
+  SDL_RenderClear(renderer);
+  SDL_SetRenderDrawColor(renderer, old.r, old.g, old.b, old.a);
+
+  makeTexture(sprite);
+  if (sprite.texture) {
+    freeSurface(sprite);
+    const SDL_Rect place{sprite.xoffset, sprite.yoffset, sprite.width, sprite.height};
+    if (sprite.rotate)
+      SDL_RenderCopyEx(renderer, sprite.texture, nullptr, &place, 90.0, nullptr, SDL_FLIP_NONE);
+    else
+      SDL_RenderCopy(renderer, sprite.texture, nullptr, &place);
+  }
+  SDL_SetRenderTarget(renderer, target);
+  return layer;
+}

@@ -1,0 +1,161 @@
+// The part of the sprite animation that reads its files and cuts their frames.
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <fstream>
+#include <iterator>
+#include <rapidxml/rapidxml.hpp>
+
+#include "components/TSpriteAnimation.h"
+#include "vendelo-sdl2/MyUtils.h"
+#include "vendelo-sdl2/TAppGuiModule.h"
+#include "vendelo-sdl2/TApplication.h"
+
+using namespace vendelo_sdl2;
+
+namespace {
+
+using Node = rapidxml::xml_node<char>;
+
+const char* textOf(const Node& node, const char* name) {
+  const rapidxml::xml_attribute<char>* attribute = node.first_attribute(name);
+  return attribute ? attribute->value() : nullptr;
+}
+
+int intOf(const Node& node, const char* name, int fallback) {
+  const char* text = textOf(node, name);
+  return text ? std::atoi(text) : fallback;
+}
+
+double floatOf(const Node& node, const char* name, double fallback) {
+  const char* text = textOf(node, name);
+  return text ? std::atof(text) : fallback;
+}
+
+void requireAttributes(const Node& node, std::initializer_list<const char*> names, const std::string& file) {
+  for (const char* name : names)
+    if (!textOf(node, name))
+      std::printf("Animation %s: the element %s has no attribute %s\n", file.c_str(), node.name(), name);
+}
+
+std::shared_ptr<TSprite> readSprite(const Node& node, int id) {
+  auto sprite = std::make_shared<TSprite>();
+  sprite->id = id;
+  sprite->x = intOf(node, "x", 0);
+  sprite->y = intOf(node, "y", 0);
+  sprite->width = intOf(node, "w", 0);
+  sprite->height = intOf(node, "h", 0);
+  sprite->rotate = textOf(node, "r") != nullptr;
+  sprite->xoffset = intOf(node, "oX", 0);
+  sprite->yoffset = intOf(node, "oY", 0);
+  sprite->xpivot = floatOf(node, "pX", 0.5);
+  sprite->ypivot = floatOf(node, "pY", 0.5);
+  sprite->original_width = intOf(node, "oW", sprite->width);
+  sprite->original_height = intOf(node, "oH", sprite->height);
+  return sprite;
+}
+
+void readColor(const char* text, SDL_Color& color, const std::string& file) {
+  const std::vector<std::string> parts = MyUtils::string2vector(text, ",", false);
+  if (parts.size() < 4) {
+    std::printf("Animation %s: the background colour needs r, g, b and a\n", file.c_str());
+    return;
+  }
+  Uint8* const channels[] = {&color.r, &color.g, &color.b, &color.a};
+  for (size_t i = 0; i < 4; ++i) *channels[i] = static_cast<Uint8>(std::atoi(parts[i].c_str()));
+}
+
+// A surface of its own with one rectangle of the image, null when there is no such size.
+SDL_Surface* cut(SDL_Surface* image, const TSprite& sprite) {
+  if (sprite.width <= 0 || sprite.height <= 0) return nullptr;
+  const SDL_PixelFormat& f = *image->format;
+  SDL_Surface* surface =
+    SDL_CreateRGBSurface(0, sprite.width, sprite.height, f.BitsPerPixel, f.Rmask, f.Gmask, f.Bmask, f.Amask);
+  if (!surface) return nullptr;
+  SDL_Rect source{sprite.x, sprite.y, sprite.width, sprite.height};
+  SDL_BlitSurface(image, &source, surface, nullptr);
+  SDL_SetSurfaceBlendMode(surface, SDL_BLENDMODE_NONE);
+  return surface;
+}
+
+}  // namespace
+
+void TSpriteAnimation::parseXML(const std::string& spriteFilenameXML) {
+  std::ifstream file(spriteFilenameXML, std::ios::binary);
+  if (!file) {
+    std::printf("Animation %s: the file cannot be read\n", spriteFilenameXML.c_str());
+    return;
+  }
+  std::vector<char> text((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
+  text.push_back('\0');
+  rapidxml::xml_document<char> document;
+  try {
+    document.parse<0>(text.data());
+  } catch (const rapidxml::parse_error& error) {
+    std::printf("Animation %s: %s\n", spriteFilenameXML.c_str(), error.what());
+    return;
+  }
+  const Node* root = document.first_node("TextureAtlas");
+  if (!root) return;
+
+  requireAttributes(*root, {"imagePath"}, spriteFilenameXML);
+  if (const char* color = textOf(*root, "backgroundColor")) readColor(color, mBackgroundColor, spriteFilenameXML);
+  const char* imagePath = textOf(*root, "imagePath");
+  mFileName = spriteFilenameXML.substr(0, spriteFilenameXML.rfind('/') + 1) + (imagePath ? imagePath : "");
+  if (const char* blendMode = textOf(*root, "blendMode")) mBlendMode = blendMode;
+
+  for (const Node* node = root->first_node("sprite"); node; node = node->next_sibling("sprite")) {
+    requireAttributes(*node, {"n", "x", "y", "w", "h"}, spriteFilenameXML);
+    mSprites.push_back(readSprite(*node, static_cast<int>(mSprites.size())));
+    if (mOriginalWidth == 0) mOriginalWidth = mSprites.back()->original_width;
+    if (mOriginalHeight == 0) mOriginalHeight = mSprites.back()->original_height;
+  }
+  mLoadThread = SDL_CreateThread(loadSpirtesThread, "loadSpirtes", this);
+}
+
+int TSpriteAnimation::loadSpirtesThread(void* ptr) {
+  auto* animation = static_cast<TSpriteAnimation*>(ptr);
+  SDL_Surface* image = MyUtils::LoadSurface(animation->mFileName);
+  if (image && image->format->palette) {
+    // Cut frames carry no palette of their own.
+    SDL_Surface* colours = SDL_ConvertSurfaceFormat(image, SDL_PIXELFORMAT_ARGB8888, 0);
+    SDL_FreeSurface(image);
+    image = colours;
+  }
+  if (image) {
+    SDL_SetSurfaceBlendMode(image, SDL_BLENDMODE_NONE);
+    // Released one by one when they are complete: copies of this animation may draw them already.
+    for (const std::shared_ptr<TSprite>& sprite : animation->mSprites)
+      sprite->surface.store(cut(image, *sprite), std::memory_order_release);
+    SDL_FreeSurface(image);
+  }
+  SDL_SemPost(animation->mLoadFinished);
+  return 0;
+}
+
+void TSpriteAnimation::parsePNG(const std::string& spriteFilenamePNG) {
+  SDL_Renderer* renderer = GetRenderer();
+  if (!renderer || mRect.w <= 0 || mRect.h <= 0) return;
+  const bool white = TerminalFlavour == RONDELL_FLAVOUR || TerminalFlavour == TAVE2_FLAVOUR;
+  mBackgroundColor = white ? SDL_Color{255, 255, 255, 255} : SDL_Color{0, 0, 0, 255};
+  SDL_Color old{0, 0, 0, 0};
+  SDL_GetRenderDrawColor(renderer, &old.r, &old.g, &old.b, &old.a);
+  SDL_SetRenderDrawColor(renderer, mBackgroundColor.r, mBackgroundColor.g, mBackgroundColor.b, mBackgroundColor.a);
+
+  // The strip itself is left to the renderer; the frames are copies.
+  SDL_Texture* spriteTexture = MyUtils::LoadTexture(renderer, spriteFilenamePNG);
+  mBlendMode = "BLEND";
+  int FrameCount = 0, x = 0;
+  while (SDL_Texture* pSlide = TAppGuiModule::GetSlideFromImage(spriteTexture, mRect.w, mRect.h, FrameCount)) {
+    ++FrameCount;
+    auto sprite = std::make_shared<TSprite>();
+    sprite->id = FrameCount;
+    sprite->x = x;
+    sprite->width = sprite->original_width = mOriginalWidth = mRect.w;
+    sprite->height = sprite->original_height = mOriginalHeight = mRect.h;
+    sprite->texture = pSlide;
+    mSprites.push_back(std::move(sprite));
+    x += mRect.w;
+  }
+  SDL_SetRenderDrawColor(renderer, old.r, old.g, old.b, old.a);
+}
