@@ -192,7 +192,8 @@ class TActionMan {
   /// does nothing.
   void ExecuteActions(ActionHandleType ExecType);
 
-  /// Takes the action from the list and, with `DeleteInstance`, deletes it, found or not. Null does nothing.
+  /// Takes the action from the list, drops its waiting runs and, with `DeleteInstance`, deletes it, found or not;
+  /// the delete of one that runs waits for the end of the run. Null does nothing.
   void UnregisterAction(TAction* pAction, bool DeleteInstance);
   /// -1 for an empty or unknown name, otherwise 0.
   int UnregisterAction(std::string ActionName, bool DeleteInstance);

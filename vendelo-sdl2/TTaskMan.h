@@ -121,7 +121,7 @@ class TAsyncTimedTaskHandler : public TtthLambda {
   ~TAsyncTimedTaskHandler() override;
 
   void execute(void* UserData) override;
-  /// Makes the worker thread; nothing while there is one.
+  /// Makes the worker thread; nothing from a start to the next free(). The last act that touches the object.
   void start();
   /// Stops the worker and waits for it, unless called on the worker itself. Nothing with `autoFree`.
   void free();
