@@ -1,0 +1,93 @@
+#pragma once
+
+#include <SDL.h>
+#include <atomic>
+#include <filesystem>
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "vendelo-sdl2/TGuiComponent.h"
+
+struct PlatformState;
+
+// Prize of one win, before the bet is known.
+struct PaytableText {
+  std::string Mode;  // "scatter" and "consecutive" are paid on the total bet, anything else is a line win
+  int Win;           // multiplier
+};
+
+// What a win shows at a bet, in the smallest unit: the product, for a line win divided by the cost of one bet
+// towards zero. A cost of 0 shows 0 for line wins.
+int paytableWin(const PaytableText& text, int64_t currentBet, int betCost);
+
+// The page names that a game may have, in the order that decides their numbers; 0 is the background.
+extern const char* const possibleScreensArray[10];
+
+// The paytable pages of the game in play, with its prizes at the present bet laid over them.
+// Draw thread only (checked), but for the decoding of the files, which runs on a thread of its own and reaches the
+// panel through the draw queue, and for UpdateLanguage (main thread under the draw mutex). State is read under its
+// lock. The panel owns the pages' textures; the tree owns the labels. Missing files and fonts leave their place
+// empty; nothing outside the game folders is ever read.
+class TPaytablesPanel : public vendelo_sdl2::TGuiComponent {
+ public:
+  struct ImageInfo {
+    std::string name;
+    std::filesystem::path filepath;  // empty: not found
+  };
+
+  TPaytablesPanel(SDL_Renderer* pRenderer, int x, int y, int width, int height, std::string ComponentName);
+  // Waits for running loads.
+  ~TPaytablesPanel() override;
+
+  // Starts decoding the game's pages; 0. While a load of the same game runs only its fade-in is taken over.
+  int loadImagesOfGame(const std::string& game_name, bool fadeInAfterLoad);
+  void clearPaytable();
+  // The next update looks for the files again, in the folder of the new language.
+  void UpdateLanguage(const std::vector<std::string>& messages);
+
+  // Loads what is missing (-1), or shows the page that the state asks for with its prizes: the result of
+  // updatePaytable.
+  int UpdateData(bool fadeInAfterLoad);
+  void createPaytable(const std::string& gameName);
+  // Recalculates the prizes; 0, or -2 with nothing loaded.
+  int updatePaytable();
+  // Shows the texts of one page: 0 the paytable's, 1 the bonus page's.
+  void paytableVisible(int index);
+
+ private:
+  struct TPageText;
+  struct TSetup;
+
+  std::vector<ImageInfo> findImages(const std::string& game_name);
+  void startLoad(const std::string& game_name, std::vector<ImageInfo> toLoad);
+  void takeImages(const std::string& game_name,
+                  const std::map<std::string, std::shared_ptr<SDL_Surface>>& surfaces);
+  void setPage(const std::string& page, SDL_Texture* texture);
+  void showPage(SDL_Texture* texture);
+  void clearTexts();
+  void clearPages();
+  void buildPages(const std::string& gameName, const TSetup& setup, const PlatformState& state);
+  void buildText(const TPageText& text, const std::string& fontName, size_t page, const PlatformState& state,
+                 int betCost);
+  void buildBetLabels(const TPageText& last, const std::string& fontName);
+  int betCostOf(const TSetup& setup, const std::string& gameName);
+  std::string message(size_t index) const;
+
+  std::string mLoadedForGame;
+  std::string mCreatedForGame;
+  std::map<std::string, SDL_Texture*> mHelpScreens;  // owned
+  std::map<std::string, std::vector<ImageInfo>> mHelpScreenNames;
+  vendelo_sdl2::TGuiComponent* pBackground;
+  vendelo_sdl2::TGuiComponent* pHelpScreen;
+  std::map<std::string, PaytableText> mSymbolWin;
+  std::vector<vendelo_sdl2::TGuiComponent*> mPaytableComponents[2];  // of "paytable", and of any other page
+  int mScreenW;
+  int mScreenH;
+  std::vector<std::string> mLangMessages;
+  int mRetryCount;
+  std::map<std::string, bool> mRunningLoads;       // game to whether its end fades the panel in
+  std::shared_ptr<std::atomic<int>> mRunningJobs;  // decoding threads that still use this panel
+  std::string mBadBetCostGame;                     // for which the cost of 0 was logged
+};

@@ -1,0 +1,197 @@
+// The component tree of the levels.
+#include "src/vesperatopscreen/TJackpotsPanelBuild.h"
+
+#include <cmath>
+
+#include "components/TControlCyphers3.h"
+#include "components/TGlyphLabel.h"
+#include "components/TImageList.h"
+#include "components/TProgressBar.h"
+#include "components/TScrollingComponent.h"
+#include "components/TSpriteAnimation.h"
+#include "vendelo-sdl2/MyUtils.h"
+#include "vendelo-sdl2/TApplication.h"
+
+using namespace vendelo_sdl2;
+
+namespace {
+
+struct TLevelColour {
+  const char* winAnimation;
+  const char* frameRight;
+  const char* frameLeft;
+  const char* hourFont;  // only Emerald shows its hours
+};
+
+// By id; Gold is id 0.
+constexpr TLevelColour levelColours[TJackpotsPanel::maxLevels] = {
+  {"Animation/GoldPnlWin", "GOLD_RIGHT.png", "GOLD_LEFT.png", nullptr},
+  {"Animation/SilverPnlWin", "SILVER_RIGHT.png", "SILVER_LEFT.png", nullptr},
+  {"Animation/BronzePnlWin", "BRONZE_RIGHT.png", "BRONZE_LEFT.png", nullptr},
+  {"Animation/EmeraldPnlWin", "EMERALD_RIGHT.png", "EMERALD_LEFT.png", "Fonts/emerald_hours_font"}};
+
+constexpr int scheduledMode = 2;  // JackpotsData::mode of a level that is open at certain hours
+
+std::string indexed(const char* name, int id) { return std::string(name) + "[" + MyUtils::itos(id) + "]"; }
+
+void prepareSprite(TSpriteAnimation* sprite) {
+  sprite->Hide();
+  sprite->HideAfterEnd();
+  sprite->SetRefreshRate(25);
+}
+
+}  // namespace
+
+double jackpotSpinFunction(double t, double speed) {
+  const double magnitude = std::log10(std::abs(speed));
+  // One millisecond after a change the curve has no value; it passes through its limit, the straight line.
+  if (magnitude == 0 || !std::isfinite(magnitude)) return t;
+  const double a = 1 / magnitude;
+  return a * std::log((std::exp(1 / a) - 1) * t + 1);
+}
+
+float jackpotTextMovement(float t, float) { return static_cast<float>(0.5 * (1 - std::cos(M_PI * t))); }
+
+void TJackpotsPanel::createTitle() {
+  pJackpotLabel = new TImageList(GetRenderer(), 645, 20, 630, 156, "pJackpotLabel");
+  AddComponent(pJackpotLabel);
+  pJackpotLabel->pushImage(MyUtils::GetTexture(GetRenderer(), "JACKPOT.png"));
+  pJackpotLabel->DisplayImage(0, 0);
+
+  pDarkBackground = new TImageList(GetRenderer(), 0, 0, mScreenW, mScreenH, "pDarkBackground");
+  AddComponent(pDarkBackground);
+  pDarkBackground->_setVisible(false);
+  pDarkBackground->LoadImage(MyUtils::ImageDir() + "Animation/Backround.png");
+  pDarkBackground->DisplayImage(0, 0);
+}
+
+void TJackpotsPanel::createLevel(const JackpotsData& level, TBuild& build) {
+  const int jId = level.id;
+  if (jId < 0 || jId >= maxLevels || pJackpotPanel[jId]) {
+    pApp->WriteLog(4, 0, "Jackpot level with id %d cannot be shown: ids are 0 to 3, each once.", jId);
+    return;
+  }
+  const TLevelColour& colour = levelColours[jId];
+  const SDL_Rect place = build.layout.levelRect(jId);
+  TGuiComponent* container =
+    new TGuiComponent(GetRenderer(), place.x, place.y, place.w, place.h, indexed("pJackpotPanel", jId));
+  pJackpotPanel[jId] = container;
+  AddComponent(container);
+
+  pJackpotFrame[jId] = new TImageList(GetRenderer(), 0, 0, place.w, place.h, indexed("pJackpotFrame", jId));
+  container->AddComponent(pJackpotFrame[jId]);
+  pJackpotFrame[jId]->pushImage(
+    MyUtils::GetTexture(GetRenderer(), level.showCurrencySign ? colour.frameRight : colour.frameLeft));
+  pJackpotFrame[jId]->DisplayImage(0, 0);
+
+  createCurrency(level);
+  createDigits(level, build.font);
+  createAnimations(level, build);
+  if (level.mode == scheduledMode && colour.hourFont) createHours(level);
+  createInfoBar(level, place);
+
+  // The info bar and its text stay below.
+  for (TGuiComponent* component :
+       std::initializer_list<TGuiComponent*>{pJackpotFrame[jId], pIdleAnimation[jId], pJackpotCurrency[jId],
+                                             pJackpotCyphers[jId], pJackpotHours[jId], pPanelAnimation[jId]})
+    if (component) container->BringComponentToFront(component);
+}
+
+void TJackpotsPanel::createCurrency(const JackpotsData& level) {
+  const int jId = level.id;
+  const int cx = level.showCurrencySign ? 709 : 68;
+  // The doubled separator makes a font name of its own, beside that of the digits.
+  auto* currency = new TGlyphLabel(GetRenderer(), cx, 87, 130, 91, level.currency,
+                                   MyUtils::ImageDir() + "/Fonts/currency", indexed("pJackpotCurrency", jId));
+  pJackpotCurrency[jId] = currency;
+  pJackpotPanel[jId]->AddComponent(currency);
+  currency->SetAlignment(level.showCurrencySign ? LEFT_UP : CENTER_UP);
+  currency->SetResize(false);
+}
+
+void TJackpotsPanel::createDigits(const JackpotsData& level, TBitmapFont* font) {
+  const int jId = level.id;
+  const int cx = level.showCurrencySign ? 90 : 229;
+  auto* cyphers = new TControlCyphers3(GetRenderer(), cx, 87, 594, 91, 10, indexed("ControlCyphers", jId));
+  pJackpotCyphers[jId] = cyphers;
+  pJackpotPanel[jId]->AddComponent(cyphers);
+  cyphers->SetFont(font);
+  cyphers->SetLocale(MyUtils::decimal_separator == ',' ? TControlCyphers3::COMMA_DECIMAL_DOT_THOUSANDS
+                                                       : TControlCyphers3::COMMA_THOUSANDS_DOT_DECIMAL);
+  cyphers->SetCypherGap(2);
+  cyphers->SetCypherWidth(48);
+  cyphers->SetDecimalPlaces(level.decimalPlaces);
+  cyphers->SetDecimalScale(0.7f, 1.67f);
+  cyphers->SetSpinFunction(jackpotSpinFunction);
+  cyphers->SetFinalValue(level.potValue);
+}
+
+void TJackpotsPanel::createAnimations(const JackpotsData& level, TBuild& build) {
+  const int jId = level.id;
+  const std::string directory = MyUtils::ImageDir();
+  const std::string idle =
+    build.idleCopy ? "" : directory + (level.showCurrencySign ? "Animation/IdleRight" : "Animation/IdleLeft");
+  pIdleAnimation[jId] = new TSpriteAnimation(GetRenderer(), -46, -86, 1000, 380, idle, TSpriteAnimation::ONCE,
+                                             indexed("pIdleAnimation", jId));
+  if (build.idleCopy)
+    pIdleAnimation[jId]->CopyData(build.idleCopy);
+  else
+    build.idleCopy = pIdleAnimation[jId];
+  pJackpotPanel[jId]->AddComponent(pIdleAnimation[jId]);
+  prepareSprite(pIdleAnimation[jId]);
+
+  pPanelAnimation[jId] =
+    new TSpriteAnimation(GetRenderer(), -346, -176, 1600, 600, directory + levelColours[jId].winAnimation,
+                         TSpriteAnimation::LOOP, indexed("pPanelAnimation", jId));
+  pJackpotPanel[jId]->AddComponent(pPanelAnimation[jId]);
+  prepareSprite(pPanelAnimation[jId]);
+
+  // Full-screen, and so a child of the whole panel; the same gold particles for every level.
+  const std::string particles = build.particleCopy ? "" : directory + "Animation/GoldPrtclWin";
+  pParticleAnimation[jId] = new TSpriteAnimation(GetRenderer(), 0, 0, mScreenW, mScreenH, particles,
+                                                 TSpriteAnimation::LOOP, indexed("pParticleAnimation", jId));
+  if (build.particleCopy)
+    pParticleAnimation[jId]->CopyData(build.particleCopy);
+  else
+    build.particleCopy = pParticleAnimation[jId];
+  AddComponent(pParticleAnimation[jId]);
+  prepareSprite(pParticleAnimation[jId]);
+}
+
+void TJackpotsPanel::createHours(const JackpotsData& level) {
+  const int jId = level.id;
+  auto* hours = new TGlyphLabel(GetRenderer(), 282, 0, 430, 62, level.TimeFrom + " - " + level.TimeTo,
+                                MyUtils::ImageDir() + levelColours[jId].hourFont, indexed("pJackpotHours", jId));
+  pJackpotHours[jId] = hours;
+  pJackpotPanel[jId]->AddComponent(hours);
+  hours->SetAlignment(CENTER_CENTER);
+  hours->SetResize(false);
+}
+
+void TJackpotsPanel::createInfoBar(const JackpotsData& level, const SDL_Rect& place) {
+  constexpr int nx = 882, ny = 90, height = 91;
+  const int jId = level.id;
+  // The bar draws at absolute places and only follows later moves of its parent.
+  auto* bar = new TProgressBar(GetRenderer(), nx + place.x, ny + place.y, 1220, height,
+                               indexed("pJackpotInfoBackground", jId));
+  pJackpotInfoBackground[jId] = bar;
+  pJackpotPanel[jId]->AddComponent(bar);
+  bar->SetFullImage(MyUtils::ImageDir() + "/bar.png");
+  bar->SetRunToLeft();
+  bar->SetPosition(0, true);
+
+  auto* info = new TScrollingComponent(GetRenderer(), nx, ny, mScreenW - nx, height, indexed("pJackpotInfo", jId));
+  pJackpotInfo[jId] = info;
+  pJackpotPanel[jId]->AddComponent(info);
+  auto* pInfo =
+    new TGlyphLabel(GetRenderer(), 0, 0, 0, height, level.LastWinData, MyUtils::ImageDir() + "Fonts/info_bar_font",
+                    indexed("pJackpotInfo", jId) + "-label");
+  pInfo->SetAlignment(LEFT_CENTER);
+  pInfo->SetAutosize(true, false);
+  info->AddContent(pInfo, -1, TScrollingComponent::CENTER);
+  info->SetPadding(30);
+  info->SetScrollSpeedRelative(-20);
+  info->SetSpacingFixed(500);
+  info->SetWaitDuration(1);
+  info->SetMovementFunction(jackpotTextMovement);
+}

@@ -1,0 +1,252 @@
+// The pages: their files, their decoding off the draw thread, their textures.
+#include "vesperatopscreen/TPaytablesPanel.h"
+
+#include <SDL_image.h>
+#include <SDL_ttf.h>
+#include <cstdio>
+#include <set>
+#include <thread>
+
+#include "common/ThreadSafeProperty.h"
+#include "components/Tlabel.h"
+#include "vendelo-sdl2/TApplication.h"
+#include "vesperatopscreen/TopScreenApp.h"
+
+using namespace vendelo_sdl2;
+namespace fs = std::filesystem;
+
+const char* const possibleScreensArray[10] = {"background",
+                                              "InfoPage_Paytable",
+                                              "InfoPage_Paytable_Bonus",
+                                              "InfoPage_ExpandFeature",
+                                              "InfoPage_Features",
+                                              "InfoPages_BonusFeature",
+                                              "InfoPage_Features2",
+                                              "InfoPages_Features2",
+                                              "InfoPages_BonusFeature2",
+                                              "InfoPage_Rules"};
+
+namespace {
+
+// The picture of this name in the folder, ".png" before ".jpg"; empty when there is none.
+fs::path findPicture(const fs::path& folder, const std::string& name) {
+  for (const char* extension : {".png", ".jpg"}) {
+    const fs::path file = folder / (name + extension);
+    std::error_code error;
+    if (fs::exists(file, error)) return file;
+  }
+  return {};
+}
+
+bool leavesTheGameFolders(const std::string& name) {
+  return name.find('/') != std::string::npos || name.find("..") != std::string::npos;
+}
+
+void checkDrawThread() {
+  if (pApp) pApp->ThreadCheck(THREAD_DRAW);
+}
+
+}  // namespace
+
+TPaytablesPanel::TPaytablesPanel(SDL_Renderer* pRenderer, int x, int y, int width, int height,
+                                 std::string ComponentName)
+  : TGuiComponent(pRenderer, x, y, width, height, ComponentName),
+    pBackground(nullptr),
+    pHelpScreen(nullptr),
+    mScreenW(width),
+    mScreenH(height),
+    mRetryCount(10),
+    mRunningJobs(std::make_shared<std::atomic<int>>(0)) {
+  pBackground = new TGuiComponent(pRenderer, 0, 0, mScreenW, mScreenH, "Background");
+  AddComponent(pBackground);
+  pHelpScreen = new TGuiComponent(pRenderer, 0, 0, mScreenW, mScreenH, "HelpScreen");
+  AddComponent(pHelpScreen);
+  pHelpScreen->setBlendMode(1);
+}
+
+TPaytablesPanel::~TPaytablesPanel() {
+  while (const int running = mRunningJobs->load()) mRunningJobs->wait(running);
+  clearPaytable();
+}
+
+std::string TPaytablesPanel::message(size_t index) const {
+  return index < mLangMessages.size() ? mLangMessages[index] : std::string();
+}
+
+void TPaytablesPanel::UpdateLanguage(const std::vector<std::string>& messages) {
+  mLangMessages = messages;
+  mHelpScreenNames.clear();
+}
+
+int TPaytablesPanel::loadImagesOfGame(const std::string& game_name, bool fadeInAfterLoad) {
+  if (game_name.empty()) return 0;
+  const auto running = mRunningLoads.find(game_name);
+  if (running != mRunningLoads.end()) {
+    running->second = running->second || fadeInAfterLoad;
+    return 0;
+  }
+  const auto gameIt = mHelpScreenNames.find(game_name);
+  std::vector<ImageInfo> toLoad;
+  if (gameIt == mHelpScreenNames.end()) {
+    toLoad = findImages(game_name);
+    mHelpScreenNames[game_name] = toLoad;
+  } else {
+    toLoad = gameIt->second;
+  }
+  mRunningLoads[game_name] = fadeInAfterLoad;
+  startLoad(game_name, std::move(toLoad));
+  return 0;
+}
+
+std::vector<TPaytablesPanel::ImageInfo> TPaytablesPanel::findImages(const std::string& game_name) {
+  std::vector<ImageInfo> images;
+  if (leavesTheGameFolders(game_name)) {
+    pApp->WriteLog(4, 0, "The game name '%s' leads out of the game folders: no paytable.", game_name.c_str());
+    images.push_back({possibleScreensArray[0], {}});
+    return images;
+  }
+  const std::string icons = "Games/" + game_name + "/Icons/";
+  std::string path = "paytable";
+  if (!message(0).empty()) path += "_" + message(0);
+  std::string IMAGE_DIR = icons + path;
+  std::error_code error;
+  if (leavesTheGameFolders(message(0)) || !fs::is_directory(IMAGE_DIR, error)) IMAGE_DIR = icons + "paytable";
+  pApp->WriteLog(1, 0, "Loading paytable images for game %s in folder %s.", game_name.c_str(), IMAGE_DIR.c_str());
+  for (const char* name : possibleScreensArray) {
+    // The background stands above the folders of the languages.
+    const bool background = name == possibleScreensArray[0];
+    const fs::path file = findPicture(background ? fs::path(icons) : fs::path(IMAGE_DIR), name);
+    if (background || !file.empty()) images.push_back({name, file});
+  }
+  return images;
+}
+
+void TPaytablesPanel::startLoad(const std::string& game_name, std::vector<ImageInfo> toLoad) {
+  auto jobs = mRunningJobs;
+  ++*jobs;
+  auto work = [this, jobs, game_name, toLoad = std::move(toLoad)] {
+    std::map<std::string, std::shared_ptr<SDL_Surface>> surfaces;
+    for (const ImageInfo& info : toLoad)
+      if (!info.filepath.empty())
+        surfaces[info.name] = std::shared_ptr<SDL_Surface>(IMG_Load(info.filepath.c_str()), SDL_FreeSurface);
+    pApp->DeferToDraw([this, game_name, surfaces] { takeImages(game_name, surfaces); }, false);
+    --*jobs;
+    jobs->notify_all();
+  };
+  // Frees itself after its one run; the task manager never hears of it.
+  new TAsyncTimedTaskHandler(work, 0, TTimedTaskHandler::EXECUTE_ONCE, "LoadImages " + game_name, true, true);
+}
+
+void TPaytablesPanel::takeImages(const std::string& game_name,
+                                 const std::map<std::string, std::shared_ptr<SDL_Surface>>& surfaces) {
+  for (const auto& [page, surface] : surfaces) {
+    SDL_Texture* texture = SDL_CreateTextureFromSurface(GetRenderer(), surface.get());
+    SDL_SetTextureBlendMode(texture, SDL_BLENDMODE_BLEND);
+    setPage(page, texture);
+  }
+  mLoadedForGame = game_name;
+  const bool fadeInAfterLoad = mRunningLoads[game_name];
+  mRunningLoads.erase(game_name);
+  UpdateData(false);
+  if (fadeInAfterLoad) pApp->GenerateAction("PaytableLoaded", nullptr, ACTION_ANY);
+}
+
+// A page that is loaded again takes the place of the old one wherever that is shown.
+void TPaytablesPanel::setPage(const std::string& page, SDL_Texture* texture) {
+  SDL_Texture*& slot = mHelpScreens[page];
+  if (slot) {
+    for (TGuiComponent* shown : {pBackground, pHelpScreen})
+      if (shown->GetTargetTexture() == slot) shown->SetTargetTexture(texture);
+    SDL_DestroyTexture(slot);
+  }
+  slot = texture;
+}
+
+void TPaytablesPanel::clearPaytable() {
+  checkDrawThread();
+  if (!mCreatedForGame.empty()) clearTexts();
+  if (!mLoadedForGame.empty()) clearPages();
+}
+
+void TPaytablesPanel::clearTexts() {
+  // A label may stand in both lists; it goes once.
+  std::set<TGuiComponent*> labels;
+  for (auto& components : mPaytableComponents) {
+    labels.insert(components.begin(), components.end());
+    components.clear();
+  }
+  for (TGuiComponent* label : labels) {
+    // The two bet labels share one font.
+    if (label->getName() == "minBetLabel")
+      if (TTF_Font* font = static_cast<Tlabel*>(label)->GetFont()) TTF_CloseFont(font);
+    (pHelpScreen->FindComponent(label) ? pHelpScreen : this)->RemoveComponent(label, true);
+  }
+  // Without a page of texts it stands in no list.
+  if (FindComponentByName("prizeLabel")) RemoveComponent("prizeLabel", true);
+  mSymbolWin.clear();
+  mCreatedForGame.clear();
+}
+
+void TPaytablesPanel::clearPages() {
+  pBackground->SetTargetTexture(nullptr);
+  pHelpScreen->SetTargetTexture(nullptr);
+  for (const auto& [page, texture] : mHelpScreens)
+    if (texture) SDL_DestroyTexture(texture);
+  mHelpScreens.clear();
+  mLoadedForGame.clear();
+}
+
+int TPaytablesPanel::UpdateData(bool fadeInAfterLoad) {
+  checkDrawThread();
+  auto& property = static_cast<TopScreenApp*>(pApp)->getState();
+  ScopedLock lock(property);
+  const PlatformState& state = &property;
+  const std::string& name = state.ActiveGame.name;
+  const auto gameIt = mHelpScreenNames.find(name);
+  if (gameIt == mHelpScreenNames.end() || gameIt->second.empty()) {
+    if (mRetryCount-- >= 0) {
+      if (!mLoadedForGame.empty()) clearPaytable();
+      loadImagesOfGame(name, fadeInAfterLoad);
+    }
+    return -1;
+  }
+  if (name != mLoadedForGame) {
+    clearPaytable();
+    loadImagesOfGame(name, fadeInAfterLoad);
+    return -1;
+  }
+  mRetryCount = 10;
+  createPaytable(name);
+  const int result = updatePaytable();
+
+  const std::vector<ImageInfo>& pages = gameIt->second;
+  const auto textureOf = [this](const ImageInfo& page) {
+    const auto found = mHelpScreens.find(page.name);
+    return found == mHelpScreens.end() ? nullptr : found->second;
+  };
+  const int wanted = state.ShowingPaytable;
+  SDL_Texture* texture = wanted >= 0 && wanted < static_cast<int>(pages.size())
+                           ? textureOf(pages[static_cast<size_t>(wanted)])
+                           : nullptr;
+  if (texture) {
+    showPage(texture);
+    paytableVisible(wanted - 1);
+  } else {
+    std::printf("Can not show paytayble '%s' - was expecting it to be loaded -> going to first page\n",
+                name.c_str());
+    showPage(textureOf(pages.front()));
+    paytableVisible(0);
+  }
+  return result;
+}
+
+void TPaytablesPanel::showPage(SDL_Texture* texture) {
+  int w = 0, h = 0;
+  if (texture && SDL_QueryTexture(texture, nullptr, nullptr, &w, &h) == 0) {
+    pHelpScreen->setX(static_cast<int>((mScreenW - w) / 2.0));
+    pHelpScreen->setY(static_cast<int>((mScreenH - h) / 2.0));
+    pHelpScreen->setWidth(w);
+    pHelpScreen->setHeight(h);
+  }
+  pHelpScreen->SetTargetTexture(texture);
+}
