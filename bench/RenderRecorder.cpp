@@ -1,0 +1,261 @@
+#include "bench/RenderRecorder.h"
+
+#include <dlfcn.h>
+
+namespace {
+
+enum Kind { COPY, COPY_EX, COPY_F, COPY_EX_F, TARGET, CLEAR, FILL, COLOR, DRAW_BLEND, ALPHA, MOD, BLEND, PRESENT };
+
+struct Call {
+  Kind kind;
+  SDL_Renderer* renderer;
+  SDL_Texture* texture;
+  bool hasSource, hasDestination;
+  SDL_Rect source, destination;
+  SDL_FRect destinationF;
+  double angle;
+  SDL_RendererFlip flip;
+  Uint8 r, g, b, a;
+  SDL_BlendMode mode;
+};
+
+std::vector<Call> calls;
+std::vector<size_t> ends;
+bool recording = false;
+long copyCount = 0;
+
+template <class F>
+F real(const char* name) {
+  return reinterpret_cast<F>(dlsym(RTLD_NEXT, name));
+}
+
+#define REAL(name) static const auto sdl = real<decltype(&name)>(#name)
+
+Call make(Kind kind, SDL_Renderer* renderer, SDL_Texture* texture) {
+  Call call{};
+  call.kind = kind;
+  call.renderer = renderer;
+  call.texture = texture;
+  return call;
+}
+
+void note(const Call& call) {
+  calls.push_back(call);
+  if (call.kind <= COPY_EX_F) ++copyCount;
+}
+
+Call copy(Kind kind, SDL_Renderer* renderer, SDL_Texture* texture, const SDL_Rect* source) {
+  Call call = make(kind, renderer, texture);
+  call.hasSource = source;
+  if (source) call.source = *source;
+  return call;
+}
+
+void issue(const Call& c) {
+  const SDL_Rect* source = c.hasSource ? &c.source : nullptr;
+  const SDL_Rect* destination = c.hasDestination ? &c.destination : nullptr;
+  const SDL_FRect* destinationF = c.hasDestination ? &c.destinationF : nullptr;
+  switch (c.kind) {
+    case COPY:
+      SDL_RenderCopy(c.renderer, c.texture, source, destination);
+      break;
+    case COPY_EX:
+      SDL_RenderCopyEx(c.renderer, c.texture, source, destination, c.angle, nullptr, c.flip);
+      break;
+    case COPY_F:
+      SDL_RenderCopyF(c.renderer, c.texture, source, destinationF);
+      break;
+    case COPY_EX_F:
+      SDL_RenderCopyExF(c.renderer, c.texture, source, destinationF, c.angle, nullptr, c.flip);
+      break;
+    case TARGET:
+      SDL_SetRenderTarget(c.renderer, c.texture);
+      break;
+    case CLEAR:
+      SDL_RenderClear(c.renderer);
+      break;
+    case FILL:
+      SDL_RenderFillRect(c.renderer, destination);
+      break;
+    case COLOR:
+      SDL_SetRenderDrawColor(c.renderer, c.r, c.g, c.b, c.a);
+      break;
+    case DRAW_BLEND:
+      SDL_SetRenderDrawBlendMode(c.renderer, c.mode);
+      break;
+    case ALPHA:
+      SDL_SetTextureAlphaMod(c.texture, c.a);
+      break;
+    case MOD:
+      SDL_SetTextureColorMod(c.texture, c.r, c.g, c.b);
+      break;
+    case BLEND:
+      SDL_SetTextureBlendMode(c.texture, c.mode);
+      break;
+    case PRESENT:
+      SDL_RenderPresent(c.renderer);
+      break;
+  }
+}
+
+}  // namespace
+
+namespace recorder {
+
+void start() {
+  calls.clear();
+  ends.clear();
+  copyCount = 0;
+  recording = true;
+}
+void mark() { ends.push_back(calls.size()); }
+void stop() { recording = false; }
+int frames() { return static_cast<int>(ends.size()); }
+long copies() { return copyCount; }
+
+void replay(int frame) {
+  for (size_t i = frame ? ends[frame - 1] : 0; i < ends[frame]; ++i) issue(calls[i]);
+}
+
+}  // namespace recorder
+
+extern "C" {
+
+int SDL_RenderCopy(SDL_Renderer* renderer, SDL_Texture* texture, const SDL_Rect* source,
+                   const SDL_Rect* destination) {
+  REAL(SDL_RenderCopy);
+  if (recording) {
+    Call call = copy(COPY, renderer, texture, source);
+    call.hasDestination = destination;
+    if (destination) call.destination = *destination;
+    note(call);
+  }
+  return sdl(renderer, texture, source, destination);
+}
+
+int SDL_RenderCopyEx(SDL_Renderer* renderer, SDL_Texture* texture, const SDL_Rect* source,
+                     const SDL_Rect* destination, const double angle, const SDL_Point* center,
+                     const SDL_RendererFlip flip) {
+  REAL(SDL_RenderCopyEx);
+  if (recording) {
+    Call call = copy(COPY_EX, renderer, texture, source);
+    call.hasDestination = destination;
+    if (destination) call.destination = *destination;
+    call.angle = angle;
+    call.flip = flip;
+    note(call);
+  }
+  return sdl(renderer, texture, source, destination, angle, center, flip);
+}
+
+int SDL_RenderCopyF(SDL_Renderer* renderer, SDL_Texture* texture, const SDL_Rect* source,
+                    const SDL_FRect* destination) {
+  REAL(SDL_RenderCopyF);
+  if (recording) {
+    Call call = copy(COPY_F, renderer, texture, source);
+    call.hasDestination = destination;
+    if (destination) call.destinationF = *destination;
+    note(call);
+  }
+  return sdl(renderer, texture, source, destination);
+}
+
+int SDL_RenderCopyExF(SDL_Renderer* renderer, SDL_Texture* texture, const SDL_Rect* source,
+                      const SDL_FRect* destination, const double angle, const SDL_FPoint* center,
+                      const SDL_RendererFlip flip) {
+  REAL(SDL_RenderCopyExF);
+  if (recording) {
+    Call call = copy(COPY_EX_F, renderer, texture, source);
+    call.hasDestination = destination;
+    if (destination) call.destinationF = *destination;
+    call.angle = angle;
+    call.flip = flip;
+    note(call);
+  }
+  return sdl(renderer, texture, source, destination, angle, center, flip);
+}
+
+int SDL_SetRenderTarget(SDL_Renderer* renderer, SDL_Texture* texture) {
+  REAL(SDL_SetRenderTarget);
+  if (recording) note(make(TARGET, renderer, texture));
+  return sdl(renderer, texture);
+}
+
+int SDL_RenderClear(SDL_Renderer* renderer) {
+  REAL(SDL_RenderClear);
+  if (recording) note(make(CLEAR, renderer, nullptr));
+  return sdl(renderer);
+}
+
+int SDL_RenderFillRect(SDL_Renderer* renderer, const SDL_Rect* rect) {
+  REAL(SDL_RenderFillRect);
+  if (recording) {
+    Call call = make(FILL, renderer, nullptr);
+    call.hasDestination = rect;
+    if (rect) call.destination = *rect;
+    note(call);
+  }
+  return sdl(renderer, rect);
+}
+
+int SDL_SetRenderDrawColor(SDL_Renderer* renderer, Uint8 r, Uint8 g, Uint8 b, Uint8 a) {
+  REAL(SDL_SetRenderDrawColor);
+  if (recording) {
+    Call call = make(COLOR, renderer, nullptr);
+    call.r = r, call.g = g, call.b = b, call.a = a;
+    note(call);
+  }
+  return sdl(renderer, r, g, b, a);
+}
+
+int SDL_SetRenderDrawBlendMode(SDL_Renderer* renderer, SDL_BlendMode mode) {
+  REAL(SDL_SetRenderDrawBlendMode);
+  if (recording) {
+    Call call = make(DRAW_BLEND, renderer, nullptr);
+    call.mode = mode;
+    note(call);
+  }
+  return sdl(renderer, mode);
+}
+
+int SDL_SetTextureAlphaMod(SDL_Texture* texture, Uint8 alpha) {
+  REAL(SDL_SetTextureAlphaMod);
+  Uint8 before = 0;
+  if (recording && SDL_GetTextureAlphaMod(texture, &before) == 0 && before != alpha) {
+    Call call = make(ALPHA, nullptr, texture);
+    call.a = alpha;
+    note(call);
+  }
+  return sdl(texture, alpha);
+}
+
+int SDL_SetTextureColorMod(SDL_Texture* texture, Uint8 r, Uint8 g, Uint8 b) {
+  REAL(SDL_SetTextureColorMod);
+  Uint8 red = 0, green = 0, blue = 0;
+  if (recording && SDL_GetTextureColorMod(texture, &red, &green, &blue) == 0 &&
+      (red != r || green != g || blue != b)) {
+    Call call = make(MOD, nullptr, texture);
+    call.r = r, call.g = g, call.b = b;
+    note(call);
+  }
+  return sdl(texture, r, g, b);
+}
+
+int SDL_SetTextureBlendMode(SDL_Texture* texture, SDL_BlendMode mode) {
+  REAL(SDL_SetTextureBlendMode);
+  SDL_BlendMode before = SDL_BLENDMODE_NONE;
+  if (recording && SDL_GetTextureBlendMode(texture, &before) == 0 && before != mode) {
+    Call call = make(BLEND, nullptr, texture);
+    call.mode = mode;
+    note(call);
+  }
+  return sdl(texture, mode);
+}
+
+void SDL_RenderPresent(SDL_Renderer* renderer) {
+  REAL(SDL_RenderPresent);
+  if (recording) note(make(PRESENT, renderer, nullptr));
+  sdl(renderer);
+}
+
+}  // extern "C"
