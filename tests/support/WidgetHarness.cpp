@@ -1,0 +1,82 @@
+#include "tests/support/WidgetHarness.h"
+
+#include "vendelo-sdl2/TGuiComponent.h"
+
+using namespace vendelo_sdl2;
+
+HarnessApplication::HarnessApplication() {
+  // Without a GUI module the draw thread ends at once; its place is taken by this thread.
+  setStatus(APP_LOADING);
+  SDL_WaitThread(mpDrawThread.exchange(nullptr), nullptr);
+  ThreadID_DrawThread = SDL_ThreadID();
+}
+
+void HarnessApplication::adopt(TAppGuiModule* module) {
+  module->TAppModule::Init(this, "GUI1", nullptr, -1);
+  pAppGUI = module;
+}
+
+void HarnessApplication::destroyGui() {
+  if (TAppGuiModule* module = TakeGUI()) module->Destroy();
+}
+
+HarnessGuiModule::HarnessGuiModule(SDL_Renderer* renderer) {
+  SetRenderer(renderer);
+  SetRendererStatic(renderer);
+}
+
+void HarnessGuiModule::drawTree() {
+  for (TComponentList::Walk walk(GuiComponentList); TGuiComponent* root = walk.next();)
+    if (root->isVisible()) root->drawLogic();
+  for (TComponentList::Walk walk(GuiComponentList); TGuiComponent* root = walk.next();)
+    if (root->isVisible()) root->draw();
+}
+
+WidgetHarness::WidgetHarness(int width, int height)
+  : mpApplication(new HarnessApplication),
+    mpPicture(SDL_CreateRGBSurfaceWithFormat(0, width, height, 32, SDL_PIXELFORMAT_ARGB8888)) {
+  mpModule = new HarnessGuiModule(SDL_CreateSoftwareRenderer(mpPicture));
+  SDL_SetRenderDrawBlendMode(mpModule->GetRenderer(), SDL_BLENDMODE_BLEND);
+  SDL_SetRenderDrawColor(mpModule->GetRenderer(), 0, 0, 0, 0);
+  mpApplication->adopt(mpModule);
+}
+
+WidgetHarness::~WidgetHarness() {
+  mpApplication->destroyGui();
+  SDL_FreeSurface(mpPicture);
+  delete mpApplication;
+}
+
+Uint32 WidgetHarness::pixel(int x, int y) const {
+  SDL_RenderFlush(renderer());
+  const auto* row = static_cast<const Uint8*>(mpPicture->pixels) + static_cast<ptrdiff_t>(y) * mpPicture->pitch;
+  return reinterpret_cast<const Uint32*>(row)[x] & 0xffffff;
+}
+
+void WidgetHarness::frame() {
+  SDL_Renderer* to = renderer();
+  Uint8 r = 0, g = 0, b = 0, a = 0;
+  SDL_SetRenderTarget(to, nullptr);
+  SDL_GetRenderDrawColor(to, &r, &g, &b, &a);
+  SDL_SetRenderDrawColor(to, mBackdrop.r, mBackdrop.g, mBackdrop.b, mBackdrop.a);
+  SDL_RenderClear(to);
+  SDL_SetRenderDrawColor(to, r, g, b, a);
+  mpApplication->ExecuteDeferredDrawMethods(to);
+  mpApplication->ExecuteActions(ACTION_DRAW);
+  mpApplication->ProcessTasks(TASK_DRAW);
+  mpModule->drawTree();
+}
+
+void WidgetHarness::mainPass() {
+  mpApplication->ExecuteDeferredMethods();
+  mpModule->mainLogic();
+  mpApplication->ProcessTasks(TASK_NORMAL);
+}
+
+SDL_Texture* WidgetHarness::makeTexture(int width, int height, SDL_Color colour) {
+  SDL_Surface* surface = SDL_CreateRGBSurfaceWithFormat(0, width, height, 32, SDL_PIXELFORMAT_ARGB8888);
+  SDL_FillRect(surface, nullptr, SDL_MapRGBA(surface->format, colour.r, colour.g, colour.b, colour.a));
+  SDL_Texture* texture = SDL_CreateTextureFromSurface(renderer(), surface);
+  SDL_FreeSurface(surface);
+  return texture;
+}
