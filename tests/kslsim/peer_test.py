@@ -1,0 +1,182 @@
+"""Looks at kslsim through the standard library's XML-RPC client, which shares no line with it."""
+
+import json
+import os
+import signal
+import socket
+import subprocess
+import sys
+import tempfile
+import time
+import unittest
+import urllib.error
+import urllib.request
+import xmlrpc.client
+
+PROGRAM = ""
+BOUND = 30  # seconds
+
+
+class Simulator:
+    def __init__(self, *options):
+        self.process = subprocess.Popen(
+            [PROGRAM, "--port", "0", "--control-port", "0", *options], stdout=subprocess.PIPE, text=True)
+        self.port = int(self.process.stdout.readline())
+        self.control = int(self.process.stdout.readline().split()[1])
+        self.rpc = xmlrpc.client.ServerProxy(f"http://127.0.0.1:{self.port}/KSL", allow_none=True)
+
+    def do(self, **step):
+        request = urllib.request.Request(f"http://127.0.0.1:{self.control}/api/do", json.dumps(step).encode())
+        with urllib.request.urlopen(request, timeout=BOUND) as answer:
+            return json.load(answer)
+
+    def get(self, path):
+        with urllib.request.urlopen(f"http://127.0.0.1:{self.control}{path}", timeout=BOUND) as answer:
+            return json.load(answer)
+
+    def end(self, how=signal.SIGTERM):
+        self.rpc("close")()
+        if self.process.poll() is None:
+            self.process.send_signal(how)
+        try:
+            return self.process.wait(BOUND)
+        finally:
+            self.process.kill()
+            self.process.stdout.close()
+
+
+def until(condition):
+    end = time.monotonic() + BOUND
+    while not condition():
+        if time.monotonic() > end:
+            raise AssertionError("did not happen")
+        time.sleep(0.01)
+
+
+class Peer(unittest.TestCase):
+    def setUp(self):
+        self.simulator = Simulator()
+        self.addCleanup(self.simulator.end)
+        self.rpc = self.simulator.rpc
+
+    def test_registration_and_events(self):
+        data = self.rpc.topscreen.init("TopScreen", "1.5.0")
+        self.assertEqual(set(data), {"ID", "Locale", "Language", "DecimalSeparator", "ThousandSeparator",
+                                     "ThousandGrouping"})
+        self.assertIsNone(self.rpc.game.popEvents(data["ID"]))
+        self.simulator.do(do="add", level={"CurrentPot": 2 ** 40})
+        self.simulator.do(do="game", event="exited")
+        events = self.rpc.game.popEvents(data["ID"])
+        self.assertEqual([event["eventID"] for event in events], [110, 105])
+        self.assertEqual(events[0]["context"][0]["CurrentPot"], 2 ** 40)
+        self.assertIsNone(events[1]["context"])
+        self.assertIsNone(self.rpc.game.popEvents(data["ID"]))
+
+    def test_unknown_client(self):
+        answer = self.rpc.game.popEvents(12345)
+        self.assertEqual(answer["faultCode"], -1)
+        self.assertIsInstance(answer["faultString"], str)
+
+    def test_packages(self):
+        client = self.rpc.topscreen.init("TopScreen", "1.5.0")["ID"]
+        event = {"eventID": 1, "context": None}
+        self.assertEqual(self.rpc.game.pushEvents(client, 0, [event, event]), 2)
+        self.assertEqual(self.rpc.game.pushEvents(client, 0, [event]), 2)
+        self.assertEqual(self.rpc.game.pushEvents(client, 1, [event]), 1)
+
+    def test_state(self):
+        self.simulator.do(do="set", state={"CurrentBet": 5, "Instructions": ["Grüße & <mehr>"], "ExtraData": {"a": 1}})
+        state = self.rpc.platform.state()
+        self.assertEqual(state["CurrentBet"], 5)
+        self.assertEqual(state["Instructions"], ["Grüße & <mehr>"])
+        self.assertEqual(state["ExtraData"], {"a": 1})
+        self.assertEqual(len(state), 13)
+
+    def test_amounts_travel_as_i8(self):
+        self.simulator.do(do="add")
+        body = xmlrpc.client.dumps((), "platform.state").encode()
+        request = urllib.request.Request(f"http://127.0.0.1:{self.simulator.port}/KSL", body,
+                                         {"Content-Type": "text/xml"})
+        with urllib.request.urlopen(request, timeout=BOUND) as answer:
+            text = answer.read().decode()
+        self.assertEqual(text.count("<i8>"), 3 + 5)
+
+    def test_faults_of_the_library(self):
+        with self.assertRaises(xmlrpc.client.Fault) as caught:
+            self.rpc.nobody.knows()
+        self.assertEqual(caught.exception.faultCode, -506)
+        with self.assertRaises(xmlrpc.client.Fault):
+            self.rpc.topscreen.init("only a name")
+
+    def test_down_and_up(self):
+        client = self.rpc.topscreen.init("TopScreen", "1.5.0")["ID"]
+        self.simulator.do(do="down")
+
+        def refused():
+            try:
+                socket.create_connection(("127.0.0.1", self.simulator.port), BOUND).close()
+                return False
+            except ConnectionRefusedError:
+                return True
+
+        until(refused)
+        self.assertFalse(self.simulator.get("/api/state")["listening"])
+        self.simulator.do(do="up")
+        until(lambda: not refused())
+        self.assertEqual(self.rpc.game.popEvents(client)["faultCode"], -1)
+
+
+class Program(unittest.TestCase):
+    def test_ends_cleanly_by_both_signals(self):
+        for how in (signal.SIGTERM, signal.SIGINT):
+            simulator = Simulator()
+            simulator.rpc.platform.state()
+            self.assertEqual(simulator.end(how), 0)
+
+    def test_log_file_has_a_line_for_each_request(self):
+        with tempfile.TemporaryDirectory() as folder:
+            file = os.path.join(folder, "log")
+            simulator = Simulator("--log", file)
+            simulator.rpc.topscreen.init("TopScreen", "1.5.0")
+            simulator.rpc.game.popEvents(1)
+            simulator.rpc.game.popEvents(2)
+            simulator.end()
+            with open(file, encoding="utf-8") as lines:
+                entries = [json.loads(line) for line in lines]
+        self.assertEqual([entry["method"] for entry in entries],
+                         ["topscreen.init", "game.popEvents", "game.popEvents"])
+        self.assertEqual(entries[0]["params"], ["TopScreen", "1.5.0"])
+        self.assertEqual(entries[1]["client"], 1)
+        self.assertIsNone(entries[1]["answer"])
+        self.assertEqual(entries[2]["answer"]["faultCode"], -1)
+        self.assertTrue(all("time" in entry for entry in entries))
+
+    def test_plays_a_scenario(self):
+        with tempfile.NamedTemporaryFile("w", suffix=".json") as file:
+            json.dump([{"at": 0, "do": "add"}, {"at": 50, "do": "pot", "id": 0, "value": 77}], file)
+            file.flush()
+            simulator = Simulator("--scenario", file.name)
+            self.addCleanup(simulator.end)
+            until(lambda: [level["CurrentPot"] for level in simulator.rpc.platform.state()["JackpotData"]] == [77])
+
+    def test_names_the_place_of_a_mistake(self):
+        with tempfile.NamedTemporaryFile("w", suffix=".json") as file:
+            file.write('[\n {"at": 0, "do": "dance"}\n]')
+            file.flush()
+            for extra in ([], ["--check"]):
+                done = subprocess.run([PROGRAM, "--port", "0", "--control-port", "0", "--scenario", file.name, *extra],
+                                      capture_output=True, text=True, timeout=BOUND)
+                self.assertEqual(done.returncode, 2)
+                self.assertEqual(done.stderr, f"{file.name}:2:18: there is no such step\n")
+
+    def test_taken_port_is_said(self):
+        simulator = Simulator()
+        self.addCleanup(simulator.end)
+        done = subprocess.run([PROGRAM, "--port", str(simulator.port)], capture_output=True, text=True, timeout=BOUND)
+        self.assertEqual(done.returncode, 1)
+        self.assertIn(f"port {simulator.port} is taken", done.stderr)
+
+
+if __name__ == "__main__":
+    PROGRAM = sys.argv.pop(1)
+    unittest.main()

@@ -1,0 +1,68 @@
+#pragma once
+
+#include <deque>
+#include <map>
+
+#include "tools/kslsim/Platform.h"
+
+namespace kslsim {
+
+// What waits for one client, in the order in which it happened. A client that lets more than LIMIT events wait has
+// gone: full() tells it, and its owner forgets the client. One reply carries at most REPLY_LIMIT events, so that it
+// stays below the size at which a client refuses a reply; the rest waits for the next.
+class EventQueue {
+ public:
+  static constexpr size_t LIMIT = 2000;
+  static constexpr size_t REPLY_LIMIT = 50;
+
+  void push(const PlatformEvent& event) { mEvents.push_back(event); }
+  bool full() const { return mEvents.size() > LIMIT; }
+  size_t size() const { return mEvents.size(); }
+
+  // Takes the oldest events out, as the reply of "game.popEvents": nil when nothing waits, else an array.
+  xmlrpc_c::value take();
+
+ private:
+  std::deque<PlatformEvent> mEvents;
+};
+
+// One registered client. Package numbers belong to a registration: the first one may be any, for a client keeps
+// counting when it registers anew.
+struct Client {
+  std::string name;
+  std::string version;
+  EventQueue queue;
+  int lastPackage = -1;  // number of the last package taken; -1 before the first
+  int lastTaken = 0;     // events in it: the answer to its repeat
+};
+
+enum class Package { New, Repeat, OutOfStep };
+
+// The registered clients. No lock of its own; the simulator's covers it. Identifiers start at 1 and are never
+// given twice, so that a client that was forgotten can be told from one that came after it.
+class Clients {
+ public:
+  static constexpr size_t LIMIT = 256;
+
+  // Registers a client with an empty queue and returns its identifier. Beyond LIMIT the oldest is forgotten.
+  int add(const std::string& name, const std::string& version);
+
+  // Null when the identifier is not registered.
+  Client* find(int id);
+
+  void forgetAll() { mClients.clear(); }
+
+  // Puts the event into every queue; a client whose queue is full is forgotten, and registers anew if it lives.
+  void pushToAll(const PlatformEvent& event);
+
+  // Where a package with this number stands; a new one becomes the last.
+  static Package take(Client& client, int package, int events);
+
+  Json toJson() const;
+
+ private:
+  int mLastId = 0;
+  std::map<int, Client> mClients;
+};
+
+}  // namespace kslsim

@@ -1,0 +1,83 @@
+#pragma once
+
+#include <condition_variable>
+#include <memory>
+#include <thread>
+
+#include "tools/kslsim/Methods.h"
+
+namespace httplib {
+class Server;
+struct Request;
+struct Response;
+}  // namespace httplib
+
+namespace kslsim {
+
+// A listening HTTP server on the loopback interface with threads of its own. start() and stop() are called by one
+// thread and may follow each other any number of times; each start makes a new server. What the routes do runs on
+// the server's threads.
+class HttpServer {
+ public:
+  HttpServer();
+  virtual ~HttpServer();  // a derived class has stopped by then: its routes are gone
+  HttpServer(const HttpServer&) = delete;
+  HttpServer& operator=(const HttpServer&) = delete;
+
+  // Listens on the port, or on any free one for 0. False when the port is taken.
+  bool start(int port);
+
+  // Shuts the port and every connection, waits for the threads. Without effect when not listening.
+  void stop();
+
+  bool listening() const { return mServer != nullptr; }
+
+  // The port of the latest successful start; 0 before.
+  int port() const { return mPort; }
+
+ protected:
+  virtual void addRoutes(httplib::Server& server) = 0;
+
+  // Waits so long on the calling thread, less when the server is being stopped.
+  void pause(int milliseconds);
+
+ private:
+  std::unique_ptr<httplib::Server> mServer;
+  std::thread mThread;
+  std::atomic<int> mPort{0};
+  std::mutex mStopMutex;  // guards mStopping
+  std::condition_variable mStopCondition;
+  bool mStopping = false;
+};
+
+// The service's own port: XML-RPC calls by POST on one path, answered by the simulator's methods or badly.
+class RpcServer : public HttpServer {
+ public:
+  // The simulator outlives the server.
+  RpcServer(Simulator& simulator, const std::string& path);
+  ~RpcServer() override { stop(); }
+
+ private:
+  void addRoutes(httplib::Server& server) override;
+  void answer(const httplib::Request& request, httplib::Response& response);
+  bool answerBadly(const BadReply& bad, const httplib::Request& request, httplib::Response& response);
+
+  Simulator& mSimulator;
+  const std::string mPath;
+  xmlrpc_c::registry mRegistry;
+};
+
+// The port by which people and tests steer the simulator: GET /api/state, GET /api/log?since=N, POST /api/do.
+class ControlServer : public HttpServer {
+ public:
+  // The simulator outlives the server.
+  explicit ControlServer(Simulator& simulator) : mSimulator(simulator) {}
+  ~ControlServer() override { stop(); }
+
+ private:
+  void addRoutes(httplib::Server& server) override;
+
+  Simulator& mSimulator;
+};
+
+}  // namespace kslsim

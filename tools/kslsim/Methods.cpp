@@ -1,0 +1,107 @@
+#include "tools/kslsim/Methods.h"
+
+namespace kslsim {
+namespace {
+
+using Parameters = xmlrpc_c::paramList;
+using Call = xmlrpc_c::value (*)(Simulator&, const Parameters&);
+
+struct MethodRow {
+  const char* name;
+  bool hasClient;  // the first parameter is the client's identifier
+  Call call;
+};
+
+const MethodRow ROWS[] = {{"topscreen.init", false,
+                           [](Simulator& simulator, const Parameters& parameters) {
+                             const std::string name = parameters.getString(0);
+                             const std::string version = parameters.getString(1);
+                             parameters.verifyEnd(2);
+                             return simulator.init(name, version);
+                           }},
+                          {"game.popEvents", true,
+                           [](Simulator& simulator, const Parameters& parameters) {
+                             const int client = parameters.getInt(0);
+                             parameters.verifyEnd(1);
+                             return simulator.popEvents(client);
+                           }},
+                          {"game.pushEvents", true,
+                           [](Simulator& simulator, const Parameters& parameters) {
+                             const int client = parameters.getInt(0);
+                             const int package = parameters.getInt(1);
+                             const auto events = parameters.getArray(2);
+                             parameters.verifyEnd(3);
+                             return simulator.pushEvents(client, package, events);
+                           }},
+                          {"platform.state", false, [](Simulator& simulator, const Parameters& parameters) {
+                             parameters.verifyEnd(0);
+                             return simulator.platformState();
+                           }}};
+
+Json entryOf(const std::string& method, bool hasClient, const Parameters& parameters) {
+  Json entry{{"method", method}, {"params", Json::array()}};
+  for (unsigned i = 0; i < parameters.size(); ++i) entry["params"].push_back(fromWire(parameters[i]));
+  if (hasClient && !entry["params"].empty()) entry["client"] = entry["params"][0];
+  return entry;
+}
+
+class ServiceMethod : public xmlrpc_c::method {
+ public:
+  ServiceMethod(const MethodRow& row, Simulator& simulator) : mRow(row), mSimulator(simulator) {}
+
+  void execute(const Parameters& parameters, xmlrpc_c::value* result) override {
+    Json entry = entryOf(mRow.name, mRow.hasClient, parameters);
+    try {
+      *result = mRow.call(mSimulator, parameters);
+      entry["answer"] = fromWire(*result);
+    } catch (const xmlrpc_c::fault& fault) {
+      entry["fault"] = {{"code", fault.getCode()}, {"text", fault.getDescription()}};
+      mSimulator.log().add(mSimulator.now(), entry);
+      throw;
+    }
+    mSimulator.log().add(mSimulator.now(), entry);
+  }
+
+ private:
+  const MethodRow& mRow;
+  Simulator& mSimulator;
+};
+
+class UnknownMethod : public xmlrpc_c::defaultMethod {
+ public:
+  explicit UnknownMethod(Simulator& simulator) : mSimulator(simulator) {}
+
+  void execute(const std::string& name, const Parameters& parameters, xmlrpc_c::value*) override {
+    Json entry = entryOf(name, false, parameters);
+    entry["fault"] = {{"code", static_cast<int>(xmlrpc_c::fault::CODE_NO_SUCH_METHOD)}, {"text", "no such method"}};
+    mSimulator.log().add(mSimulator.now(), entry);
+    throw xmlrpc_c::fault("Method '" + name + "' not defined", xmlrpc_c::fault::CODE_NO_SUCH_METHOD);
+  }
+
+ private:
+  Simulator& mSimulator;
+};
+
+}  // namespace
+
+void addMethods(xmlrpc_c::registry& registry, Simulator& simulator) {
+  registry.disableIntrospection();
+  registry.setDialect(xmlrpc_dialect_i8);
+  for (const MethodRow& row : ROWS)
+    registry.addMethod(row.name, xmlrpc_c::methodPtr(new ServiceMethod(row, simulator)));
+  registry.setDefaultMethod(xmlrpc_c::defaultMethodPtr(new UnknownMethod(simulator)));
+}
+
+std::string methodNameIn(const std::string& callXml) {
+  static const std::string open = "<methodName>";
+  const size_t begin = callXml.find(open);
+  if (begin == std::string::npos) return "";
+  const size_t end = callXml.find('<', begin + open.size());
+  if (end == std::string::npos) return "";
+  const std::string name = callXml.substr(begin + open.size(), end - begin - open.size());
+  const size_t first = name.find_first_not_of(" \t\r\n");
+  if (first == std::string::npos) return "";
+  return name.substr(first, name.find_last_not_of(" \t\r\n") - first + 1);
+}
+
+}  // namespace kslsim

@@ -1,0 +1,76 @@
+#pragma once
+
+#include <set>
+
+#include "tools/kslsim/Wire.h"
+
+namespace kslsim {
+
+// An event on its way to a client. The context keeps its JSON form until it is sent, so that no value of the
+// XML-RPC library is shared by two threads.
+struct PlatformEvent {
+  int id;
+  Kind kind;
+  Json context;
+};
+
+// Ids of the events that the service sends to a top screen.
+enum EventId {
+  GAME_LOADING = 100,
+  GAME_LOADED = 101,
+  DEMO_MODE = 102,
+  INTEGRITY_DATA = 103,
+  BET_LIMITS = 104,
+  GAME_EXITED = 105,
+  INSTRUCTIONS = 106,
+  PAYTABLE_STATE = 107,
+  JACKPOT_ERROR = 108,
+  JACKPOT_REFRESH = 109,
+  JACKPOT_DATA = 110,
+  EXTRA_DATA = 111,
+  LANGUAGE = 112
+};
+
+// The form of the context of an event; Any for ids that the protocol does not name.
+Kind contextKind(int eventId);
+
+// The terminal as the service sees it: the record that "platform.state" returns, and the rule by which a change
+// of a field becomes an event. No lock of its own; the simulator's covers it. Money in the smallest unit.
+// Every operation throws InputError on bad input and has then changed nothing.
+class Platform {
+ public:
+  Platform();
+
+  const Json& state() const { return mState; }
+  xmlrpc_c::value toWire() const;
+
+  // Overwrites the fields named in `part`. The events that tell of it are added to the pending ones.
+  void set(const Json& part, const std::string& path);
+
+  // Overwrites fields of the level with this "Id", which the step calls "id".
+  void setLevel(int id, const Json& part, const std::string& path);
+
+  // Adds a level at the index (-1: at the end). Fields not given get start values, "Id" the lowest free number.
+  // An "Id" that is there already is refused: the panels know levels by it.
+  void addLevel(const Json& part, int index, const std::string& path);
+  void removeLevel(int id, const std::string& path);
+
+  // The level with this "Id"; throws when there is none.
+  const Json& level(int id, const std::string& path) const;
+
+  // A game that is being loaded, has been loaded, or is left for the menu. The game is not read for GAME_EXITED.
+  void game(EventId what, const Json& game, const std::string& path);
+
+  // The events that tell of all changes since the last call, one of each kind, in the order of the first change.
+  std::vector<PlatformEvent> takeEvents();
+
+ private:
+  size_t indexOf(int id, const std::string& path) const;
+  void changed(EventId id);
+  PlatformEvent eventOf(EventId id) const;
+
+  Json mState;
+  std::vector<EventId> mPending;
+};
+
+}  // namespace kslsim

@@ -1,0 +1,273 @@
+// The steps: what each takes, and what it does.
+#include "tools/kslsim/Simulator.h"
+
+namespace kslsim {
+namespace {
+
+enum class Form { Number, Flag, Text, Object, Anything };
+
+struct Argument {
+  const char* name;
+  Form form;
+  bool needed;
+  int64_t least = INT64_MIN;
+  int64_t most = INT64_MAX;
+};
+
+constexpr int64_t DAY = 24 * 60 * 60 * 1000;
+
+bool hasForm(const Json& value, const Argument& argument) {
+  switch (argument.form) {
+    case Form::Number: {
+      if (!value.is_number_integer() || (value.is_number_unsigned() && value > uint64_t(INT64_MAX))) return false;
+      const int64_t number = value.get<int64_t>();
+      return number >= argument.least && number <= argument.most;
+    }
+    case Form::Flag:
+      return value.is_boolean();
+    case Form::Text:
+      return value.is_string();
+    case Form::Object:
+      return value.is_object();
+    case Form::Anything:
+      return true;
+  }
+  return false;
+}
+
+std::string formText(const Argument& argument) {
+  switch (argument.form) {
+    case Form::Number:
+      if (argument.least == INT64_MIN) return "a number of 64 bits";
+      return "a number from " + std::to_string(argument.least) + " to " + std::to_string(argument.most);
+    case Form::Flag:
+      return "true or false";
+    case Form::Text:
+      return "a text";
+    case Form::Object:
+      return "an object";
+    case Form::Anything:
+      break;
+  }
+  return "a value";
+}
+
+int64_t number(const Json& step, const char* name, int64_t otherwise) {
+  return step.contains(name) ? step[name].get<int64_t>() : otherwise;
+}
+
+std::string text(const Json& step, const char* name, const std::string& otherwise) {
+  return step.contains(name) ? step[name].get<std::string>() : otherwise;
+}
+
+bool flag(const Json& step, const char* name, bool otherwise) {
+  return step.contains(name) ? step[name].get<bool>() : otherwise;
+}
+
+int levelId(const Json& step) { return step["id"].get<int>(); }
+
+}  // namespace
+
+struct Simulator::StepKind {
+  const char* name;
+  Handler handler;
+  std::vector<Argument> arguments;
+};
+
+const std::vector<Simulator::StepKind>& Simulator::stepKinds() {
+  const Argument id{"id", Form::Number, true, INT32_MIN, INT32_MAX};
+  const Argument silent{"silent", Form::Flag, false};
+  const Argument every{"every", Form::Number, false, 10, DAY};
+  const Argument method{"method", Form::Text, true};
+  static const auto& kinds = *new std::vector<StepKind>{
+    {"set", &Simulator::doSet, {{"state", Form::Object, true}, silent}},
+    {"level", &Simulator::doLevel, {id, {"set", Form::Object, true}, silent}},
+    {"add", &Simulator::doAdd, {{"level", Form::Object, false}, {"index", Form::Number, false, 0, 1000}, silent}},
+    {"remove", &Simulator::doRemove, {id, silent}},
+    {"pot", &Simulator::doPot, {id, {"value", Form::Number, false}, {"raise", Form::Number, false}, silent}},
+    {"ramp", &Simulator::doRamp, {id, {"to", Form::Number, true}, {"ms", Form::Number, true, 1, DAY}, every}},
+    {"grow",
+     &Simulator::doGrow,
+     {id,
+      every,
+      {"min", Form::Number, false, 0, INT32_MAX},
+      {"max", Form::Number, false, 0, INT32_MAX},
+      {"seed", Form::Number, false, 0, INT64_MAX}}},
+    {"stop", &Simulator::doStop, {{"id", Form::Number, false, INT32_MIN, INT32_MAX}}},
+    {"win", &Simulator::doWin, {id, {"on", Form::Flag, false}, {"text", Form::Text, false}, silent}},
+    {"game",
+     &Simulator::doGame,
+     {{"event", Form::Text, true},
+      {"ID", Form::Number, false, INT32_MIN, INT32_MAX},
+      {"Name", Form::Text, false},
+      {"Type", Form::Number, false, INT32_MIN, INT32_MAX},
+      silent}},
+    {"event", &Simulator::doEvent, {id, {"value", Form::Anything, false}, {"raw", Form::Anything, false}}},
+    {"init", &Simulator::doInit, {{"set", Form::Object, true}}},
+    {"down", &Simulator::doDown, {{"ms", Form::Number, false, 1, DAY}, {"keep", Form::Flag, false}}},
+    {"up", &Simulator::doUp, {}},
+    {"forget", &Simulator::doForget, {}},
+    {"bad",
+     &Simulator::doBad,
+     {method,
+      {"reply", Form::Text, true},
+      {"calls", Form::Number, false, -1, INT32_MAX},
+      {"ms", Form::Number, false, 0, DAY},
+      {"code", Form::Number, false, INT32_MIN, INT32_MAX},
+      {"text", Form::Text, false}}},
+    {"good", &Simulator::doGood, {{"method", Form::Text, false}}}};
+  return kinds;
+}
+
+void Simulator::run(const Json& step) {
+  if (!step.is_object()) throw InputError("", "expected a step, an object");
+  if (!step.contains("do")) throw InputError("", "\"do\" is missing");
+  for (const StepKind& kind : stepKinds()) {
+    if (step["do"] != kind.name) continue;
+    for (const auto& [key, value] : step.items()) {
+      if (key == "do" || key == "note") continue;
+      const Argument* found = nullptr;
+      for (const Argument& argument : kind.arguments)
+        if (key == argument.name) found = &argument;
+      const std::string path = (Json::json_pointer() / key).to_string();
+      if (!found) throw InputError(path, "\"" + std::string(kind.name) + "\" takes no \"" + key + "\"");
+      if (!hasForm(value, *found)) throw InputError(path, "expected " + formText(*found));
+    }
+    for (const Argument& argument : kind.arguments)
+      if (argument.needed && !step.contains(argument.name))
+        throw InputError("", "\"" + std::string(argument.name) + "\" is missing");
+    (this->*kind.handler)(step);
+    tellClients(flag(step, "silent", false));
+    return;
+  }
+  throw InputError("/do", "there is no such step");
+}
+
+void Simulator::doSet(const Json& step) { mPlatform.set(step["state"], "/state"); }
+
+void Simulator::doLevel(const Json& step) { mPlatform.setLevel(levelId(step), step["set"], "/set"); }
+
+void Simulator::doAdd(const Json& step) {
+  mPlatform.addLevel(step.contains("level") ? step["level"] : Json::object(),
+                     static_cast<int>(number(step, "index", -1)), "/level");
+}
+
+void Simulator::doRemove(const Json& step) {
+  mPlatform.removeLevel(levelId(step), "/id");
+  mStatusBeforeWin.erase(levelId(step));
+}
+
+void Simulator::doPot(const Json& step) {
+  if (step.contains("value") == step.contains("raise"))
+    throw InputError("", "\"pot\" takes either \"value\" or \"raise\"");
+  int64_t pot = mPlatform.level(levelId(step), "/id")["CurrentPot"].get<int64_t>();
+  if (step.contains("value"))
+    pot = step["value"].get<int64_t>();
+  else if (__builtin_add_overflow(pot, step["raise"].get<int64_t>(), &pot))
+    throw InputError("/raise", "the pot would not fit 64 bits");
+  mPlatform.setLevel(levelId(step), {{"CurrentPot", pot}}, "");
+}
+
+void Simulator::doRamp(const Json& step) {
+  const Json& level = mPlatform.level(levelId(step), "/id");
+  mPots.ramp(levelId(step), level["CurrentPot"].get<int64_t>(), step["to"].get<int64_t>(), now(),
+             step["ms"].get<int64_t>(), number(step, "every", 200));
+}
+
+void Simulator::doGrow(const Json& step) {
+  mPlatform.level(levelId(step), "/id");
+  const int64_t least = number(step, "min", 1);
+  const int64_t most = number(step, "max", 100);
+  if (most < least) throw InputError(step.contains("max") ? "/max" : "/min", "\"max\" is below \"min\"");
+  mPots.grow(levelId(step), now(), number(step, "every", 500), least, most,
+             static_cast<uint64_t>(number(step, "seed", 1)));
+}
+
+void Simulator::doStop(const Json& step) {
+  if (!step.contains("id")) return mPots.stopAll();
+  mPlatform.level(levelId(step), "/id");
+  mPots.stop(levelId(step));
+}
+
+void Simulator::doWin(const Json& step) {
+  const int id = levelId(step);
+  const Json& level = mPlatform.level(id, "/id");
+  const std::string status = level["Status"].get<std::string>();
+  Json part = Json::object();
+  if (flag(step, "on", true)) {
+    part = {{"Status", "WIN"}, {"NumWins", level["NumWins"].get<int64_t>() + 1}};
+    if (status != "WIN") mStatusBeforeWin[id] = status;
+  } else {
+    const auto before = mStatusBeforeWin.find(id);
+    part["Status"] = before == mStatusBeforeWin.end() ? std::string("ACTIVE") : before->second;
+  }
+  if (step.contains("text")) part["LastWinData"] = step["text"];
+  mPlatform.setLevel(id, part, "");
+}
+
+void Simulator::doGame(const Json& step) {
+  const std::string event = step["event"].get<std::string>();
+  Json game = Json::object();
+  for (const Field& field : gameFields())
+    if (step.contains(field.name)) game[field.name] = step[field.name];
+  if (event == "exited") {
+    if (!game.empty()) throw InputError("", "a game that is left needs no \"ID\", \"Name\" or \"Type\"");
+    mPlatform.game(GAME_EXITED, {}, "");
+  } else if (event == "loading" || event == "loaded") {
+    mPlatform.game(event == "loading" ? GAME_LOADING : GAME_LOADED, game, "");
+  } else {
+    throw InputError("/event", "expected loading, loaded or exited");
+  }
+}
+
+void Simulator::doEvent(const Json& step) {
+  const int id = levelId(step);
+  if (step.contains("value") && step.contains("raw"))
+    throw InputError("", "\"event\" takes \"value\" or \"raw\", not both");
+  PlatformEvent event{id, Kind::Any, nullptr};
+  std::string path;
+  if (step.contains("raw")) {
+    event.context = step["raw"];
+    path = "/raw";
+  } else {
+    event.kind = contextKind(id);
+    if (step.contains("value")) event.context = step["value"];
+    if (step.contains("value")) path = "/value";
+  }
+  check(event.context, event.kind, path);
+  mClients.pushToAll(event);
+}
+
+void Simulator::doInit(const Json& step) {
+  checkPart(step["set"], initFields(), "/set");
+  mInit.update(step["set"]);
+}
+
+void Simulator::doDown(const Json& step) {
+  if (!flag(step, "keep", false)) mClients.forgetAll();
+  mUpAt = step.contains("ms") ? now() + step["ms"].get<int64_t>() : -1;
+  mListening = false;
+}
+
+void Simulator::doUp(const Json&) {
+  mUpAt = -1;
+  mListening = true;
+}
+
+void Simulator::doForget(const Json&) { mClients.forgetAll(); }
+
+void Simulator::doBad(const Json& step) {
+  const std::string name = step["reply"].get<std::string>();
+  const std::optional<Bad> bad = badByName(name);
+  if (!bad) throw InputError("/reply", "expected one of " + badNames());
+  const int calls = static_cast<int>(number(step, "calls", 1));
+  if (calls == 0) throw InputError("/calls", "expected 1 or more, or -1 for all calls to come");
+  mBadReplies.plan(step["method"].get<std::string>(),
+                   {*bad, name, static_cast<int>(number(step, "ms", 1000)),
+                    static_cast<int>(number(step, "code", -500)), text(step, "text", "The simulator was told so.")},
+                   calls);
+}
+
+void Simulator::doGood(const Json& step) { mBadReplies.clear(text(step, "method", "*")); }
+
+}  // namespace kslsim
