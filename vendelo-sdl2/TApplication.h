@@ -24,7 +24,7 @@ class TAppGuiModule;
 
 enum Threads { THREAD_MAIN = 0, THREAD_DRAW = 1 };
 
-/// What the program's end does: DEFAULT becomes RESTART where the terminal reboots on exit.
+// What the program's end does: DEFAULT becomes RESTART where the terminal reboots on exit.
 enum ETerminateType { DEFAULT = 0, SHUTDOWN = 1, RESTART = 2 };
 
 enum TFlavour {
@@ -40,7 +40,7 @@ enum TFlavour {
   VESPERA_FLAVOUR = 9
 };
 
-/// What data1 of a swipe's user event points at; ProcessNextEvent gives up its reference once all have seen it.
+// What data1 of a swipe's user event points at; ProcessNextEvent gives up its reference once all have seen it.
 struct TSwipeData {
   virtual void decRef() = 0;
 
@@ -48,22 +48,22 @@ struct TSwipeData {
   ~TSwipeData() = default;
 };
 
-/// The application: it walks the process through ten states, runs the logic on the main thread and the picture on a
-/// draw thread that its constructor starts, and is the log, the action bus, the parameter store, the task scheduler
-/// and the mixer of everybody who reaches it through pApp.
-///
-/// Threads: made and destroyed on the main thread; an operation that is not for any thread says whose it is. The
-/// main mutex covers a whole pass of the main loop, the draw mutex a frame; where both are held the draw mutex
-/// comes first, and the main loop only tries it. Units: milliseconds of the tick clock. Ownership: it owns its
-/// modules, the GUI module among them; listeners are not owned. Its end restarts or reboots the machine unless
-/// DISABLE_REBOOT_ON_EXIT forbids that.
+// The application: it walks the process through ten states, runs the logic on the main thread and the picture on a
+// draw thread that its constructor starts, and is the log, the action bus, the parameter store, the task scheduler
+// and the mixer of everybody who reaches it through pApp.
+//
+// Threads: made and destroyed on the main thread; an operation that is not for any thread says whose it is. The
+// main mutex covers a whole pass of the main loop, the draw mutex a frame; where both are held the draw mutex
+// comes first, and the main loop only tries it. Units: milliseconds of the tick clock. Ownership: it owns its
+// modules, the GUI module among them; listeners are not owned. Its end restarts or reboots the machine unless
+// DISABLE_REBOOT_ON_EXIT forbids that.
 class TApplication : public TLogManager,
                      public TActionMan,
                      public TParamMan,
                      public TTaskMan,
                      public TSoundMachine {
  public:
-  /// In the order in which they pass; a state is never left for an earlier one.
+  // In the order in which they pass; a state is never left for an earlier one.
   enum ApplicationState {
     APP_INITIALIZING = 0,
     APP_LOADING = 1,
@@ -80,137 +80,140 @@ class TApplication : public TLogManager,
   using DeferredType = std::function<void()>;
   using DeferredDrawType = std::function<void(SDL_Renderer*)>;
 
-  /// Reads the environment, takes the signals, sets pApp and starts the draw thread.
+  // Reads the environment, takes the signals, sets pApp and starts the draw thread.
   TApplication();
   TApplication(const TApplication&) = delete;
   TApplication& operator=(const TApplication&) = delete;
-  /// Ends the draw thread first, if MainLoop has not, and clears pApp.
+  // Ends the draw thread first, if MainLoop has not, and clears pApp.
   ~TApplication() override;
 
-  /// The first stage, on the main thread; 0 is success.
+  // The first stage, on the main thread; 0 is success.
   virtual int Init() = 0;
-  /// Gives up modules, audio, images and log. On the draw thread with a GUI module, else on the main thread.
+  // Gives up modules, audio, images and log. On the draw thread with a GUI module, else on the main thread.
   virtual void Destroy();
   virtual void Startup();
-  /// On the draw thread; true lets the draw thread go on to APP_RUNNING by itself.
+  // On the draw thread; true lets the draw thread go on to APP_RUNNING by itself.
   virtual bool SetupGraphics();
   virtual std::string Version() const;
   virtual std::string Copyright() const;
-  /// One step of the logic, on the main thread under both mutexes; another result than 0 ends the main loop.
+  // One step of the logic, on the main thread under both mutexes; another result than 0 ends the main loop.
   virtual int RunOnce() = 0;
-  /// One frame, on the draw thread; another result than 0 ends the draw loop and with it the program.
+  // One frame, on the draw thread; another result than 0 ends the draw loop and with it the program.
   virtual int DrawOnce() = 0;
   virtual void PrintUsage();
-  /// Polls one event into LastEvent and shows it to the listeners, on the main thread. 0 when the caller's pump has
-  /// to stop for this pass: no event is left, or the event was a function key and those are disabled.
+  // Polls one event into LastEvent and shows it to the listeners, on the main thread. 0 when the caller's pump has
+  // to stop for this pass: no event is left, or the event was a function key and those are disabled.
   virtual int ProcessNextEvent();
   virtual void PostSDLUserEvent(int UserCode, void* pUserData1, void* pUserData2);
   virtual void PostSDLKeyboardEvent(bool isPressed, SDL_Keycode key, SDL_Keymod mod);
-  /// Posts the press of Escape, and not its release.
+  // Posts the press of Escape, and not its release.
   virtual void Quit();
-  /// Called with the lock of the state held, by whoever changed it.
+  // Called with the lock of the state held, by whoever changed it.
   virtual void OnAppStateChanged(ApplicationState newState);
-  /// Asked on every pass of the shutdown once all modules are ready.
+  // Asked on every pass of the shutdown once all modules are ready.
   virtual bool CanExit() const;
 
-  /// From the end of Init to the end of the program, on the main thread: what MainLoop returns.
+  // From the end of Init to the end of the program, on the main thread: what MainLoop returns.
   int Run();
-  /// Passes until the state is APP_TERMINATE or RunOnce says so; then waits for the draw thread.
-  /// RunOnce's last result, or-ed with the negated result of the draw thread.
+  // Passes until the state is APP_TERMINATE or RunOnce says so; then waits for the draw thread.
+  // RunOnce's last result, or-ed with the negated result of the draw thread.
   int MainLoop();
 
   ApplicationState status() const;
   bool shuttingDown() const;
-  /// Only ever upwards, and never out of APP_QUIT; anything else changes nothing. Any thread.
+  // Only ever upwards, and never out of APP_QUIT; anything else changes nothing. Any thread.
   void setStatus(ApplicationState state);
-  /// The next state; nothing in APP_TERMINATE, so APP_QUIT takes a setStatus.
+  // The next state; nothing in APP_TERMINATE, so APP_QUIT takes a setStatus.
   void advanceStatus();
-  /// Returns once the state has been reached or passed. One waiting thread for each state.
+  // Returns once the state has been reached or passed. One waiting thread for each state.
   void waitForStatus(ApplicationState state);
-  /// Any thread. The type is stored whether or not the state changes.
+  // Any thread. The type is stored whether or not the state changes.
   void terminate(ETerminateType type, bool bGracefully);
 
-  /// The least time between two calls of RunOnce; 10 at the start.
+  // The least time between two calls of RunOnce; 10 at the start.
   void SetLogicInterval(unsigned int interval) { mLogicInterval = interval; }
   unsigned int LogicInterval() const { return mLogicInterval; }
-  /// Passes of the main loop in the last second; 0 before APP_RUNNING.
+  // Passes of the main loop in the last second; 0 before APP_RUNNING.
   int CurrentFrequency() const { return mCurrentFreq; }
-  /// The log's result in the low byte, the parameters' above it.
+  // The log's result in the low byte, the parameters' above it.
   int Poll();
 
-  /// Null before SetGUI and after the teardown began.
+  // Null before SetGUI and after the teardown began.
   TAppGuiModule* GUI() const { return pAppGUI; }
-  /// Gives the GUI module to the caller that will destroy it; later callers get null.
+  // Gives the GUI module to the caller that will destroy it; later callers get null.
   TAppGuiModule* TakeGUI() { return pAppGUI.exchange(nullptr); }
 
   void lockMainMutex();
   void unlockMainMutex();
   void lockDrawMutex();
   void unlockDrawMutex();
-  /// Whether it was taken.
+  // Whether it was taken.
   bool tryLockDrawMutex();
 
   void ExecuteActionsAndTasks(bool threadSafe);
 
-  /// Set on the main thread before anybody else reads it.
+  // Set on the main thread before anybody else reads it.
   const std::string& ClientID() const { return mClientID; }
   void SetClientID(const std::string& ClientID);
   std::string LogFile() const { return mLogFile; }
   void SetLogFile(const std::string& file) { mLogFile = file; }
-  /// Cut at 255 bytes; empty on failure.
+  // Cut at 255 bytes; empty on failure.
   std::string GetBinaryPath() const;
 
-  /// Makes the GUI module and moves on to APP_LOADING, on the main thread inside Init. The caller includes the
-  /// module's header. Another result than 0 has ended the application.
+  // Makes the GUI module and moves on to APP_LOADING, on the main thread inside Init. The caller includes the
+  // module's header. Another result than 0 has ended the application.
   template <class TGui>
   int SetGUI(void* InitData) {
     return SetGUIImpl([]() -> TAppGuiModule* { return new TGui; }, InitData);
   }
-  /// Lets the draw thread load the GUI module and serves parameters and log meanwhile, on the main thread.
-  /// What the module's Load returned.
+  // Lets the draw thread load the GUI module and serves parameters and log meanwhile, on the main thread.
+  // What the module's Load returned.
   int LoadGUI(void* data);
 
-  /// Runs `method` on the main thread: at once when called there outside a deferred method and not
-  /// evenIfAlreadyInMain, else in a later pass. With waitForExecution the call returns when the method has run;
-  /// from inside a deferred method, or queued on the main thread, that is never.
+  // Runs `method` on the main thread: at once when called there outside a deferred method and not
+  // evenIfAlreadyInMain, else in a later pass. With waitForExecution the call returns when the method has run;
+  // from inside a deferred method, or queued on the main thread, that is never.
   void Defer(const DeferredType& method, bool evenIfAlreadyInMain, bool waitForExecution);
-  /// Defer with waitForExecution.
+  // Defer with waitForExecution.
   void DeferSync(const DeferredType& method, bool evenIfAlreadyInMain);
-  /// Runs `method` on the draw thread: at once when called there outside a deferred method and not
-  /// evenIfAlreadyInDraw, else at the start of a frame in APP_RUNNING. After that state it is dropped.
+  // Runs `method` on the draw thread: at once when called there outside a deferred method and not
+  // evenIfAlreadyInDraw, else at the start of a frame in APP_RUNNING. After that state it is dropped.
   void DeferToDraw(const DeferredType& method, bool evenIfAlreadyInDraw);
   void DeferToDrawRender(const DeferredDrawType& method, bool evenIfAlreadyInDraw);
-  /// Main thread, with the draw mutex held.
+  // Main thread, with the draw mutex held.
   void ExecuteDeferredMethods();
-  /// Draw thread, at the start of a frame.
+  // Draw thread, at the start of a frame.
   void ExecuteDeferredDrawMethods(SDL_Renderer* renderer);
 
   bool IsInMainThread() const;
   bool IsInDrawThread() const;
-  /// Asserts the calling thread; the wrong one, or an unknown value, takes the crash path of SIGABRT.
+  // Asserts the calling thread; the wrong one, or an unknown value, takes the crash path of SIGABRT.
   void ThreadCheck(Threads thread);
 
-  /// -1 null, -2 the name is taken (also by a module whose name begins with it). Higher priorities stand in front.
+  // -1 null, -2 the name is taken (also by a module whose name begins with it). Higher priorities stand in front.
   int AddModule(TAppModule* pModule, int priority);
-  /// An exact match first, then one that begins with the text; null for an empty text.
+  // An exact match first, then one that begins with the text; null for an empty text.
   TAppModule* GetModuleByName(const std::string& ModuleName) const;
-  /// Takes the module out without deleting it. -1 null or empty, -2 not in the list.
+  // Takes the module out without deleting it. -1 null or empty, -2 not in the list.
   int DropModule(TAppModule* pModule);
   int DropModule(const std::string& ModuleName);
-  /// Unloads and deletes from the lowest priority up. A module that throws stays undeleted; their number.
+  // Unloads and deletes from the lowest priority up. A module that throws stays undeleted; their number.
   int DestroyModules();
 
   void AddEventListener(TAppModule* pModule, bool InsertFirst);
   void RemoveEventListener(TAppModule* pModule);
   void ClearAllEventListeners();
 
-  /// Ends the process: by the shutdown states and exit(SigValue) for the polite signals, which is done on the main
-  /// thread with no lock held; by the crash path on the calling thread for all others. True when it has returned.
+  // Ends the process: by the shutdown states and exit(SigValue) for the polite signals, which is done on the main
+  // thread with no lock held; by the crash path on the calling thread for all others. True when it has returned.
   bool SignalHandler(int SigValue);
-  /// Serves the polite signal that has come in since the last call, if any. Main thread, no lock held.
+  // Serves the polite signal that has come in since the last call, if any. Main thread, no lock held.
   void ServePendingSignal();
+  // Ends the draw thread without a teardown by putting the state to APP_QUIT: for an Init that has failed, before
+  // what it has built is destroyed. Main thread; nothing when the thread has ended already.
+  void EndDrawThread();
 
-  /// Case-sensitive; what TerminalFlavour has become.
+  // Case-sensitive; what TerminalFlavour has become.
   int SetTerminalFlavour(std::string terminal_flavour);
 
  protected:
@@ -224,10 +227,10 @@ class TApplication : public TLogManager,
   std::atomic<SDL_threadID> ThreadID_DrawThread{0};  // 0 until the constructor knows it
 
  public:
-  /// Under the draw mutex: set by the main loop after the components' logic, cleared by each frame.
+  // Under the draw mutex: set by the main loop after the components' logic, cleared by each frame.
   bool ComponentLogicCalled = false;
-  /// Under the draw mutex, like the next ones but for the frame's own time only of the main thread: the
-  /// milliseconds of each stage of the latest pass, for inspection.
+  // Under the draw mutex, like the next ones but for the frame's own time only of the main thread: the
+  // milliseconds of each stage of the latest pass, for inspection.
   int DrawDurationMs = 0;
   int LogDurationMs = 0;
   int ParamDurationMs = 0;
@@ -264,8 +267,13 @@ class TApplication : public TLogManager,
   ThreadSafeProperty<ApplicationState> mAppStatus;
   std::array<SDL_semaphore*, 10> mStatusWaiter{};
 
+  // Writes the frames from the second on to the log, each by the tool that names its source line, and each on the
+  // disk before the next one.
+  void LogBacktrace(void* const* Frames, int Count);
+
  private:
   struct TLoopState;
+  class TCrashLocks;
 
   int SetGUIImpl(TAppGuiModule* (*Create)(), void* InitData);
   static int ApplicationDrawThread(void* data);
@@ -273,9 +281,12 @@ class TApplication : public TLogManager,
   void TearDown();
   int JoinDrawThread();
   bool DestroyOnce();
+  void CloseDeferred();
   void DropDeferred();
   bool HoldsDrawMutex() const;
-  void ReadEnvironment();
+  void ReadLogFileName();
+  void ReadRebootOnExit();
+  static bool IsInCrashPath();
 
   bool RunPass(TLoopState& Loop);
   void HoldFrequency(TLoopState& Loop);
@@ -284,14 +295,16 @@ class TApplication : public TLogManager,
   int EndLoop(int statusMain);
 
   void InstallSignalHandler();
-  void CrashPath(int SigValue);
-  void LogBacktrace(int SigValue);
-  void DestroyAfterCrash();
+  bool EndPolitely(int SigValue);
+  bool EndByCrash(int SigValue, void* const* Frames, int Count);
+  void DestroyAfterCrash(bool WithGraphics);
+  static bool IsSignalPending();
 
   std::atomic<SDL_threadID> mDrawMutexOwner{0};  // 0: free
   int mDrawMutexDepth = 0;                       // mpDrawMutex
   bool mDeferClosed = false;                     // mpDeferQueueMutex; the main loop has ended
   bool mGuiWasSet = false;                       // main thread only
+  bool mInPass = false;                          // main thread only; it may hold locks
   unsigned int mServedSignals = 0;               // main thread only; a bit for each signal being served
   std::recursive_mutex mDestroyGate;             // held over Destroy by the teardown and by the crash path
   std::atomic<bool> mDestroyStarted{false};
@@ -299,13 +312,11 @@ class TApplication : public TLogManager,
 
 extern TApplication* pApp;
 extern TFlavour TerminalFlavour;
-/// What LoadGUI was given and what the GUI module's Load returned, handed over by the change of state.
+// What LoadGUI was given and what the GUI module's Load returned, handed over by the change of state.
 extern void* GUI_LoadData;
 extern int GUI_LoadResult;
 
-/// Runs a shell command and returns all its output; std::runtime_error when it cannot be started.
-std::string SystemCmdResult(const std::string& command);
-/// Handler of the process's signals. The polite ones are only noted here; ServePendingSignal acts on them.
+// Handler of the process's signals. The polite ones are only noted here; ServePendingSignal acts on them.
 void QuitSignalHandler(int SigValue);
 
 }  // namespace vendelo_sdl2

@@ -1,0 +1,18 @@
+#pragma once
+
+#include <functional>
+#include <string>
+
+namespace vendelo_sdl2 {
+class TApplication;
+}
+
+// Makes the program's application; ServerAddress is the host and port of the command line, null without.
+using ApplicationMaker = std::function<vendelo_sdl2::TApplication*(const std::string* ServerAddress)>;
+
+// The whole program behind its entry point, on the main thread: 0 after a normal run whatever Run returned, -2 when
+// Init failed, -4 on an exception out of Init or out of its clean-up, -6 on one out of Run. After an exception the
+// application is not deleted and its threads still run: the process has to end without destroying what they use.
+int AppMain(int argc, char** argv);
+// The same with another application than the top screen.
+int AppMain(int argc, char** argv, const ApplicationMaker& MakeApplication);

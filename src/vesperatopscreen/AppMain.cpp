@@ -1,0 +1,49 @@
+#include "vesperatopscreen/AppMain.h"
+
+#include <cstdio>
+
+#include "vendelo-sdl2/TApplication.h"
+#include "vesperatopscreen/TopScreenApp.h"
+
+using vendelo_sdl2::pApp;
+using vendelo_sdl2::TApplication;
+
+namespace {
+
+TApplication* MakeTopScreen(const std::string* ServerAddress) {
+  auto* application = new TopScreenApp;
+  if (ServerAddress) application->setServerAddress(*ServerAddress);
+  return application;
+}
+
+}  // namespace
+
+int AppMain(int argc, char** argv) { return AppMain(argc, argv, MakeTopScreen); }
+
+int AppMain(int argc, char** argv, const ApplicationMaker& MakeApplication) {
+  const std::string address = argc == 2 ? argv[1] : "";
+  TApplication* application = MakeApplication(argc == 2 ? &address : nullptr);
+  pApp = application;
+  try {
+    if (application->Init() != 0) {
+      application->EndDrawThread();
+      application->Destroy();
+      delete application;
+      std::printf("========== APP EXITED WITH FAILURE ==========\n");
+      return -2;
+    }
+  } catch (...) {
+    std::printf("Unhadled exception occoured while loading application\n");
+    return -4;
+  }
+  try {
+    application->ServePendingSignal();
+    application->Run();
+  } catch (...) {
+    std::printf("Unhadled exception occoured\n");
+    return -6;
+  }
+  delete application;
+  std::printf("========== APP EXITED SUCCESSFULLY ==========\n");
+  return 0;
+}

@@ -1,0 +1,253 @@
+// The draw thread, the hand-over of the GUI module to it, and the work that threads defer to each other.
+#include <SDL.h>
+#include <csignal>
+#include <string>
+
+#include "common/Logger.h"
+#include "vendelo-sdl2/SystemSeams.h"
+#include "vendelo-sdl2/TAppGuiModule.h"
+#include "vendelo-sdl2/TApplication.h"
+#include "vendelo-sdl2/TMutexGuard.h"
+
+namespace vendelo_sdl2 {
+
+void* GUI_LoadData = nullptr;
+int GUI_LoadResult = 0;
+
+int TApplication::SetGUIImpl(TAppGuiModule* (*Create)(), void* InitData) {
+  lockDrawMutex();
+  TAppGuiModule* gui = nullptr;
+  try {
+    gui = Create();
+  } catch (...) {
+    unlockDrawMutex();
+    throw;
+  }
+  pAppGUI = gui;
+  mGuiWasSet = true;
+  const int res = gui->TAppModule::Init(this, "GUI1", InitData, -1);
+  if (res != 0) terminate(DEFAULT, false);
+  advanceStatus();
+  unlockDrawMutex();
+  return res;
+}
+
+int TApplication::LoadGUI(void* data) {
+  KLOG(LogApp, logs::Important, "========== MAIN THREAD: LoadGUI started ==========");
+  GUI_LoadData = data;
+  GUI_LoadResult = -1;
+  advanceStatus();
+  while (status() < APP_LOADING_2) {
+    ServePendingSignal();
+    TParamMan::Poll();
+    TLogManager::Poll();
+  }
+  GUI_LoadData = nullptr;
+  KLOG(LogApp, logs::Important, "========== MAIN THREAD: LoadGUI completed ==========");
+  return GUI_LoadResult;
+}
+
+int TApplication::ApplicationDrawThread(void* data) { return static_cast<TApplication*>(data)->RunDrawThread(); }
+
+// APP_QUIT before the end of the draw loop means that Init has failed and the main thread is destroying everything:
+// the thread then only leaves. Otherwise it walks through its stages even when the program is terminating.
+int TApplication::RunDrawThread() {
+  int status = 0;
+  KLOG(LogApp, logs::Info, "DRAW: Thread started, waiting for start of init...");
+  waitForStatus(APP_LOADING);
+  TAppGuiModule* gui = GUI();
+  if (!gui) {
+    KLOG(LogApp, logs::Critical, "DRAW: No GUI module found, exiting!");
+    return status;
+  }
+  KLOG(LogApp, logs::Info, "DRAW: waiting for end of main init (APP_LOADING)...");
+  waitForStatus(APP_LOADING_GRAPHICS);
+  if (this->status() == APP_QUIT) return status;
+
+  KLOG(LogApp, logs::Info, "DRAW: Loading GUI (APP_LOADING_GRAPHICS)...");
+  GUI_LoadResult = gui->Load(GUI_LoadData);
+  setStatus(APP_LOADING_2);  // and not one state further, when a shutdown has begun meanwhile
+  KLOG(LogApp, logs::Info, "DRAW: Waiting for end of startup procedures (APP_STARTUP)...");
+  do {
+    if (this->status() == APP_QUIT) return status;
+    DrawOnce();
+  } while (this->status() < APP_STARTUP_GRAPHICS);
+
+  KLOG(LogApp, logs::Info, "DRAW: Setting up graphics (APP_STARTUP_GRAPHICS)...");
+  if (SetupGraphics())
+    setStatus(APP_RUNNING);
+  else
+    KLOG(LogApp, logs::Info, "DRAW: Done! Waiting for application to advance status (APP_RUNNING)...");
+  do {
+    if (this->status() == APP_QUIT) return status;
+    DrawOnce();
+  } while (this->status() < APP_RUNNING);
+
+  KLOG(LogApp, logs::Info, "DRAW: Starting draw!");
+  while (this->status() == APP_RUNNING && status == 0) {
+    status = DrawOnce();
+    if (status != 0 && !shuttingDown()) terminate(DEFAULT, false);
+  }
+  if (this->status() == APP_QUIT) return status;
+  TearDown();
+  return status;
+}
+
+// The end of the draw thread. A restart command runs twice: the delayed copy fires even if the rest hangs or dies,
+// the direct one comes when all is down.
+void TApplication::TearDown() {
+  std::string cmd;
+  if (mRebootOnExit && TerminationType == DEFAULT) TerminationType = RESTART;
+  if (TerminationType == RESTART)
+    cmd = GetParam("SHELL_CMD_RESTART", PARAM_MASK_ALL)->AsString();
+  else if (TerminationType == SHUTDOWN)
+    cmd = GetParam("SHELL_CMD_SHUTDOWN", PARAM_MASK_ALL)->AsString();
+  if (!cmd.empty()) SystemSeams.System(("bash -c 'sleep 2; " + cmd + "' &").c_str());
+
+  waitForStatus(APP_TERMINATE);  // the main loop may still be closing modules
+  {
+    std::lock_guard gate(mDestroyGate);  // for good, when a crash elsewhere is ending the process
+    lockDrawMutex();
+    lockMainMutex();
+    try {
+      DropDeferred();
+      DestroyOnce();
+    } catch (...) {  // nothing is left to be done about it, and the command must still run
+    }
+    unlockMainMutex();
+    unlockDrawMutex();
+  }
+  SDL_Quit();
+  if (!cmd.empty()) SystemSeams.System(cmd.c_str());
+}
+
+// Waits for the draw thread, once, and never on that thread itself; what it returned.
+int TApplication::JoinDrawThread() {
+  int status = 0;
+  if (IsInDrawThread()) return status;
+  if (SDL_Thread* thread = mpDrawThread.exchange(nullptr)) SDL_WaitThread(thread, &status);
+  return status;
+}
+
+void TApplication::EndDrawThread() {
+  if (!mpDrawThread) return;
+  setStatus(APP_QUIT);
+  JoinDrawThread();
+}
+
+void TApplication::Defer(const DeferredType& method, bool evenIfAlreadyInMain, bool waitForExecution) {
+  if (!evenIfAlreadyInMain && IsInMainThread() && !mIsExecutingMainDeferredMethods) {
+    method();
+    return;
+  }
+  if (waitForExecution && IsInDrawThread() && HoldsDrawMutex()) {
+    WriteLog(5, 0, "TApplication: Defer inside a frame can not wait for the main thread");
+    waitForExecution = false;
+  }
+  SDL_semaphore* executed = nullptr;
+  {
+    TMutexGuard guard(mpDeferQueueMutex);
+    if (waitForExecution && !mDeferClosed) executed = SDL_CreateSemaphore(0);
+    mDeferredQueue.push({method, executed});
+  }
+  if (!executed) return;
+  SDL_SemWait(executed);
+  SDL_DestroySemaphore(executed);
+}
+
+void TApplication::DeferSync(const DeferredType& method, bool evenIfAlreadyInMain) {
+  Defer(method, evenIfAlreadyInMain, true);
+}
+
+// Whether the queue is empty is noted before each call: a method that is deferred by the last one in the queue
+// waits for the next pass, so that a method which defers itself again cannot hold the loop.
+void TApplication::ExecuteDeferredMethods() {
+  mIsExecutingMainDeferredMethods = true;
+  SDL_LockMutex(mpDeferQueueMutex);
+  bool empty = mDeferredQueue.empty();
+  while (!empty) {
+    auto [method, executed] = mDeferredQueue.front();
+    mDeferredQueue.pop();
+    empty = mDeferredQueue.empty();
+    SDL_UnlockMutex(mpDeferQueueMutex);
+    try {
+      if (method) method();
+    } catch (...) {
+      WriteLog(0, 0, "TApplication: ExecuteDefreredMethods unhandled exception");
+    }
+    method = nullptr;  // what it refers to may go as soon as the waiting caller does
+    SDL_LockMutex(mpDeferQueueMutex);
+    if (executed) SDL_SemPost(executed);
+  }
+  SDL_UnlockMutex(mpDeferQueueMutex);
+  mIsExecutingMainDeferredMethods = false;
+}
+
+void TApplication::DeferToDraw(const DeferredType& method, bool evenIfAlreadyInDraw) {
+  DeferToDrawRender([method](SDL_Renderer*) { method(); }, evenIfAlreadyInDraw);
+}
+
+void TApplication::DeferToDrawRender(const DeferredDrawType& method, bool evenIfAlreadyInDraw) {
+  if (!evenIfAlreadyInDraw && IsInDrawThread() && !mIsExecutingDeferredMethods) {
+    TAppGuiModule* gui = GUI();
+    method(gui ? gui->GetRenderer() : nullptr);
+    return;
+  }
+  TMutexGuard guard(mpDeferDrawQueueMutex);
+  mDeferToDrawQueue.push(method);
+}
+
+void TApplication::ExecuteDeferredDrawMethods(SDL_Renderer* renderer) {
+  mIsExecutingDeferredMethods = true;
+  SDL_LockMutex(mpDeferDrawQueueMutex);
+  bool empty = mDeferToDrawQueue.empty();
+  while (!empty) {
+    DeferredDrawType method = mDeferToDrawQueue.front();
+    mDeferToDrawQueue.pop();
+    empty = mDeferToDrawQueue.empty();
+    SDL_UnlockMutex(mpDeferDrawQueueMutex);
+    try {
+      if (method) method(renderer);
+    } catch (...) {
+      WriteLog(0, 0, "TApplication: ExecuteDeferredDrawMethods unhandled exception");
+    }
+    method = nullptr;
+    SDL_LockMutex(mpDeferDrawQueueMutex);
+  }
+  SDL_UnlockMutex(mpDeferDrawQueueMutex);
+  mIsExecutingDeferredMethods = false;
+}
+
+// The main loop serves its queue no more: whoever waits for a call is let go, and later callers do not wait.
+void TApplication::CloseDeferred() {
+  decltype(mDeferredQueue) dropped;
+  {
+    TMutexGuard guard(mpDeferQueueMutex);
+    mDeferClosed = true;
+    dropped.swap(mDeferredQueue);
+  }
+  for (; !dropped.empty(); dropped.pop()) {
+    dropped.front().first = nullptr;
+    if (dropped.front().second) SDL_SemPost(dropped.front().second);
+  }
+}
+
+// Drops what neither queue will run any more, while what it holds can still be destroyed.
+void TApplication::DropDeferred() {
+  CloseDeferred();
+  decltype(mDeferToDrawQueue) dropped;
+  TMutexGuard guard(mpDeferDrawQueueMutex);
+  dropped.swap(mDeferToDrawQueue);
+}
+
+bool TApplication::IsInMainThread() const { return SDL_ThreadID() == ThreadID_MainThread; }
+
+bool TApplication::IsInDrawThread() const { return SDL_ThreadID() == ThreadID_DrawThread; }
+
+void TApplication::ThreadCheck(Threads thread) {
+  if (IsInCrashPath()) return;  // what is destroyed after a crash asks on whatever thread that is
+  const bool right = (thread == THREAD_MAIN && IsInMainThread()) || (thread == THREAD_DRAW && IsInDrawThread());
+  if (!right) SignalHandler(SIGABRT);
+}
+
+}  // namespace vendelo_sdl2
