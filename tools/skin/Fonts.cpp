@@ -1,0 +1,86 @@
+// The bitmap fonts of the labels and of the digits, and the one TrueType font that the program opens by itself.
+#include "BitmapFont.h"
+#include "Family.h"
+
+namespace {
+const Colour kInk = {0.035, 0.022, 0.010};
+
+/// Digits of the pots and the currency beside them. A cell is as wide as a wheel and as high as the digits' box (48
+/// by 91), so that the program draws the wheels at their own size; the baseline lies where the smaller digits
+/// behind the decimal point, at 0.7 of the size, end on the same line.
+void drawCurrencyFont(const Output& output) {
+  constexpr int line = 91, base = 78;
+  const FontStyle style = {
+    {{0.0, {1.00, 1.00, 0.97}}, {0.42, {1.00, 0.95, 0.78}}, {0.56, {0.99, 0.85, 0.50}}, {1.0, {0.98, 0.74, 0.27}}},
+    kInk,
+    2.2,
+    3,
+    0};
+  const Typeface digits(fontfile::kCondensedBold, 92);
+  const Typeface letters(fontfile::kCondensedBold, 62);
+  BitmapFont font(style, line, base);
+  font.addFixed(digits, U"0123456789", 58, 49);
+  const Typeface marks(fontfile::kCondensedBold, 72);
+  font.addHanging(marks, U'.');
+  font.addHanging(marks, U',');
+  // Signs stand beside the digits at nearly their size, letters are smaller: three of them fit their field.
+  const Typeface signs(fontfile::kCondensedBold, 80);
+  font.add(
+    signs,
+    U"$\u00a2\u00a3\u00a5\u20ac\u20a4\u20a6\u20a9\u20aa\u20ab\u20b1\u20b4\u20b8\u20b9\u20ba\u20bd\u20be\u20bf");
+  font.add(letters, latinCharacters());
+  font.add(letters, easternCharacters());
+  font.save(output.skinPath("Fonts/currency"), "currency", 1024);
+}
+
+void drawHintFont(const Output& output) {
+  const FontStyle style = {{{0.0, {1.0, 0.98, 0.92}}, {1.0, {0.98, 0.88, 0.64}}}, kInk, 1.1, 1, 0.6};
+  const Typeface face(fontfile::kBold, 19.5);
+  BitmapFont font(style, 25, 19);
+  font.add(face, latinCharacters());
+  font.add(face, easternCharacters());
+  font.save(output.skinPath("Fonts/uni_font"), "uni_font", 512);
+}
+
+void drawWarningFont(const Output& output) {
+  const FontStyle style = {
+    {{0.0, {1.0, 0.97, 0.84}}, {0.5, {1.0, 0.84, 0.44}}, {1.0, {0.96, 0.66, 0.20}}}, kInk, 2.4, 3, 1};
+  const Typeface face(fontfile::kCondensedBold, 68);
+  BitmapFont font(style, 88, 67);
+  font.add(face, latinCharacters());
+  font.add(face, easternCharacters());
+  font.save(output.skinPath("Fonts/jackpot_win_label"), "jackpot_win_label", 1024);
+}
+
+void drawInfoFont(const Output& output) {
+  const FontStyle style = {{{0.0, {1.0, 1.0, 0.98}}, {1.0, {0.99, 0.90, 0.70}}}, kInk, 1.5, 2, 0.5};
+  const Typeface face(fontfile::kCondensedBold, 42);
+  BitmapFont font(style, 56, 43);
+  font.add(face, latinCharacters());
+  font.add(face, easternCharacters());
+  font.save(output.skinPath("Fonts/info_bar_font"), "info_bar_font", 1024);
+}
+
+/// The hours stand in a field of 430 by 62 in the head of the frame, whose middle lies lower than the field's: the
+/// baseline is set low in the line to match the level's name.
+void drawHoursFont(const Output& output) {
+  const FontStyle style = {{{0.0, {0.94, 1.0, 0.97}}, {0.5, {0.62, 0.98, 0.80}}, {1.0, {0.24, 0.86, 0.58}}},
+                           {0.0, 0.05, 0.03},
+                           1.8,
+                           2,
+                           0.5};
+  const Typeface face(fontfile::kCondensedBold, 38);
+  BitmapFont font(style, 74, 68);
+  font.add(face, latinCharacters());
+  font.save(output.skinPath("Fonts/emerald_hours_font"), "emerald_hours_font", 1024);
+}
+}  // namespace
+
+void drawFonts(const Output& output) {
+  drawCurrencyFont(output);
+  drawHintFont(output);
+  drawWarningFont(output);
+  drawInfoFont(output);
+  drawHoursFont(output);
+  output.copy(fontfile::kBold, "AppFontBold.ttf");
+}
