@@ -34,6 +34,8 @@ class TAppParam : public Parameter, public Lockable<std::recursive_mutex> {
   /// A null parameter of this raw domain.
   TAppParam(const std::string& Name, const std::string& ClientID);
   TAppParam(const std::string& Name, ParameterDomain Domain);
+  /// The one for pVoidParam.
+  static const TAppParam* MakeSentinel();
   TAppParam(const TAppParam&) = delete;
   TAppParam& operator=(const TAppParam&) = delete;
 
@@ -86,7 +88,6 @@ class TAppParam : public Parameter, public Lockable<std::recursive_mutex> {
   struct TSentinel {};
 
   explicit TAppParam(TSentinel);
-  static const TAppParam* MakeSentinel();
   bool IsSentinel(const char* Operation) const;
 
   const std::string mName;

@@ -152,7 +152,6 @@ class TParamMan {
 
   /// The manager that the parameters talk to: the first one alive. Null without one.
   static TParamMan* Instance();
-  static std::string InstanceClientID();
   static std::string GroupOf(const std::string& ClientIP);
 
   template <class T>
@@ -168,10 +167,12 @@ class TParamMan {
   TParamList::iterator FindExact(const std::string& ParamName, const std::string& RawDomain);
   TAppParam* LoadAnswer(const std::string& ClientIP, const std::string& ParamName, int readMode,
                         TAppParam* cachedParam, const Parameter& Answer);
+  /// A parameter of this raw domain that is bound to the source; the source when the cache refuses it.
   TAppParam* AddBound(TAppParam* pSource, const std::string& RawDomain, bool quietSave);
+  /// Parameters bound to the old one follow the new one; they keep the value in any case.
   void RepointBindings(const TAppParam* pOld, const TAppParam* pNew);
+  /// Generates the action on the application's bus, if this store is part of an application.
   void RaiseAction(const char* ActionName, void* hActionData);
-  bool NeedsReboot(const std::string& ParamName) const;
 
   std::list<std::function<void(long)>> mRestrictionListeners;
   std::atomic<bool> isInGetOrSet{false};

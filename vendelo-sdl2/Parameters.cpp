@@ -1,0 +1,279 @@
+#include "vendelo-sdl2/Parameters.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <locale>
+#include <sstream>
+#include <utility>
+
+namespace vendelo_sdl2 {
+
+// Immortal, as parameters may be read while the process ends.
+const std::string& Parameter::EmptyStr = *new std::string;
+const std::string& Parameter::GlobalParameterDomain = *new std::string("GLOBAL");
+std::atomic<int> ParameterData::mNumInstances{0};
+
+void ParamChangeListener::OnValueChanged(int /*changes*/) {}
+
+ParameterData::ParameterData() { ++mNumInstances; }
+
+ParameterData::~ParameterData() { --mNumInstances; }
+
+void ParameterData::AddListener(ParamChangeListener* pListener) {
+  ScopedLock lock(mListeners);
+  mListeners->push_back(pListener);
+}
+
+void ParameterData::RemoveListener(ParamChangeListener* pListener) {
+  ScopedLock lock(mListeners);
+  std::erase(&mListeners, pListener);
+}
+
+void ParameterData::Changed(int changes) {
+  if (changes == 0) return;
+  if (mAccumulatedChanges >= 0) {
+    mAccumulatedChanges |= changes;
+    return;
+  }
+  ScopedLock lock(mListeners);
+  const std::vector<ParamChangeListener*> listeners = &mListeners;
+  for (auto* listener : listeners) {
+    const auto& left = &mListeners;
+    if (std::find(left.begin(), left.end(), listener) != left.end()) listener->OnValueChanged(changes);
+  }
+}
+
+void ParameterData::BeginEdit() { mAccumulatedChanges = 0; }
+
+int ParameterData::EndEdit() {
+  // Below 0: the edit was begun on other data, or ended through another handle on this one.
+  const int changes = std::max(std::exchange(mAccumulatedChanges, -1), 0);
+  Changed(changes);
+  return changes;
+}
+
+int ParameterData::Compare(const ParameterData& other) const {
+  int changes = ParamChangeListener::NONE;
+  if (value != other.value) changes |= ParamChangeListener::VALUE;
+  if (caption != other.caption) changes |= ParamChangeListener::CAPTION;
+  if (description != other.description) changes |= ParamChangeListener::DESCRIPTION;
+  if (restrictions != other.restrictions) changes |= ParamChangeListener::RESTRICTION;
+  return changes;
+}
+
+void ParameterData::SetLimits(const ParameterLimits& limits) { mLimits = limits; }
+
+void ParameterData::SetLimits(const std::string& limits) {
+  try {
+    mLimits = ParameterLimits(limits);
+  } catch (const std::exception& error) {
+    std::printf("Error creating limits from string <%s>: %s\n", limits.c_str(), error.what());
+  }
+}
+
+Parameter::Parameter() = default;
+
+Parameter::Parameter(const std::string& Domain) : mDomain(Domain) {}
+
+Parameter::Parameter(const Parameter& other)
+  : ParamChangeListener(), mDomain(other.mDomain), mIsInEdit(other.mIsInEdit), pData(other.pData) {
+  if (pData) pData->AddListener(this);
+}
+
+Parameter& Parameter::operator=(const Parameter& other) {
+  if (this == &other || mFrozen) return *this;
+  SetData(other.pData);
+  mDomain = other.mDomain;
+  mIsInEdit = other.mIsInEdit;
+  return *this;
+}
+
+Parameter::~Parameter() {
+  if (pData) pData->RemoveListener(this);
+}
+
+void Parameter::OnValueChanged(int /*changes*/) {}
+
+bool Parameter::IsNull() const { return pData == nullptr; }
+
+void Parameter::Report(int changes) {
+  // A listener may make this parameter take other data.
+  const std::shared_ptr<ParameterData> data = pData;
+  if (data) data->Changed(changes);
+  mChangesRelativeToDB |= changes;
+}
+
+void Parameter::SetValue(const std::string& value) {
+  if (mFrozen) return;
+  int changes = NONE;
+  if (!pData) {
+    Instantiate();
+    pData->value = value;
+    pData->oldValue = value;
+    changes = ALL;
+  } else if (pData->value != value && IsValueOK(value)) {
+    pData->value = value;
+    changes = VALUE;
+  }
+  Report(changes);
+}
+
+int Parameter::SetData(const std::shared_ptr<ParameterData>& newData) {
+  if (mFrozen || newData == pData) return 0;
+  const std::shared_ptr<ParameterData> data = newData;
+  if (mIsInEdit > 0) {
+    if (pData) {
+      const std::shared_ptr<ParameterData> oldData = pData;
+      oldData->EndEdit();
+    } else {
+      data->BeginEdit();
+    }
+  }
+  const int changes = pData && data ? pData->Compare(*data) : static_cast<int>(ALL);
+  if (pData) pData->RemoveListener(this);
+  pData = data;
+  if (pData) pData->AddListener(this);
+  Report(changes);
+  return changes;
+}
+
+int Parameter::StealFrom(const Parameter& other) { return SetData(other.pData); }
+
+int Parameter::CopyFrom(const Parameter& other) {
+  if (mFrozen) return 0;
+  // Held, as the copy may share its data with the other one and a listener may let that go.
+  const std::shared_ptr<ParameterData> source = other.pData;
+  BeginEdit();
+  SetValue(other.Value());
+  SetDescription(other.Description());
+  SetCaption(other.Caption());
+  SetRestrictions(other.Restrictions());
+  if (pData) pData->SetLimits(other.Limits());
+  return EndEdit();
+}
+
+void Parameter::Instantiate() {
+  if (pData || mFrozen) return;
+  pData = std::make_shared<ParameterData>();
+  if (mIsInEdit > 0) pData->BeginEdit();
+  pData->AddListener(this);
+}
+
+void Parameter::Clear() { SetData(nullptr); }
+
+std::string Parameter::Value() const { return pData ? pData->value : EmptyStr; }
+
+const std::string& Parameter::Caption() const { return pData ? pData->caption : EmptyStr; }
+
+const std::string& Parameter::Description() const { return pData ? pData->description : EmptyStr; }
+
+const std::string& Parameter::OldValue() const { return pData ? pData->oldValue : EmptyStr; }
+
+int64_t Parameter::Restrictions() const { return pData ? pData->restrictions : 0; }
+
+const ParameterLimits& Parameter::Limits() const { return pData ? pData->Limits() : NoLimit; }
+
+bool Parameter::Modified() const { return pData && pData->value != pData->oldValue; }
+
+long Parameter::AsInteger(long defaultValue) const {
+  const std::string text = Value();
+  if (text.empty()) return defaultValue;
+  std::istringstream stream(text);
+  stream.imbue(std::locale::classic());
+  long number = 0;
+  return stream >> number ? number : 0;
+}
+
+double Parameter::AsFloat(double defaultValue) const {
+  const std::string text = Value();
+  if (text.empty()) return defaultValue;
+  try {
+    // Single precision, and it stays so: callers have seen these very digits.
+    return std::stof(text);
+  } catch (...) {
+    return defaultValue;
+  }
+}
+
+bool Parameter::IsInteger() const {
+  const std::string text = Value();
+  char* end = nullptr;
+  (void)std::strtol(text.c_str(), &end, 10);
+  return end == text.c_str() + text.length();
+}
+
+bool Parameter::IsDouble() const {
+  const std::string text = Value();
+  char* end = nullptr;
+  (void)std::strtod(text.c_str(), &end);
+  return end == text.c_str() + text.length();
+}
+
+ParameterDomain Parameter::Domain(const std::string& myClientID) const {
+  if (mDomain == GlobalParameterDomain) return PARAM_GLOBAL;
+  if (mDomain == myClientID) return PARAM_MINE;
+  if (mDomain.empty()) return PARAM_CACHE;
+  return mDomain.find('_') != std::string::npos ? PARAM_OTHER : PARAM_GROUP;
+}
+
+void Parameter::SetCaption(const std::string& caption) {
+  if (!pData || pData->caption == caption) return;
+  pData->caption = caption;
+  Report(CAPTION);
+}
+
+void Parameter::SetDescription(const std::string& description) {
+  if (!pData || pData->description == description) return;
+  pData->description = description;
+  Report(DESCRIPTION);
+}
+
+void Parameter::SetRestrictions(int64_t restrictions) {
+  if (!pData || pData->restrictions == restrictions) return;
+  pData->restrictions = restrictions;
+  Report(RESTRICTION);
+}
+
+void Parameter::SetLimits(const std::string& limits) {
+  if (pData) pData->SetLimits(limits);
+}
+
+bool Parameter::IsValueOK(const std::string& value) const {
+  return !pData || !pData->Limits().HasAnyLimits() || pData->Limits().SatisfiesLimit(value);
+}
+
+void Parameter::BeginEdit() {
+  if (mFrozen) return;
+  if (mIsInEdit == 0 && pData) pData->BeginEdit();
+  ++mIsInEdit;
+}
+
+int Parameter::EndEdit() {
+  if (mFrozen) return 0;
+  --mIsInEdit;
+  if (mIsInEdit < 0)
+    mIsInEdit = 0;
+  else if (mIsInEdit == 0 && pData) {
+    const std::shared_ptr<ParameterData> data = pData;
+    const int changes = data->EndEdit();
+    mChangesRelativeToDB |= changes;
+    return changes;
+  }
+  return 0;
+}
+
+void Parameter::UpdateOldValue() {
+  if (pData && pData->oldValue != pData->value) {
+    pData->oldValue = pData->value;
+    Report(OLD_VALUE);
+  }
+  mChangesRelativeToDB = NONE;
+}
+
+void Parameter::Reset() {
+  if (pData) SetValue(std::string(pData->oldValue));
+  mChangesRelativeToDB = NONE;
+}
+
+}  // namespace vendelo_sdl2
