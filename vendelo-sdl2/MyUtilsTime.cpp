@@ -1,0 +1,50 @@
+#include <SDL.h>
+
+#include <cstdlib>
+#include <ctime>
+
+#include "vendelo-sdl2/MyUtils.h"
+#include "vendelo-sdl2/TLogManager.h"
+
+namespace MyUtils {
+
+namespace {
+
+// A distance on the tick clock that only a wrap of its 32 bits explains.
+constexpr Uint32 OverflowConstant = 0x7fffffff;
+
+std::string localTime(const char* format) {
+  const time_t now = std::time(nullptr);
+  tm local{};
+  localtime_r(&now, &local);
+  char buffer[79] = "";
+  std::strftime(buffer, sizeof buffer, format, &local);
+  return buffer;
+}
+
+}  // namespace
+
+std::string GetCurrentTimeString() { return localTime("%H:%M:%S"); }
+
+std::string GetCurrentTimeStampString() { return localTime("%H:%M:%S %Y-%m-%d"); }
+
+std::string GetCurrentDateString() { return localTime("%F"); }
+
+bool IsTime(Uint32& LastTime, Uint32 Interval, bool UpdateLastTime) {
+  const Uint32 ticks = SDL_GetTicks();
+  const int64_t distance = std::llabs(static_cast<int64_t>(ticks) - static_cast<int64_t>(LastTime));
+  if (LastTime > 1 && distance > OverflowConstant) {
+    logman::WriteLog(0, 0, "SDLGetTicks overflow detected (LastTime=%u, GetTicks()=%u, overflow_constant=%u)",
+                     LastTime, ticks, OverflowConstant);
+    LastTime = ticks;
+  }
+  if (LastTime != 0 && ticks - LastTime <= Interval) return false;
+  if (UpdateLastTime) LastTime = ticks;
+  return true;
+}
+
+bool CompareTimes(Uint32 Time1, Uint32 Time2, Uint32 Diff) {
+  return Time1 >= Time2 && (Diff == 0 || Time1 - Time2 < Diff);
+}
+
+}  // namespace MyUtils
