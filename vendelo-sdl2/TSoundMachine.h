@@ -93,7 +93,7 @@ class TSoundMachine {
   using TSoundEffects = std::map<std::string, std::shared_ptr<TSoundEffect>>;
   using TAudioCommands = std::queue<std::function<void()>>;
 
-  bool ReportBackends();
+  void ReportBackends();
   void DropChunk(Mix_Chunk* pChunk);
 
   std::atomic<bool> Muted{false};
