@@ -1,0 +1,104 @@
+#pragma once
+
+#include <gtest/gtest.h>
+#include <chrono>
+#include <functional>
+#include <memory>
+#include <nlohmann/json.hpp>
+
+#include "tests/system/TestSkin.h"
+#include "tests/system/XServer.h"
+
+namespace systest {
+
+using Json = nlohmann::json;
+
+// How the program draws. Software is SDL's own renderer; OpenGL is what the program asks for, here by Mesa.
+enum class Renderer { Software, OpenGL };
+
+// The bound of a wait in milliseconds, longer where a sanitizer slows everything down.
+int bound(int milliseconds);
+
+// True as soon as the condition holds, false when it does not within bound(milliseconds).
+bool within(int milliseconds, const std::function<bool()>& condition);
+
+// A running kslsim with its control port. Used by one thread.
+class SimulatorProcess {
+ public:
+  // On the given port, or on a free one for 0.
+  bool start(const std::string& folder, int port);
+
+  int port() const { return mPort; }
+  std::string address() const { return "127.0.0.1:" + std::to_string(mPort); }
+
+  // Does one step, now. A step that is refused fails the test.
+  void apply(const Json& step);
+
+  Json state();
+
+  // What has happened since entry n.
+  Json log(uint64_t n);
+
+  // Calls of the method since the start; of all methods that were not answered badly when `well` is set.
+  int calls(const std::string& method);
+
+  // The "n" of the latest entry.
+  uint64_t latest();
+
+  Process& process() { return mProcess; }
+
+ private:
+  Json get(const std::string& path);
+
+  Process mProcess;
+  int mPort = 0, mControlPort = 0;
+};
+
+// The whole system: an X server, a folder with the test skin, and on demand the simulator and the program. All of
+// it is gone when the fixture is; after a failure the program's log and the screen are shown and kept.
+class SystemTest : public testing::Test {
+ protected:
+  void SetUp() override;
+  void TearDown() override;
+
+  // Starts the simulator on a free port.
+  void startSimulator();
+
+  // Starts the program with this address as its argument; with no argument when empty. The environment adds to and
+  // overrides the usual one; a variable with the value "-" is left out.
+  void startProgram(const std::string& address, Renderer renderer,
+                    const std::map<std::string, std::string>& environment);
+
+  // Simulator with one level of this pot, then the program on it, until the panel stands with that pot.
+  void startWithPanel(Renderer renderer, int64_t pot);
+
+  // The dated log file, and what the program has printed.
+  std::string log() const;
+  std::string printed() const { return contentOf(mFolder + "/program.txt"); }
+
+  // Lines of the log that hold the text.
+  int logged(const std::string& text) const;
+
+  // The program has ended within the bound with this exit code.
+  testing::AssertionResult exitsWith(int milliseconds, int code);
+
+  // What is on the screen.
+  bool loaderShown();
+  bool panelShown();
+
+  // The number that the digits of level 0 show, when that level is the only one and has no decimal places; -1 while
+  // a digit is between two positions.
+  int64_t shownPot();
+
+  std::string mFolder;
+  XServer mX;
+  SimulatorProcess mSimulator;
+  Process mProgram;
+};
+
+// The system once for each renderer.
+class SystemRendererTest : public SystemTest, public testing::WithParamInterface<Renderer> {};
+
+std::string rendererName(const testing::TestParamInfo<Renderer>& info);
+
+}  // namespace systest
