@@ -91,10 +91,10 @@ int GetUTF8CodePoint(const char* u, const char** end);
 
 // One lower-case letter beyond ASCII and its capital, as UTF-8.
 struct TSpecialChars {
-  enum TDirection { BOTH, ONLY_TO_UPPER, ONLY_TO_LOWER };
+  enum TDirection { BOTH, ONLY_TO_UPPER };
   std::string lower;
   std::string upper;
-  // Enters the pair in the two maps below, or in one of them.
+  // Enters the pair in both maps below, or in the first one only.
   TSpecialChars(const std::string& lower, const std::string& upper, TDirection direction);
 };
 
