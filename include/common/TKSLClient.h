@@ -200,9 +200,21 @@ class TKSLClient {
 
  private:
   std::string copyAddress() const;
-  void fillBaseMethods();
-  bool takeCall(MethodCall& thisCall, bool& requestsEnabled);
-  void registerWithService(bool& started);
-  void queueResponse(const MethodResponse& response);
   bool validMethod(MethodType methodID) const;
+  void freeResponseData(const MethodResponse& response);
+  void handleTimeoutEdge();
+
+  // Communication thread.
+  struct ThreadState;
+  void communicationPass(ThreadState& state);
+  bool takeCall(ThreadState& state);
+  bool registerWithService();
+  void postStarted(ThreadState& state);
+  void queueResponse(const MethodResponse& response);
+  static void finishCall(MethodCall& call);
+
+  xmlrpc_c::paramList buildParameters(const MethodCall& call) const;
+  void callService(xmlrpc_env* env, const char* serverUrl, const char* address,
+                   const xmlrpc_c::paramList& parameters, xmlrpc_c::value& result);
+  void* parseReply(const MethodCall& call, const xmlrpc_c::value& result, int& errCodeOut);
 };

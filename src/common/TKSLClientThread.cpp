@@ -1,0 +1,317 @@
+// The communication thread: registration, and the one place that talks to the service.
+#include <cstdio>
+#include <cstdlib>
+#include <xmlrpc-c/girerr.hpp>
+
+#include "common/TKSLClient.h"
+#include "common/XmlRpcSupport.h"
+
+namespace {
+
+constexpr const char* ProtocolVersion = "1.5.0";
+constexpr Uint32 RegistrationPause = 1000;
+constexpr Uint32 PassPause = 1;
+constexpr int MaxPushAttempts = 2;  // so many failures are followed by another try
+
+// What the HTTP transport itself reports as broken.
+constexpr int NetworkFault = -504;
+constexpr int TimeoutFault = -505;
+constexpr int FailedTransport = 1;  // no ErrorTypes enumerator, and no reason to drop the registration
+
+// The methods that carry no client identifier.
+bool isAnonymous(MethodType methodID) {
+  return methodID == M_INIT || methodID == M_PLATFORM_STATUS || methodID == M_VOLUME || methodID == M_DENOMINATION;
+}
+
+// The service reports its own errors in a struct that returns like any result. Without both keys, or with a
+// code of 0, the struct is an ordinary result.
+void readFaultStruct(const xmlrpc_c::value& result, int& errorCode, std::string& description) {
+  XmlRpcEnv env;
+  xmlrpc_int32 faultCode = 0;
+  char* faultString = nullptr;
+  const XmlRpcReference value(result.cValue());
+  xmlrpc_decompose_value(env.get(), value.get(), "{s:i,s:s,*}", "faultCode", &faultCode, "faultString",
+                         &faultString);
+  if (env.failed()) {
+    errorCode = 0;
+    return;
+  }
+  errorCode = faultCode;
+  description = faultString;
+  std::free(faultString);
+}
+
+}  // namespace
+
+struct TKSLClient::ThreadState {
+  bool requestsEnabled = false;
+  bool sendSuccess = true;
+  bool started = false;
+  MethodCall thisCall = NULL_CALL;
+  std::string serveraddress;  // of the start: a change takes effect through a restart
+};
+
+int TKSLClient::KSL_communication_thread(void* data) {
+  auto* client = static_cast<TKSLClient*>(data);
+  ThreadState state;
+  state.serveraddress = client->copyAddress();
+  while (SDL_SemWaitTimeout(client->KSL_quit_sem, PassPause) != 0) {
+    client->communicationPass(state);
+  }
+  finishCall(state.thisCall);
+  return 0;
+}
+
+void TKSLClient::communicationPass(ThreadState& state) {
+  if (!RegisterRequired || Registered) {
+    if (state.thisCall.methodID == M_NULL && !takeCall(state)) {
+      return;
+    }
+    ++state.thisCall.sendingAttempts;
+  }
+
+  MethodCall& thisCall = state.thisCall;
+  int errorCode = 0;
+  bool initTimedOut = false;
+  bool sending = false;
+  state.sendSuccess = false;
+  SdlMutexGuard sendLock(KSL_send_mutex);
+  try {
+    if (!registerWithService()) {
+      initTimedOut = true;
+      throw "Init timed out!";
+    }
+    if (!state.started) {
+      postStarted(state);
+      return;
+    }
+    if (thisCall.methodID == M_NULL) {
+      return;
+    }
+    sending = true;
+    xmlrpc_env env;
+    void* responseData = sendInternal(&env, state.serveraddress.c_str(), thisCall, errorCode);
+    state.sendSuccess = true;
+    sendLock.release();
+    queueResponse(
+      MethodResponse{thisCall.methodID, thisCall.callback, responseData, errorCode != 0, thisCall.requestUID});
+
+    const bool tryAgain =
+      errorCode != 0 && thisCall.methodID == M_PUSHEVENTS && thisCall.sendingAttempts <= MaxPushAttempts;
+    if (!tryAgain) {
+      finishCall(thisCall);
+    }
+  } catch (...) {
+    if (!state.sendSuccess) {
+      sendLock.release();
+    }
+    queueResponse(MethodResponse{M_INIT, KSLCallback(),
+                                 new KSLError(E_COMMUNICATION_ERROR, "Client timed out and stopped!"), true,
+                                 mMethodCallUID});
+    // The thread goes on all the same; whatever the text says, only Stop ends it.
+    std::printf("!!!! KSLCLIENT:: ERROR in communication thread!\n");
+    if (sending) {
+      finishCall(thisCall);  // it must not fail in every pass from now on
+    }
+    if (initTimedOut) {
+      // Behind the response, which a blocking Start then delivers.
+      postStarted(state);
+    }
+    return;
+  }
+
+  if (errorCode == E_COMMUNICATION_ERROR) {
+    TogglePopRequests(false);
+    RegisterID(-1);
+    Registered = false;
+  }
+}
+
+bool TKSLClient::takeCall(ThreadState& state) {
+  const SdlMutexGuard lock(KSL_call_mutex);
+  if (mCallQueue.empty()) {
+    return false;
+  }
+  finishCall(state.thisCall);
+  state.thisCall = mCallQueue.front();
+  mCallQueue.pop_front();
+  state.requestsEnabled = mRPCEnabled;
+  // A call that communication is closed to loses this pass only: the next one finds it in hand and sends it.
+  return state.requestsEnabled || state.thisCall.priority >= TOP_PRIORITY;
+}
+
+void TKSLClient::postStarted(ThreadState& state) {
+  if (!state.started) {
+    state.started = true;
+    SDL_SemPost(InitSemaphore);
+  }
+}
+
+void TKSLClient::queueResponse(const MethodResponse& response) {
+  const SdlMutexGuard lock(KSL_response_mutex);
+  mResponseQueue.push(response);
+}
+
+bool TKSLClient::registerWithService() {
+  unsigned int initTries = 0;
+  while (RegisterRequired && !Registered) {
+    if (initTries > NumRetries) {
+      return false;
+    }
+    uint64_t uid = 0;
+    int errorCode = 0;
+    void* responseData =
+      SendRequestSyncRaw(M_INIT, KSLCallback(), uid, errorCode, "(ss)", Name().c_str(), ProtocolVersion);
+    const int result = handleInitResponse(responseData, errorCode != 0, uid);
+    ++initTries;
+    if (result == 0) {
+      Registered = true;
+    } else {
+      mDelay(RegistrationPause);
+    }
+  }
+  return true;
+}
+
+int TKSLClient::handleInitResponse(void* returnData, bool isError, uint64_t requestUID) {
+  TKSLListener* listener = mListener;
+  const int errCode = isError && returnData != nullptr ? static_cast<KSLError*>(returnData)->errorCode : 0;
+  const bool goodRecord = !isError && returnData != nullptr && listener != nullptr;
+  int id = -1;
+  if (goodRecord) {
+    // Before the record is queued, for the main thread may free it at once.
+    try {
+      id = listener->getIDFromInitData(returnData);
+    } catch (...) {
+      id = -1;
+    }
+  }
+  queueResponse(MethodResponse{M_INIT, KSLCallback(), returnData, errCode != 0, requestUID});
+  if (errCode == E_COMMUNICATION_ERROR) {
+    return 1;
+  }
+  if (goodRecord) {
+    if (id > 0) {
+      RegisterID(id);
+      EnableCommunication();
+      TogglePopRequests(true);
+      return 0;
+    }
+    RegisterID(-1);
+  }
+  return -1;
+}
+
+xmlrpc_c::paramList TKSLClient::buildParameters(const MethodCall& call) const {
+  xmlrpc_c::paramList parameters;
+  if (!isAnonymous(call.methodID)) {
+    parameters.add(xmlrpc_c::value_int(mRegisteredID));
+  }
+  xmlrpc_c::carray items;
+  if (call.parameters != nullptr) {
+    const xmlrpc_c::value value(call.parameters);
+    if (value.type() == xmlrpc_c::value::TYPE_ARRAY) {
+      items = xmlrpc_c::value_array(value).vectorValueValue();
+    } else {
+      items.push_back(value);
+    }
+  }
+  if (call.methodID == M_PUSHEVENTS) {
+    parameters.add(xmlrpc_c::value_int(mEventPackageNumber));
+    parameters.add(xmlrpc_c::value_array(items));
+  } else {
+    for (const xmlrpc_c::value& item : items) {
+      parameters.add(item);
+    }
+  }
+  return parameters;
+}
+
+void TKSLClient::callService(xmlrpc_env* env, const char* serverUrl, const char* address,
+                             const xmlrpc_c::paramList& parameters, xmlrpc_c::value& result) {
+  try {
+    xmlrpc_c::carriageParm_http0 carriageParm(serverUrl);
+    xmlrpc_c::rpcPtr rpc(address, parameters);
+    rpc->call(pClient.get(), &carriageParm);
+    if (rpc->isSuccessful()) {
+      result = rpc->getResult();
+      return;
+    }
+    const xmlrpc_c::fault fault = rpc->getFault();
+    const bool network = fault.getCode() == NetworkFault || fault.getCode() == TimeoutFault;
+    xmlrpc_env_set_fault(env, network ? E_COMMUNICATION_ERROR : E_INTERNAL_ERROR, fault.getDescription().c_str());
+  } catch (girerr::error* error) {
+    xmlrpc_env_set_fault(env, FailedTransport, error->what());
+  } catch (...) {
+    xmlrpc_env_set_fault(env, FailedTransport, "sendInternal(): Connection failed");
+  }
+}
+
+void* TKSLClient::sendInternal(xmlrpc_env* env, const char* serverUrl, const MethodCall& call, int& errCodeOut) {
+  errCodeOut = 0;
+  xmlrpc_env_init(env);
+  struct TCleanAtEnd {
+    xmlrpc_env* env;
+    ~TCleanAtEnd() { xmlrpc_env_clean(env); }
+  };
+  const TCleanAtEnd cleanAtEnd{env};
+
+  std::string description;
+  const MethodInfo& method = getMethodInfo(call.methodID);
+  if (method.ResponseParser == nullptr || method.Address == nullptr) {
+    // A reply to this call could not be read, so it is not made.
+    errCodeOut = E_INTERNAL_ERROR;
+    const std::string address = method.Address != nullptr ? method.Address : "";
+    return new KSLError(E_INTERNAL_ERROR, "Parsing of " + address + " response failed.");
+  }
+
+  const xmlrpc_c::paramList parameters = buildParameters(call);
+  xmlrpc_c::value result;
+  SdlMutexGuard sendLock(KSL_send_mutex);
+  const unsigned long numCalls = ++mMethodCalls[call.methodID];
+  const Uint32 sentCall = SDL_GetTicks();
+  callService(env, serverUrl, method.Address, parameters, result);
+  const Uint32 elapsedMillis = SDL_GetTicks() - sentCall;
+  sendLock.release();
+  {
+    const ScopedLock averagesLock(mAverageMethodResponseTimes);
+    float& average = (*mAverageMethodResponseTimes.operator->())[call.methodID];
+    average = (average * static_cast<float>(numCalls - 1) + static_cast<float>(elapsedMillis)) /
+              static_cast<float>(numCalls);
+  }
+
+  if (env->fault_occurred) {
+    errCodeOut = env->fault_code;
+    description = env->fault_string;
+  } else if (result.type() == xmlrpc_c::value::TYPE_STRUCT) {
+    readFaultStruct(result, errCodeOut, description);
+  }
+  if (errCodeOut == 0) {
+    return parseReply(call, result, errCodeOut);
+  }
+  if (errCodeOut == E_NOT_REGISTERED) {
+    DisableCommunication();
+    TogglePopRequests(false);
+    RegisterID(-1);
+    Registered = false;
+  }
+  return new KSLError(static_cast<ErrorTypes>(errCodeOut), description);
+}
+
+void* TKSLClient::parseReply(const MethodCall& call, const xmlrpc_c::value& result, int& errCodeOut) {
+  mLastGoodResponse = SDL_GetTicks();
+  const MethodInfo& method = Methods[call.methodID];
+  int parseStatus = 0;  // seven parsers do not write it
+  void* record = method.ResponseParser(result, parseStatus);
+  if (parseStatus != 0) {
+    if (record != nullptr && method.DestroyData != nullptr) {
+      method.DestroyData(record);
+    }
+    errCodeOut = E_INTERNAL_ERROR;
+    return new KSLError(E_INTERNAL_ERROR, std::string("Parsing of ") + method.Address + " response failed.");
+  }
+  if (call.methodID == M_PUSHEVENTS) {
+    ++mEventPackageNumber;
+  }
+  return record;
+}
