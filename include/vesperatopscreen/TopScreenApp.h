@@ -53,7 +53,7 @@ class TopScreenApp : public vendelo_sdl2::TApplication, public TKSLListener {
   // Callback of the status request: `data` is a PlatformState, or with `isError` a KSLError.
   int StatusReceived(void* data, bool isError);
 
- private:
+ protected:
   void updateJackpotPanel();
   void deferInstructionsOrJackpots();
 
