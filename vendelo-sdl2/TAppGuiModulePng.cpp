@@ -53,7 +53,7 @@ int writeAll(Writing& w, png_textp text, int textCount) {
   png_set_rows(w.png, w.info, w.rows);
   png_write_png(w.png, w.info, PNG_TRANSFORM_BGR, nullptr);
   png_write_end(w.png, w.info);
-  return 0;
+  return std::fflush(w.file) == 0 ? 0 : -4;
 }
 
 int readText(png_structp png, png_infop info, FILE* file, png_textp out, int* count) {
