@@ -1,0 +1,134 @@
+#include "common/CreditArray.h"
+
+#include <gtest/gtest.h>
+
+#include <limits>
+
+using namespace credit;
+
+namespace {
+
+constexpr long Most = std::numeric_limits<long>::max();
+
+CreditArray amounts(long a, long b, long c, long d, long e, long f) {
+  return CreditArray(std::array<long, 6>{a, b, c, d, e, f});
+}
+
+template <class Call>
+std::string errorOf(Call call) {
+  try {
+    call();
+  } catch (const CreditError& error) {
+    return error.what();
+  }
+  return "nothing thrown";
+}
+
+}  // namespace
+
+TEST(CreditArray, StartsAtZero) {
+  EXPECT_EQ(amounts(0, 0, 0, 0, 0, 0), CreditArray());
+  EXPECT_EQ(CreditArray(), CreditArray::ZeroCredits);
+}
+
+TEST(CreditArray, SetsOneKindOrAll) {
+  EXPECT_EQ(amounts(0, 5, 0, 0, 0, 0), CreditArray(CREDIT_RESTRICTED, 5));
+  EXPECT_EQ(amounts(3, 3, 3, 3, 3, 3), CreditArray(CREDIT_ALL, 3));
+  EXPECT_EQ("No such credit type", errorOf([] { CreditArray(static_cast<CreditType>(7), 1); }));
+}
+
+TEST(CreditArray, ReadingAllGivesTheSum) {
+  const CreditArray credits = amounts(1, 2, 3, 4, 5, 6);
+  EXPECT_EQ(21, credits[CREDIT_ALL]);
+  EXPECT_EQ(21, credits[6]);
+  EXPECT_EQ(6, credits[CREDIT_BANCO]);
+  EXPECT_EQ(1, credits[0]);
+  EXPECT_EQ("No such credit type", errorOf([&] { return credits[7]; }));
+  EXPECT_EQ("No such credit type", errorOf([&] { return credits[-1]; }));
+}
+
+TEST(CreditArray, TheSumCannotBeWritten) {
+  CreditArray credits;
+  credits[CREDIT_CASHABLE] = 4;
+  credits[3] = 5;
+  EXPECT_EQ(amounts(0, 0, 4, 5, 0, 0), credits);
+  EXPECT_EQ("Cannot alter the sum of all credits!", errorOf([&] { credits[CREDIT_ALL] = 1; }));
+  EXPECT_EQ("Cannot alter the sum of all credits!", errorOf([&] { credits[6] = 1; }));
+  EXPECT_EQ("No such credit type", errorOf([&] { credits[7] = 1; }));
+  EXPECT_EQ("No such credit type", errorOf([&] { credits[-1] = 1; }));
+}
+
+TEST(CreditArray, Clears) {
+  CreditArray credits = amounts(1, 2, 3, 4, 5, 6);
+  credits.ClearMin();
+  EXPECT_EQ(CreditArray(CREDIT_ALL, -1), credits);
+  credits.ClearMax();
+  EXPECT_EQ(CreditArray(CREDIT_ALL, Most), credits);
+  EXPECT_EQ(Most, credits.Total());
+  credits.Clear();
+  EXPECT_TRUE(credits.IsEmpty());
+}
+
+TEST(CreditArray, AddsAndSubtractsPerKind) {
+  const CreditArray a = amounts(1, 2, 3, 4, 5, 6);
+  const CreditArray b = amounts(6, 5, 4, 3, 2, 1);
+  EXPECT_EQ(CreditArray(CREDIT_ALL, 7), a + b);
+  EXPECT_EQ(amounts(-5, -3, -1, 1, 3, 5), a - b);
+  EXPECT_EQ(amounts(-1, -2, -3, -4, -5, -6), -a);
+  CreditArray sum = a;
+  sum += b;
+  sum -= a;
+  EXPECT_EQ(b, sum);
+  EXPECT_EQ(CreditArray(CREDIT_ALL, Most), CreditArray(CREDIT_ALL, Most) + a);
+}
+
+TEST(CreditArray, ComparisonIsPartial) {
+  const CreditArray small = amounts(1, 1, 1, 1, 1, 1);
+  const CreditArray large = amounts(1, 1, 1, 1, 1, 2);
+  const CreditArray other = amounts(9, 0, 1, 1, 1, 1);
+  EXPECT_TRUE(large.Covers(small));
+  EXPECT_FALSE(small.Covers(large));
+  EXPECT_TRUE(large >= small && large > small && small <= large && small < large);
+  EXPECT_TRUE(small >= small && small <= small);
+  EXPECT_FALSE(small > small || small < small);
+  EXPECT_FALSE(other >= small || other <= small || other > small || other < small);
+  EXPECT_TRUE(small != large);
+}
+
+TEST(CreditArray, StrictSignsAskEveryKind) {
+  EXPECT_TRUE(amounts(0, 1, 0, 0, 0, 0).IsStrictlyPositive(false));
+  EXPECT_FALSE(CreditArray().IsStrictlyPositive(false));
+  EXPECT_TRUE(CreditArray().IsStrictlyPositive(true));
+  EXPECT_FALSE(amounts(5, -1, 0, 0, 0, 0).IsStrictlyPositive(true));
+  EXPECT_TRUE(amounts(0, -1, 0, 0, 0, 0).IsStrictlyNegative(false));
+  EXPECT_FALSE(CreditArray().IsStrictlyNegative(false));
+  EXPECT_TRUE(CreditArray().IsStrictlyNegative(true));
+  EXPECT_FALSE(amounts(-5, 1, 0, 0, 0, 0).IsStrictlyNegative(true));
+}
+
+TEST(CreditArray, ASumOfZeroIsNotEmpty) {
+  const CreditArray credits = amounts(5, -5, 0, 0, 0, 0);
+  EXPECT_TRUE(credits.IsZero());
+  EXPECT_FALSE(credits.IsEmpty());
+}
+
+TEST(CreditArray, NegativeKindsBecomeZero) {
+  CreditArray credits = amounts(5, -5, 0, -1, 2, 0);
+  credits.ZeroOutNegative();
+  EXPECT_EQ(amounts(5, 0, 0, 0, 2, 0), credits);
+}
+
+TEST(CreditArray, ABetIsPaidFromThreeKindsInOrder) {
+  const CreditArray held = amounts(4, 3, 1, 100, 100, 100);
+  EXPECT_EQ(CreditArray(), held.MakeBet(0));
+  EXPECT_EQ(amounts(0, 2, 0, 0, 0, 0), held.MakeBet(2));
+  EXPECT_EQ(amounts(0, 3, 0, 0, 0, 0), held.MakeBet(3));
+  EXPECT_EQ(amounts(2, 3, 0, 0, 0, 0), held.MakeBet(5));
+  EXPECT_EQ(amounts(4, 3, 1, 0, 0, 0), held.MakeBet(8));
+  EXPECT_EQ(amounts(4, 3, 1, 0, 0, 0), held.MakeBet(10));
+  EXPECT_EQ(8, held.MakeBet(10).Total());
+}
+
+TEST(CreditArray, AKindInTheRedPaysNothing) {
+  EXPECT_EQ(amounts(4, 0, 0, 0, 0, 0), amounts(4, -3, 0, 0, 0, 0).MakeBet(5));
+}

@@ -1,0 +1,87 @@
+#include "common/Games.h"
+
+#include <gtest/gtest.h>
+
+#include <vector>
+
+class Games : public testing::Test {
+ protected:
+  Games() { GameRegistryEntry::Init(); }
+};
+
+TEST_F(Games, TheDefaultEntryIsTheNullGame) {
+  EXPECT_EQ(GAME_NULL, GameRegistryEntry());
+  EXPECT_EQ(-1, GAME_NULL.ID);
+  EXPECT_EQ("", GAME_NULL.name);
+  EXPECT_EQ(GAMETYPE_NULL_TYPE, GAME_NULL.type);
+}
+
+TEST_F(Games, EqualityAsksAllThree) {
+  const GameRegistryEntry game(5, "Five", GAMETYPE_ROULETTE);
+  EXPECT_EQ(game, GameRegistryEntry(5, "Five", GAMETYPE_ROULETTE));
+  EXPECT_NE(game, GameRegistryEntry(6, "Five", GAMETYPE_ROULETTE));
+  EXPECT_NE(game, GameRegistryEntry(5, "Four", GAMETYPE_ROULETTE));
+  EXPECT_NE(game, GameRegistryEntry(5, "Five", GAMETYPE_MENU));
+}
+
+TEST_F(Games, InitEntersMenuAndTopScreenAndNothingElse) {
+  ASSERT_TRUE(GameRegistryEntry::RegisterGame(5, "Five", "ROULETTE"));
+  GameRegistryEntry::Init();
+  EXPECT_EQ(GAME_MENU, AllGames[0]);
+  EXPECT_EQ(GAME_TOPSCREEN, AllGames[1]);
+  EXPECT_EQ(GAME_NULL, AllGames[5]);
+  EXPECT_EQ(2U, AllGamesMap.size());
+  EXPECT_EQ(1001U, AllGames.size());
+  EXPECT_EQ(GAME_TOPSCREEN, GameRegistryEntry(1, "TopScreen", GAMETYPE_TOPSCREEN));
+  EXPECT_EQ(GAME_MENU, GameRegistryEntry(0, "", GAMETYPE_MENU));
+}
+
+TEST_F(Games, RegistersOnlyFreeSlotsInRangeWithAKnownType) {
+  EXPECT_FALSE(GameRegistryEntry::RegisterGame(-1, "a", "ROULETTE"));
+  EXPECT_FALSE(GameRegistryEntry::RegisterGame(1001, "a", "ROULETTE"));
+  EXPECT_FALSE(GameRegistryEntry::RegisterGame(0, "a", "ROULETTE"));
+  EXPECT_FALSE(GameRegistryEntry::RegisterGame(7, "a", "POKER"));
+  EXPECT_FALSE(GameRegistryEntry::RegisterGame(7, "a", ""));
+  EXPECT_TRUE(GameRegistryEntry::RegisterGame(1000, "last", "VESPERA_SLOTGAME"));
+  EXPECT_FALSE(GameRegistryEntry::RegisterGame(1000, "again", "VESPERA_SLOTGAME"));
+  EXPECT_EQ(GameRegistryEntry(1000, "last", GAMETYPE_VESPERA_SLOTGAME), AllGames[1000]);
+}
+
+TEST_F(Games, FindsByNameAndByNumberOrAnswersTheNullGame) {
+  ASSERT_TRUE(GameRegistryEntry::RegisterGame(9, "Nine", "ROULETTE"));
+  EXPECT_EQ(9, GameRegistryEntry::findGameByName("Nine").ID);
+  EXPECT_EQ("Nine", GameRegistryEntry::findGameByID(9).name);
+  EXPECT_EQ(&GAME_NULL, &GameRegistryEntry::findGameByName("Ten"));
+  EXPECT_EQ(&GAME_NULL, &GameRegistryEntry::findGameByID(10));
+  EXPECT_EQ(&GAME_NULL, &GameRegistryEntry::findGameByID(-1));
+}
+
+TEST_F(Games, VisitsTheGamesProperInTheOrderOfNamesUntilToldToStop) {
+  GameRegistryEntry::RegisterGame(2, "Zebra", "ROULETTE");
+  GameRegistryEntry::RegisterGame(3, "Apple", "VESPERA_SLOTGAME");
+  GameRegistryEntry::RegisterGame(4, "Melon", "TOPSCREEN");
+  std::vector<std::string> visited;
+  GameRegistryEntry::forEachGame([&](const GameRegistryEntry& game) {
+    visited.push_back(game.name);
+    return true;
+  });
+  EXPECT_EQ((std::vector<std::string>{"Apple", "Zebra"}), visited);
+  visited.clear();
+  GameRegistryEntry::forEachGame([&](const GameRegistryEntry& game) {
+    visited.push_back(game.name);
+    return false;
+  });
+  EXPECT_EQ((std::vector<std::string>{"Apple"}), visited);
+}
+
+TEST_F(Games, TypesHaveNames) {
+  EXPECT_EQ(GAMETYPE_MENU, parseGameType("MENU"));
+  EXPECT_EQ(GAMETYPE_TOPSCREEN, parseGameType("TOPSCREEN"));
+  EXPECT_EQ(GAMETYPE_ROULETTE, parseGameType("ROULETTE"));
+  EXPECT_EQ(GAMETYPE_VESPERA_SLOTGAME, parseGameType("VESPERA_SLOTGAME"));
+  EXPECT_EQ(GAMETYPE_NULL_TYPE, parseGameType("menu"));
+  EXPECT_EQ("VESPERA_SLOTGAME", getTypeName(GAMETYPE_VESPERA_SLOTGAME));
+  EXPECT_EQ("", getTypeName(GAMETYPE_NULL_TYPE));
+  EXPECT_EQ("", getTypeName(static_cast<GameTypes>(99)));
+  EXPECT_EQ(4U, GameTypeStrings.size());
+}

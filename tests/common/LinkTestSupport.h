@@ -1,0 +1,313 @@
+#pragma once
+
+#include <SDL.h>
+
+#include <condition_variable>
+#include <functional>
+#include <map>
+#include <mutex>
+#include <string>
+#include <utility>
+#include <vector>
+#include <xmlrpc-c/client_transport.hpp>
+
+#include "common/TKSLClient.h"
+#include "common/TKSLReturnStructures.h"
+#include "common/XmlRpcSupport.h"
+
+// What the tests of the link share: a transport that answers from a script, a listener that takes notes, and a
+// client whose inside can be seen.
+namespace linktest {
+
+// Waits until the condition holds; false when it does not within ten seconds.
+inline bool waitFor(const std::function<bool()>& condition) {
+  const Uint64 start = SDL_GetPerformanceCounter();
+  const Uint64 limit = SDL_GetPerformanceFrequency() * 10;
+  while (!condition()) {
+    if (SDL_GetPerformanceCounter() - start > limit) {
+      return false;
+    }
+    SDL_Delay(1);
+  }
+  return true;
+}
+
+inline std::string replyXml(const std::string& value) {
+  return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\r\n<methodResponse><params><param><value>" + value +
+         "</value></param></params></methodResponse>";
+}
+
+inline std::string faultXml(int code, const std::string& text) {
+  return "<?xml version=\"1.0\"?><methodResponse><fault><value><struct><member><name>faultCode</name><value><int>" +
+         std::to_string(code) + "</int></value></member><member><name>faultString</name><value><string>" + text +
+         "</string></value></member></struct></value></fault></methodResponse>";
+}
+
+inline std::string memberXml(const std::string& name, const std::string& value) {
+  return "<member><name>" + name + "</name><value>" + value + "</value></member>";
+}
+
+inline std::string errorStruct(int code, const std::string& text) {
+  return "<struct>" + memberXml("faultCode", "<int>" + std::to_string(code) + "</int>") +
+         memberXml("faultString", "<string>" + text + "</string>") + "</struct>";
+}
+
+inline std::string arrayXml(const std::vector<std::string>& items) {
+  std::string xml = "<array><data>";
+  for (const std::string& item : items) {
+    xml += "<value>" + item + "</value>";
+  }
+  return xml + "</data></array>";
+}
+
+inline std::string eventXml(int id, const std::string& context) {
+  return "<struct>" + memberXml("eventID", "<int>" + std::to_string(id) + "</int>") +
+         memberXml("context", context) + "</struct>";
+}
+
+// The value as the library's own parser reads it.
+inline xmlrpc_c::value parseValue(const std::string& valueXml) {
+  const std::string xml = replyXml(valueXml);
+  XmlRpcEnv env;
+  xmlrpc_value* value = nullptr;
+  int faultCode = 0;
+  const char* faultString = nullptr;
+  xmlrpc_parse_response2(env.get(), xml.c_str(), xml.size(), &value, &faultCode, &faultString);
+  const XmlRpcReference reference(value);
+  return value == nullptr ? xmlrpc_c::value() : xmlrpc_c::value(value);
+}
+
+// A request exactly as the library writes it.
+inline std::string requestXml(const std::string& method, const std::vector<std::string>& params) {
+  std::string xml = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\r\n<methodCall>\r\n<methodName>" + method +
+                    "</methodName>\r\n<params>\r\n";
+  for (const std::string& param : params) {
+    xml += "<param><value>" + param + "</value></param>\r\n";
+  }
+  return xml + "</params>\r\n</methodCall>\r\n";
+}
+
+inline std::string methodOf(const std::string& request) {
+  const std::string open = "<methodName>";
+  const size_t start = request.find(open) + open.size();
+  return request.substr(start, request.find("</methodName>") - start);
+}
+
+// Answers per method from a script, on the thread that sends; an answer may throw, or wait.
+class FakeTransport : public xmlrpc_c::clientXmlTransport {
+ public:
+  using Answer = std::function<std::string(const std::string& request)>;
+
+  void call(xmlrpc_c::carriageParm* const, std::string const& callXml, std::string* const responseXmlP) override {
+    Answer answer;
+    {
+      const std::lock_guard<std::mutex> lock(mMutex);
+      mRequests.push_back(callXml);
+      const auto found = mAnswers.find(methodOf(callXml));
+      if (found != mAnswers.end()) {
+        answer = found->second;
+      }
+    }
+    *responseXmlP = answer ? answer(callXml) : replyXml("<nil/>");
+  }
+
+  void answer(const std::string& method, const Answer& answer) {
+    const std::lock_guard<std::mutex> lock(mMutex);
+    mAnswers[method] = answer;
+  }
+
+  void answer(const std::string& method, const std::string& xml) {
+    answer(method, [xml](const std::string&) { return xml; });
+  }
+
+  std::vector<std::string> requests() const {
+    const std::lock_guard<std::mutex> lock(mMutex);
+    return mRequests;
+  }
+
+  std::vector<std::string> requests(const std::string& method) const {
+    std::vector<std::string> chosen;
+    for (const std::string& request : requests()) {
+      if (methodOf(request) == method) {
+        chosen.push_back(request);
+      }
+    }
+    return chosen;
+  }
+
+ private:
+  mutable std::mutex mMutex;
+  std::map<std::string, Answer> mAnswers;
+  std::vector<std::string> mRequests;
+};
+
+// Holds a thread back until it is opened.
+class Gate {
+ public:
+  void open() {
+    const std::lock_guard<std::mutex> lock(mMutex);
+    mOpen = true;
+    mChanged.notify_all();
+  }
+  void pass() {
+    std::unique_lock<std::mutex> lock(mMutex);
+    ++mArrived;
+    mChanged.wait(lock, [this] { return mOpen; });
+  }
+  int arrived() const {
+    const std::lock_guard<std::mutex> lock(mMutex);
+    return mArrived;
+  }
+
+ private:
+  mutable std::mutex mMutex;
+  std::condition_variable mChanged;
+  bool mOpen = false;
+  int mArrived = 0;
+};
+
+struct TestInitData {
+  int ID = 0;
+};
+
+inline void* parseTestInit(const xmlrpc_c::value& toParse, int& parseStatus) {
+  auto* data = new TestInitData;
+  try {
+    xmlrpc_c::cstruct members = xmlrpc_c::value_struct(toParse);
+    data->ID = xmlrpc_c::value_int(members["ID"]);
+  } catch (...) {
+    parseStatus = 1;
+  }
+  return data;
+}
+
+inline void destroyTestInit(void* data) { delete static_cast<TestInitData*>(data); }
+
+inline std::string initReply(int id) {
+  return replyXml("<struct>" + memberXml("ID", "<int>" + std::to_string(id) + "</int>") + "</struct>");
+}
+
+struct Note {
+  MethodType method;
+  int code;
+  std::string text;
+
+  bool operator==(const Note&) const = default;
+};
+
+inline void PrintTo(const Note& note, std::ostream* out) {
+  *out << "{" << note.method << ", " << note.code << ", \"" << note.text << "\"}";
+}
+
+// Takes notes of everything on the thread that polls. The identifier alone is read elsewhere.
+class NotingListener : public TKSLListener {
+ public:
+  int getIDFromInitData(void* data) override { return static_cast<TestInitData*>(data)->ID; }
+  int handleInitResponse(ErrorTypes response, void* responseData) override {
+    inits.push_back(Note{M_INIT, response, ""});
+    if (response != E_NO_ERROR) {
+      inits.back().text = *static_cast<KSLError*>(responseData)->errorDescription;
+    } else if (responseData == nullptr) {
+      inits.back().text = "no record";
+    }
+    return 0;
+  }
+  int handlePlatformEvent(const Event& ev) override {
+    if (onEvent) {
+      onEvent(ev);
+    }
+    events.push_back(ev.id());
+    return 0;
+  }
+  using TKSLListener::handleError;
+  int handleError(MethodType method, ErrorTypes err, const std::string& description) override {
+    errors.push_back(Note{method, err, description});
+    return 0;
+  }
+  void handleClientDied() override { ++died; }
+  void handleTimeout(bool timedOut) override { timeouts.push_back(timedOut); }
+
+  std::vector<Note> inits;
+  std::vector<Note> errors;
+  std::vector<int> events;
+  std::vector<bool> timeouts;
+  std::function<void(const Event&)> onEvent;
+  int died = 0;
+};
+
+// The client with its inside in view, over a transport of the test's. Registration pauses take no time and are
+// noted; the notes are read once the thread has stopped or waits.
+class TestClient : public TKSLClient {
+ public:
+  explicit TestClient(unsigned int numExtraMethods) : TestClient(new FakeTransport, numExtraMethods) {}
+
+  TestClient(FakeTransport* transport, unsigned int numExtraMethods)
+    : TKSLClient("TopScreen", "http://127.0.0.1:1/KSL", numExtraMethods,
+                 xmlrpc_c::clientXmlTransportPtr(transport)),
+      wire(*transport) {
+    SetInitMethod("topscreen.init", parseTestInit, destroyTestInit);
+    SetListener(&listener);
+    wire.answer("topscreen.init", initReply(7));
+    mDelay = [this](Uint32 milliseconds) {
+      {
+        const std::lock_guard<std::mutex> lock(pausesMutex);
+        pauses.push_back(milliseconds);
+      }
+      SDL_Delay(1);
+    };
+  }
+
+  // The thread works on members of this class.
+  ~TestClient() { Stop(); }
+
+  using TKSLClient::handleInitResponse;
+  using TKSLClient::handleResponse;
+  using TKSLClient::KSL_call_mutex;
+  using TKSLClient::mAverageMethodResponseTimes;
+  using TKSLClient::mCallQueue;
+  using TKSLClient::Methods;
+  using TKSLClient::mEventPackageNumber;
+  using TKSLClient::mLastGoodResponse;
+  using TKSLClient::mLastPopRequest;
+  using TKSLClient::mLastPopResponse;
+  using TKSLClient::mLockedTimeout;
+  using TKSLClient::mMethodCalls;
+  using TKSLClient::mMethodCallUID;
+  using TKSLClient::mNumMethods;
+  using TKSLClient::mPopEnabled;
+  using TKSLClient::mResponseQueue;
+  using TKSLClient::queueMethodCall;
+  using TKSLClient::Registered;
+  using TKSLClient::sendInternal;
+
+  std::vector<Uint32> pausesSoFar() const {
+    const std::lock_guard<std::mutex> lock(pausesMutex);
+    return pauses;
+  }
+
+  // Polls until the condition holds; false when it does not within the bound.
+  bool pollUntil(const std::function<bool()>& condition) {
+    return waitFor([&] {
+      Poll(0);
+      return condition();
+    });
+  }
+
+  // Starts the thread, waits for the registration and forgets what the listener heard of it.
+  bool startRegistered() {
+    if (Start(true, 0) != 0) {
+      return false;
+    }
+    listener.inits.clear();
+    return true;
+  }
+
+  FakeTransport& wire;
+  NotingListener listener;
+
+ private:
+  mutable std::mutex pausesMutex;
+  std::vector<Uint32> pauses;
+};
+
+}  // namespace linktest
