@@ -1,0 +1,469 @@
+#include "components/TImageList.h"
+
+#include <SDL_image.h>
+#include <csignal>
+#include <filesystem>
+#include <string>
+#include <thread>
+
+#include "tests/components/AllocationCount.h"
+#include "tests/components/WidgetFixture.h"
+
+using namespace vendelo_sdl2;
+
+namespace {
+
+const SDL_Color red{255, 0, 0, 255}, green{0, 255, 0, 255}, blue{0, 0, 255, 255};
+
+struct List : TImageList {
+  List(int x, int y, int w, int h) : TImageList(nullptr, x, y, w, h, "list") {}
+  using TImageList::current_image_index;
+  using TImageList::Images;
+  using TImageList::mAlignment;
+  using TImageList::mAnimationDestRect;
+  using TImageList::mAnimationEnabled;
+  using TImageList::mAnimationStartRect;
+  using TImageList::mDataOffsetX;
+  using TImageList::mDataOffsetY;
+  using TImageList::mDestRect;
+  using TImageList::mDirection;
+  using TImageList::mFitProportionally;
+  using TImageList::mIsShowing;
+  using TImageList::mOrigPosX;
+  using TImageList::mOrigPosY;
+  using TImageList::mpDataTexture;
+  using TImageList::mResizeFactorX;
+  using TImageList::mResizeFactorY;
+  using TImageList::mSrcRect;
+  using TImageList::mTimeUntilHide;
+  using TImageList::pAniTask;
+  using TImageList::pImages;
+};
+
+struct Plain : TGuiComponent {
+  Plain(int x, int y) : TGuiComponent(nullptr, x, y, 400, 200, "parent") {}
+};
+
+class ImageList : public WidgetTest {
+ protected:
+  ImageList() {
+    pApp->SetParam<int>("ScreenW", 400, PARAM_CACHE, "", "", false);
+    pApp->SetParam<int>("ScreenH", 200, PARAM_CACHE, "", "", false);
+  }
+  // A list of two images, 30 by 20 and 50 by 40, under a parent at the origin.
+  List* make(int x, int y) {
+    auto* list = new List(x, y, 100, 60);
+    parent.AddComponent(list);
+    list->pushImage(solid(30, 20, red));
+    list->pushImage(solid(50, 40, green));
+    return list;
+  }
+  // Lets the slide's task run until it disables itself; the number of its steps.
+  int slideThrough(List& list) {
+    int steps = 0;
+    for (; list.pAniTask->IsEnabled() && steps < 1000; ++steps) {
+      clock.advance(31);
+      pApp->ProcessTasks(TASK_DRAW);
+    }
+    return steps;
+  }
+  Plain parent{0, 0};
+};
+
+}  // namespace
+
+TEST(ImageListNames, HaveTheirValues) {
+  EXPECT_EQ(0, TImageList::LEFT);
+  EXPECT_EQ(1, TImageList::RIGHT);
+  EXPECT_EQ(2, TImageList::UP);
+  EXPECT_EQ(3, TImageList::DOWN);
+  EXPECT_EQ(0, TImageList::ALEFT);
+  EXPECT_EQ(1, TImageList::ARIGHT);
+  EXPECT_EQ(2, TImageList::AUP);
+  EXPECT_EQ(3, TImageList::ADOWN);
+}
+
+TEST(ImageListWithoutRenderer, LoadImageSaysSoAndAppendsNothing) {
+  TImageList list(nullptr, 0, 0, 10, 10, "frame[2]");
+  testing::internal::CaptureStdout();
+  list.LoadImage("whatever.png");
+  EXPECT_EQ("Component frame[2]: The renderer was not yes set!!!\n", testing::internal::GetCapturedStdout());
+  EXPECT_TRUE(list.getImages()->empty());
+}
+
+TEST_F(ImageList, StartsWithNothingShown) {
+  List list(1, 2, 3, 4);
+  EXPECT_EQ(-1, list.getCurrentImageIndex());
+  EXPECT_EQ(0u, list.mTimeUntilHide);
+  EXPECT_EQ(TImageList::LEFT, list.mDirection);
+  EXPECT_EQ(nullptr, list.pAniTask);
+  EXPECT_FALSE(list.mAnimationEnabled);
+  EXPECT_FALSE(list.mIsShowing);
+  EXPECT_EQ((SDL_Rect{0, 0, 0, 0}), list.mAnimationDestRect);
+  EXPECT_EQ((SDL_Rect{0, 0, 0, 0}), list.mAnimationStartRect);
+  EXPECT_EQ(nullptr, list.mpDataTexture);
+  EXPECT_EQ(0, list.mDataOffsetX);
+  EXPECT_EQ(0, list.mDataOffsetY);
+  EXPECT_EQ(1.0f, list.mResizeFactorX);
+  EXPECT_EQ(1.0f, list.mResizeFactorY);
+  EXPECT_EQ(&list.Images, list.getImages());
+  EXPECT_EQ(TImageList::ALEFT, list.mAlignment);
+  EXPECT_FALSE(list.mFitProportionally);
+}
+
+TEST_F(ImageList, LoadImageRefusesAnEmptyNameAndKeepsANullForAMissingFile) {
+  List list(0, 0, 10, 10);
+  testing::internal::CaptureStdout();
+  list.LoadImage("");
+  EXPECT_EQ("The image name is empy\n", testing::internal::GetCapturedStdout());
+  EXPECT_TRUE(list.Images.empty());
+
+  testing::internal::CaptureStdout();
+  list.LoadImage("/nowhere/nothing.png");
+  testing::internal::GetCapturedStdout();
+  ASSERT_EQ(1u, list.Images.size());
+  EXPECT_EQ(nullptr, list.Images[0]);
+  list.DisplayImage(0, 0);
+  EXPECT_EQ(0, list.getCurrentImageIndex());
+  EXPECT_EQ(nullptr, list.GetTargetTexture());
+  clear(0, 0, 0);
+  list.draw();
+  EXPECT_EQ(0, inked(0).w);
+}
+
+TEST_F(ImageList, LoadImageAppendsTheFile) {
+  const std::string file = std::string(TOPSCREEN_BINARY_DIR) + "/imagelist.png";
+  SDL_Surface* surface = SDL_CreateRGBSurfaceWithFormat(0, 7, 9, 24, SDL_PIXELFORMAT_RGB24);
+  ASSERT_EQ(0, IMG_SavePNG(surface, file.c_str()));
+  SDL_FreeSurface(surface);
+  List list(0, 0, 10, 10);
+  list.LoadImage(file);
+  ASSERT_EQ(1u, list.Images.size());
+  textures.push_back(list.Images[0]);
+  list.DisplayImage(0, 0);
+  EXPECT_EQ((SDL_Rect{0, 0, 7, 9}), list.getSrcRect());
+  std::filesystem::remove(file);
+}
+
+TEST_F(ImageList, ListsMayShareTheCallersVector) {
+  std::vector<SDL_Texture*> shared;
+  List one(0, 0, 10, 10), two(0, 0, 10, 10);
+  one.setImages(&shared);
+  two.setImages(&shared);
+  one.pushImage(solid(4, 5, red));
+  EXPECT_TRUE(one.Images.empty());
+  two.DisplayImage(0, 0);
+  EXPECT_EQ(shared[0], two.GetTargetTexture());
+  EXPECT_EQ(&shared, two.getImages());
+}
+
+TEST_F(ImageList, MinusOneDoesNothingAtFirstAndClearsAfterAnImage) {
+  List* list = make(0, 0);
+  list->SetTargetTexture(list->Images[1]);
+  list->DisplayImage(-1, 0);  // the index is -1 already
+  EXPECT_EQ(list->Images[1], list->GetTargetTexture());
+  list->DisplayImage(0, 0);
+  EXPECT_EQ(list->Images[0], list->GetTargetTexture());
+  EXPECT_EQ((SDL_Rect{0, 0, 30, 20}), list->getSrcRect());
+  list->DisplayImage(-1, 0);
+  EXPECT_EQ(-1, list->getCurrentImageIndex());
+  EXPECT_EQ(nullptr, list->GetTargetTexture());
+}
+
+TEST_F(ImageList, AnIndexOfTheSizeIsStoredAndClearsTheImage) {
+  List* list = make(0, 0);
+  list->DisplayImage(1, 0);
+  list->DisplayImage(3, 0);  // above the size: nothing
+  EXPECT_EQ(1, list->getCurrentImageIndex());
+  EXPECT_EQ(list->Images[1], list->GetTargetTexture());
+  list->DisplayImage(2, 0);
+  EXPECT_EQ(2, list->getCurrentImageIndex());
+  EXPECT_EQ(nullptr, list->GetTargetTexture());
+}
+
+TEST_F(ImageList, DataIsStoredWithAnImageAndClearedWithIt) {
+  List* list = make(0, 0);
+  SDL_Texture* data = solid(10, 10, blue);
+  list->DisplayImage(0, 0, data, 7, -3);
+  EXPECT_EQ(data, list->mpDataTexture);
+  EXPECT_EQ(7, list->mDataOffsetX);
+  EXPECT_EQ(-3, list->mDataOffsetY);
+  list->DisplayImage(0, 0, nullptr, 1, 1);  // the index shown already: not even the data
+  EXPECT_EQ(data, list->mpDataTexture);
+  EXPECT_EQ(7, list->mDataOffsetX);
+  list->DisplayImage(1, 0);  // the short form leaves the data
+  EXPECT_EQ(data, list->mpDataTexture);
+  list->DisplayImage(2, 0, data, 5, 5);
+  EXPECT_EQ(nullptr, list->mpDataTexture);
+  EXPECT_EQ(0, list->mDataOffsetX);
+  EXPECT_EQ(0, list->mDataOffsetY);
+}
+
+TEST_F(ImageList, WithoutSlideModeTheTimeIsIgnored) {
+  List* list = make(10, 10);
+  list->DisplayImage(0, 500);
+  EXPECT_EQ(nullptr, list->pAniTask);
+  EXPECT_EQ(0u, list->mTimeUntilHide);
+  EXPECT_EQ(10, list->mOrigPosX);
+}
+
+TEST_F(ImageList, SetAnimationKeepsThePlaceAndKnowsTheStart) {
+  const struct {
+    TImageList::TAnimationDirection direction;
+    SDL_Rect start;
+  } rows[] = {{TImageList::LEFT, {400, 20, 100, 60}},
+              {TImageList::RIGHT, {-100, 20, 100, 60}},
+              {TImageList::UP, {10, 200, 100, 60}},
+              {TImageList::DOWN, {10, -60, 100, 60}}};
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.direction);
+    List list(10, 20, 100, 60);
+    list.SetAnimation(row.direction);
+    EXPECT_TRUE(list.mAnimationEnabled);
+    EXPECT_EQ(row.direction, list.mDirection);
+    EXPECT_EQ((SDL_Rect{10, 20, 100, 60}), list.mAnimationDestRect);
+    EXPECT_EQ(row.start, list.mAnimationStartRect);
+    EXPECT_EQ(10, list.mOrigPosX);
+    EXPECT_EQ(20, list.mOrigPosY);
+  }
+}
+
+TEST_F(ImageList, SlidesInRestsSlidesOutAndClears) {
+  const struct {
+    TImageList::TAnimationDirection direction;
+    int startX, startY;
+    int stepsIn, stepsOut;
+    int lastX, lastY;  // where the slide out ends
+  } rows[] = {         // from 400 to 12 by 5; out to 400 - 4
+              {TImageList::LEFT, 400, 31, 78, 77, 396, 31},
+              // from -100 to 12; out to -100 - 4 - 10
+              {TImageList::RIGHT, -100, 31, 23, 26, -114, 31},
+              // from 200 to 31; back to 200
+              {TImageList::UP, 12, 200, 34, 34, 12, 200},
+              // from -60 to 31; back to -60
+              {TImageList::DOWN, 12, -60, 19, 19, 12, -60}};
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.direction);
+    List* list = make(12, 31);
+    list->SetAnimation(row.direction);
+    list->DisplayImage(0, 700, solid(10, 10, blue), 4, 0);
+    EXPECT_EQ(row.startX, list->mOrigPosX);
+    EXPECT_EQ(row.startY, list->mOrigPosY);
+    EXPECT_TRUE(list->mIsShowing);
+    EXPECT_EQ(700u, list->mTimeUntilHide);
+    ASSERT_NE(nullptr, list->pAniTask);
+    EXPECT_EQ("TImageList::AnimateTask, 30", list->pAniTask->GetName());
+    EXPECT_EQ(30u, list->pAniTask->GetInterval());
+    EXPECT_EQ(TTimedTaskHandler::ENDLESS, list->pAniTask->GetType());
+    EXPECT_TRUE(pApp->IsTimedTaskValid(list->pAniTask, TASK_DRAW));
+
+    EXPECT_EQ(row.stepsIn, slideThrough(*list));
+    EXPECT_EQ(12, list->mOrigPosX);
+    EXPECT_EQ(31, list->mOrigPosY);
+    TTimedTaskHandler* hide = pApp->GetTimedTask(list);
+    ASSERT_NE(nullptr, hide);
+    EXPECT_EQ("TImageList::Hide, mTimeUntilHide", hide->GetName());
+    EXPECT_TRUE(pApp->IsTimedTaskValid(hide, TASK_NORMAL));
+    EXPECT_EQ(700u, hide->GetInterval());
+    EXPECT_EQ(TTimedTaskHandler::EXECUTE_ONCE, hide->GetType());
+
+    clock.advance(700);
+    pApp->ProcessTasks(TASK_NORMAL);
+    EXPECT_FALSE(list->pAniTask->IsEnabled()) << "hidden before its time";
+    clock.advance(1);
+    pApp->ProcessTasks(TASK_NORMAL);
+    EXPECT_TRUE(list->pAniTask->IsEnabled());
+    EXPECT_FALSE(list->mIsShowing);
+
+    EXPECT_EQ(row.stepsOut, slideThrough(*list));
+    EXPECT_EQ(row.lastX, list->mOrigPosX);
+    EXPECT_EQ(row.lastY, list->mOrigPosY);
+    EXPECT_EQ(-1, list->getCurrentImageIndex());
+    EXPECT_EQ(nullptr, list->GetTargetTexture());
+    EXPECT_EQ(nullptr, list->mpDataTexture);
+    EXPECT_TRUE(list->isVisible());
+    parent.RemoveComponent(list, true);
+  }
+}
+
+TEST_F(ImageList, ANewImageDuringASlideDoesNotRestartIt) {
+  List* list = make(12, 31);
+  list->SetAnimation(TImageList::RIGHT);
+  list->DisplayImage(0, 700);
+  clock.advance(31);
+  pApp->ProcessTasks(TASK_DRAW);
+  EXPECT_EQ(-95, list->mOrigPosX);
+  list->DisplayImage(1, 900);
+  EXPECT_EQ(list->Images[1], list->GetTargetTexture());
+  EXPECT_EQ(-95, list->mOrigPosX);
+  EXPECT_EQ(700u, list->mTimeUntilHide);
+  list->DisplayImage(1, 900);  // and the same index again does nothing at all
+  EXPECT_EQ(-95, list->mOrigPosX);
+}
+
+TEST_F(ImageList, HideInSlideModeGoesOutFromTheRestingPlace) {
+  List* list = make(12, 31);
+  list->SetAnimation(TImageList::RIGHT);
+  list->mOrigPosX = 300;
+  list->mOrigPosY = 77;
+  list->Hide();
+  EXPECT_TRUE(list->isVisible());
+  EXPECT_EQ(12, list->mOrigPosX);
+  EXPECT_EQ(77, list->mOrigPosY);  // only along the slide
+  EXPECT_FALSE(list->mIsShowing);
+  ASSERT_NE(nullptr, list->pAniTask);
+  EXPECT_TRUE(list->pAniTask->IsEnabled());
+
+  List* upright = new List(12, 31, 100, 60);
+  upright->SetAnimation(TImageList::DOWN);
+  upright->mOrigPosX = 300;
+  upright->mOrigPosY = 77;
+  upright->Hide();
+  EXPECT_EQ(300, upright->mOrigPosX);
+  EXPECT_EQ(31, upright->mOrigPosY);
+  delete upright;
+}
+
+TEST_F(ImageList, HideOutOfSlideModeHides) {
+  List* list = make(0, 0);
+  list->Hide();
+  EXPECT_FALSE(list->isVisible());
+  EXPECT_EQ(nullptr, list->pAniTask);
+}
+
+TEST_F(ImageList, SetAnimationIntervalSetsTheRest) {
+  List list(0, 0, 10, 10);
+  list.SetAnimationInterval(321);
+  EXPECT_EQ(321u, list.mTimeUntilHide);
+}
+
+TEST_F(ImageList, ItsTasksGoWithIt) {
+  List* list = make(12, 31);
+  list->SetAnimation(TImageList::RIGHT);
+  list->DisplayImage(0, 700);
+  slideThrough(*list);  // leaves the slide's task and the one that hides
+  SDL_Texture* image = list->Images[0];
+  parent.RemoveComponent(list, true);
+  EXPECT_EQ(nullptr, pApp->GetTimedTask(list));
+  Uint32 format = 0;
+  EXPECT_EQ(0, SDL_QueryTexture(image, &format, nullptr, nullptr, nullptr)) << "the textures are not the list's";
+}
+
+TEST_F(ImageList, DrawsTheImageIntoItsRectangle) {
+  List* list = make(40, 50);
+  list->DisplayImage(0, 0);
+  clear(0, 0, 0);
+  list->draw();
+  EXPECT_EQ((SDL_Rect{40, 50, 100, 60}), inked(0));
+}
+
+TEST_F(ImageList, ProportionalFit) {
+  const struct {
+    const char* name;
+    int image;  // 0 is 30 by 20, 1 is 250 by 60, 2 is 50 by 150
+    TImageList::TAlignment alignment;
+    SDL_Rect expected;
+  } rows[] = {{"a box larger than the image leaves its size", 0, TImageList::ALEFT, {40, 50, 30, 20}},
+              {"right", 0, TImageList::ARIGHT, {110, 50, 30, 20}},
+              {"up", 0, TImageList::AUP, {40, 50, 30, 20}},
+              {"down", 0, TImageList::ADOWN, {40, 90, 30, 20}},
+              {"wide", 1, TImageList::ALEFT, {40, 50, 100, 24}},
+              {"wide, right", 1, TImageList::ARIGHT, {40, 50, 100, 24}},
+              {"wide, down", 1, TImageList::ADOWN, {40, 86, 100, 24}},
+              {"tall", 2, TImageList::AUP, {40, 50, 20, 60}},
+              {"tall, right", 2, TImageList::ARIGHT, {120, 50, 20, 60}}};
+  List list(40, 50, 100, 60);
+  list.pushImage(solid(30, 20, red));
+  list.pushImage(solid(250, 60, green));
+  list.pushImage(solid(50, 150, blue));
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.name);
+    list.SetFitProportionally(true, row.alignment);
+    list.DisplayImage(row.image, 0);
+    clear(0, 0, 0);
+    list.draw();
+    EXPECT_EQ(row.expected, inked(0));
+  }
+}
+
+TEST_F(ImageList, TheResizeFactorOfXPlacesBothAxes) {
+  const struct {
+    double x, y;
+    SDL_Rect expected;
+  } rows[] = {{1.0, 0.5, {40, 50, 100, 30}}, {0.5, 1.0, {20, 25, 50, 60}}, {0.25, 0.75, {10, 12, 25, 45}}};
+  List* list = make(40, 50);
+  list->DisplayImage(0, 0);
+  for (const auto& row : rows) {
+    list->SetResizeFactor(row.x, row.y);
+    clear(0, 0, 0);
+    list->draw();
+    EXPECT_EQ(row.expected, inked(0));
+  }
+}
+
+TEST_F(ImageList, ARootStaysAtItsOwnPlace) {
+  List list(40, 50, 100, 60);
+  list.pushImage(solid(30, 20, red));
+  list.DisplayImage(0, 0);
+  list.SetResizeFactor(0.5, 0.5);
+  clear(0, 0, 0);
+  list.draw();
+  EXPECT_EQ((SDL_Rect{40, 50, 50, 30}), inked(0));
+}
+
+TEST_F(ImageList, TheDataLiesUnderTheImageAtItsOwnSize) {
+  List* list = make(40, 50);
+  list->DisplayImage(0, 0, solid(60, 30, blue), -20, 45);
+  clear(0, 0, 0);
+  list->draw();
+  EXPECT_EQ(0x0000ffu, pixel(21, 96));
+  EXPECT_EQ(0xff0000u, pixel(41, 96));
+  EXPECT_EQ(0x0000ffu, pixel(41, 112));
+  EXPECT_EQ((SDL_Rect{20, 50, 120, 75}), inked(0));
+  EXPECT_GOLDEN(renderer, "components/imagelist_data");
+}
+
+TEST_F(ImageList, AlphaAndRotation) {
+  List* list = make(100, 70);
+  list->DisplayImage(0, 0, solid(40, 20, blue), 100, 0);
+  list->setAlpha(128);
+  list->setAngle(-30.0);  // a negative angle does not turn
+  clear(0, 0, 0);
+  list->draw();
+  EXPECT_EQ((SDL_Rect{100, 70, 140, 60}), inked(0));
+  EXPECT_NEAR(128, static_cast<int>(pixel(110, 80) >> 16), 2);
+  EXPECT_NEAR(128, static_cast<int>(pixel(210, 80) & 255), 2);
+  list->setAngle(30.0);
+  clear(0, 0, 0);
+  list->draw();
+  EXPECT_GOLDEN(renderer, "components/imagelist_rotated");
+}
+
+TEST_F(ImageList, ChildrenAreNotDrawn) {
+  List* list = make(40, 50);
+  auto* child = new Plain(0, 0);
+  child->SetTargetTexture(solid(400, 200, blue));
+  list->AddComponent(child);
+  clear(0, 0, 0);
+  list->draw();
+  EXPECT_EQ(0, inked(0).w);
+}
+
+TEST_F(ImageList, TheShortFormAndTheSlideBelongToTheDrawThread) {
+  List* list = make(0, 0);
+  auto elsewhere = [](auto call) { std::thread(call).join(); };
+  EXPECT_EXIT(elsewhere([&] { list->DisplayImage(0, 0); }), testing::KilledBySignal(SIGABRT), "");
+  EXPECT_EXIT(elsewhere([&] { list->AnimateTask(); }), testing::KilledBySignal(SIGABRT), "");
+  elsewhere([&] { list->DisplayImage(1, 0, nullptr, 0, 0); });  // the long form may come from anywhere
+  EXPECT_EQ(1, list->getCurrentImageIndex());
+}
+
+TEST_F(ImageList, AFrameTakesNothingFromTheHeap) {
+  List* list = make(40, 50);
+  list->SetFitProportionally(true, TImageList::ARIGHT);
+  list->DisplayImage(0, 0, solid(60, 30, blue), 1, 1);
+  list->draw();
+  const long before = allocations::count;
+  list->draw();
+  EXPECT_EQ(before, allocations::count);
+}
