@@ -21,10 +21,10 @@ std::mutex& HandlerLifeMutex() {
 /// What an "asyncAction" thread needs. It shares the handler, so that deleting the wrapper, which a once-handler
 /// does right after the start of the thread, leaves the run alone.
 struct AsyncAHData {
+  TAsyncJob Job;  // first, so that it ends after the handler
   std::shared_ptr<TActionHandler> Handler;
   void* const hActionData;
   const std::string Name;
-  TAsyncJob Job;
 };
 
 int execAH(void* data) {
@@ -45,7 +45,7 @@ class TAsyncActionHandler : public TActionHandler {
   }
 
   void execute(std::string ActionName, void* hActionData) override {
-    auto* data = new AsyncAHData{pHandler, hActionData, ActionName, {}};
+    auto* data = new AsyncAHData{{}, pHandler, hActionData, ActionName};
     SDL_Thread* thread = SDL_CreateThread(execAH, "asyncAction", data);
     if (thread == nullptr) {
       delete data;
