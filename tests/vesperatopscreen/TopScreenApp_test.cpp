@@ -146,7 +146,7 @@ TEST_F(TopScreenAppTest, JackpotDataReplaceTheLevels) {
   JackpotsData level{};
   level.name = "Grand";
   level.potValue = 9000000000;
-  send(T_JACKPOT_DATA, xmlrpc_c::value_array({level.toXml()}));
+  send(T_JACKPOT_DATA, xmlrpc_c::value_array(xmlrpc_c::carray{level.toXml()}));
   ASSERT_EQ(1u, state().JackpotData.size());
   EXPECT_EQ(9000000000, state().JackpotData[0].potValue);
   EXPECT_TRUE(app.updatedJp);
