@@ -54,7 +54,6 @@ TApplication::TApplication() {
   VSync = vsync && std::strcmp(vsync, "1") == 0;
   AppStartTicks = SDL_GetTicks();
   mpDrawThread = SDL_CreateThread(ApplicationDrawThread, "draw", this);
-  if (SDL_Thread* thread = mpDrawThread) ThreadID_DrawThread = SDL_GetThreadID(thread);
 }
 
 TApplication::~TApplication() {

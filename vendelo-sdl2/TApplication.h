@@ -224,7 +224,7 @@ class TApplication : public TLogManager,
   SDL_threadID ThreadID_MainThread;
   bool mIsExecutingDeferredMethods = false;          // draw thread only
   std::queue<DeferredDrawType> mDeferToDrawQueue;    // mpDeferDrawQueueMutex
-  std::atomic<SDL_threadID> ThreadID_DrawThread{0};  // 0 until the constructor knows it
+  std::atomic<SDL_threadID> ThreadID_DrawThread{0};  // 0 until the thread runs
 
  public:
   // Under the draw mutex: set by the main loop after the components' logic, cleared by each frame.

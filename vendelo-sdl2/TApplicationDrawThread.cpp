@@ -52,6 +52,8 @@ int TApplication::ApplicationDrawThread(void* data) { return static_cast<TApplic
 // APP_QUIT before the end of the draw loop means that Init has failed and the main thread is destroying everything:
 // the thread then only leaves. Otherwise it walks through its stages even when the program is terminating.
 int TApplication::RunDrawThread() {
+  // Taken here: SDL may not know it yet when SDL_CreateThread returns in the constructor.
+  ThreadID_DrawThread = SDL_ThreadID();
   int status = 0;
   KLOG(LogApp, logs::Info, "DRAW: Thread started, waiting for start of init...");
   waitForStatus(APP_LOADING);
