@@ -260,6 +260,9 @@ class TestClient : public TKSLClient {
   // The thread works on members of this class.
   ~TestClient() { Stop(); }
 
+  int popResponse(void* data, bool isError) { return handlePopResponse(data, isError); }
+  int pushResponse(void* data, bool isError) { return handlePushResponse(data, isError); }
+
   using TKSLClient::handleInitResponse;
   using TKSLClient::handleResponse;
   using TKSLClient::KSL_call_mutex;
