@@ -148,6 +148,7 @@ int TLogManager::_WriteLog(char color, TLogType LogType, unsigned long GameId, c
     std::string line = entry->Message;
     if (color) line = "\x1b[38;5;" + std::to_string(static_cast<unsigned char>(color)) + "m" + line + "\x1b[0m";
     std::printf("%s\n", line.c_str());
+    std::fflush(stdout);  // at once also where the output is a pipe or a file
   }
   ScopedLock lock(mLogEntries);
   LastLog = Text;

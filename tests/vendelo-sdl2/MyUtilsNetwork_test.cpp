@@ -6,6 +6,7 @@
 #include <sys/ioctl.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <chrono>
 #include <cstring>
 
@@ -259,7 +260,7 @@ TEST(Checksum, FollowsRfc1071) {
               {{0xff, 0xff, 0xff, 0xff, 0x01}, htons(static_cast<uint16_t>(~0x0100))}};
   for (const auto& row : rows) {
     uint16_t words[8] = {};
-    std::memcpy(words, row.bytes.data(), row.bytes.size());
+    std::copy(row.bytes.begin(), row.bytes.end(), reinterpret_cast<uint8_t*>(words));
     EXPECT_EQ(MyUtils::in_cksum(words, static_cast<unsigned>(row.bytes.size())), row.expected);
   }
 }
