@@ -16,6 +16,17 @@ std::atomic<int> ParameterData::mNumInstances{0};
 
 void ParamChangeListener::OnValueChanged(int /*changes*/) {}
 
+/// One Changed() under way, over the listeners that there were at its start.
+struct ParameterData::TReport {
+  ParameterData& Data;
+  std::vector<ParamChangeListener*> Listeners;
+
+  TReport(ParameterData& Changing, const std::vector<ParamChangeListener*>& All) : Data(Changing), Listeners(All) {
+    Data.mReports.push_back(this);
+  }
+  ~TReport() { std::erase(Data.mReports, this); }
+};
+
 ParameterData::ParameterData() { ++mNumInstances; }
 
 ParameterData::~ParameterData() { --mNumInstances; }
@@ -28,6 +39,9 @@ void ParameterData::AddListener(ParamChangeListener* pListener) {
 void ParameterData::RemoveListener(ParamChangeListener* pListener) {
   ScopedLock lock(mListeners);
   std::erase(&mListeners, pListener);
+  for (auto* report : mReports)
+    std::replace(report->Listeners.begin(), report->Listeners.end(), pListener,
+                 static_cast<ParamChangeListener*>(nullptr));
 }
 
 void ParameterData::Changed(int changes) {
@@ -37,11 +51,10 @@ void ParameterData::Changed(int changes) {
     return;
   }
   ScopedLock lock(mListeners);
-  const std::vector<ParamChangeListener*> listeners = &mListeners;
-  for (auto* listener : listeners) {
-    const auto& left = &mListeners;
-    if (std::find(left.begin(), left.end(), listener) != left.end()) listener->OnValueChanged(changes);
-  }
+  TReport report(*this, &mListeners);
+  // By index, and asked anew each time: RemoveListener blanks whoever has gone.
+  for (size_t i = 0; i < report.Listeners.size(); ++i)
+    if (report.Listeners[i] != nullptr) report.Listeners[i]->OnValueChanged(changes);
 }
 
 void ParameterData::BeginEdit() { mAccumulatedChanges = 0; }

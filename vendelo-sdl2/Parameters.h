@@ -117,9 +117,11 @@ class ParameterData {
 
  private:
   friend class Parameter;
+  struct TReport;
 
   ThreadSafeProperty<std::vector<ParamChangeListener*>> mListeners;
-  int mAccumulatedChanges = -1;  // -1 outside an edit
+  std::vector<TReport*> mReports;  // under the lock of mListeners
+  int mAccumulatedChanges = -1;    // -1 outside an edit
   static std::atomic<int> mNumInstances;
   ParameterLimits mLimits;
   std::string oldValue;
