@@ -3,7 +3,7 @@
 namespace vendelo_sdl2 {
 
 // The nine places of a text or picture inside a rectangle: horizontal part first, vertical part second.
-enum TAlignment {
+enum TAlignment : int {
   LEFT_UP = 0,
   CENTER_UP = 1,
   RIGHT_UP = 2,

@@ -2,7 +2,7 @@
 
 namespace vendelo_sdl2 {
 
-enum EAnimationType {
+enum EAnimationType : int {
   AT_LINEAR = 0,
   AT_SINE = 1,
   AT_COS = 2,
@@ -16,9 +16,9 @@ enum EAnimationType {
   AT_CUSTOM = 10
 };
 
-enum ELimits { LIMIT_NONE = 0, LIMIT_CLAMP = 1, LIMIT_LOOP = 2 };
+enum ELimits : int { LIMIT_NONE = 0, LIMIT_CLAMP = 1, LIMIT_LOOP = 2 };
 
-enum EAnimationState { ASTATE_READY = 0, ASTATE_RUNNING = 1, ASTATE_PAUSED = 2, ASTATE_COMPLETED = 3 };
+enum EAnimationState : int { ASTATE_READY = 0, ASTATE_RUNNING = 1, ASTATE_PAUSED = 2, ASTATE_COMPLETED = 3 };
 
 // A number that changes over time from one value to another along a chosen curve. Nothing happens by itself: the
 // owner asks for value() and state() when it wants to know.

@@ -9,7 +9,8 @@
 
 // The state is made at program start in the order below and never destroyed, since threads may still log while the
 // process ends.
-static auto& NumLogCategories = *new ThreadSafeProperty<int, std::recursive_mutex>(0);  // nothing changes it
+[[gnu::used]] static auto& NumLogCategories =
+  *new ThreadSafeProperty<int, std::recursive_mutex>(0);  // nothing changes it
 static auto& Categories = *new ThreadSafeProperty<std::map<std::string, logs::LogCategory*>, std::recursive_mutex>;
 logs::LogOutputHandler& logs::Logger::Output = *new logs::LogOutputHandler;
 LogCategoryLogApp& LogApp = *new LogCategoryLogApp("app");

@@ -16,13 +16,14 @@ namespace {
 std::atomic<long> allocations{0};
 }
 
-void* operator new(size_t size) {
+// Not inlined: the compiler would pair the malloc inside with a delete outside.
+[[gnu::noinline]] void* operator new(size_t size) {
   ++allocations;
   if (void* memory = std::malloc(size ? size : 1)) return memory;
   throw std::bad_alloc();
 }
-void operator delete(void* memory) noexcept { std::free(memory); }
-void operator delete(void* memory, size_t) noexcept { std::free(memory); }
+[[gnu::noinline]] void operator delete(void* memory) noexcept { std::free(memory); }
+[[gnu::noinline]] void operator delete(void* memory, size_t) noexcept { std::free(memory); }
 
 namespace {
 
