@@ -1,0 +1,234 @@
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <iterator>
+
+#include "tests/vendelo-sdl2/TLogManagerFixture.h"
+
+namespace {
+
+TEST_F(TLogManagerTest, FileIsNamedByTheDateAndMarkedWhenCreated) {
+  const struct {
+    const char* given;
+    const char* stem;
+  } rows[] = {
+    {"app.log", "app"}, {"text.txt", "text"}, {"plain", "plain"}, {"a.log.b.txt", "a.b"}, {"x.lo.logg", "x.log"}};
+  for (const auto& row : rows) {
+    TLogManager manager;
+    EXPECT_EQ(manager.Init(name(row.given), nullptr, nullptr, true), 0);
+    EXPECT_EQ(manager.GetLogFileName(), dated(row.stem).string());
+    EXPECT_NE(console().find("app | Important: : Logging to file " + name(row.given) + "\n"), std::string::npos);
+    manager.Destroy();
+    EXPECT_EQ(read(dated(row.stem)), "== APP CREATED THIS FILE ==\n\n\n");
+  }
+}
+
+TEST_F(TLogManagerTest, ARestartOnTheSameDayAppends) {
+  for (const char* text : {"first run", "second run"}) {
+    TLogManager manager;
+    init(manager);
+    manager.WriteLog(4, std::string(text));
+    manager.Poll();
+    manager.Destroy();
+  }
+  EXPECT_TRUE(
+    std::regex_match(read(dated("app")), std::regex("== APP CREATED THIS FILE ==\n\n\n.{24}: WARN: first run\n"
+                                                    "\n\n.{24}: WARN: second run\n")))
+    << read(dated("app"));
+}
+
+TEST_F(TLogManagerTest, MissingFoldersAreMade) {
+  TLogManager manager;
+  EXPECT_EQ(manager.Init((folder / "a" / "b" / "app.log").string(), nullptr, nullptr, true), 0);
+  manager.Destroy();
+  EXPECT_TRUE(fs::exists(folder / "a" / "b" / dated("app").filename()));
+}
+
+TEST_F(TLogManagerTest, ANameWithoutFolderGoesToTheCurrentOne) {
+  const fs::path previous = fs::current_path();
+  fs::current_path(folder);
+  {
+    TLogManager manager;
+    manager.Init("here.log", nullptr, nullptr, true);
+    manager.Destroy();
+  }
+  fs::current_path(previous);
+  EXPECT_TRUE(fs::exists(dated("here")));
+}
+
+class OldLogsTest : public TLogManagerTest {
+ protected:
+  // Makes a file that was last written `age` hours ago.
+  void makeOld(const std::string& file, int age) {
+    std::ofstream(folder / file) << file;
+    fs::last_write_time(folder / file, fs::file_time_type::clock::now() - std::chrono::hours(age));
+  }
+  std::string old(int i) const { return "app_old" + std::to_string(i) + ".log"; }
+};
+
+TEST_F(OldLogsTest, ThirtyNineOfTheOldFilesRemain) {
+  for (int i = 0; i < 41; ++i) makeOld(old(i), 24 + (i * 7) % 41);  // the order of age is not that of the names
+  TLogManager manager;
+  init(manager);
+  int remaining = 0;
+  for (int i = 0; i < 41; ++i) {
+    const bool kept = fs::exists(folder / old(i));
+    EXPECT_EQ(kept, (i * 7) % 41 < 39) << i;
+    remaining += kept;
+  }
+  EXPECT_EQ(remaining, 39);
+  EXPECT_TRUE(fs::exists(dated("app")));  // the new file did not count
+}
+
+TEST_F(OldLogsTest, TodaysFileCountsWhenItExists) {
+  for (int i = 0; i < 39; ++i) makeOld(old(i), 24 + i);
+  std::ofstream(dated("app")) << "today\n";
+  TLogManager manager;
+  init(manager);
+  EXPECT_FALSE(fs::exists(folder / old(38)));
+  EXPECT_TRUE(fs::exists(folder / old(37)));
+  EXPECT_EQ(read(dated("app")).substr(0, 6), "today\n");
+}
+
+TEST_F(OldLogsTest, OnlyLogFilesOfThisNameAreTouched) {
+  for (int i = 0; i < 45; ++i) {
+    makeOld("other" + std::to_string(i) + ".log", 24 + i);
+    makeOld("app" + std::to_string(i) + ".txt", 24 + i);
+    fs::create_directories(folder / ("app" + std::to_string(i) + ".dir.log"));
+  }
+  TLogManager manager;
+  init(manager);
+  size_t count = 0;
+  for ([[maybe_unused]] const auto& entry : fs::directory_iterator(folder)) ++count;
+  EXPECT_EQ(count, 3 * 45 + 1u);
+}
+
+TEST_F(OldLogsTest, NothingIsDeletedUnlessAsked) {
+  for (int i = 0; i < 45; ++i) makeOld(old(i), 24 + i);
+  TLogManager manager;
+  manager.Init(name("app.log"), nullptr, nullptr, false);
+  for (int i = 0; i < 45; ++i) EXPECT_TRUE(fs::exists(folder / old(i)));
+}
+
+TEST_F(OldLogsTest, AFolderThatCannotBeListedThrows) {
+  std::ofstream(folder / "file") << "no folder";
+  TLogManager manager;
+  EXPECT_THROW(manager.Init((folder / "file" / "app.log").string(), nullptr, nullptr, true), fs::filesystem_error);
+}
+
+TEST_F(TLogManagerTest, WithoutFileAndCallbackTheConsoleTakesOver) {
+  std::ofstream(folder / "file") << "no folder";
+  TLogManager manager;
+  const std::string path = (folder / "file" / "app.log").string();
+  EXPECT_EQ(manager.Init(path, nullptr, nullptr, false), 0);
+  const std::string expected = (folder / "file" / dated("app").filename()).string();
+  const std::string out = console();
+  EXPECT_NE(out.find("app | Error: : Can't open log file " + expected + "\n"), std::string::npos) << out;
+  EXPECT_NE(out.find("app | Warning: : No channels to output. Will output to console.\n"), std::string::npos);
+  EXPECT_EQ(out.find("Logging to file"), std::string::npos);
+  manager.WriteLog("seen");
+  EXPECT_TRUE(std::regex_match(console(), std::regex(".{24}: seen\n")));
+  EXPECT_EQ(manager.Poll(), 0);
+  EXPECT_TRUE(std::regex_match(console(), std::regex("logman\\(logfile error\\): .{24}: seen\n\n")));
+  EXPECT_EQ(manager.Open(), -1);
+}
+
+TEST_F(TLogManagerTest, ACallbackIsAChannelToo) {
+  std::ofstream(folder / "file") << "no folder";
+  TLogManager manager;
+  manager.Init((folder / "file" / "app.log").string(), [](void*, const TLogEntry&, int) {}, nullptr, false);
+  EXPECT_EQ(console().find("No channels"), std::string::npos);
+  manager.WriteLog("unseen");
+  EXPECT_EQ(console(), "");
+  EXPECT_EQ(manager.Open(), 0);
+}
+
+TEST_F(TLogManagerTest, ALostFileIsTriedAgainAfterMoreThan37840Milliseconds) {
+  fs::create_directories(folder / "sub");
+  std::ofstream(folder / "sub" / "blocked") << "no folder";
+  TLogManager manager;
+  manager.Init((folder / "sub" / "blocked" / "app.log").string(), nullptr, nullptr, false);
+  const fs::path expected = folder / "sub" / "blocked" / dated("app").filename();
+  fs::remove(folder / "sub" / "blocked");
+  fs::create_directories(folder / "sub" / "blocked");
+  clock.advance(37840);
+  manager.Poll();
+  EXPECT_FALSE(fs::exists(expected));
+  clock.advance(1);
+  manager.Poll();
+  EXPECT_TRUE(fs::exists(expected));
+  manager.WriteLog("back again");
+  manager.Poll();
+  manager.Destroy();
+  EXPECT_TRUE(std::regex_match(read(expected), std::regex(".{24}: back again\n")));
+}
+
+TEST_F(TLogManagerTest, FileIsFlushedAfterMoreThan100Milliseconds) {
+  TLogManager manager;
+  init(manager);
+  manager.WriteLog("delayed");
+  clock.advance(100);
+  manager.Poll();
+  EXPECT_EQ(read(dated("app")), "== APP CREATED THIS FILE ==\n");
+  clock.advance(1);
+  manager.Poll();
+  EXPECT_TRUE(
+    std::regex_match(read(dated("app")), std::regex("== APP CREATED THIS FILE ==\n\n\n.{24}: delayed\n")));
+}
+
+TEST_F(TLogManagerTest, DateIsLookedAtAfterMoreThan10SecondsAndOnlyWithALine) {
+  setenv("TZ", "EARLY12", 1);  // 26 hours apart, so that the date differs at any time of the day
+  tzset();
+  const fs::path first = dated("app");
+  TLogManager manager;
+  init(manager);
+  setenv("TZ", "LATE-14", 1);
+  tzset();
+  const fs::path second = dated("app");
+  ASSERT_NE(first, second);
+
+  manager.WriteLog("too early");
+  clock.advance(10000);
+  manager.Poll();
+  clock.advance(1);
+  manager.Poll();  // no line
+  EXPECT_FALSE(fs::exists(second));
+  manager.WriteLog("switches");
+  manager.WriteLog("stays");
+  console();
+  manager.Poll();
+  EXPECT_EQ(console(), name("app") + " closed.\n");
+  EXPECT_EQ(manager.GetLogFileName(), second.string());
+  manager.Destroy();
+  const std::string secondDate = second.stem().string().substr(4);
+  EXPECT_TRUE(std::regex_match(read(first), std::regex("== APP CREATED THIS FILE ==\n\n\n.{24}: too early\n"
+                                                       "Switching to log with date " +
+                                                       secondDate)))
+    << read(first);
+  EXPECT_TRUE(
+    std::regex_match(read(second), std::regex("== APP CREATED THIS FILE ==\n\n\n.{24}: switches\n.{24}: stays\n")))
+    << read(second);
+}
+
+TEST_F(TLogManagerTest, CloseOfAClosedFileSaysNothing) {
+  TLogManager manager;
+  init(manager);
+  console();
+  manager.Close();
+  EXPECT_EQ(console(), name("app") + " closed.\n");
+  manager.Close();
+  EXPECT_EQ(console(), "");
+}
+
+TEST_F(TLogManagerTest, ASecondInitWritesToTheNewFile) {
+  TLogManager manager;
+  manager.Init(name("one.log"), nullptr, nullptr, false);
+  manager.Init(name("two.log"), nullptr, nullptr, false);
+  manager.WriteLog("where");
+  manager.Poll();
+  manager.Destroy();
+  EXPECT_EQ(read(dated("one")).find("where"), std::string::npos);
+  EXPECT_NE(read(dated("two")).find("where"), std::string::npos);
+}
+
+}  // namespace
