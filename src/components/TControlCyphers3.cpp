@@ -142,10 +142,12 @@ float TControlCyphers3::cypherPos(const Cypher& cypher, const Uint32& now) const
 }
 
 void TControlCyphers3::updateWheels(long value, Uint32 now) {
-  unsigned long rest = value < 0 ? 0UL - static_cast<unsigned long>(value) : static_cast<unsigned long>(value);
+  const unsigned long digits =
+    value < 0 ? 0UL - static_cast<unsigned long>(value) : static_cast<unsigned long>(value);
+  unsigned long orderOfMagnitude = 1;
   for (Cypher& cypher : mCypherPositions) {
-    const int currentDigit = static_cast<int>(rest % 10);
-    rest /= 10;
+    const int currentDigit = static_cast<int>(digits % (orderOfMagnitude * 10) / orderOfMagnitude);
+    orderOfMagnitude *= 10;
     if (cypher.lastChange != 0 && cypher.targetDigit == currentDigit) continue;
     if (cypher.lastChange != 0) {
       cypher.digit = cypherPos(cypher, now);
@@ -225,13 +227,14 @@ void TControlCyphers3::drawWheel(int n, float position, const Frame& frame) {
 
 void TControlCyphers3::drawSeparator(SDL_Texture* texture, const SDL_Rect& source, int n, const Frame& frame) {
   if (!texture) return;
-  SDL_Rect dest;
-  dest.w = static_cast<int>(roundf(static_cast<float>(source.w) * frame.scaleFactor));
-  dest.h = static_cast<int>(roundf(static_cast<float>(source.h) * frame.scaleFactor));
-  dest.x = frame.parentRect.x + frame.width - n * (frame.cypherW + mCypherGap) + (mCypherGap - dest.w) / 2;
-  dest.y = frame.parentRect.y + frame.parentRect.h - dest.h;
+  SDL_Rect scaledCommaRect;
+  scaledCommaRect.w = static_cast<int>(roundf(static_cast<float>(source.w) * frame.scaleFactor));
+  scaledCommaRect.h = static_cast<int>(roundf(static_cast<float>(source.h) * frame.scaleFactor));
+  scaledCommaRect.x =
+    frame.parentRect.x + frame.width - n * (frame.cypherW + mCypherGap) + (mCypherGap - scaledCommaRect.w) / 2;
+  scaledCommaRect.y = frame.parentRect.y + frame.parentRect.h - scaledCommaRect.h;
   SDL_SetTextureAlphaMod(texture, static_cast<Uint8>(mAlpha & 255));
-  SDL_RenderCopy(frame.renderer, texture, &source, &dest);
+  SDL_RenderCopy(frame.renderer, texture, &source, &scaledCommaRect);
 }
 
 void TControlCyphers3::drawDotAt(int x, int y, float scale) {
