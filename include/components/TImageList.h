@@ -30,7 +30,7 @@ class TImageList : public vendelo_sdl2::TGuiComponent {
   // a line and appends nothing. The texture is the caller's: getImages tells it.
   void LoadImage(std::string imageName);
   void pushImage(SDL_Texture* image);
-  // Uses the caller's vector from now on, also for pushImage and LoadImage.
+  // Uses the caller's vector from now on, also for pushImage and LoadImage; null goes back to the own one.
   void setImages(std::vector<SDL_Texture*>* images);
   std::vector<SDL_Texture*>* getImages() const;
   int getCurrentImageIndex() const;

@@ -45,7 +45,7 @@ void TImageList::LoadImage(std::string imageName) {
 
 void TImageList::pushImage(SDL_Texture* image) { pImages->push_back(image); }
 
-void TImageList::setImages(std::vector<SDL_Texture*>* images) { pImages = images; }
+void TImageList::setImages(std::vector<SDL_Texture*>* images) { pImages = images ? images : &Images; }
 
 std::vector<SDL_Texture*>* TImageList::getImages() const { return pImages; }
 

@@ -117,9 +117,7 @@ void Tlabel::updateCachedTextures() {
   if (!mSomethingChanged && mText == mNewText) return;
   mText = mNewText;
   mSomethingChanged = false;
-  if (!mpFont) {
-    return;
-  }
+  if (!mpFont) return;
   if (mpSurface) SDL_FreeSurface(mpSurface);
   mpSurface = nullptr;
   if (mText.empty()) {

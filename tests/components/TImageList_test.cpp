@@ -155,6 +155,8 @@ TEST_F(ImageList, ListsMayShareTheCallersVector) {
   two.DisplayImage(0, 0);
   EXPECT_EQ(shared[0], two.GetTargetTexture());
   EXPECT_EQ(&shared, two.getImages());
+  two.setImages(nullptr);
+  EXPECT_EQ(&two.Images, two.getImages());
 }
 
 TEST_F(ImageList, MinusOneDoesNothingAtFirstAndClearsAfterAnImage) {
