@@ -64,8 +64,7 @@ TestApplication::~TestApplication() {
 int TestApplication::DrawOnce() {
   if (onDrawOnce && !mHooksEnd) return onDrawOnce();
   lockDrawMutex();
-  const ApplicationState state = status();
-  if (state == APP_RUNNING) {
+  if (status() == APP_RUNNING) {
     ExecuteDeferredDrawMethods(nullptr);
     ExecuteActions(ACTION_DRAW);
     ProcessTasks(TASK_DRAW);
@@ -73,7 +72,7 @@ int TestApplication::DrawOnce() {
   ComponentLogicCalled = false;
   unlockDrawMutex();
   std::this_thread::sleep_for(std::chrono::milliseconds(1));
-  return state == APP_TERMINATE ? 1 : 0;
+  return 0;
 }
 
 void TestApplication::Startup() {

@@ -1,0 +1,147 @@
+#include "vesperatopscreen/AppMain.h"
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+#include <csignal>
+#include <cstdlib>
+#include <optional>
+#include <stdexcept>
+
+#include "tests/support/TestApplication.h"
+
+using namespace vendelo_sdl2;
+
+namespace {
+
+class MainProgram : public testing::Test {
+ protected:
+  // An application without GUI that runs for one pass, apart from what `prepare` changes.
+  int run(std::vector<const char*> arguments, const std::function<void(TestApplication&)>& prepare) {
+    arguments.insert(arguments.begin(), "topscreen");
+    testing::internal::CaptureStdout();
+    const int result = AppMain(static_cast<int>(arguments.size()), const_cast<char**>(arguments.data()),
+                               [&](const std::string* given) {
+                                 address = given ? std::optional<std::string>(*given) : std::nullopt;
+                                 auto* app = new Deleted(trace);
+                                 app->onInit = [this] { return trace.add("init"), 0; };
+                                 app->onStartup = [app] { app->setStatus(TApplication::APP_STARTUP); };
+                                 app->onRunOnce = [this] { return trace.add("run"), 5; };
+                                 app->onDestroy = [this] { trace.add("destroy"); };
+                                 if (prepare) prepare(*app);
+                                 pApp = nullptr;  // the program stores it again
+                                 return app;
+                               });
+    printed = testing::internal::GetCapturedStdout();
+    return result;
+  }
+  bool prints(const std::string& text) const { return printed.find(text) != std::string::npos; }
+
+  struct Deleted : TestApplication {
+    explicit Deleted(Trace& trace) : trace(trace) {}
+    ~Deleted() override { trace.add("deleted"); }
+    Trace& trace;
+  };
+
+  NoticeCapture notices;
+  Trace trace;
+  std::optional<std::string> address;
+  std::string printed;
+};
+
+const char* const success = "========== APP EXITED SUCCESSFULLY ==========\n";
+const char* const failure = "========== APP EXITED WITH FAILURE ==========\n";
+const char* const loading = "Unhadled exception occoured while loading application\n";
+const char* const running = "Unhadled exception occoured\n";
+
+TEST_F(MainProgram, NormalRunIsZeroWhateverRunReturned) {
+  TestApplication* stored = nullptr;
+  EXPECT_EQ(run({},
+                [&](TestApplication& app) {
+                  app.onInit = [&] {
+                    stored = static_cast<TestApplication*>(pApp);
+                    EXPECT_EQ(stored, &app);
+                    return 0;
+                  };
+                }),
+            0);
+  EXPECT_NE(stored, nullptr);
+  EXPECT_EQ(trace.lines(), (std::vector<std::string>{"run", "destroy", "deleted"}));
+  EXPECT_TRUE(prints(success));
+  EXPECT_EQ(pApp, nullptr);
+}
+
+TEST_F(MainProgram, ExactlyOneArgumentIsTheServer) {
+  run({}, nullptr);
+  EXPECT_EQ(address, std::nullopt);
+  run({"127.0.0.1:9100"}, nullptr);
+  EXPECT_EQ(address, "127.0.0.1:9100");
+  run({"127.0.0.1:9100", "x"}, nullptr);
+  EXPECT_EQ(address, std::nullopt);
+}
+
+TEST_F(MainProgram, FailedInitDestroysAndDeletes) {
+  EXPECT_EQ(run({}, [](TestApplication& app) { app.onInit = [] { return 1; }; }), -2);
+  EXPECT_EQ(trace.lines(), (std::vector<std::string>{"destroy", "deleted"}));
+  EXPECT_TRUE(prints(failure));
+  EXPECT_FALSE(prints(success));
+  EXPECT_EQ(pApp, nullptr);
+}
+
+TEST_F(MainProgram, FailedInitAfterTheGuiWasSetLeavesTheDrawThreadFirst) {
+  setenv("SDL_VIDEODRIVER", "dummy", 1);
+  SDL_Init(SDL_INIT_VIDEO);
+  StubGui::onLoad() = [](void*) { return 0; };
+  EXPECT_EQ(run({},
+                [](TestApplication& app) {
+                  app.onInit = [&app] {
+                    app.SetGUI<StubGui>(nullptr);
+                    app.LoadGUI(nullptr);
+                    return -1;
+                  };
+                }),
+            -2);
+  EXPECT_EQ(trace.lines(), (std::vector<std::string>{"destroy", "deleted"}));
+  SDL_Quit();
+}
+
+TEST_F(MainProgram, ExceptionWhileLoadingIsReported) {
+  EXPECT_EQ(
+    run({}, [](TestApplication& app) { app.onInit = []() -> int { throw std::runtime_error("no disk"); }; }), -4);
+  EXPECT_TRUE(prints(loading));
+  EXPECT_TRUE(trace.lines().empty());  // neither destroyed nor deleted
+  delete pApp;
+}
+
+TEST_F(MainProgram, ExceptionWhileCleaningUpIsReportedAsOneWhileLoading) {
+  EXPECT_EQ(run({},
+                [](TestApplication& app) {
+                  app.onInit = [] { return -1; };
+                  app.onDestroy = [] { throw 3; };
+                }),
+            -4);
+  EXPECT_TRUE(prints(loading));
+  EXPECT_FALSE(prints(failure));
+  delete pApp;
+}
+
+TEST_F(MainProgram, ExceptionWhileRunningLeavesTheApplicationAlone) {
+  EXPECT_EQ(run({}, [](TestApplication& app) { app.onStartup = [] { throw 4; }; }), -6);
+  EXPECT_TRUE(prints(running));
+  EXPECT_FALSE(prints(success));
+  EXPECT_FALSE(trace.contains("deleted"));
+  delete pApp;
+}
+
+TEST_F(MainProgram, SignalDuringInitIsServedBeforeTheRun) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  const auto child = [this] {
+    run({}, [](TestApplication& app) {
+      app.onInit = [] { return std::raise(SIGTERM); };
+      app.onStartup = [] { _exit(98); };
+    });
+    _exit(99);
+  };
+  EXPECT_EXIT(child(), testing::ExitedWithCode(SIGTERM), "");
+}
+
+}  // namespace
