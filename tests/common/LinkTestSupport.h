@@ -288,6 +288,15 @@ class TestClient : public TKSLClient {
     return pauses;
   }
 
+  // Empties the calls' queue; how many there were.
+  size_t dropCalls() {
+    const size_t count = mCallQueue.size();
+    for (; !mCallQueue.empty(); mCallQueue.pop_front()) {
+      const XmlRpcReference parameters(mCallQueue.front().parameters);
+    }
+    return count;
+  }
+
   // Polls until the condition holds; false when it does not within the bound.
   bool pollUntil(const std::function<bool()>& condition) {
     return waitFor([&] {

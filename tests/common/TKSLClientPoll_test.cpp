@@ -5,6 +5,7 @@
 
 #include "LinkTestSupport.h"
 #include "tests/support/FakeClock.h"
+#include "vendelo-sdl2/TLogManager.h"
 
 using linktest::arrayXml;
 using linktest::eventXml;
@@ -134,7 +135,17 @@ TEST(TKSLClientPoll, EventsAreDeliveredInOrder) {
   EXPECT_EQ((std::vector<int>{108, 100, 105}), client.listener.events);
 }
 
-TEST(TKSLClientPoll, AnExceptionCostsOneEventOnly) {
+TEST(TKSLClientPoll, AnExceptionCostsOneEventAndIsLogged) {
+  struct Line {
+    vendelo_sdl2::TLogType type;
+    std::string text;
+  };
+  std::vector<Line> lines;
+  vendelo_sdl2::TLogManager log;
+  const auto onLine = [](void* data, const vendelo_sdl2::TLogEntry& entry, int) {
+    static_cast<std::vector<Line>*>(data)->push_back({entry.LogType, entry.Message});
+  };
+  ASSERT_EQ(0, log.Init(testing::TempDir() + "TKSLClientPoll.log", onLine, &lines, false));
   TestClient client(0);
   client.listener.onEvent = [](const Event& ev) {
     if (ev.id() == 2) {
@@ -144,6 +155,12 @@ TEST(TKSLClientPoll, AnExceptionCostsOneEventOnly) {
   EXPECT_EQ(0, client.handleResponse(
                  events(client, {eventXml(1, "<nil/>"), eventXml(2, "<nil/>"), eventXml(3, "<nil/>")})));
   EXPECT_EQ((std::vector<int>{1, 3}), client.listener.events);
+  EXPECT_EQ("KSL: Exception thrown handling platform event (2)", log.GetLastLog());
+  log.Poll();
+  ASSERT_EQ(1U, lines.size());
+  EXPECT_EQ(4U, lines[0].type);
+  EXPECT_NE(std::string::npos, lines[0].text.find(": WARN: KSL: Exception thrown handling platform event (2)"));
+  log.Destroy();
 }
 
 TEST(TKSLClientPoll, FailedPopsAndPushesReachTheListener) {
@@ -174,9 +191,7 @@ TEST(TKSLClientPoll, EventsAreAskedForOncePerInterval) {
   client.SetPopRequestFrequency(300);
   const auto asked = [&client] {
     client.Poll(0);
-    const size_t count = client.mCallQueue.size();
-    client.mCallQueue.clear();
-    return count == 1;
+    return client.dropCalls() == 1;
   };
   EXPECT_FALSE(asked());
   client.TogglePopRequests(true);
@@ -263,7 +278,7 @@ TEST(TKSLClientPoll, TimesAreComparedAcrossTheWrapOfTheTickClock) {
   PopResponseData nothing;
   client.popResponse(&nothing, false);
   client.Poll(0);
-  client.mCallQueue.clear();
+  client.dropCalls();
   clock.advance(0x200);
   EXPECT_FALSE(client.IsTimedOut());
   client.Poll(0);
