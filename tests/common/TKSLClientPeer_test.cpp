@@ -10,6 +10,8 @@
 #include "LinkTestSupport.h"
 #include "vesperatopscreen/InitData.h"
 
+#include "tests/support/TestPaths.h"
+
 extern char** environ;
 
 using linktest::waitFor;
@@ -32,7 +34,7 @@ class Peer {
     for (const int end : {input[0], input[1], output[0], output[1]}) {
       posix_spawn_file_actions_addclose(&actions, end);
     }
-    const std::string script = std::string(TOPSCREEN_SOURCE_DIR) + "/tests/common/wire_peer.py";
+    const std::string script = std::string(testpaths::source) + "/tests/common/wire_peer.py";
     const char* arguments[] = {"python3", script.c_str(), nullptr};
     if (posix_spawnp(&mProcess, "python3", &actions, nullptr, const_cast<char**>(arguments), environ) != 0) {
       mProcess = -1;

@@ -8,6 +8,7 @@
 
 #include "tests/components/AllocationCount.h"
 #include "tests/components/WidgetFixture.h"
+#include "tests/support/TestPaths.h"
 
 using namespace vendelo_sdl2;
 
@@ -132,7 +133,7 @@ TEST_F(ImageList, LoadImageRefusesAnEmptyNameAndKeepsANullForAMissingFile) {
 }
 
 TEST_F(ImageList, LoadImageAppendsTheFile) {
-  const std::string file = std::string(TOPSCREEN_BINARY_DIR) + "/imagelist.png";
+  const std::string file = std::string(testpaths::binary) + "/imagelist.png";
   SDL_Surface* surface = SDL_CreateRGBSurfaceWithFormat(0, 7, 9, 24, SDL_PIXELFORMAT_RGB24);
   ASSERT_EQ(0, IMG_SavePNG(surface, file.c_str()));
   SDL_FreeSurface(surface);

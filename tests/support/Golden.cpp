@@ -1,4 +1,5 @@
 #include "tests/support/Golden.h"
+#include "tests/support/TestPaths.h"
 
 #include <SDL_image.h>
 #include <cstdlib>
@@ -40,14 +41,14 @@ std::string compare(SDL_Renderer* renderer, const std::string& name) {
 }
 
 std::string compare(SDL_Surface* picture, const std::string& name) {
-  const fs::path reference = fs::path(TOPSCREEN_SOURCE_DIR) / "tests/golden" / (name + ".png");
+  const fs::path reference = fs::path(testpaths::source) / "tests/golden" / (name + ".png");
   Surface actual = toRgb(picture);
   const char* environment = std::getenv("UPDATE_GOLDEN");
   if (updating || (environment && std::string(environment) == "1")) {
     fs::create_directories(reference.parent_path());
     return IMG_SavePNG(actual.get(), reference.c_str()) ? std::string("cannot write ") + reference.string() : "";
   }
-  const fs::path left = fs::path(TOPSCREEN_BINARY_DIR) / "golden" / name;
+  const fs::path left = fs::path(testpaths::binary) / "golden" / name;
   auto leave = [&](SDL_Surface* s, const char* suffix) {
     fs::create_directories(left.parent_path());
     IMG_SavePNG(s, (left.string() + suffix).c_str());

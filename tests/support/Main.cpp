@@ -1,7 +1,7 @@
 // Entry point of every test program.
+#include <gtest/gtest.h>
 #include <cstdlib>
 #include <cstring>
-#include <gtest/gtest.h>
 
 #include "tests/support/Golden.h"
 

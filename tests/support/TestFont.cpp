@@ -1,4 +1,5 @@
 #include "tests/support/TestFont.h"
+#include "tests/support/TestPaths.h"
 
 #include <SDL_image.h>
 #include <filesystem>
@@ -74,7 +75,7 @@ constexpr int kCellHeight = 8;
 }  // namespace
 
 std::string freshFolder(const std::string& name) {
-  const fs::path folder = fs::path(TOPSCREEN_BINARY_DIR) / "testdata" / name;
+  const fs::path folder = fs::path(testpaths::binary) / "testdata" / name;
   fs::remove_all(folder);
   fs::create_directories(folder);
   return folder.string() + "/";
