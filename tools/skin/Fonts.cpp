@@ -61,8 +61,8 @@ void drawInfoFont(const Output& output) {
   font.save(output.skinPath("Fonts/info_bar_font"), "info_bar_font", 1024);
 }
 
-/// The hours stand in a field of 430 by 62 in the head of the frame, whose middle lies lower than the field's: the
-/// baseline is set low in the line to match the level's name.
+/// The hours stand in a field of 430 by 62 in the head of the frame, whose middle lies lower than the field's. A
+/// line higher than the field starts at its top, so the baseline is set to where the level's name has it.
 void drawHoursFont(const Output& output) {
   const FontStyle style = {{{0.0, {0.94, 1.0, 0.97}}, {0.5, {0.62, 0.98, 0.80}}, {1.0, {0.24, 0.86, 0.58}}},
                            {0.0, 0.05, 0.03},
@@ -70,7 +70,7 @@ void drawHoursFont(const Output& output) {
                            2,
                            0.5};
   const Typeface face(fontfile::kCondensedBold, 38);
-  BitmapFont font(style, 74, 68);
+  BitmapFont font(style, 76, 62);
   font.add(face, latinCharacters());
   font.save(output.skinPath("Fonts/emerald_hours_font"), "emerald_hours_font", 1024);
 }

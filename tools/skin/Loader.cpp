@@ -40,9 +40,9 @@ void drawSplash(const Output& output) {
   drawHalo(canvas, {0.08, 0.03, 0.0, 0.95}, 4, 2, letters);
   drawRelief(canvas, goldMetal(), {6.5, 0, baseline - face.capHeight(), baseline}, letters);
   // The evening star over the name.
-  const auto evening = [](cairo_t* c) { star(c, 450, 32, 30, 5, 4); };
+  const auto evening = [](cairo_t* c) { star(c, 450, 28, 25, 4.5, 4); };
   drawHalo(canvas, {1.0, 0.85, 0.5, 0.8}, 2, 14, evening);
-  drawRelief(canvas, goldMetal(), {5, 0, 6, 60}, evening);
+  drawRelief(canvas, goldMetal(), {5, 0, 4, 52}, evening);
   const std::string line = "TOP SCREEN";
   const double lineWidth = small.textWidth(line, 14);
   small.appendText(cr, line, (canvas.width() - lineWidth) / 2, 214, 14);
