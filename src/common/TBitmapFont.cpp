@@ -36,8 +36,8 @@ struct TBitmapFont::Layout {
   std::vector<int> text;
   std::vector<TGlyph*> glyphs;  // null for a line break and for a code point without a glyph
   std::vector<int> lineWidths;
-  int maxWidth = 0;
-  int maxHeight = 0;
+  int max_width = 0;
+  int max_height = 0;
 
   // What the pair of entry i and the one after it adds to the pen.
   int kerning(size_t i) const {
@@ -96,7 +96,7 @@ TBitmapFont::TGlyph* TBitmapFont::FindGlyph(int id) const {
 TBitmapFont::Layout TBitmapFont::measure(const std::string& text) const {
   Layout layout;
   int lines = 1;
-  int lineHeight = mLineHeight;
+  int line_height = mLineHeight;
   size_t position = 0;
   do {
     const size_t first = layout.text.size();
@@ -106,22 +106,22 @@ TBitmapFont::Layout TBitmapFont::measure(const std::string& text) const {
       layout.text.push_back(codePoint);
       layout.glyphs.push_back(codePoint == '\n' || codePoint < 0 ? nullptr : FindGlyph(codePoint));
     }
-    int lineWidth = 0;
+    int line_width = 0;
     for (size_t i = first; i < layout.text.size(); ++i) {
       const TGlyph* glyph = layout.glyphs[i];
       if (!glyph) continue;
-      lineWidth += glyph->width;
-      if (i > 0 && layout.glyphs[i - 1]) lineWidth += layout.glyphs[i - 1]->xadvance - layout.glyphs[i - 1]->width;
-      lineHeight = std::max(lineHeight, glyph->yoffset < 1 ? glyph->height : glyph->height + glyph->yoffset);
-      lineWidth += layout.kerning(i);
+      line_width += glyph->width;
+      if (i > 0 && layout.glyphs[i - 1]) line_width += layout.glyphs[i - 1]->xadvance - layout.glyphs[i - 1]->width;
+      line_height = std::max(line_height, glyph->yoffset < 1 ? glyph->height : glyph->height + glyph->yoffset);
+      line_width += layout.kerning(i);
     }
-    layout.lineWidths.push_back(lineWidth);
-    layout.maxWidth = std::max(layout.maxWidth, lineWidth);
+    layout.lineWidths.push_back(line_width);
+    layout.max_width = std::max(layout.max_width, line_width);
     if (codePoint == '\n') ++lines;
   } while (position < text.size());
   if (static_cast<int>(layout.lineWidths.size()) < lines) layout.lineWidths.push_back(0);  // behind a last "\n"
-  layout.maxWidth += kSpareWidth;
-  layout.maxHeight = lines * mLineHeight + (lineHeight - mLineHeight);
+  layout.max_width += kSpareWidth;
+  layout.max_height = lines * mLineHeight + (line_height - mLineHeight);
   return layout;
 }
 
@@ -131,17 +131,17 @@ SDL_Texture* TBitmapFont::RenderText(SDL_Renderer* renderer, const std::string& 
   if (heightOut) *heightOut = 0;
   if (text.empty()) return nullptr;
   const Layout layout = measure(text);
-  if (widthOut) *widthOut = layout.maxWidth;
-  if (heightOut) *heightOut = layout.maxHeight;
+  if (widthOut) *widthOut = layout.max_width;
+  if (heightOut) *heightOut = layout.max_height;
 
   // An empty font has lines of height 0, a texture has not.
   SDL_Texture* texture =
-    TAppGuiModule::CreateLayer(mpGlyphTexture, layout.maxWidth, std::max(layout.maxHeight, 1), 0,
+    TAppGuiModule::CreateLayer(mpGlyphTexture, layout.max_width, std::max(layout.max_height, 1), 0,
                                mBackgroundColor.r, mBackgroundColor.g, mBackgroundColor.b, 16);
   if (!texture) return nullptr;
 
   const auto lineStart = [&](size_t line) {
-    const int spare = layout.maxWidth - layout.lineWidths[line];
+    const int spare = layout.max_width - layout.lineWidths[line];
     switch (textAlignment) {
       case CENTER_UP:
       case CENTER_CENTER:
