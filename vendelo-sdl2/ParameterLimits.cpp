@@ -34,7 +34,8 @@ const TComparator& ReadComparator(const std::string& Block) {
   throw std::runtime_error("Unsupported comparator - ");
 }
 
-Limit::LimitType ParseArgument(const std::string& Argument) {
+/// What kind of argument the block has; the block as a whole is the class's ParseBlock.
+Limit::LimitType parseBlock(const std::string& Argument) {
   if (Argument.empty()) throw std::runtime_error("Argument after comparator cannot be empty");
   if (Argument.front() != '"') return isIntOrDouble(Argument);
   if (Argument.length() == 1 || Argument.back() != '"') throw std::runtime_error("Missing closing quotes");
@@ -79,7 +80,7 @@ void ParameterLimits::ParseBlock(const std::string& Block, size_t& Equalities) {
   // Counted before the argument is looked at: a bad equality ends the rule that one equality has to match.
   if (comparator.Type == Limit::EQUAL) ++Equalities;
   std::string argument = Block.substr(std::string(comparator.Text).length());
-  const Limit::LimitType type = ParseArgument(argument);
+  const Limit::LimitType type = parseBlock(argument);
   if (type == Limit::UNDEFINED) throw std::runtime_error("Unsupported limit type - " + argument);
   if (type == Limit::STRING) {
     if (comparator.Type != Limit::EQUAL)

@@ -117,12 +117,13 @@ int TActionMan::ActionGenerated(const std::string& ActionName, void* hActionData
   while (it != ActionList.end()) {
     TAction* const action = *it;
     const std::string name = action->GetName();
-    if (ActionName.compare(0, name.length(), name) != 0) {
+    const size_t nameLen = name.length();
+    if (ActionName.compare(0, nameLen, name) != 0) {
       if (ActionName.compare(0, minimumMatch, name, 0, minimumMatch) != 0) break;
       ++it;
       continue;
     }
-    if (!matched) minimumMatch = name.length();
+    if (!matched) minimumMatch = nameLen;
     matched = true;
     for (int type = ACTION_NORMAL; type <= ACTION_ASYNC; ++type) {
       const auto handleType = static_cast<ActionHandleType>(type);
