@@ -4,7 +4,7 @@
 #include <sys/socket.h>
 #include <charconv>
 
-#include "tools/kslsim/RequestGuard.h"
+#include "common/GuardedTransport.h"
 #include "tools/kslsim/Sockets.h"
 
 namespace kslsim {
@@ -99,9 +99,9 @@ void RpcServer::answer(const httplib::Request& request, httplib::Response& respo
   const std::string method = methodNameIn(request.body);
   if (const auto bad = mSimulator.takeBadReply(method))
     if (answerBadly(*bad, request, response)) return;
-  if (!isSafeForLibrary(request.body)) {
+  if (std::string text; findUnreadableI8(request.body, text)) {
     mSimulator.log().add(mSimulator.now(),
-                         {{"method", method}, {"refused", "an <i8> that is no number of 64 bits"}});
+                         {{"method", method}, {"refused", "unreadable <i8>: " + text.substr(0, 64)}});
     response.status = 400;
     return;
   }
