@@ -179,6 +179,18 @@ testing::AssertionResult SystemTest::exitsWith(int milliseconds, int code) {
   return testing::AssertionSuccess();
 }
 
+bool SystemTest::handles(int signal) const {
+  const std::string process = "/proc/" + std::to_string(mProgram.pid());
+  const std::string status = contentOf(process + "/status");
+  const size_t caught = status.find("SigCgt:");
+  if (caught == std::string::npos) return false;
+  if (!(std::strtoull(status.c_str() + caught + 7, nullptr, 16) >> (signal - 1) & 1)) return false;
+  std::error_code error;
+  for (const auto& thread : fs::directory_iterator(process + "/task", error))
+    if (!contentOf(thread.path().string() + "/children").empty()) return false;
+  return true;
+}
+
 bool SystemTest::loaderShown() { return alike(mX.pixel(960, 180), TestSkin::SPLASH); }
 
 bool SystemTest::panelShown() {

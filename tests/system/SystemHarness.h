@@ -82,6 +82,9 @@ class SystemTest : public testing::Test {
   // The program has ended within the bound with this exit code.
   testing::AssertionResult exitsWith(int milliseconds, int code);
 
+  // The program's own handler takes this signal, and no child of it runs that could mean otherwise.
+  bool handles(int signal) const;
+
   // What is on the screen.
   bool loaderShown();
   bool panelShown();

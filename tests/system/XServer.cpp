@@ -4,11 +4,13 @@
 #include <X11/Xutil.h>
 #include <poll.h>
 #include <unistd.h>
+#include <csignal>
 
 namespace systest {
 namespace {
 
 constexpr int START_BOUND = 30000;  // milliseconds
+constexpr int END_BOUND = 5000;
 
 // The number that the server writes once it can be reached.
 std::string readDisplayNumber(int descriptor) {
@@ -23,6 +25,9 @@ std::string readDisplayNumber(int descriptor) {
 
 XServer::~XServer() {
   if (mConnection) XCloseDisplay(mConnection);
+  // Asked politely the server takes its socket and its lock with it.
+  mProcess.signal(SIGTERM);
+  mProcess.wait(END_BOUND);
 }
 
 bool XServer::start(const std::string& folder) {
