@@ -50,6 +50,8 @@ class TopScreenApp : public vendelo_sdl2::TApplication, public TKSLListener {
 
   // Chooses the panel by the state; always 0.
   int Update();
+  // Reserved; without a body, since nothing calls it.
+  int UpdateTask();
   // Callback of the status request: `data` is a PlatformState, or with `isError` a KSLError.
   int StatusReceived(void* data, bool isError);
 

@@ -39,6 +39,9 @@ class TopScreenScreen : public vendelo_sdl2::TAppGuiModule {
   void UpdatePaytablesPanel(bool fadeInAfterLoad);
   // Queues the update for the draw thread; 0, or -1 without a panel.
   int UpdateInstructionsPanel();
+  bool isJackpotPanelVisible() const;
+  // Draw thread. Lets go of the paytable's pages and texts.
+  void ClearPaytablesPanel();
   // -1 without a panel, else what the panel's update returned.
   int UpdateJackpotPanel(const std::vector<JackpotsData>& jackpotData, const std::string& jackpotError);
   void ClearJackpotOverlay();

@@ -155,6 +155,12 @@ int TopScreenScreen::UpdateInstructionsPanel() {
   return 0;
 }
 
+bool TopScreenScreen::isJackpotPanelVisible() const { return pJackpotsPanel && pJackpotsPanel->isVisible(); }
+
+void TopScreenScreen::ClearPaytablesPanel() {
+  if (pPaytablesPanel) pPaytablesPanel->clearPaytable();
+}
+
 void TopScreenScreen::ClearJackpotOverlay() {
   if (pJackpotsPanel) pJackpotsPanel->ClearOverlay();
 }
