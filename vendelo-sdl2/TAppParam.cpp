@@ -186,7 +186,7 @@ uint TAppParam::AddListener(ParamChangeListener listener, int priority) {
 
 uint TAppParam::AddConsumingListener(ParamChangeConsumer listener, int priority) {
   if (IsSentinel("AddListener")) return 0;
-  ScopedLock lock(*this);
+  const std::lock_guard lock(mListenersMutex);
   const auto place = std::find_if(mListeners.begin(), mListeners.end(),
                                   [priority](const ListenerStruct& entry) { return entry.Priority < priority; });
   mListeners.insert(place, {std::move(listener), ++mLastListenerID, priority});
@@ -197,28 +197,28 @@ void TAppParam::AddListenersOf(const TAppParam* param) {
   if (param == nullptr || IsSentinel("AddListenersOf")) return;
   std::list<ListenerStruct> others;
   {
-    ScopedLock lock(*param);
+    const std::lock_guard lock(param->mListenersMutex);
     others = param->mListeners;
   }
   for (const auto& entry : others) AddConsumingListener(entry.Listener, entry.Priority);
 }
 
 void TAppParam::RemoveListener(uint ID) {
-  ScopedLock lock(*this);
+  const std::lock_guard lock(mListenersMutex);
   mListeners.remove_if([ID](const ListenerStruct& entry) { return entry.ID == ID; });
 }
 
 void TAppParam::TriggerListener(uint ID, int changeFlag) {
   std::list<ListenerStruct> entries;
   {
-    ScopedLock lock(*this);
+    const std::lock_guard lock(mListenersMutex);
     entries = mListeners;
   }
   for (const auto& entry : entries) {
     if (ID != 0 && entry.ID != ID) continue;
     {
       // A listener may have removed this one.
-      ScopedLock lock(*this);
+      const std::lock_guard lock(mListenersMutex);
       if (std::none_of(mListeners.begin(), mListeners.end(),
                        [&entry](const ListenerStruct& left) { return left.ID == entry.ID; }))
         continue;

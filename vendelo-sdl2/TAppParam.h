@@ -93,7 +93,10 @@ class TAppParam : public Parameter, public Lockable<std::recursive_mutex> {
   const std::string mName;
   ParameterDomain mPreferedSaveLocation = PARAM_CACHE;
   ParameterDomain mSaveForAllLocation = PARAM_GROUP;
-  std::list<ListenerStruct> mListeners;  // under the parameter's lock
+  // Of its own: listeners are told with the lock of the data held, and the parameter's lock is taken before that
+  // one.
+  mutable std::mutex mListenersMutex;
+  std::list<ListenerStruct> mListeners;  // under mListenersMutex, as is mLastListenerID
   bool bReadOnly = false;
   const bool bParamChangedAction;
   const TAppParam* pBoundTo = nullptr;
