@@ -576,12 +576,14 @@ TEST(ActionReentry, ANestedExecutionOfTheSameTypeEndsAndSaysSo) {
 TEST(ActionAsync, RunsOnAThreadOfItsOwnAndMayGenerate) {
   Bus bus;
   std::atomic<bool> otherThread{false};
+  std::string asked;
   const auto self = std::this_thread::get_id();
   bus.listen("answer", "a");
   bus.AddActionListener("question",
                         new TahLambda(
                           [&](std::string name, void*) {
-                            otherThread = std::this_thread::get_id() != self && name == "question";
+                            otherThread = std::this_thread::get_id() != self;
+                            asked = std::move(name);
                             bus.GenerateAction("answer", nullptr, ACTION_ANY);
                           },
                           Handler::ahtExecuteEndless),
@@ -591,6 +593,7 @@ TEST(ActionAsync, RunsOnAThreadOfItsOwnAndMayGenerate) {
   bus.ExecuteActions(ACTION_ASYNC);
   ASSERT_TRUE(TAsyncJob::WaitForNone(10000));
   EXPECT_TRUE(otherThread);
+  EXPECT_EQ(asked, "question");
   bus.ProcessActions();
   bus.ExecuteActions(ACTION_NORMAL);
   EXPECT_EQ(bus.ran, "a");
