@@ -337,7 +337,8 @@ TEST_F(Loop, RunServesThreadSafeWorkUntilStartupIsReached) {
                       [this] {
                         order.add("thread-safe task");
                         clock.advance(1);
-                        app->setStatus(TApplication::APP_STARTUP);
+                        // From a thread without locks: a task must not take the state's.
+                        std::thread([this] { app->setStatus(TApplication::APP_STARTUP); }).join();
                       },
                       0, TTimedTaskHandler::EXECUTE_ONCE, "up"),
                     TASK_THREAD_SAFE);

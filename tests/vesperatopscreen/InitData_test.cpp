@@ -43,10 +43,8 @@ TEST(InitData, AMissingOrMistypedKeyGivesCodeOneAndNullTexts) {
     for (bool mistyped : {false, true}) {
       SCOPED_TRACE(std::string(key) + (mistyped ? " mistyped" : " missing"));
       auto reply = completeReply();
-      if (mistyped)
-        reply[key] = xmlrpc_c::value_double(1.5);
-      else
-        reply.erase(key);
+      reply.erase(key);
+      if (mistyped) reply.emplace(key, xmlrpc_c::value_double(1.5));
       Parsed parsed{xmlrpc_c::value_struct(reply)};
       EXPECT_EQ(1, parsed.errorCode);
       ASSERT_TRUE(parsed.data);
