@@ -1,9 +1,9 @@
 #include "vendelo-sdl2/SystemSeams.h"
 
-#include <csignal>
-#include <cstdlib>
 #include <sys/reboot.h>
 #include <unistd.h>
+#include <csignal>
+#include <cstdlib>
 
 namespace vendelo_sdl2 {
 
