@@ -106,6 +106,10 @@ void TSoundMachine::ReportBackends() {
 }
 
 void TSoundMachine::AudioWorkerThread() {
+  // SDL keeps an error text for each thread and frees that of its own threads only.
+  struct TThreadData {
+    ~TThreadData() { SDL_TLSCleanup(); }
+  } threadData;
   if (Mix_OpenAudio(AUDIO_RATE, AUDIO_FORMAT, AUDIO_OUTPUTS, AUDIO_CHUNK_SIZE) != 0) {
     logman::WriteLog(LOG_ERROR, 0, "Could not open audio device.: %s", SDL_GetError());
     return;

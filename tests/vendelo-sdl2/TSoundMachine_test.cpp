@@ -409,6 +409,7 @@ TEST_F(Sound, FourThreadsPlayLoadAndRemoveAtOnce) {
         app->SetVolume(n, i);
         app->GetVolume(i);
       }
+      SDL_TLSCleanup();
     });
   for (auto& thread : threads) thread.join();
   settle();
