@@ -1,6 +1,7 @@
 #pragma once
 
 #include <SDL.h>
+#include <SDL_ttf.h>
 #include <string>
 
 #include "vendelo-sdl2/TGuiComponent.h"
@@ -19,6 +20,7 @@ class TPlatformLoader : public vendelo_sdl2::TGuiComponent {
 
   // Loads its images and the font from the image directory.
   TPlatformLoader(SDL_Renderer* pRenderer, int x, int y, int w, int h, std::string name);
+  ~TPlatformLoader() override;
 
   // Moves the dots. The base's logic is not run: no fade reaches this panel.
   void drawLogic() override;
@@ -36,6 +38,7 @@ class TPlatformLoader : public vendelo_sdl2::TGuiComponent {
   SDL_Texture* mDotShadowTexture;
   SDL_Texture* mLogoTexture;
   Tlabel* mStatusLabel;
+  TTF_Font* mFont = nullptr;  // of the status label; owned here
   ELoaderInfoLabelBehavior mBehaviorMode;
   int dotSize;
   int dotShadowSize;

@@ -40,11 +40,15 @@ TPlatformLoader::TPlatformLoader(SDL_Renderer* pRenderer, int x, int y, int w, i
   if (mDotShadowTexture) SDL_QueryTexture(mDotShadowTexture, nullptr, nullptr, &dotShadowSize, nullptr);
   mLogoTexture = MyUtils::GetTexture(pRenderer, "splashLogo.png");
 
-  TTF_Font* font = TTF_OpenFont((MyUtils::ImageDir() + "/AppFont.ttf").c_str(), fontSize);
+  mFont = TTF_OpenFont((MyUtils::ImageDir() + "/AppFont.ttf").c_str(), fontSize);
   mStatusLabel =
-    new Tlabel(pRenderer, 0, h / 2, w, h / 2, "", font, SDL_Color{255, 255, 255, 255}, "statusLabelKSLLoader");
+    new Tlabel(pRenderer, 0, h / 2, w, h / 2, "", mFont, SDL_Color{255, 255, 255, 255}, "statusLabelKSLLoader");
   mStatusLabel->SetAlignment(CENTER_CENTER);
   AddComponent(mStatusLabel);
+}
+
+TPlatformLoader::~TPlatformLoader() {
+  if (mFont && TTF_WasInit()) TTF_CloseFont(mFont);
 }
 
 void TPlatformLoader::drawLogic() {

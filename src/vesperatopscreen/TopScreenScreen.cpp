@@ -114,6 +114,8 @@ void TopScreenScreen::buildComponents(SDL_Renderer* renderer, int w, int h) {
 }
 
 int TopScreenScreen::Unload() {
+  if (pFont) TTF_CloseFont(pFont);
+  pFont = nullptr;
   DestroyWindow();
   return 0;
 }
