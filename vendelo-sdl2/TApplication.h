@@ -308,6 +308,7 @@ class TApplication : public TLogManager,
   unsigned int mServedSignals = 0;               // main thread only; a bit for each signal being served
   std::recursive_mutex mDestroyGate;             // held over Destroy by the teardown and by the crash path
   std::atomic<bool> mDestroyStarted{false};
+  std::atomic<bool> mDrawThreadDraws{false};  // from the GUI's load to the end of the last frame, sleeps included
 };
 
 extern TApplication* pApp;

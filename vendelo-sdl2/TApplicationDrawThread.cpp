@@ -52,6 +52,10 @@ int TApplication::ApplicationDrawThread(void* data) { return static_cast<TApplic
 // APP_QUIT before the end of the draw loop means that Init has failed and the main thread is destroying everything:
 // the thread then only leaves. Otherwise it walks through its stages even when the program is terminating.
 int TApplication::RunDrawThread() {
+  struct TDrawing {
+    std::atomic<bool>& Flag;
+    ~TDrawing() { Flag = false; }
+  };
   // Taken here: SDL may not know it yet when SDL_CreateThread returns in the constructor.
   ThreadID_DrawThread = SDL_ThreadID();
   int status = 0;
@@ -66,6 +70,8 @@ int TApplication::RunDrawThread() {
   waitForStatus(APP_LOADING_GRAPHICS);
   if (this->status() == APP_QUIT) return status;
 
+  mDrawThreadDraws = true;
+  const TDrawing drawing{mDrawThreadDraws};
   KLOG(LogApp, logs::Info, "DRAW: Loading GUI (APP_LOADING_GRAPHICS)...");
   GUI_LoadResult = gui->Load(GUI_LoadData);
   setStatus(APP_LOADING_2);  // and not one state further, when a shutdown has begun meanwhile
@@ -91,6 +97,7 @@ int TApplication::RunDrawThread() {
     if (status != 0 && !shuttingDown()) terminate(DEFAULT, false);
   }
   if (this->status() == APP_QUIT) return status;
+  mDrawThreadDraws = false;
   TearDown();
   return status;
 }

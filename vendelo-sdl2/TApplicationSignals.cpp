@@ -32,15 +32,17 @@ bool IsPolite(int SigValue) {
 
 }  // namespace
 
-// Keeps the other threads from destroying the application while the crashed one does. The crashed thread waits for
-// neither lock for long: their holder may never let go of them.
+// Keeps the other threads from destroying the application while the crashed one does, and the graphics from being
+// destroyed under the draw thread. The crashed thread waits for nothing for long: a holder may never let go.
 class TApplication::TCrashLocks {
  public:
   explicit TCrashLocks(TApplication& Application)
     : mApplication(Application), mGate(Application.mDestroyGate, std::try_to_lock) {
     constexpr int longestWaitMs = 200;
     for (int waited = 0; mGate && !mHasDrawMutex && waited < longestWaitMs; ++waited) {
-      mHasDrawMutex = mApplication.tryLockDrawMutex();
+      // Outside the draw mutex a frame still sleeps and presents.
+      if (!mApplication.mDrawThreadDraws || mApplication.IsInDrawThread())
+        mHasDrawMutex = mApplication.tryLockDrawMutex();
       if (!mHasDrawMutex) SystemSeams.MicroSleep(1000);
     }
   }
@@ -139,7 +141,8 @@ bool TApplication::EndByCrash(int SigValue, void* const* Frames, int Count) {
   return true;
 }
 
-// Without the draw mutex a frame is under way: what it draws with is left alone and the rest is destroyed.
+// Without the draw mutex a load or a frame is under way: what it draws with is left alone and the rest is
+// destroyed.
 void TApplication::DestroyAfterCrash(bool WithGraphics) {
   if (mDestroyStarted.exchange(true)) return;
   try {
