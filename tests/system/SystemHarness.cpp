@@ -90,7 +90,7 @@ void SystemTest::SetUp() {
   std::string folder = (fs::temp_directory_path() / "topscreen-system-XXXXXX").string();
   ASSERT_TRUE(mkdtemp(folder.data()));
   mFolder = folder;
-  ASSERT_TRUE(TestSkin::write(mFolder + "/work"));
+  ASSERT_TRUE(TestSkin::write(mFolder + "/terminal"));
   ASSERT_TRUE(mX.start(mFolder));
 }
 
@@ -127,8 +127,8 @@ void SystemTest::startProgram(const std::string& address, Renderer renderer,
                        {"DISABLE_REBOOT_ON_EXIT", "1"},
                        {"no_proxy", "127.0.0.1"},
                        {"SDL_AUDIODRIVER", "dummy"},
-                       {"WORKING_DIR", mFolder + "/work/"},
-                       {"HOME_DIR", mFolder + "/work/"},
+                       {"WORKING_DIR", mFolder + "/terminal/"},
+                       {"HOME_DIR", mFolder + "/terminal/"},
                        {"LOG_FILENAME", mFolder + "/top.log"},
                        {"FPS", "30"},
                        {"TSAN_OPTIONS", variable("TSAN_OPTIONS")},
@@ -140,7 +140,7 @@ void SystemTest::startProgram(const std::string& address, Renderer renderer,
   for (const auto& [name, value] : environment) setup.environment[name] = value;
   std::erase_if(setup.environment, [](const auto& entry) { return entry.second == "-"; });
   ASSERT_EQ(setup.environment["DISABLE_REBOOT_ON_EXIT"], "1") << "no test reboots";
-  setup.folder = mFolder + "/work";
+  setup.folder = mFolder + "/terminal";
   setup.output = mFolder + "/program.txt";
   ASSERT_TRUE(mProgram.start(setup));
 }
