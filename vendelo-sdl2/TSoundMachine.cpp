@@ -41,6 +41,13 @@ Mix_Chunk* LoadChunk(const std::string& FileName) {
   return file != nullptr ? Mix_LoadWAV_RW(file, 1) : nullptr;
 }
 
+bool DeviceIsOpen() {
+  int rate = 0;
+  Uint16 format = 0;
+  int outputs = 0;
+  return Mix_QuerySpec(&rate, &format, &outputs) != 0;
+}
+
 const char* SpeakersName(int Outputs) {
   if (Outputs < 2) return "mono";
   return Outputs == 2 ? "stereo" : "surround";
@@ -191,10 +198,7 @@ void TSoundMachine::SetActionSound(const std::string& action, const std::string&
 
 int TSoundMachine::PlaySound(const char* FileName, int LoopCount) {
   if (Muted || FileName == nullptr || *FileName == '\0') return 0;
-  int rate = 0;
-  Uint16 format = 0;
-  int outputs = 0;
-  if (Mix_QuerySpec(&rate, &format, &outputs) == 0) return 0;
+  if (!DeviceIsOpen()) return 0;
   auto sound = GetSoundEffect(FileName);
   if (!sound) sound = LoadSoundEffect(FileName, LoopCount == -1 ? 0 : LoopCount, true);
   if (!sound || sound->pChunk == nullptr) return 0;
@@ -202,7 +206,10 @@ int TSoundMachine::PlaySound(const char* FileName, int LoopCount) {
   return 1;
 }
 
-void TSoundMachine::StopSound(int channel) { Mix_HaltChannel(channel); }
+// Without a device the mixer has no channels, and looks at them all the same.
+void TSoundMachine::StopSound(int channel) {
+  if (DeviceIsOpen()) Mix_HaltChannel(channel);
+}
 
 void TSoundMachine::DropChunk(Mix_Chunk* pChunk) {
   if (pChunk == nullptr) return;
@@ -301,7 +308,7 @@ void TSoundMachine::SetVolume(int percent, int channel) {
 }
 
 int TSoundMachine::GetVolume(int channel) const {
-  return static_cast<int>(100.0 * Mix_Volume(channel, -1) / FULL_VOLUME);
+  return DeviceIsOpen() ? static_cast<int>(100.0 * Mix_Volume(channel, -1) / FULL_VOLUME) : 0;
 }
 
 }  // namespace vendelo_sdl2

@@ -82,7 +82,7 @@ class TSoundMachine {
   std::shared_ptr<TSoundEffect> GetSoundEffect(Mix_Chunk* pChunk);
   /// Queues the effect; one without MultiChannelPlay does not start while it plays.
   void Play(std::shared_ptr<TSoundEffect> sound, int loops);
-  /// Volume of a channel, all with -1, in percent.
+  /// Volume of a channel, all with -1, in percent; 0 without an open device.
   void SetVolume(int percent, int channel);
   int GetVolume(int channel) const;
 
