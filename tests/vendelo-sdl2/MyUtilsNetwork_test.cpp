@@ -1,14 +1,18 @@
 #include <arpa/inet.h>
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <ifaddrs.h>
 #include <net/if.h>
-#include <netinet/ip_icmp.h>
 #include <sys/ioctl.h>
 #include <unistd.h>
 
 #include <algorithm>
-#include <chrono>
+#include <atomic>
+#include <cstdio>
 #include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <thread>
 
 #include "vendelo-sdl2/MyUtils.h"
 #include "vendelo-sdl2/NetworkSeams.h"
@@ -197,15 +201,126 @@ TEST_F(InterfacesTest, AllAddressesThatThereAre) {
   EXPECT_TRUE(MyUtils::GetAllIPAddresses().empty());
 }
 
-TEST(RealInterfaces, LoopbackIsFound) {
-  const auto addresses = MyUtils::GetAllIPAddresses();
+// The kernel's own account of the machine: its interfaces, and their IPv4 addresses in the order of the list.
+struct Kernel {
+  Kernel() {
+    ifaddrs* list = nullptr;
+    EXPECT_EQ(getifaddrs(&list), 0);
+    for (const ifaddrs* entry = list; entry; entry = entry->ifa_next) {
+      if (!entry->ifa_addr || entry->ifa_addr->sa_family != AF_INET) continue;
+      sockaddr_in address;
+      std::memcpy(&address, entry->ifa_addr, sizeof address);
+      char text[INET_ADDRSTRLEN] = "";
+      inet_ntop(AF_INET, &address.sin_addr, text, sizeof text);
+      addresses.emplace_back(entry->ifa_name, text);
+    }
+    freeifaddrs(list);
+    for (const auto& entry : std::filesystem::directory_iterator("/sys/class/net"))
+      if (entry.is_directory()) names.push_back(entry.path().filename());
+  }
+  // The first address of the interface; empty when it has none.
+  std::string addressOf(const std::string& name) const {
+    for (const auto& [itsName, address] : addresses)
+      if (itsName == name) return address;
+    return "";
+  }
+  // "" for an interface whose hardware address has not six bytes.
+  static std::string macOf(const std::string& name) {
+    const std::string file = "/sys/class/net/" + name.substr(0, name.find(':')) + "/address";
+    std::ifstream stream(file);
+    std::string mac;
+    std::getline(stream, mac);
+    return mac.size() == 17 ? mac : "";
+  }
+
+  std::vector<std::pair<std::string, std::string>> addresses;
+  std::vector<std::string> names;
+};
+
+TEST(RealInterfaces, AllAddressesAreThoseOfTheKernel) {
+  std::vector<std::string> expected;
+  for (const auto& [name, address] : Kernel().addresses) expected.push_back(address);
+  auto addresses = MyUtils::GetAllIPAddresses();
   EXPECT_NE(std::find(addresses.begin(), addresses.end(), "127.0.0.1"), addresses.end());
+  std::sort(expected.begin(), expected.end());
+  std::sort(addresses.begin(), addresses.end());
+  EXPECT_EQ(addresses, expected);
+}
+
+TEST(RealInterfaces, AddressAndMacOfEachAreThoseOfTheKernel) {
+  const Kernel kernel;
+  int withAddress = 0;
+  for (const auto& name : kernel.names) {
+    const std::string expected = kernel.addressOf(name);
+    std::string address = "untouched";
+    char text[18] = "";
+    unsigned char hex[6] = {};
+    if (expected.empty()) {  // the list has only interfaces with an address
+      EXPECT_EQ(MyUtils::GetIPAddress(name, address), 1) << name;
+      EXPECT_EQ(address, "untouched");
+      EXPECT_EQ(MyUtils::GetMacAddress(name.c_str(), text, hex), 1) << name;
+      continue;
+    }
+    ++withAddress;
+    EXPECT_EQ(MyUtils::GetIPAddress(name, address), 0) << name;
+    EXPECT_EQ(address, expected) << name;
+    if (Kernel::macOf(name).empty()) continue;
+    EXPECT_EQ(MyUtils::GetMacAddress(name.c_str(), text, hex), 0) << name;
+    EXPECT_EQ(text, Kernel::macOf(name)) << name;
+    unsigned bytes[6] = {};
+    ASSERT_EQ(std::sscanf(text, "%x:%x:%x:%x:%x:%x", bytes, bytes + 1, bytes + 2, bytes + 3, bytes + 4, bytes + 5),
+              6);
+    EXPECT_TRUE(std::equal(hex, hex + 6, bytes)) << name;
+  }
+  EXPECT_GE(withAddress, 1);  // loopback at least
+}
+
+TEST(RealInterfaces, AnAddressLeadsBackToItsInterface) {
+  char name[IFNAMSIZ] = "";
   char text[18] = "";
-  EXPECT_EQ(MyUtils::GetMacAddress("lo", text, nullptr), 0);
+  EXPECT_EQ(MyUtils::GetMacAddressForIP("127.0.0.1", name, text, nullptr), 0);
+  EXPECT_STREQ(name, "lo");
   EXPECT_STREQ(text, "00:00:00:00:00:00");
-  std::string address;
-  EXPECT_EQ(MyUtils::GetIPAddress("lo", address), 0);
-  EXPECT_EQ(address, "127.0.0.1");
+  const Kernel kernel;
+  const auto& [lastName, lastAddress] = kernel.addresses.back();
+  EXPECT_EQ(MyUtils::GetMacAddressForIP(lastAddress.c_str(), name, text, nullptr), 0);
+  EXPECT_EQ(name, lastName);
+  EXPECT_EQ(text, Kernel::macOf(lastName));
+  EXPECT_EQ(MyUtils::GetMacAddressForIP("0.0.0.0", name, text, nullptr), 1);
+}
+
+TEST(RealInterfaces, TheFirstMacIsThatOfTheInterfaceReturned) {
+  std::string mac = "untouched";
+  unsigned char hex[6] = {};
+  EXPECT_EQ(MyUtils::GetFirstMacAddress(mac, hex, "lo"), "lo");
+  EXPECT_EQ(mac, "00:00:00:00:00:00");
+  const std::string chosen = MyUtils::GetFirstMacAddress(mac, hex, "no such name");
+  EXPECT_EQ(mac, chosen.empty() ? "" : Kernel::macOf(chosen));
+  std::string address = "untouched";
+  EXPECT_EQ(MyUtils::GetIPAddress("", address), chosen.empty() ? -1 : 0);
+  EXPECT_EQ(address, chosen.empty() ? "untouched" : Kernel().addressOf(chosen));
+}
+
+TEST(RealInterfaces, ScansFromManyThreadsLeaveNoSocketOpen) {
+  const auto expected = MyUtils::GetAllIPAddresses();
+  const int before = ::open("/dev/null", O_RDONLY);
+  ::close(before);
+  std::vector<std::thread> threads;
+  std::atomic<int> wrong{0};
+  for (int t = 0; t < 4; ++t)
+    threads.emplace_back([&] {
+      for (int i = 0; i < 100; ++i) {
+        char text[18] = "";
+        wrong += MyUtils::GetAllIPAddresses() != expected;
+        wrong += MyUtils::GetMacAddress("lo", text, nullptr) != 0;
+        wrong += MyUtils::GetMacAddress("no such name", text, nullptr) != 1;
+      }
+    });
+  for (auto& thread : threads) thread.join();
+  EXPECT_EQ(wrong, 0);
+  const int after = ::open("/dev/null", O_RDONLY);
+  ::close(after);
+  EXPECT_EQ(after, before);
 }
 
 TEST(Ipv4Parse, AddressesAndErrors) {
@@ -246,155 +361,6 @@ TEST(Ipv4Parse, AddressesAndErrors) {
   EXPECT_EQ(MyUtils::ipv4_parse(reinterpret_cast<const uint8_t*>("1.2.3.45"), 7, &result), 0);
   EXPECT_EQ(result.data[3], 4);  // exactly the bytes given
   EXPECT_EQ(MyUtils::ipv4_parse(nullptr, 7, &result), -5);
-}
-
-TEST(Checksum, FollowsRfc1071) {
-  const struct {
-    Bytes bytes;
-    uint16_t expected;  // as the bytes of the word lie in memory
-  } rows[] = {{{}, 0xffff},
-              {{0x00, 0x01, 0xf2, 0x03, 0xf4, 0xf5, 0xf6, 0xf7}, htons(0x220d)},  // the RFC's example
-              {{0xff, 0xff}, 0},
-              {{0xff, 0xff, 0x00, 0x01}, htons(0xfffe)},
-              {{0x12}, htons(static_cast<uint16_t>(~0x1200))},  // an odd byte and a zero
-              {{0xff, 0xff, 0xff, 0xff, 0x01}, htons(static_cast<uint16_t>(~0x0100))}};
-  for (const auto& row : rows) {
-    uint16_t words[8] = {};
-    std::copy(row.bytes.begin(), row.bytes.end(), reinterpret_cast<uint8_t*>(words));
-    EXPECT_EQ(MyUtils::in_cksum(words, static_cast<unsigned>(row.bytes.size())), row.expected);
-  }
-}
-
-// A network of two sockets: Ping reads what the test has written before, and sends what the test looks at.
-int pingSocket = -1;
-Bytes sent;
-ssize_t sendResult = 0;
-sockaddr_in sentTo;
-
-class PingTest : public testing::Test {
- protected:
-  void SetUp() override {
-    previous = MyUtils::NetworkSeams;
-    int pair[2];
-    ASSERT_EQ(socketpair(AF_UNIX, SOCK_DGRAM, 0, pair), 0);
-    peer = pair[0];
-    pingSocket = pair[1];
-    sendResult = 64;
-    sent.clear();
-    MyUtils::NetworkSeams.Socket = [](int domain, int type, int protocol) {
-      EXPECT_EQ(domain, AF_INET);
-      EXPECT_EQ(type, SOCK_RAW);
-      EXPECT_EQ(protocol, 1);
-      return pingSocket;
-    };
-    MyUtils::NetworkSeams.SendTo = [](int fd, const void* data, size_t length, int, const sockaddr* to, socklen_t) {
-      EXPECT_EQ(fd, pingSocket);
-      sent.assign(static_cast<const uint8_t*>(data), static_cast<const uint8_t*>(data) + length);
-      std::memcpy(&sentTo, to, sizeof sentTo);
-      return sendResult;
-    };
-  }
-  void TearDown() override {
-    MyUtils::NetworkSeams = previous;
-    ::close(peer);
-    EXPECT_EQ(fcntl(pingSocket, F_GETFD), -1) << "socket left open";
-  }
-  // Puts an ICMP packet behind an IP header of 20 bytes in the way of Ping.
-  void reply(uint8_t type, uint16_t sequence, uint16_t identifier) {
-    Bytes packet(20 + 64, 0);
-    packet[20] = type;
-    packet[24] = static_cast<uint8_t>(identifier >> 8);
-    packet[25] = static_cast<uint8_t>(identifier);
-    packet[26] = static_cast<uint8_t>(sequence >> 8);
-    packet[27] = static_cast<uint8_t>(sequence);
-    ASSERT_EQ(::write(peer, packet.data(), packet.size()), static_cast<ssize_t>(packet.size()));
-  }
-  static uint16_t own() { return static_cast<uint16_t>(getpid()); }
-
-  MyUtils::TNetworkSeams previous;
-  int peer = -1;
-  int duration = -7;
-};
-
-TEST_F(PingTest, TheRequestIsAnEchoWithAValidChecksum) {
-  reply(0, 12345, own());
-  EXPECT_EQ(MyUtils::Ping("10.1.2.3", duration), MyUtils::PING_OK);
-  EXPECT_GE(duration, 0);
-  EXPECT_LT(duration, 1000);
-  ASSERT_EQ(sent.size(), 64u);
-  EXPECT_EQ(sent[0], 8);
-  EXPECT_EQ(sent[1], 0);
-  EXPECT_EQ(sent[4] << 8 | sent[5], own());
-  EXPECT_EQ(sent[6] << 8 | sent[7], 12345);
-  uint16_t words[32];
-  std::memcpy(words, sent.data(), sizeof words);
-  EXPECT_EQ(MyUtils::in_cksum(words, sizeof words), 0);  // over the checksum as well
-  EXPECT_EQ(sentTo.sin_family, AF_INET);
-  EXPECT_EQ(sentTo.sin_addr.s_addr, inet_addr("10.1.2.3"));
-}
-
-TEST_F(PingTest, ForeignPacketsAreSkipped) {
-  reply(8, 12345, own());                             // a request
-  reply(3, 12345, own());                             // unreachable
-  reply(0, 12346, own());                             // another sequence
-  reply(0, 12345, static_cast<uint16_t>(own() + 1));  // another process
-  reply(0, 12345, own());
-  EXPECT_EQ(MyUtils::Ping("10.1.2.3", duration), MyUtils::PING_OK);
-}
-
-TEST_F(PingTest, RepliesToAnotherProcessDoNotEndTheWait) {
-  reply(0, 12345, static_cast<uint16_t>(own() + 1));
-  const auto start = std::chrono::steady_clock::now();
-  EXPECT_EQ(MyUtils::Ping("10.1.2.3", duration), MyUtils::PING_TIMEOUT);
-  const auto waited = std::chrono::steady_clock::now() - start;
-  EXPECT_GE(waited, std::chrono::milliseconds(900));
-  EXPECT_EQ(duration, -7);
-}
-
-TEST_F(PingTest, ShortPacketsAreAnError) {
-  ASSERT_EQ(::write(peer, "123456789012345678901234567", 27), 27);
-  EXPECT_EQ(MyUtils::Ping("10.1.2.3", duration), MyUtils::PING_ERROR);
-}
-
-TEST_F(PingTest, AFailedReadCountsAsABadHost) {
-  MyUtils::NetworkSeams.SendTo = [](int fd, const void*, size_t, int, const sockaddr*, socklen_t) -> ssize_t {
-    const int directory = ::open("/", O_RDONLY);  // always readable for select, never a socket
-    dup2(directory, fd);
-    ::close(directory);
-    return 64;
-  };
-  EXPECT_EQ(MyUtils::Ping("10.1.2.3", duration), MyUtils::PING_BAD_HOST);
-}
-
-TEST_F(PingTest, WhatIsNotSentIsLost) {
-  sendResult = -1;
-  EXPECT_EQ(MyUtils::Ping("10.1.2.3", duration), MyUtils::PING_PACKET_LOSS);
-}
-
-TEST_F(PingTest, WhatIsSentInPartIsLost) {
-  sendResult = 63;
-  EXPECT_EQ(MyUtils::Ping("10.1.2.3", duration), MyUtils::PING_PACKET_LOSS);
-}
-
-TEST_F(PingTest, NamesAreResolved) {
-  reply(0, 12345, own());
-  EXPECT_EQ(MyUtils::Ping("localhost", duration), MyUtils::PING_OK);
-  EXPECT_EQ(sentTo.sin_addr.s_addr, inet_addr("127.0.0.1"));
-}
-
-TEST(Ping, AnUnknownHostIsABadHost) {
-  int duration = 0;
-  EXPECT_EQ(MyUtils::Ping("", duration), MyUtils::PING_BAD_HOST);
-  EXPECT_EQ(MyUtils::Ping("no host.invalid", duration), MyUtils::PING_BAD_HOST);
-}
-
-TEST(Ping, LoopbackAnswersWhereRawSocketsAreAllowed) {
-  const int probe = ::socket(AF_INET, SOCK_RAW, 1);
-  const bool allowed = probe >= 0;
-  if (allowed) ::close(probe);
-  int duration = -7;
-  EXPECT_EQ(MyUtils::Ping("127.0.0.1", duration), allowed ? MyUtils::PING_OK : MyUtils::PING_ERROR);
-  EXPECT_EQ(duration >= 0, allowed);
 }
 
 }  // namespace
