@@ -54,7 +54,7 @@ INSTANTIATE_TEST_SUITE_P(
     BadScenario{"IncompleteGame", "[{\"at\":0,\"do\":\"game\",\"event\":\"loaded\",\"ID\":5}]",
                 "1:2: \"Name\" is missing"},
     BadScenario{"BadReplyName", "[{\"at\":0,\"do\":\"bad\",\"method\":\"*\",\"reply\":\"odd\"}]",
-                "1:42: expected one of refuse, http500"}),
+                "1:42: expected one of refuse, silent"}),
   [](const auto& info) { return std::string(info.param.name); });
 
 TEST(Scenario, StepsOfOneTimeKeepTheirOrderAndOthersAreSorted) {

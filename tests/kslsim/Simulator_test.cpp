@@ -88,11 +88,12 @@ TEST_F(SimulatorTest, ClientThatNeverAsksIsForgottenAndTheOthersAreNot) {
 
 TEST_F(SimulatorTest, RepeatedPackageGetsItsOldAnswerAndANewOneItsOwn) {
   const int client = registered();
-  const std::vector<xmlrpc_c::value> three(3, xmlrpc_c::value_nil()), two(2, xmlrpc_c::value_nil());
+  const xmlrpc_c::value event = toWire({{"eventID", 1}, {"context", nullptr}}, Kind::Any);
+  const std::vector<xmlrpc_c::value> three(3, event), two(2, event);
   EXPECT_EQ(fromWire(simulator.pushEvents(client, 0, three)), 3);
   EXPECT_EQ(fromWire(simulator.pushEvents(client, 0, two)), 3);
   EXPECT_EQ(fromWire(simulator.pushEvents(client, 1, two)), 2);
-  EXPECT_EQ(fromWire(simulator.pushEvents(client, 0, three))["faultCode"], -9);
+  EXPECT_EQ(fromWire(simulator.pushEvents(client, 0, three))["faultCode"], -8);
   EXPECT_EQ(fromWire(simulator.pushEvents(client, 3, three))["faultCode"], -9);
   EXPECT_EQ(fromWire(simulator.pushEvents(client, 2, {})), 0);
 }

@@ -7,6 +7,7 @@ import socket
 import subprocess
 import sys
 import tempfile
+import threading
 import time
 import unittest
 import urllib.error
@@ -83,6 +84,51 @@ class Peer(unittest.TestCase):
         self.assertEqual(self.rpc.game.pushEvents(client, 0, [event, event]), 2)
         self.assertEqual(self.rpc.game.pushEvents(client, 0, [event]), 2)
         self.assertEqual(self.rpc.game.pushEvents(client, 1, [event]), 1)
+
+    def test_all_twelve_methods_answer(self):
+        rpc = self.rpc
+        client = rpc.topscreen.init("TopScreen", "1.5.0")["ID"]
+        self.simulator.do(do="game", event="loaded", ID=7, Name="Fruits", Type=4)
+        self.assertEqual(len(rpc.game.popEvents(client)), 1)
+        self.assertEqual(rpc.game.pushEvents(client, 0, []), 0)
+        self.assertEqual(rpc.game.setParam(client, "Speed", {"fast": True}), {"fast": True})
+        self.assertEqual(rpc.game.getParam(client, "Speed"), {"fast": True})
+        self.assertEqual(rpc.game.setCounter(client, "Spins", 5), 5)
+        self.assertEqual(rpc.game.shiftCounter(client, "Spins", -7), -2)
+        self.assertEqual(rpc.game.getCounter(client, "Spins"), -2)
+        self.assertEqual(rpc.system.volume(30), 30)
+        self.assertEqual(rpc.system.volume(), 30)
+        self.assertEqual(rpc.system.denomination(10), 10)
+        self.assertEqual(rpc.system.denomination(), 10)
+        self.assertEqual(len(rpc.platform.state()), 13)
+        self.assertIs(rpc.game.bye(client), True)
+        self.assertEqual(rpc.game.popEvents(client)["faultCode"], -1)
+
+    def test_method_that_was_taken_away(self):
+        self.simulator.do(do="service", set={"Unsupported": ["system.volume"]})
+        self.assertEqual(self.rpc.system.volume()["faultCode"], -4)
+
+    def test_several_clients_at_once(self):
+        clients = [self.rpc.topscreen.init("TopScreen", "1.5.0")["ID"] for _ in range(20)]
+        self.assertEqual(len(set(clients)), 20)
+        seen = {}
+
+        def poll(client):
+            rpc = xmlrpc.client.ServerProxy(f"http://127.0.0.1:{self.simulator.port}/KSL", allow_none=True)
+            events = seen[client] = []
+            end = time.monotonic() + BOUND
+            while len(events) < 30 and time.monotonic() < end:
+                events += [event["context"] for event in rpc.game.popEvents(client) or []]
+            rpc("close")()
+
+        threads = [threading.Thread(target=poll, args=(client,)) for client in clients]
+        for thread in threads:
+            thread.start()
+        for number in range(30):
+            self.simulator.do(do="event", id=107, value=number)
+        for thread in threads:
+            thread.join()
+        self.assertEqual(seen, {client: list(range(30)) for client in clients})
 
     def test_state(self):
         self.simulator.do(do="set", state={"CurrentBet": 5, "Instructions": ["Grüße & <mehr>"], "ExtraData": {"a": 1}})

@@ -8,9 +8,11 @@ struct BadName {
   Bad bad;
 };
 constexpr BadName NAMES[] = {
-  {"refuse", Bad::Refuse}, {"http500", Bad::Http500}, {"html", Bad::Html},   {"cut", Bad::Cut},
-  {"type", Bad::Type},     {"empty", Bad::Empty},     {"fault", Bad::Fault}, {"rpcfault", Bad::RpcFault},
-  {"large", Bad::Large},   {"deep", Bad::Deep},       {"i8", Bad::I8},       {"slow", Bad::Slow}};
+  {"refuse", Bad::Refuse}, {"silent", Bad::Silent}, {"http500", Bad::Http500}, {"html", Bad::Html},
+  {"notxml", Bad::NotXml}, {"cut", Bad::Cut},       {"type", Bad::Type},       {"missing", Bad::Missing},
+  {"range", Bad::Range},   {"empty", Bad::Empty},   {"fault", Bad::Fault},     {"rpcfault", Bad::RpcFault},
+  {"large", Bad::Large},   {"flood", Bad::Flood},   {"deep", Bad::Deep},       {"i8", Bad::I8},
+  {"utf8", Bad::Utf8},     {"slow", Bad::Slow},     {"drip", Bad::Drip}};
 
 constexpr size_t LARGE_BYTES = 600 * 1024;
 constexpr int DEEP_LEVELS = 200;
@@ -55,6 +57,15 @@ std::string nested(int levels) {
   return out;
 }
 
+std::string flood(int events) {
+  std::string out = "<array><data>";
+  for (int i = 0; i < events; ++i)
+    out +=
+      "<value><struct><member><name>eventID</name><value><int>109</int></value></member>"
+      "<member><name>context</name><value><nil/></value></member></struct></value>";
+  return out + "</data></array>";
+}
+
 }  // namespace
 
 std::optional<Bad> badByName(const std::string& name) {
@@ -63,19 +74,35 @@ std::optional<Bad> badByName(const std::string& name) {
   return std::nullopt;
 }
 
-std::string badNames() {
-  std::string out;
-  for (const BadName& entry : NAMES) out += (out.empty() ? "" : ", ") + std::string(entry.name);
+std::vector<std::string> badNames() {
+  std::vector<std::string> out;
+  for (const BadName& entry : NAMES) out.push_back(entry.name);
   return out;
+}
+
+bool needsField(Bad bad) { return bad == Bad::Missing; }
+
+bool takesField(Bad bad) { return bad == Bad::Missing || bad == Bad::Type || bad == Bad::Range; }
+
+bool alters(const BadReply& reply) {
+  return reply.bad == Bad::Slow || reply.bad == Bad::Drip || (takesField(reply.bad) && !reply.field.empty());
 }
 
 std::string badBody(const BadReply& reply) {
   switch (reply.bad) {
     case Bad::Html:
       return "<!DOCTYPE html><html><head><title>Bad gateway</title></head><body>No.<br></body></html>";
+    case Bad::NotXml:
+      return "this is no XML";
     case Bad::Type:
       return answer("<string>not what you asked for</string>");
+    case Bad::Range:
+      return answer("<int>99999999999</int>");
     case Bad::Cut:
+      // Long enough that the place of the cut lies inside.
+      if (reply.bytes >= 0)
+        return answer("<string>" + std::string(static_cast<size_t>(reply.bytes), 'x') + "</string>");
+      return answer("<struct></struct>");
     case Bad::Empty:
       return answer("<struct></struct>");
     case Bad::Fault:
@@ -84,17 +111,21 @@ std::string badBody(const BadReply& reply) {
       return HEAD + "<fault><value>" + faultMembers(reply) + "</value></fault></methodResponse>\r\n";
     case Bad::Large:
       return answer("<string>" + std::string(LARGE_BYTES, 'x') + "</string>");
+    case Bad::Flood:
+      return answer(flood(reply.count));
     case Bad::Deep:
       return answer(nested(DEEP_LEVELS));
     case Bad::I8:
       return answer("<i8>9223372036854775808</i8>");
+    case Bad::Utf8:
+      return answer("<string>\xC3\x28 \xFF</string>");
     default:
       return "";
   }
 }
 
-void BadReplies::plan(const std::string& method, const BadReply& reply, int calls) {
-  mPlans[method].push_back({reply, calls});
+void BadReplies::plan(const std::string& method, const BadReply& reply, int calls, int64_t until) {
+  mPlans[method].push_back({reply, calls, until});
 }
 
 void BadReplies::clear(const std::string& method) {
@@ -104,7 +135,10 @@ void BadReplies::clear(const std::string& method) {
     mPlans.erase(method);
 }
 
-std::optional<BadReply> BadReplies::take(const std::string& method) {
+std::optional<BadReply> BadReplies::take(const std::string& method, int64_t now) {
+  for (auto& [name, plans] : mPlans)
+    std::erase_if(plans, [now](const Plan& plan) { return plan.until >= 0 && now >= plan.until; });
+  std::erase_if(mPlans, [](const auto& entry) { return entry.second.empty(); });
   auto found = mPlans.find(method);
   if (found == mPlans.end()) found = mPlans.find("*");
   if (found == mPlans.end()) return std::nullopt;
@@ -117,10 +151,29 @@ std::optional<BadReply> BadReplies::take(const std::string& method) {
   return reply;
 }
 
-Json BadReplies::toJson() const {
+void BadReplies::giveBack(const std::string& method, const BadReply& reply) {
+  for (const std::string& name : {method, std::string("*")}) {
+    const auto found = mPlans.find(name);
+    if (found == mPlans.end()) continue;
+    Plan& plan = found->second.front();
+    if (plan.reply.name != reply.name || plan.reply.field != reply.field) continue;
+    if (plan.calls > 0) ++plan.calls;
+    return;
+  }
+  auto& plans = mPlans[method];
+  plans.insert(plans.begin(), {reply, 1, -1});
+}
+
+Json BadReplies::toJson(int64_t now) const {
   Json out = Json::object();
   for (const auto& [method, plans] : mPlans)
-    for (const Plan& plan : plans) out[method].push_back({{"reply", plan.reply.name}, {"calls", plan.calls}});
+    for (const Plan& plan : plans) {
+      if (plan.until >= 0 && now >= plan.until) continue;
+      Json entry{{"reply", plan.reply.name}, {"calls", plan.calls}};
+      if (!plan.reply.field.empty()) entry["field"] = plan.reply.field;
+      if (plan.until >= 0) entry["left"] = plan.until - now;
+      out[method].push_back(std::move(entry));
+    }
   return out;
 }
 

@@ -3,6 +3,7 @@
 #include <deque>
 #include <map>
 
+#include "tools/kslsim/Errors.h"
 #include "tools/kslsim/Platform.h"
 
 namespace kslsim {
@@ -19,8 +20,8 @@ class EventQueue {
   bool full() const { return mEvents.size() > LIMIT; }
   size_t size() const { return mEvents.size(); }
 
-  // Takes the oldest events out, as the reply of "game.popEvents": nil when nothing waits, else an array.
-  xmlrpc_c::value take();
+  // Takes the oldest events out, at most REPLY_LIMIT.
+  std::vector<PlatformEvent> take();
 
  private:
   std::deque<PlatformEvent> mEvents;
@@ -34,23 +35,39 @@ struct Client {
   EventQueue queue;
   int lastPackage = -1;  // number of the last package taken; -1 before the first
   int lastTaken = 0;     // events in it: the answer to its repeat
+  int64_t lastCall = 0;  // when it last named its identifier
+  Json known;            // the state as this client last got it; null until it asked for the whole
 };
 
-enum class Package { New, Repeat, OutOfStep };
+enum class Package { New, Repeat, Old, OutOfStep };
+
+// The reply of "game.popEvents": nil when there are no events, else an array.
+xmlrpc_c::value eventsToWire(const std::vector<PlatformEvent>& events);
 
 // The registered clients. No lock of its own; the simulator's covers it. Identifiers start at 1 and are never
 // given twice, so that a client that was forgotten can be told from one that came after it.
 class Clients {
  public:
-  static constexpr size_t LIMIT = 256;
+  // A client that has not called for so long may lose its place to a new one.
+  static constexpr int64_t IDLE_MILLISECONDS = 60000;
 
-  // Registers a client with an empty queue and returns its identifier. Beyond LIMIT the oldest is forgotten.
-  int add(const std::string& name, const std::string& version);
+  // Registers a client with an empty queue and returns its identifier. When `limit` clients are registered, those
+  // that have been idle for too long are forgotten; 0 when there is still no place.
+  int add(const std::string& name, const std::string& version, int64_t now, size_t limit);
 
-  // Null when the identifier is not registered.
-  Client* find(int id);
+  // Null when the identifier is not registered. Notes that the client has called.
+  Client* find(int id, int64_t now);
 
+  bool hasName(const std::string& name) const;
+
+  void forget(int id) { mClients.erase(id); }
   void forgetAll() { mClients.clear(); }
+
+  // All registered clients have been given this state. The call for it names no client.
+  void given(const Json& state);
+
+  // The state as this client last got it; null when it has none.
+  Json knownTo(int id) const;
 
   // Puts the event into every queue; a client whose queue is full is forgotten, and registers anew if it lives.
   void pushToAll(const PlatformEvent& event);

@@ -65,6 +65,17 @@ const std::vector<Field>& initFields() {
   return fields;
 }
 
+const std::vector<Field>& serviceFields() {
+  static const auto& fields = *new std::vector<Field>{{"Admit", Kind::Bool, true},
+                                                      {"UniqueNames", Kind::Bool, false},
+                                                      {"Names", Kind::Strings, Json::array()},
+                                                      {"MaxClients", Kind::Int, 1024},
+                                                      {"Unsupported", Kind::Strings, Json::array()},
+                                                      {"Volume", Kind::Int, 50},
+                                                      {"Denomination", Kind::I8, 1}};
+  return fields;
+}
+
 Json startOf(const std::vector<Field>& fields) {
   Json out = Json::object();
   for (const Field& field : fields) out[field.name] = field.start;

@@ -5,6 +5,7 @@
 #include <thread>
 
 #include "tools/kslsim/Methods.h"
+#include "tools/kslsim/Sockets.h"
 
 namespace httplib {
 class Server;
@@ -38,8 +39,8 @@ class HttpServer {
  protected:
   virtual void addRoutes(httplib::Server& server) = 0;
 
-  // Waits so long on the calling thread, less when the server is being stopped.
-  void pause(int milliseconds);
+  // Waits so long on the calling thread. False at once when the server is being stopped.
+  bool pause(int milliseconds);
 
  private:
   std::unique_ptr<httplib::Server> mServer;
@@ -60,7 +61,13 @@ class RpcServer : public HttpServer {
  private:
   void addRoutes(httplib::Server& server) override;
   void answer(const httplib::Request& request, httplib::Response& response);
-  bool answerBadly(const BadReply& bad, const httplib::Request& request, httplib::Response& response);
+  std::string answerOf(const httplib::Request& request);
+  void noteBadly(const BadReply& bad, const std::string& method);
+  void answerBadly(const BadReply& bad, const httplib::Request& request, httplib::Response& response);
+  void answerAltered(const BadReply& bad, const std::string& method, const httplib::Request& request,
+                     httplib::Response& response);
+  void keepSilent(int milliseconds, const Connection& connection);
+  void drip(int milliseconds, const std::string& bytes, const Connection& connection);
 
   Simulator& mSimulator;
   const std::string mPath;

@@ -6,37 +6,91 @@ namespace {
 using Parameters = xmlrpc_c::paramList;
 using Call = xmlrpc_c::value (*)(Simulator&, const Parameters&);
 
+// A whole number in either of its two wire types.
+int64_t wholeNumber(const Parameters& parameters, unsigned index) {
+  if (index < parameters.size() && parameters[index].type() == xmlrpc_c::value::TYPE_INT)
+    return parameters.getInt(index);
+  return parameters.getI8(index);
+}
+
+std::optional<int64_t> atMostOneNumber(const Parameters& parameters) {
+  if (parameters.size() == 0) return std::nullopt;
+  const int64_t out = wholeNumber(parameters, 0);
+  parameters.verifyEnd(1);
+  return out;
+}
+
 struct MethodRow {
   const char* name;
   bool hasClient;  // the first parameter is the client's identifier
   Call call;
 };
 
-const MethodRow ROWS[] = {{"topscreen.init", false,
-                           [](Simulator& simulator, const Parameters& parameters) {
-                             const std::string name = parameters.getString(0);
-                             const std::string version = parameters.getString(1);
-                             parameters.verifyEnd(2);
-                             return simulator.init(name, version);
-                           }},
-                          {"game.popEvents", true,
-                           [](Simulator& simulator, const Parameters& parameters) {
-                             const int client = parameters.getInt(0);
-                             parameters.verifyEnd(1);
-                             return simulator.popEvents(client);
-                           }},
-                          {"game.pushEvents", true,
-                           [](Simulator& simulator, const Parameters& parameters) {
-                             const int client = parameters.getInt(0);
-                             const int package = parameters.getInt(1);
-                             const auto events = parameters.getArray(2);
-                             parameters.verifyEnd(3);
-                             return simulator.pushEvents(client, package, events);
-                           }},
-                          {"platform.state", false, [](Simulator& simulator, const Parameters& parameters) {
-                             parameters.verifyEnd(0);
-                             return simulator.platformState();
-                           }}};
+const MethodRow ROWS[] = {
+  {"topscreen.init", false,
+   [](Simulator& simulator, const Parameters& parameters) {
+     const std::string name = parameters.getString(0);
+     const std::string version = parameters.getString(1);
+     parameters.verifyEnd(2);
+     return simulator.init(name, version);
+   }},
+  {"game.popEvents", true,
+   [](Simulator& simulator, const Parameters& parameters) {
+     const int client = parameters.getInt(0);
+     parameters.verifyEnd(1);
+     return simulator.popEvents(client);
+   }},
+  {"game.pushEvents", true,
+   [](Simulator& simulator, const Parameters& parameters) {
+     const int client = parameters.getInt(0);
+     const int package = parameters.getInt(1);
+     const auto events = parameters.getArray(2);
+     parameters.verifyEnd(3);
+     return simulator.pushEvents(client, package, events);
+   }},
+  {"platform.state", false,
+   [](Simulator& simulator, const Parameters& parameters) {
+     parameters.verifyEnd(0);
+     return simulator.platformState();
+   }},
+  {"game.getParam", true,
+   [](Simulator& simulator, const Parameters& parameters) {
+     parameters.verifyEnd(2);
+     return simulator.getParam(parameters.getInt(0), parameters.getString(1));
+   }},
+  {"game.setParam", true,
+   [](Simulator& simulator, const Parameters& parameters) {
+     parameters.verifyEnd(3);
+     return simulator.setParam(parameters.getInt(0), parameters.getString(1), parameters[2]);
+   }},
+  {"game.getCounter", true,
+   [](Simulator& simulator, const Parameters& parameters) {
+     parameters.verifyEnd(2);
+     return simulator.getCounter(parameters.getInt(0), parameters.getString(1));
+   }},
+  {"game.setCounter", true,
+   [](Simulator& simulator, const Parameters& parameters) {
+     parameters.verifyEnd(3);
+     return simulator.setCounter(parameters.getInt(0), parameters.getString(1), wholeNumber(parameters, 2));
+   }},
+  {"game.shiftCounter", true,
+   [](Simulator& simulator, const Parameters& parameters) {
+     parameters.verifyEnd(3);
+     return simulator.shiftCounter(parameters.getInt(0), parameters.getString(1), wholeNumber(parameters, 2));
+   }},
+  {"game.bye", true,
+   [](Simulator& simulator, const Parameters& parameters) {
+     const int client = parameters.getInt(0);
+     parameters.verifyEnd(1);
+     return simulator.bye(client);
+   }},
+  {"system.volume", false,
+   [](Simulator& simulator, const Parameters& parameters) {
+     return simulator.volume(atMostOneNumber(parameters));
+   }},
+  {"system.denomination", false, [](Simulator& simulator, const Parameters& parameters) {
+     return simulator.denomination(atMostOneNumber(parameters));
+   }}};
 
 Json entryOf(const std::string& method, bool hasClient, const Parameters& parameters) {
   Json entry{{"method", method}, {"params", Json::array()}};
@@ -52,7 +106,9 @@ class ServiceMethod : public xmlrpc_c::method {
   void execute(const Parameters& parameters, xmlrpc_c::value* result) override {
     Json entry = entryOf(mRow.name, mRow.hasClient, parameters);
     try {
-      *result = mRow.call(mSimulator, parameters);
+      *result = mSimulator.supports(mRow.name)
+                  ? mRow.call(mSimulator, parameters)
+                  : faultStruct(NOT_SUPPORTED, std::string(mRow.name) + " is not supported.");
       entry["answer"] = fromWire(*result);
     } catch (const xmlrpc_c::fault& fault) {
       entry["fault"] = {{"code", fault.getCode()}, {"text", fault.getDescription()}};
@@ -90,6 +146,12 @@ void addMethods(xmlrpc_c::registry& registry, Simulator& simulator) {
   for (const MethodRow& row : ROWS)
     registry.addMethod(row.name, xmlrpc_c::methodPtr(new ServiceMethod(row, simulator)));
   registry.setDefaultMethod(xmlrpc_c::defaultMethodPtr(new UnknownMethod(simulator)));
+}
+
+std::vector<std::string> methodNames() {
+  std::vector<std::string> out;
+  for (const MethodRow& row : ROWS) out.push_back(row.name);
+  return out;
 }
 
 std::string methodNameIn(const std::string& callXml) {

@@ -11,6 +11,9 @@ namespace kslsim {
 // methods run on any thread, several at once.
 void addMethods(xmlrpc_c::registry& registry, Simulator& simulator);
 
+// The names of all methods of the service.
+std::vector<std::string> methodNames();
+
 // The method's name in the XML text of a call; empty when there is none.
 std::string methodNameIn(const std::string& callXml);
 

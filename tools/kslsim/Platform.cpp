@@ -24,6 +24,8 @@ constexpr FieldEvent FIELD_EVENTS[] = {{"IntegrityCheckData", INTEGRITY_DATA},
 
 constexpr int TYPE_MENU = 1;
 
+Json menu() { return {{"ID", 0}, {"Name", ""}, {"Type", TYPE_MENU}}; }
+
 }  // namespace
 
 Kind contextKind(int eventId) {
@@ -124,7 +126,7 @@ size_t Platform::indexOf(int id, const std::string& path) const {
 
 void Platform::game(EventId what, const Json& game, const std::string& path) {
   if (what == GAME_EXITED) {
-    mState["ActiveGame"] = Json{{"ID", 0}, {"Name", ""}, {"Type", TYPE_MENU}};
+    mState["ActiveGame"] = menu();
     mState["IsLoading"] = false;
   } else {
     check(game, Kind::Game, path);
@@ -152,6 +154,31 @@ PlatformEvent Platform::eventOf(EventId id) const {
   for (const FieldEvent& entry : FIELD_EVENTS)
     if (entry.id == id) return whole(mState[entry.field]);
   return whole(nullptr);
+}
+
+void Platform::applyTo(Json& state, const PlatformEvent& event) {
+  // An event of a form of its own was sent to see what the peer makes of it.
+  if (!state.is_object() || event.kind != contextKind(event.id) || event.kind == Kind::Any) return;
+  switch (event.id) {
+    case GAME_LOADING:
+    case GAME_LOADED:
+      state["ActiveGame"] = event.context;
+      state["IsLoading"] = event.id == GAME_LOADING;
+      return;
+    case GAME_EXITED:
+      state["ActiveGame"] = menu();
+      state["IsLoading"] = false;
+      return;
+    case BET_LIMITS:
+      state["CurrentBet"] = event.context["current"];
+      state["MinBet"] = event.context["min"];
+      state["MaxBet"] = event.context["max"];
+      return;
+    default:
+      break;
+  }
+  for (const FieldEvent& entry : FIELD_EVENTS)
+    if (entry.id == event.id) state[entry.field] = event.context;
 }
 
 std::vector<PlatformEvent> Platform::takeEvents() {

@@ -39,6 +39,9 @@ Kind contextKind(int eventId);
 // Every operation throws InputError on bad input and has then changed nothing.
 class Platform {
  public:
+  // "Type" of the first kind of game that is one; below stand nothing, the menu and the top screen itself.
+  static constexpr int FIRST_GAME_TYPE = 3;
+
   Platform();
 
   const Json& state() const { return mState; }
@@ -60,6 +63,9 @@ class Platform {
 
   // A game that is being loaded, has been loaded, or is left for the menu. The game is not read for GAME_EXITED.
   void game(EventId what, const Json& game, const std::string& path);
+
+  // What a peer knows that had this state and then gets the event. Events that no field shows leave it alone.
+  static void applyTo(Json& state, const PlatformEvent& event);
 
   // The events that tell of all changes since the last call, one of each kind, in the order of the first change.
   std::vector<PlatformEvent> takeEvents();

@@ -1,14 +1,8 @@
 #include "tools/kslsim/Simulator.h"
 
 namespace kslsim {
-namespace {
-
-// The protocol that this service speaks; a client of another version is turned away.
-const std::string VERSION = "1.5.0";
-
-}  // namespace
-
-Simulator::Simulator(std::function<int64_t()> clock) : mClock(std::move(clock)), mInit(startOf(initFields())) {}
+Simulator::Simulator(std::function<int64_t()> clock)
+  : mClock(std::move(clock)), mInit(startOf(initFields())), mService(startOf(serviceFields())) {}
 
 void Simulator::apply(const Json& step) {
   {
@@ -56,46 +50,19 @@ void Simulator::tellClients(bool silently) {
     if (!silently) mClients.pushToAll(event);
 }
 
-xmlrpc_c::value Simulator::init(const std::string& name, const std::string& version) {
-  std::lock_guard lock(mMutex);
-  if (version != VERSION)
-    return faultStruct(PROTOCOL_ERROR,
-                       "Protocol version " + version + " is not supported, this is " + VERSION + ".");
-  xmlrpc_c::cstruct out{{"ID", xmlrpc_c::value_int(mClients.add(name, version))}};
-  for (const Field& field : initFields()) out[field.name] = toWire(mInit.at(field.name), field.kind);
-  return xmlrpc_c::value_struct(out);
-}
-
-xmlrpc_c::value Simulator::popEvents(int client) {
-  std::lock_guard lock(mMutex);
-  Client* found = mClients.find(client);
-  if (!found) return faultStruct(NOT_REGISTERED, "Client " + std::to_string(client) + " is not registered.");
-  return found->queue.take();
-}
-
-xmlrpc_c::value Simulator::pushEvents(int client, int package, const std::vector<xmlrpc_c::value>& events) {
-  std::lock_guard lock(mMutex);
-  Client* found = mClients.find(client);
-  if (!found) return faultStruct(NOT_REGISTERED, "Client " + std::to_string(client) + " is not registered.");
-  switch (Clients::take(*found, package, static_cast<int>(events.size()))) {
-    case Package::New:
-    case Package::Repeat:
-      return xmlrpc_c::value_int(found->lastTaken);
-    case Package::OutOfStep:
-      break;
-  }
-  return faultStruct(UNSYNC, "Package " + std::to_string(package) + " does not follow package " +
-                               std::to_string(found->lastPackage) + ".");
-}
-
-xmlrpc_c::value Simulator::platformState() const {
-  std::lock_guard lock(mMutex);
-  return mPlatform.toWire();
-}
-
 std::optional<BadReply> Simulator::takeBadReply(const std::string& method) {
   std::lock_guard lock(mMutex);
-  return mBadReplies.take(method);
+  return mBadReplies.take(method, now());
+}
+
+void Simulator::giveBackBadReply(const std::string& method, const BadReply& reply) {
+  std::lock_guard lock(mMutex);
+  mBadReplies.giveBack(method, reply);
+}
+
+Json Simulator::knownTo(int client) const {
+  std::lock_guard lock(mMutex);
+  return mClients.knownTo(client);
 }
 
 Json Simulator::report() const {
@@ -104,8 +71,11 @@ Json Simulator::report() const {
           {"listening", mListening.load()},
           {"state", mPlatform.state()},
           {"init", mInit},
+          {"service", mService},
+          {"params", mParams},
+          {"counters", mCounters},
           {"clients", mClients.toJson()},
-          {"bad", mBadReplies.toJson()},
+          {"bad", mBadReplies.toJson(now())},
           {"stepsLeft", mSteps.size() - mNextStep}};
 }
 

@@ -64,6 +64,24 @@ bool flag(const Json& step, const char* name, bool otherwise) {
   return step.contains(name) ? step[name].get<bool>() : otherwise;
 }
 
+std::string listed(const std::vector<std::string>& names) {
+  std::string out;
+  for (const std::string& name : names) out += (out.empty() ? "" : ", ") + name;
+  return out;
+}
+
+// The step's "code", a number or the name of an error.
+int errorCode(const Json& step) {
+  if (!step.contains("code")) return INTERNAL_ERROR;
+  const Json& code = step["code"];
+  if (code.is_string()) {
+    if (const auto found = errorByName(code.get<std::string>())) return *found;
+    throw InputError("/code", "there is no error of this name");
+  }
+  check(code, Kind::Int, "/code");
+  return code.get<int>();
+}
+
 int levelId(const Json& step) { return step["id"].get<int>(); }
 
 }  // namespace
@@ -104,6 +122,9 @@ const std::vector<Simulator::StepKind>& Simulator::stepKinds() {
       silent}},
     {"event", &Simulator::doEvent, {id, {"value", Form::Anything, false}, {"raw", Form::Anything, false}}},
     {"init", &Simulator::doInit, {{"set", Form::Object, true}}},
+    {"service", &Simulator::doService, {{"set", Form::Object, true}}},
+    {"params", &Simulator::doParams, {{"set", Form::Object, true}}},
+    {"counters", &Simulator::doCounters, {{"set", Form::Object, true}}},
     {"down", &Simulator::doDown, {{"ms", Form::Number, false, 1, DAY}, {"keep", Form::Flag, false}}},
     {"up", &Simulator::doUp, {}},
     {"forget", &Simulator::doForget, {}},
@@ -112,9 +133,13 @@ const std::vector<Simulator::StepKind>& Simulator::stepKinds() {
      {method,
       {"reply", Form::Text, true},
       {"calls", Form::Number, false, -1, INT32_MAX},
+      {"for", Form::Number, false, 1, DAY},
       {"ms", Form::Number, false, 0, DAY},
-      {"code", Form::Number, false, INT32_MIN, INT32_MAX},
-      {"text", Form::Text, false}}},
+      {"code", Form::Anything, false},
+      {"text", Form::Text, false},
+      {"field", Form::Text, false},
+      {"bytes", Form::Number, false, 0, 1 << 20},
+      {"count", Form::Number, false, 0, 1000000}}},
     {"good", &Simulator::doGood, {{"method", Form::Text, false}}}};
   return kinds;
 }
@@ -243,6 +268,23 @@ void Simulator::doInit(const Json& step) {
   mInit.update(step["set"]);
 }
 
+void Simulator::doService(const Json& step) {
+  checkPart(step["set"], serviceFields(), "/set");
+  if (step["set"].value("MaxClients", 1) < 1) throw InputError("/set/MaxClients", "expected 1 or more");
+  mService.update(step["set"]);
+}
+
+void Simulator::doParams(const Json& step) {
+  check(step["set"], Kind::Struct, "/set");
+  mParams.update(step["set"]);
+}
+
+void Simulator::doCounters(const Json& step) {
+  for (const auto& [name, value] : step["set"].items())
+    check(value, Kind::I8, (Json::json_pointer("/set") / name).to_string());
+  for (const auto& [name, value] : step["set"].items()) mCounters[name] = value.get<int64_t>();
+}
+
 void Simulator::doDown(const Json& step) {
   if (!flag(step, "keep", false)) mClients.forgetAll();
   mUpAt = step.contains("ms") ? now() + step["ms"].get<int64_t>() : -1;
@@ -259,15 +301,23 @@ void Simulator::doForget(const Json&) { mClients.forgetAll(); }
 void Simulator::doBad(const Json& step) {
   const std::string name = step["reply"].get<std::string>();
   const std::optional<Bad> bad = badByName(name);
-  if (!bad) throw InputError("/reply", "expected one of " + badNames());
-  const int calls = static_cast<int>(number(step, "calls", 1));
+  if (!bad) throw InputError("/reply", "expected one of " + listed(badNames()));
+  const std::string field = text(step, "field", "");
+  if (field.empty() && needsField(*bad)) throw InputError("", "\"" + name + "\" needs a \"field\"");
+  if (!field.empty() && !takesField(*bad)) throw InputError("/field", "\"" + name + "\" takes no field");
+  const int calls = static_cast<int>(number(step, "calls", step.contains("for") ? -1 : 1));
   if (calls == 0) throw InputError("/calls", "expected 1 or more, or -1 for all calls to come");
-  mBadReplies.plan(step["method"].get<std::string>(),
-                   {*bad, name, static_cast<int>(number(step, "ms", 1000)),
-                    static_cast<int>(number(step, "code", -500)), text(step, "text", "The simulator was told so.")},
-                   calls);
+  BadReply reply{*bad, name, 0, errorCode(step), text(step, "text", "The simulator was told so."), field, 0, 0};
+  reply.ms = static_cast<int>(number(step, "ms", *bad == Bad::Silent ? 0 : 1000));
+  reply.bytes = static_cast<int>(number(step, "bytes", -1));
+  reply.count = static_cast<int>(number(step, "count", 100000));
+  mBadReplies.plan(step["method"].get<std::string>(), reply, calls,
+                   step.contains("for") ? now() + step["for"].get<int64_t>() : -1);
 }
 
-void Simulator::doGood(const Json& step) { mBadReplies.clear(text(step, "method", "*")); }
+void Simulator::doGood(const Json& step) {
+  mBadReplies.clear(text(step, "method", "*"));
+  ++mGoodOrders;
+}
 
 }  // namespace kslsim

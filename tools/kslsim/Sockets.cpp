@@ -2,6 +2,7 @@
 
 #include <netinet/in.h>
 #include <sys/socket.h>
+#include <cerrno>
 #include <cstdlib>
 #include <filesystem>
 #include <vector>
@@ -29,9 +30,28 @@ std::vector<int> connectionsOf(int serverPort) {
 
 }  // namespace
 
-void shutConnection(int serverPort, int peerPort) {
+Connection::Connection(int serverPort, int peerPort) {
   for (int fd : connectionsOf(serverPort))
-    if (portBy(getpeername, fd) == peerPort) shutdown(fd, SHUT_RDWR);
+    if (portBy(getpeername, fd) == peerPort) mSocket = fd;
+}
+
+void Connection::shut() const {
+  if (mSocket >= 0) shutdown(mSocket, SHUT_RDWR);
+}
+
+bool Connection::send(const std::string& bytes) const {
+  for (size_t sent = 0; sent < bytes.size();) {
+    const ssize_t count = ::send(mSocket, bytes.data() + sent, bytes.size() - sent, MSG_NOSIGNAL);
+    if (count <= 0) return false;
+    sent += static_cast<size_t>(count);
+  }
+  return true;
+}
+
+bool Connection::peerGone() const {
+  char byte = 0;
+  const ssize_t count = recv(mSocket, &byte, 1, MSG_PEEK | MSG_DONTWAIT);
+  return count == 0 || (count < 0 && errno != EAGAIN && errno != EWOULDBLOCK && errno != EINTR);
 }
 
 void shutConnections(int serverPort) {

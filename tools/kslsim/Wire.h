@@ -53,6 +53,10 @@ const std::vector<Field>& gameFields();   // the active game
 const std::vector<Field>& betFields();    // context of the bet limits
 const std::vector<Field>& initFields();   // reply of "topscreen.init" but for its "ID"
 
+// How the service itself behaves: whom it registers, which methods it knows, and what the methods of the system
+// give.
+const std::vector<Field>& serviceFields();
+
 // The struct of these fields with their start values.
 Json startOf(const std::vector<Field>& fields);
 
@@ -73,10 +77,5 @@ Json fromWire(const xmlrpc_c::value& value);
 
 // The struct by which the service reports an error of its own.
 xmlrpc_c::value faultStruct(int code, const std::string& text);
-
-// Error codes of the service that the simulator gives by itself.
-constexpr int NOT_REGISTERED = -1;
-constexpr int PROTOCOL_ERROR = -7;
-constexpr int UNSYNC = -9;
 
 }  // namespace kslsim
