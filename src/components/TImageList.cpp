@@ -98,22 +98,8 @@ void TImageList::SetFitProportionally(bool fit, TImageList::TAlignment alignment
 void TImageList::SetAnimation(TAnimationDirection direction) {
   mAnimationEnabled = true;
   mDirection = direction;
-  mAnimationDestRect = mAnimationStartRect = mDestRect;
-  const SDL_Point screen = slide::screenSize();
-  switch (mDirection) {
-    case LEFT:
-      mAnimationStartRect.x = screen.x;
-      break;
-    case RIGHT:
-      mAnimationStartRect.x = -mDestRect.w;
-      break;
-    case UP:
-      mAnimationStartRect.y = screen.y;
-      break;
-    case DOWN:
-      mAnimationStartRect.y = -mDestRect.h;
-      break;
-  }
+  mAnimationDestRect = mDestRect;
+  mAnimationStartRect = slide::startOf(static_cast<slide::Direction>(direction), mDestRect);
 }
 
 void TImageList::Hide() {
@@ -150,52 +136,24 @@ void TImageList::startAniTask() {
 void TImageList::AnimateTask() {
   if (pApp) pApp->ThreadCheck(THREAD_DRAW);
   static const int num_pix = 5;
-  bool arrived = false;
-  if (mIsShowing) {
-    switch (mDirection) {
-      case LEFT:
-        arrived = slide::stepDown(mOrigPosX, mAnimationDestRect.x, num_pix);
-        break;
-      case RIGHT:
-        arrived = slide::stepUp(mOrigPosX, mAnimationDestRect.x, num_pix);
-        break;
-      case UP:
-        arrived = slide::stepDown(mOrigPosY, mAnimationDestRect.y, num_pix);
-        break;
-      case DOWN:
-        arrived = slide::stepUp(mOrigPosY, mAnimationDestRect.y, num_pix);
-        break;
-    }
-    if (!arrived) return;
-    if (pAniTask) pAniTask->Disable();
-    if (pApp)
-      pApp->AddTimedTask(
-        new TtthMember<TImageList, void>(this, &TImageList::Hide, mTimeUntilHide, TTimedTaskHandler::EXECUTE_ONCE,
-                                         "TImageList::Hide, mTimeUntilHide"),
-        TASK_NORMAL);
+  SDL_Point goal{mAnimationDestRect.x, mAnimationDestRect.y};
+  if (!mIsShowing) {
+    // The data texture hangs out of the image, so a horizontal slide must go further for all of it to leave.
+    int dataWidth = 0;
+    if (mpDataTexture) SDL_QueryTexture(mpDataTexture, nullptr, nullptr, &dataWidth, nullptr);
+    goal = {mAnimationStartRect.x - mDataOffsetX - (mDirection == RIGHT ? dataWidth : 0), mAnimationStartRect.y};
+  }
+  if (!slide::step(static_cast<slide::Direction>(mDirection), mIsShowing, num_pix, goal, mOrigPosX, mOrigPosY))
     return;
-  }
-
-  // The data texture hangs out of the image, so a horizontal slide must go further for all of it to leave.
-  int dataWidth = 0;
-  if (mpDataTexture) SDL_QueryTexture(mpDataTexture, nullptr, nullptr, &dataWidth, nullptr);
-  switch (mDirection) {
-    case LEFT:
-      arrived = slide::stepUp(mOrigPosX, mAnimationStartRect.x - mDataOffsetX, num_pix);
-      break;
-    case RIGHT:
-      arrived = slide::stepDown(mOrigPosX, mAnimationStartRect.x - mDataOffsetX - dataWidth, num_pix);
-      break;
-    case UP:
-      arrived = slide::stepUp(mOrigPosY, mAnimationStartRect.y, num_pix);
-      break;
-    case DOWN:
-      arrived = slide::stepDown(mOrigPosY, mAnimationStartRect.y, num_pix);
-      break;
-  }
-  if (!arrived) return;
   if (pAniTask) pAniTask->Disable();
-  DisplayImage(-1, 0, nullptr, 0, 0);
+  if (!mIsShowing) {
+    DisplayImage(-1, 0, nullptr, 0, 0);
+  } else if (pApp) {
+    pApp->AddTimedTask(
+      new TtthMember<TImageList, void>(this, &TImageList::Hide, mTimeUntilHide, TTimedTaskHandler::EXECUTE_ONCE,
+                                       "TImageList::Hide, mTimeUntilHide"),
+      TASK_NORMAL);
+  }
 }
 
 void TImageList::draw() {

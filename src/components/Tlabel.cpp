@@ -232,22 +232,8 @@ void Tlabel::drawShadow() {
 void Tlabel::SetAnimation(TAnimationDirection direction) {
   mAnimationEnabled = true;
   mDirection = direction;
-  mAnimationDestRect = mAnimationStartRect = mDestRect;
-  const SDL_Point screen = slide::screenSize();
-  switch (mDirection) {
-    case LEFT:
-      mAnimationStartRect.x = screen.x;
-      break;
-    case RIGHT:
-      mAnimationStartRect.x = -mDestRect.w;
-      break;
-    case UP:
-      mAnimationStartRect.y = screen.y;
-      break;
-    case DOWN:
-      mAnimationStartRect.y = -mDestRect.h;
-      break;
-  }
+  mAnimationDestRect = mDestRect;
+  mAnimationStartRect = slide::startOf(static_cast<slide::Direction>(direction), mDestRect);
   mOrigPosX = mAnimationStartRect.x;
   mOrigPosY = mAnimationStartRect.y;
   mSomethingChanged = true;
@@ -298,23 +284,9 @@ void Tlabel::startAniTask() {
 void Tlabel::AnimateTask() {
   static const int num_pix = 2;
   const SDL_Rect& goal = mIsShowing ? mAnimationDestRect : mAnimationStartRect;
-  const bool back = !mIsShowing;  // the slide out runs each direction the other way
-  bool arrived = false;
-  switch (mDirection) {
-    case LEFT:
-      arrived = back ? slide::stepUp(mOrigPosX, goal.x, num_pix) : slide::stepDown(mOrigPosX, goal.x, num_pix);
-      break;
-    case RIGHT:
-      arrived = back ? slide::stepDown(mOrigPosX, goal.x, num_pix) : slide::stepUp(mOrigPosX, goal.x, num_pix);
-      break;
-    case UP:
-      arrived = back ? slide::stepUp(mOrigPosY, goal.y, num_pix) : slide::stepDown(mOrigPosY, goal.y, num_pix);
-      break;
-    case DOWN:
-      arrived = back ? slide::stepDown(mOrigPosY, goal.y, num_pix) : slide::stepUp(mOrigPosY, goal.y, num_pix);
-      break;
-  }
-  if (!arrived) return;
+  if (!slide::step(static_cast<slide::Direction>(mDirection), mIsShowing, num_pix, {goal.x, goal.y}, mOrigPosX,
+                   mOrigPosY))
+    return;
   if (pAniTask) pAniTask->Disable();
   if (!mIsShowing) {
     mVisible = false;
