@@ -1,4 +1,5 @@
 // The part of the sprite animation that reads its files and cuts their frames.
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -17,14 +18,34 @@ namespace {
 
 using Node = rapidxml::xml_node<char>;
 
+// What is wrong with a file, told in one line however much it is.
+class Faults {
+ public:
+  explicit Faults(const std::string& file) : mFile(file), mCount(0) {}
+  void add(const std::string& text) {
+    if (mCount++ == 0) mFirst = text;
+  }
+  void tell() const {
+    if (mCount == 1) std::printf("Animation %s: %s\n", mFile.c_str(), mFirst.c_str());
+    if (mCount > 1)
+      std::printf("Animation %s: %s, and %d more faults\n", mFile.c_str(), mFirst.c_str(), mCount - 1);
+  }
+
+ private:
+  const std::string& mFile;
+  std::string mFirst;
+  int mCount;
+};
+
 const char* textOf(const Node& node, const char* name) {
   const rapidxml::xml_attribute<char>* attribute = node.first_attribute(name);
   return attribute ? attribute->value() : nullptr;
 }
 
+// Within what places and sizes can be added up without overflow.
 int intOf(const Node& node, const char* name, int fallback) {
   const char* text = textOf(node, name);
-  return text ? std::atoi(text) : fallback;
+  return text ? static_cast<int>(std::clamp(std::strtol(text, nullptr, 10), -1000000L, 1000000L)) : fallback;
 }
 
 double floatOf(const Node& node, const char* name, double fallback) {
@@ -32,13 +53,9 @@ double floatOf(const Node& node, const char* name, double fallback) {
   return text ? std::atof(text) : fallback;
 }
 
-void requireAttributes(const Node& node, std::initializer_list<const char*> names, const std::string& file) {
-  for (const char* name : names)
-    if (!textOf(node, name))
-      std::printf("Animation %s: the element %s has no attribute %s\n", file.c_str(), node.name(), name);
-}
-
-std::shared_ptr<TSprite> readSprite(const Node& node, int id) {
+std::shared_ptr<TSprite> readSprite(const Node& node, int id, Faults& faults) {
+  for (const char* name : {"n", "x", "y", "w", "h"})
+    if (!textOf(node, name)) faults.add("sprite " + std::to_string(id) + " has no attribute " + name);
   auto sprite = std::make_shared<TSprite>();
   sprite->id = id;
   sprite->x = intOf(node, "x", 0);
@@ -55,24 +72,33 @@ std::shared_ptr<TSprite> readSprite(const Node& node, int id) {
   return sprite;
 }
 
-void readColor(const char* text, SDL_Color& color, const std::string& file) {
+void readColor(const char* text, SDL_Color& color, Faults& faults) {
   const std::vector<std::string> parts = MyUtils::string2vector(text, ",", false);
   if (parts.size() < 4) {
-    std::printf("Animation %s: the background colour needs r, g, b and a\n", file.c_str());
+    faults.add("the background colour needs r, g, b and a");
     return;
   }
   Uint8* const channels[] = {&color.r, &color.g, &color.b, &color.a};
   for (size_t i = 0; i < 4; ++i) *channels[i] = static_cast<Uint8>(std::atoi(parts[i].c_str()));
 }
 
-// A surface of its own with one rectangle of the image, null when there is no such size.
-SDL_Surface* cut(SDL_Surface* image, const TSprite& sprite) {
+// A surface of its own with one rectangle of the image, null when there is nothing of it in the image. Of a
+// rectangle that stands out of the image, the part inside is taken.
+SDL_Surface* cut(SDL_Surface* image, const TSprite& sprite, Faults& faults) {
   if (sprite.width <= 0 || sprite.height <= 0) return nullptr;
+  const SDL_Rect whole{0, 0, image->w, image->h}, place{sprite.x, sprite.y, sprite.width, sprite.height};
+  SDL_Rect inside{0, 0, 0, 0};
+  const bool any = SDL_IntersectRect(&whole, &place, &inside) == SDL_TRUE;
+  if (!SDL_RectEquals(&inside, &place))
+    faults.add("sprite " + std::to_string(sprite.id) + " stands out of the image of " + std::to_string(image->w) +
+               " by " + std::to_string(image->h));
+  // Larger than the image cannot be meant, and may be larger than the memory.
+  if (!any || sprite.width > image->w || sprite.height > image->h) return nullptr;
   const SDL_PixelFormat& f = *image->format;
   SDL_Surface* surface =
     SDL_CreateRGBSurface(0, sprite.width, sprite.height, f.BitsPerPixel, f.Rmask, f.Gmask, f.Bmask, f.Amask);
   if (!surface) return nullptr;
-  SDL_Rect source{sprite.x, sprite.y, sprite.width, sprite.height};
+  SDL_Rect source = place;
   SDL_BlitSurface(image, &source, surface, nullptr);
   SDL_SetSurfaceBlendMode(surface, SDL_BLENDMODE_NONE);
   return surface;
@@ -95,27 +121,35 @@ void TSpriteAnimation::parseXML(const std::string& spriteFilenameXML) {
     std::printf("Animation %s: %s\n", spriteFilenameXML.c_str(), error.what());
     return;
   }
+  Faults faults(spriteFilenameXML);
   const Node* root = document.first_node("TextureAtlas");
-  if (!root) return;
+  if (!root) {
+    faults.add("there is no element TextureAtlas");
+    faults.tell();
+    return;
+  }
 
-  requireAttributes(*root, {"imagePath"}, spriteFilenameXML);
-  if (const char* color = textOf(*root, "backgroundColor")) readColor(color, mBackgroundColor, spriteFilenameXML);
-  const char* imagePath = textOf(*root, "imagePath");
-  mFileName = spriteFilenameXML.substr(0, spriteFilenameXML.rfind('/') + 1) + (imagePath ? imagePath : "");
+  if (const char* color = textOf(*root, "backgroundColor")) readColor(color, mBackgroundColor, faults);
+  if (const char* imagePath = textOf(*root, "imagePath"))
+    mFileName = spriteFilenameXML.substr(0, spriteFilenameXML.rfind('/') + 1) + imagePath;
+  else
+    faults.add("the element TextureAtlas has no attribute imagePath");
   if (const char* blendMode = textOf(*root, "blendMode")) mBlendMode = blendMode;
 
   for (const Node* node = root->first_node("sprite"); node; node = node->next_sibling("sprite")) {
-    requireAttributes(*node, {"n", "x", "y", "w", "h"}, spriteFilenameXML);
-    mSprites.push_back(readSprite(*node, static_cast<int>(mSprites.size())));
+    mSprites.push_back(readSprite(*node, static_cast<int>(mSprites.size()), faults));
     if (mOriginalWidth == 0) mOriginalWidth = mSprites.back()->original_width;
     if (mOriginalHeight == 0) mOriginalHeight = mSprites.back()->original_height;
   }
+  if (mSprites.empty()) faults.add("there is no element sprite");
+  faults.tell();
   mLoadThread = SDL_CreateThread(loadSpirtesThread, "loadSpirtes", this);
 }
 
 int TSpriteAnimation::loadSpirtesThread(void* ptr) {
   auto* animation = static_cast<TSpriteAnimation*>(ptr);
-  SDL_Surface* image = MyUtils::LoadSurface(animation->mFileName);
+  Faults faults(animation->mFileName);
+  SDL_Surface* image = animation->mFileName.empty() ? nullptr : MyUtils::LoadSurface(animation->mFileName);
   if (image && image->format->palette) {
     // Cut frames carry no palette of their own.
     SDL_Surface* colours = SDL_ConvertSurfaceFormat(image, SDL_PIXELFORMAT_ARGB8888, 0);
@@ -126,8 +160,9 @@ int TSpriteAnimation::loadSpirtesThread(void* ptr) {
     SDL_SetSurfaceBlendMode(image, SDL_BLENDMODE_NONE);
     // Released one by one when they are complete: copies of this animation may draw them already.
     for (const std::shared_ptr<TSprite>& sprite : animation->mSprites)
-      sprite->surface.store(cut(image, *sprite), std::memory_order_release);
+      sprite->surface.store(cut(image, *sprite, faults), std::memory_order_release);
     SDL_FreeSurface(image);
+    faults.tell();
   }
   SDL_SemPost(animation->mLoadFinished);
   return 0;

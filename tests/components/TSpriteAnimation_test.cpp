@@ -1,109 +1,17 @@
 #include "components/TSpriteAnimation.h"
 
-#include <SDL_image.h>
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
 #include <cmath>
-#include <functional>
 #include <memory>
 
 #include "tests/components/AllocationCount.h"
-#include "tests/components/WidgetFixture.h"
-#include "tests/support/TestFont.h"
+#include "tests/components/SpriteFixture.h"
 
 using namespace vendelo_sdl2;
 
 namespace {
 
-struct Sprites : TSpriteAnimation {
-  Sprites(int x, int y, int w, int h, const std::string& file, TAnimationMode mode)
-    : TSpriteAnimation(nullptr, x, y, w, h, file, mode, "sprites") {}
-  using TSpriteAnimation::mAnimationMode;
-  using TSpriteAnimation::mBackgroundColor;
-  using TSpriteAnimation::mBlendMode;
-  using TSpriteAnimation::mBuffer;
-  using TSpriteAnimation::mCurrentFrame;
-  using TSpriteAnimation::mDestinationFrame;
-  using TSpriteAnimation::mDrawXOfset;
-  using TSpriteAnimation::mDrawYOfset;
-  using TSpriteAnimation::mFileName;
-  using TSpriteAnimation::mHideAfterEnd;
-  using TSpriteAnimation::mLastRefresh;
-  using TSpriteAnimation::mLoadFinished;
-  using TSpriteAnimation::mLoadThread;
-  using TSpriteAnimation::mLoopStartFrame;
-  using TSpriteAnimation::mLoopStopFrame;
-  using TSpriteAnimation::mPlayed;
-  using TSpriteAnimation::mRect;
-  using TSpriteAnimation::mRefreshRate;
-  using TSpriteAnimation::mResize;
-  using TSpriteAnimation::mResizeFactorX;
-  using TSpriteAnimation::mResizeFactorY;
-  using TSpriteAnimation::mRotPivot;
-  using TSpriteAnimation::mSprites;
-
-  // Waits for the loader and leaves the counters alone.
-  Sprites& loaded() {
-    SetFrame(mDestinationFrame, true);
-    return *this;
-  }
-};
-
 struct Plain : TGuiComponent {
   Plain(int x, int y) : TGuiComponent(nullptr, x, y, 400, 200, "parent") {}
-};
-
-// Colour of frame i.
-SDL_Color colourOf(int i) {
-  return SDL_Color{static_cast<Uint8>(40 + 20 * (i % 10)), static_cast<Uint8>(250 - 20 * (i % 10)),
-                   static_cast<Uint8>(i), 255};
-}
-Uint32 rgbOf(int i) {
-  const SDL_Color c = colourOf(i);
-  return static_cast<Uint32>(c.r) << 16 | static_cast<Uint32>(c.g) << 8 | c.b;
-}
-
-class SpriteAnimation : public WidgetTest {
- protected:
-  SpriteAnimation() : folder(testfont::freshFolder("sprites")) {}
-
-  // An image of `frames` cells side by side.
-  void writeCells(const std::string& file, int frames, int w, int h) {
-    SDL_Surface* surface = SDL_CreateRGBSurfaceWithFormat(0, frames * w, h, 32, SDL_PIXELFORMAT_RGBA32);
-    for (int i = 0; i < frames; ++i) {
-      const SDL_Color c = colourOf(i);
-      const SDL_Rect cell{i * w, 0, w, h};
-      SDL_FillRect(surface, &cell, SDL_MapRGBA(surface->format, c.r, c.g, c.b, c.a));
-    }
-    ASSERT_EQ(0, IMG_SavePNG(surface, (folder + file).c_str()));
-    SDL_FreeSurface(surface);
-  }
-  // An atlas "<name>.xml" of untrimmed cells.
-  std::string atlas(const std::string& name, int frames, int w, int h) {
-    writeCells(name + "_atlas.png", frames, w, h);
-    std::string xml = "<TextureAtlas imagePath=\"" + name + "_atlas.png\">";
-    for (int i = 0; i < frames; ++i)
-      xml += "<sprite n=\"f" + std::to_string(i) + ".png\" x=\"" + std::to_string(i * w) + "\" y=\"0\" w=\"" +
-             std::to_string(w) + "\" h=\"" + std::to_string(h) + "\"/>";
-    testfont::writeText(folder + name + ".xml", xml + "</TextureAtlas>");
-    return folder + name;
-  }
-  std::string write(const std::string& name, const std::string& xml) {
-    testfont::writeText(folder + name + ".xml", xml);
-    return folder + name;
-  }
-  // Draws on black at a tick; the frame that stands at the animation's left upper corner, -1 for none.
-  int drawn(Sprites& sprites, Uint32 tick) {
-    clock.set(tick);
-    clear(0, 0, 0);
-    sprites.draw();
-    const Uint32 seen = pixel(sprites.getX() + 1, sprites.getY() + 1);
-    for (int i = 0; i < sprites.GetNumFrames(); ++i)
-      if (seen == rgbOf(i)) return i;
-    return -1;
-  }
-  const std::string folder;
 };
 
 }  // namespace
@@ -144,144 +52,6 @@ TEST_F(SpriteAnimation, StartsAsDocumented) {
   sprites.draw();
   sprites.SetFrame(5, false);
   EXPECT_EQ(0, sprites.GetCurrentFrame());
-}
-
-TEST_F(SpriteAnimation, ReadsTheAtlas) {
-  writeCells("cells.png", 4, 20, 20);
-  const std::string base = write("a.b", R"(<TextureAtlas imagePath="cells.png" blendMode="ADD"
-    backgroundColor="1,2,3,4">
-    <sprite n="one.png" x="20" y="3" w="10" h="12" r="y" oX="5" oY="6" pX="0.25" pY="0.75" oW="40" oH="44"/>
-    <sprite n="two.png" x="0" y="0" w="20" h="20"/></TextureAtlas>)");
-  Sprites sprites(0, 0, 40, 44, base, TSpriteAnimation::LOOP);
-  EXPECT_EQ(folder + "cells.png", sprites.mFileName);
-  EXPECT_EQ("ADD", sprites.mBlendMode);
-  EXPECT_EQ(1, sprites.mBackgroundColor.r);
-  EXPECT_EQ(2, sprites.mBackgroundColor.g);
-  EXPECT_EQ(3, sprites.mBackgroundColor.b);
-  EXPECT_EQ(4, sprites.mBackgroundColor.a);
-  ASSERT_EQ(2, sprites.GetNumFrames());
-  const TSprite& one = *sprites.mSprites[0];
-  EXPECT_EQ(0, one.id);
-  EXPECT_EQ(20, one.x);
-  EXPECT_EQ(3, one.y);
-  EXPECT_EQ(10, one.width);
-  EXPECT_EQ(12, one.height);
-  EXPECT_EQ(5, one.xoffset);
-  EXPECT_EQ(6, one.yoffset);
-  EXPECT_EQ(0.25, one.xpivot);
-  EXPECT_EQ(0.75, one.ypivot);
-  EXPECT_EQ(40, one.original_width);
-  EXPECT_EQ(44, one.original_height);
-  EXPECT_TRUE(one.rotate);
-  const TSprite& two = *sprites.mSprites[1];
-  EXPECT_EQ(1, two.id);
-  EXPECT_EQ(0, two.xoffset);
-  EXPECT_EQ(0, two.yoffset);
-  EXPECT_EQ(0.5, two.xpivot);
-  EXPECT_EQ(0.5, two.ypivot);
-  EXPECT_EQ(20, two.original_width);
-  EXPECT_EQ(20, two.original_height);
-  EXPECT_FALSE(two.rotate);
-  EXPECT_EQ(40, sprites.GetOriginalWidth());
-  EXPECT_EQ(44, sprites.GetOriginalHeight());
-  EXPECT_EQ(1, sprites.mLoopStopFrame);
-  sprites.loaded();
-  for (const auto& sprite : sprites.mSprites) {
-    SDL_Surface* surface = sprite->surface;
-    ASSERT_NE(nullptr, surface);
-    EXPECT_EQ(nullptr, sprite->texture) << "a texture comes with the first draw";
-    EXPECT_EQ(sprite->width, surface->w);
-    EXPECT_EQ(sprite->height, surface->h);
-    SDL_BlendMode mode = SDL_BLENDMODE_BLEND;
-    SDL_GetSurfaceBlendMode(surface, &mode);
-    EXPECT_EQ(SDL_BLENDMODE_NONE, mode);
-  }
-}
-
-TEST_F(SpriteAnimation, BrokenFilesGiveNoFramesAndSaySo) {
-  const struct {
-    const char* name;
-    const char* xml;  // null: no file at all
-    bool told;
-  } rows[] = {{"nofile", nullptr, true},
-              {"malformed", "<TextureAtlas imagePath=\"a.png\"><sprite", true},
-              {"empty", "", false},
-              {"noroot", "<Other imagePath=\"a.png\"><sprite n=\"a\"/></Other>", false}};
-  for (const auto& row : rows) {
-    SCOPED_TRACE(row.name);
-    if (row.xml) write(row.name, row.xml);
-    testing::internal::CaptureStdout();
-    Sprites sprites(0, 0, 10, 10, folder + row.name, TSpriteAnimation::LOOP);
-    EXPECT_EQ(row.told, !testing::internal::GetCapturedStdout().empty());
-    EXPECT_EQ(0, sprites.GetNumFrames());
-    EXPECT_EQ(-1, sprites.mLoopStopFrame);
-    EXPECT_EQ(nullptr, sprites.mLoadThread);
-    sprites.draw();
-    EXPECT_EQ(nullptr, sprites.GetFrame(0));
-    sprites.drawFrame(0, SDL_Rect{0, 0, 1, 1});
-  }
-}
-
-TEST_F(SpriteAnimation, MissingAttributesFallBackAndAreTold) {
-  writeCells("cells.png", 2, 20, 20);
-  const std::string base = write("gaps", R"(<TextureAtlas imagePath="cells.png" backgroundColor="9,8,7">
-    <sprite n="a" x="0" y="0" w="20"/><sprite x="20" y="0" w="20" h="20"/></TextureAtlas>)");
-  testing::internal::CaptureStdout();
-  Sprites sprites(0, 0, 20, 20, base, TSpriteAnimation::NONE);
-  sprites.loaded();
-  const std::string told = testing::internal::GetCapturedStdout();
-  EXPECT_NE(std::string::npos, told.find("the element sprite has no attribute h"));
-  EXPECT_NE(std::string::npos, told.find("the element sprite has no attribute n"));
-  EXPECT_NE(std::string::npos, told.find("the background colour needs r, g, b and a"));
-  EXPECT_EQ(0, sprites.mBackgroundColor.r);
-  EXPECT_EQ(255, sprites.mBackgroundColor.a);
-  EXPECT_EQ(nullptr, sprites.mSprites[0]->surface);
-  EXPECT_EQ(-1, drawn(sprites, 1000));
-  sprites.SetFrame(1, false);
-  EXPECT_EQ(1, drawn(sprites, 1001));
-}
-
-TEST_F(SpriteAnimation, AnImageThatCannotBeLoadedGivesFramesThatShowNothing) {
-  const std::string base = write("noimage", R"(<TextureAtlas imagePath="nothing.png">
-    <sprite n="a" x="0" y="0" w="20" h="20"/></TextureAtlas>)");
-  testing::internal::CaptureStdout();
-  Sprites sprites(0, 0, 20, 20, base, TSpriteAnimation::LOOP);
-  sprites.loaded();
-  testing::internal::GetCapturedStdout();
-  EXPECT_EQ(1, sprites.GetNumFrames());
-  EXPECT_EQ(-1, drawn(sprites, 1000));
-  SDL_Texture* frame = sprites.GetFrame(0);
-  EXPECT_NE(nullptr, frame);
-  SDL_DestroyTexture(frame);
-}
-
-TEST_F(SpriteAnimation, DrawNeverWaitsForTheLoader) {
-  // The image is a pipe, on which the loader hangs until it is opened from here; then it finds the PNG beside it.
-  writeCells("slow.png", 3, 20, 20);
-  ASSERT_EQ(0, mkfifo((folder + "slow.pipe").c_str(), 0600));
-  const std::string base = write("slow", R"(<TextureAtlas imagePath="slow.pipe">
-    <sprite n="a" x="0" y="0" w="20" h="20"/><sprite n="b" x="20" y="0" w="20" h="20"/></TextureAtlas>)");
-  testing::internal::CaptureStdout();
-  Sprites sprites(0, 0, 20, 20, base, TSpriteAnimation::LOOP);
-  EXPECT_EQ(-1, drawn(sprites, 1000));
-  EXPECT_EQ(-1, drawn(sprites, 2000));
-  EXPECT_EQ(0u, sprites.mLastRefresh);
-  EXPECT_NE(nullptr, sprites.mLoadThread);
-
-  // A copy made now shares frames that are still to come.
-  Sprites copy(0, 0, 20, 20, "", TSpriteAnimation::LOOP);
-  copy.CopyData(&sprites);
-  EXPECT_EQ(-1, drawn(copy, 2000));
-
-  close(open((folder + "slow.pipe").c_str(), O_WRONLY));
-  while (sprites.mLoadThread) {
-    copy.draw();  // beside the loader
-    sprites.draw();
-  }
-  testing::internal::GetCapturedStdout();
-  EXPECT_EQ(2000u, sprites.mLastRefresh);
-  EXPECT_EQ(0, drawn(sprites, 2000));
-  EXPECT_EQ(0, drawn(copy, 2000));
 }
 
 TEST_F(SpriteAnimation, FramesAreSkippedNotQueued) {
@@ -557,59 +327,6 @@ TEST_F(SpriteAnimation, GetFramePutsAFrameTogetherAtItsOriginalSize) {
   }
   EXPECT_EQ(nullptr, sprites.GetFrame(2));
   EXPECT_EQ(nullptr, sprites.GetFrame(-1));
-}
-
-TEST_F(SpriteAnimation, StripsAreCutAtOnce) {
-  writeCells("strip.png", 5, 40, 30);
-  SDL_SetRenderDrawColor(renderer, 1, 2, 3, 4);
-  Sprites sprites(100, 50, 40, 30, folder + "strip.png", TSpriteAnimation::LOOP);
-  EXPECT_EQ(nullptr, sprites.mLoadThread);
-  ASSERT_EQ(5, sprites.GetNumFrames());
-  for (int i = 0; i < 5; ++i) {
-    const TSprite& sprite = *sprites.mSprites[static_cast<size_t>(i)];
-    EXPECT_EQ(i + 1, sprite.id) << "counted from 1 here";
-    EXPECT_EQ(40 * i, sprite.x);
-    EXPECT_EQ(0, sprite.y);
-    EXPECT_EQ(40, sprite.width);
-    EXPECT_EQ(30, sprite.original_height);
-    EXPECT_NE(nullptr, sprite.texture);
-  }
-  EXPECT_EQ(40, sprites.GetOriginalWidth());
-  EXPECT_EQ(30, sprites.GetOriginalHeight());
-  EXPECT_EQ(4, sprites.mLoopStopFrame);
-  Uint8 r = 0, g = 0, b = 0, a = 0;
-  SDL_GetRenderDrawColor(renderer, &r, &g, &b, &a);
-  EXPECT_EQ(1, r);
-  EXPECT_EQ(4, a);
-  sprites.SetRefreshRate(25.0f);
-  EXPECT_EQ(0, drawn(sprites, 1000));
-  EXPECT_EQ(3, drawn(sprites, 1120));
-
-  testing::internal::CaptureStdout();
-  Sprites missing(0, 0, 40, 30, folder + "nothing.png", TSpriteAnimation::LOOP);
-  testing::internal::GetCapturedStdout();
-  EXPECT_EQ(0, missing.GetNumFrames());
-  Sprites flat(0, 0, 0, 0, folder + "strip.png", TSpriteAnimation::LOOP);
-  EXPECT_EQ(0, flat.GetNumFrames());
-}
-
-TEST_F(SpriteAnimation, TheBackgroundOfAStripGoesByTheFlavour) {
-  writeCells("strip.png", 1, 40, 30);
-  const TFlavour before = TerminalFlavour;
-  const struct {
-    TFlavour flavour;
-    int level;
-  } rows[] = {
-    {UNKNOWN_FLAVOUR, 0}, {RONDELL_FLAVOUR, 255}, {TAVE_FLAVOUR, 0}, {TAVE2_FLAVOUR, 255}, {VESPERA_FLAVOUR, 0}};
-  for (const auto& row : rows) {
-    TerminalFlavour = row.flavour;
-    Sprites sprites(0, 0, 40, 30, folder + "strip.png", TSpriteAnimation::LOOP);
-    EXPECT_EQ(row.level, sprites.mBackgroundColor.r);
-    EXPECT_EQ(row.level, sprites.mBackgroundColor.g);
-    EXPECT_EQ(row.level, sprites.mBackgroundColor.b);
-    EXPECT_EQ(255, sprites.mBackgroundColor.a);
-  }
-  TerminalFlavour = before;
 }
 
 TEST_F(SpriteAnimation, CopiesShareTheFrames) {

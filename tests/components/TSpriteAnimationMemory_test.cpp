@@ -1,0 +1,129 @@
+// The texture memory that an animation of full-screen frames takes, counted in front of SDL.
+#include <dlfcn.h>
+#include <algorithm>
+#include <map>
+#include <memory>
+
+#include "tests/components/SpriteFixture.h"
+
+using namespace vendelo_sdl2;
+
+namespace {
+
+constexpr long fullScreen = 1920L * 1080 * 4;
+
+std::map<SDL_Texture*, long> living;
+long bytes = 0, peak = 0;
+
+template <class F>
+F real(const char* name) {
+  return reinterpret_cast<F>(dlsym(RTLD_NEXT, name));
+}
+
+SDL_Texture* counted(SDL_Texture* texture) {
+  Uint32 format = 0;
+  int w = 0, h = 0;
+  if (!texture || SDL_QueryTexture(texture, &format, nullptr, &w, &h) != 0) return texture;
+  bytes += living[texture] = static_cast<long>(w) * h * SDL_BYTESPERPIXEL(format);
+  peak = std::max(peak, bytes);
+  return texture;
+}
+
+// From here on textures count.
+void begin() {
+  living.clear();
+  bytes = peak = 0;
+}
+
+}  // namespace
+
+extern "C" {
+
+SDL_Texture* SDL_CreateTexture(SDL_Renderer* renderer, Uint32 format, int access, int w, int h) {
+  static const auto sdl = real<decltype(&SDL_CreateTexture)>("SDL_CreateTexture");
+  return counted(sdl(renderer, format, access, w, h));
+}
+
+SDL_Texture* SDL_CreateTextureFromSurface(SDL_Renderer* renderer, SDL_Surface* surface) {
+  static const auto sdl = real<decltype(&SDL_CreateTextureFromSurface)>("SDL_CreateTextureFromSurface");
+  return counted(sdl(renderer, surface));
+}
+
+void SDL_DestroyTexture(SDL_Texture* texture) {
+  static const auto sdl = real<decltype(&SDL_DestroyTexture)>("SDL_DestroyTexture");
+  if (const auto found = living.find(texture); found != living.end()) {
+    bytes -= found->second;
+    living.erase(found);
+  }
+  sdl(texture);
+}
+
+}  // extern "C"
+
+namespace {
+
+// An animation of so many full-screen frames that share the pixels of one surface, so that the test itself is
+// small.
+class FullScreenFrames : public SpriteAnimation {
+ protected:
+  ~FullScreenFrames() override { SDL_FreeSurface(surface); }
+  std::unique_ptr<Sprites> make(int frames) {
+    auto sprites = std::make_unique<Sprites>(0, 0, 1920, 1080, "", TSpriteAnimation::LOOP);
+    for (int i = 0; i < frames; ++i) {
+      auto sprite = std::make_shared<TSprite>();
+      sprite->id = i;
+      sprite->width = sprite->original_width = 1920;
+      sprite->height = sprite->original_height = 1080;
+      ++surface->refcount;
+      sprite->surface = surface;
+      sprites->mSprites.push_back(std::move(sprite));
+    }
+    sprites->mLoopStopFrame = frames - 1;
+    sprites->SetRefreshRate(25.0f);
+    return sprites;
+  }
+  SDL_Surface* const surface = SDL_CreateRGBSurfaceWithFormat(0, 1920, 1080, 32, SDL_PIXELFORMAT_ARGB8888);
+};
+
+}  // namespace
+
+TEST_F(FullScreenFrames, AHundredNeverTakeMoreThanOneFrameOfTextureMemory) {
+  auto sprites = make(100);
+  begin();
+  for (int i = 0; i < 100; ++i) {
+    sprites->draw();
+    ASSERT_EQ(i, sprites->GetCurrentFrame());
+    ASSERT_EQ(0, bytes) << "nothing stays after the draw of frame " << i;
+    clock.advance(40);
+  }
+  EXPECT_EQ(fullScreen, peak);
+}
+
+TEST_F(FullScreenFrames, NorDoFourAnimationsThatShareThem) {
+  auto source = make(12);
+  std::unique_ptr<Sprites> levels[4];
+  for (auto& level : levels) {
+    level = std::make_unique<Sprites>(0, 0, 1920, 1080, "", TSpriteAnimation::LOOP);
+    level->CopyData(source.get());
+  }
+  begin();
+  for (int i = 0; i < 12; ++i) {
+    for (auto& level : levels) level->draw();
+    clock.advance(40);
+  }
+  EXPECT_EQ(fullScreen, peak);
+  EXPECT_EQ(0, bytes);
+}
+
+TEST_F(SpriteAnimation, SmallerFramesKeepTheirTextures) {
+  Sprites sprites(0, 0, 20, 20, atlas("small", 10, 20, 20), TSpriteAnimation::LOOP);
+  sprites.loaded().SetRefreshRate(25.0f);
+  begin();
+  for (int round = 0; round < 3; ++round)
+    for (int i = 0; i < 10; ++i) {
+      sprites.draw();
+      clock.advance(40);
+    }
+  EXPECT_EQ(10 * 20 * 20 * 4, bytes) << "made once each";
+  EXPECT_EQ(bytes, peak);
+}
