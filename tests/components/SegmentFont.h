@@ -1,19 +1,22 @@
 #pragma once
 
 #include <SDL_image.h>
+#include <errno.h>
 #include <fstream>
 #include <string>
 
 #include "common/TBitmapFont.h"
 
-#include "tests/support/TestPaths.h"
+#include "tests/support/TestFont.h"
 
 // A bitmap font of seven-segment digits, a comma and a full stop, drawn by the test itself, so that pictures made
 // with it depend on no font library. Digits are 30 by 50 pixels (1 only 20 by 50), "," 10 by 18, "." 10 by 10.
 // The registry owns the font. Characters in `without` are left out of the description file.
 inline TBitmapFont* segmentFont(SDL_Renderer* renderer, const std::string& without) {
+  // A folder for each program: they run side by side.
+  static const std::string folder = testfont::freshFolder(std::string("segments_") + program_invocation_short_name);
   static int made = 0;
-  const std::string base = std::string(testpaths::binary) + "/segment" + std::to_string(++made);
+  const std::string base = folder + "segment" + std::to_string(++made);
   SDL_Surface* atlas = SDL_CreateRGBSurfaceWithFormat(0, 340, 60, 32, SDL_PIXELFORMAT_RGBA32);
   auto bar = [&](int x, int y, int w, int h) {
     const SDL_Rect rect{x, y, w, h};
