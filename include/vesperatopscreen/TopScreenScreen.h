@@ -72,4 +72,5 @@ class TopScreenScreen : public vendelo_sdl2::TAppGuiModule {
   Tlabel* plRealFPS;
   TTF_Font* pFont;
   TGlyphLabel* mpInfo;  // the hint to the player, near the bottom edge
+  std::string mFpsText;   // keeps its memory from second to second
 };

@@ -191,13 +191,21 @@ void TopScreenScreen::SetIntegrityCheckData(const std::string& data) {
 }
 
 int TopScreenScreen::UpdateGraphics() {
-  if (plFPS) plFPS->SetText("Loop freq.: " + MyUtils::itos(pApp->CurrentFrequency()));
+  // Into a string that keeps its memory: this runs on the draw thread, every second, shown or not.
+  char text[48];
+  auto show = [&](Tlabel* label) {
+    mFpsText.assign(text);
+    label->SetText(mFpsText);
+  };
+  if (plFPS) {
+    std::snprintf(text, sizeof text, "Loop freq.: %d", pApp->CurrentFrequency());
+    show(plFPS);
+  }
   if (plRealFPS) {
     float noVsync = 0;
     const float fps = getFPS(&noVsync);
-    char text[32];
     std::snprintf(text, sizeof text, "FPS: %03.1f (%03.1f)", fps, noVsync);
-    plRealFPS->SetText(text);
+    show(plRealFPS);
   }
   return 0;
 }
