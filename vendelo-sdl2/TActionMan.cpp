@@ -51,7 +51,7 @@ void TActionMan::GenerateAction(std::string ActionName, void* hActionData, Actio
   auto action = std::make_unique<TGeneratedAction>(TGeneratedAction{std::move(ActionName), hActionData, Filter});
   TMutexGuard lock(ActionQueueMutex);
   GeneratedActionQueue.push(action.get());
-  action.release();
+  static_cast<void>(action.release());
 }
 
 void TActionMan::GenerateAction_immediate(std::string ActionName, void* hActionData, ActionHandleType Filter) {

@@ -116,7 +116,7 @@ int TJackpotsPanel::load() {
 }
 
 void TJackpotsPanel::CreateJackpotPanel(const std::vector<JackpotsData>& jackpotData) {
-  if (pApp) pApp->ThreadCheck(THREAD_DRAW);
+  pApp->ThreadCheck(THREAD_DRAW);
   // Retries at exactly 0 refuse, below 0 do not: a panel that has been given up is tried again after that.
   if (mIsPanelCreated || mPanelCreationRetrys == 0) return;
   mNumJackpots = static_cast<int>(jackpotData.size());
@@ -126,8 +126,9 @@ void TJackpotsPanel::CreateJackpotPanel(const std::vector<JackpotsData>& jackpot
     createTitle();
     TBuild build(mNumJackpots);
     build.font = TBitmapFont::FindBitmapFont("cypherFont");
-    if (!build.font)
+    if (!build.font)  // it registers itself and stays
       build.font = new TBitmapFont(GetRenderer(), "cypherFont", MyUtils::ImageDir() + "Fonts/currency.fnt");
+    // NOLINTNEXTLINE(clang-analyzer-cplusplus.NewDeleteLeaks): the font's register owns it
     for (const JackpotsData& level : jackpotData) createLevel(level, build);
     mWinAnimation = TAnimation(0.0f, 1.0f, 1000, AT_CUSTOM);
     mAnimationPhase = 0;

@@ -14,7 +14,7 @@ constexpr BadName NAMES[] = {
   {"large", Bad::Large},   {"flood", Bad::Flood},   {"deep", Bad::Deep},       {"i8", Bad::I8},
   {"utf8", Bad::Utf8},     {"slow", Bad::Slow},     {"drip", Bad::Drip}};
 
-constexpr size_t LARGE_BYTES = 600 * 1024;
+constexpr size_t LARGE_BYTES = size_t{600} * 1024;
 constexpr int DEEP_LEVELS = 200;
 
 const std::string HEAD = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\r\n<methodResponse>";

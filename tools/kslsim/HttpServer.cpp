@@ -9,7 +9,7 @@
 namespace kslsim {
 namespace {
 
-constexpr size_t BODY_LIMIT = 512 * 1024;
+constexpr size_t BODY_LIMIT = size_t{512} * 1024;
 constexpr int WORKERS = 64;  // every connection that is kept open holds one
 constexpr int KEEP_ALIVE_SECONDS = 60;
 constexpr size_t KEEP_ALIVE_CALLS = 1000000;

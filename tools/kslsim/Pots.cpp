@@ -33,7 +33,7 @@ int64_t Pots::next(Movement& movement, int64_t now, const Json& level, bool& end
     if (due == movement.done) return pot;
     movement.done = due;
     return narrow(Wide(movement.from) +
-                  (Wide(movement.to) - movement.from) * (due * movement.every) / movement.duration);
+                  (Wide(movement.to) - movement.from) * (Wide(due) * movement.every) / movement.duration);
   }
   Wide grown = pot;
   for (; movement.done < due; ++movement.done) {

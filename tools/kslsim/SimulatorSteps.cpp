@@ -14,7 +14,7 @@ struct Argument {
   int64_t most = INT64_MAX;
 };
 
-constexpr int64_t DAY = 24 * 60 * 60 * 1000;
+constexpr int64_t DAY = int64_t{24} * 60 * 60 * 1000;
 
 bool hasForm(const Json& value, const Argument& argument) {
   switch (argument.form) {
