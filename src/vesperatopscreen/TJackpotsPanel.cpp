@@ -128,8 +128,8 @@ void TJackpotsPanel::CreateJackpotPanel(const std::vector<JackpotsData>& jackpot
     build.font = TBitmapFont::FindBitmapFont("cypherFont");
     if (!build.font)  // it registers itself and stays
       build.font = new TBitmapFont(GetRenderer(), "cypherFont", MyUtils::ImageDir() + "Fonts/currency.fnt");
-    // NOLINTNEXTLINE(clang-analyzer-cplusplus.NewDeleteLeaks): the font's register owns it
     for (const JackpotsData& level : jackpotData) createLevel(level, build);
+    // NOLINTNEXTLINE(clang-analyzer-cplusplus.NewDeleteLeaks): the list of fonts owns the font
     mWinAnimation = TAnimation(0.0f, 1.0f, 1000, AT_CUSTOM);
     mAnimationPhase = 0;
     mIdleAnimation = -1;
