@@ -51,7 +51,7 @@ class TInterfaces {
     return nullptr;
   }
 
-  // The address as text; false when the question fails.
+  // The address as text, as inet_ntoa writes it but without its static buffer; false when the question fails.
   bool address(const ifreq& entry, std::string& text) const {
     ifreq question = entry;
     if (NetworkSeams.Ioctl(mSocket, SIOCGIFADDR, &question) < 0) return false;

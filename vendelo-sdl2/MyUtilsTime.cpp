@@ -1,5 +1,6 @@
 #include <SDL.h>
 
+#include <cstdio>
 #include <cstdlib>
 #include <ctime>
 
@@ -13,22 +14,36 @@ namespace {
 // A distance on the tick clock that only a wrap of its 32 bits explains.
 constexpr Uint32 OverflowConstant = 0x7fffffff;
 
-std::string localTime(const char* format) {
+tm localNow() {
   const time_t now = std::time(nullptr);
   tm local{};
   localtime_r(&now, &local);
-  char buffer[79] = "";
-  std::strftime(buffer, sizeof buffer, format, &local);
-  return buffer;
+  return local;
 }
 
 }  // namespace
 
-std::string GetCurrentTimeString() { return localTime("%H:%M:%S"); }
+std::string GetCurrentTimeString() {
+  const tm local = localNow();
+  char buffer[64] = "";
+  std::snprintf(buffer, sizeof buffer, "%02d:%02d:%02d", local.tm_hour, local.tm_min, local.tm_sec);
+  return buffer;
+}
 
-std::string GetCurrentTimeStampString() { return localTime("%H:%M:%S %Y-%m-%d"); }
+std::string GetCurrentTimeStampString() {
+  const tm local = localNow();
+  char buffer[79] = "";
+  std::snprintf(buffer, sizeof buffer, "%02d:%02d:%02d %04d-%02d-%02d", local.tm_hour, local.tm_min, local.tm_sec,
+                local.tm_year + 1900, local.tm_mon + 1, local.tm_mday);
+  return buffer;
+}
 
-std::string GetCurrentDateString() { return localTime("%F"); }
+std::string GetCurrentDateString() {
+  const tm local = localNow();
+  char buffer[79] = "";
+  std::strftime(buffer, sizeof buffer, "%F", &local);
+  return buffer;
+}
 
 bool IsTime(Uint32& LastTime, Uint32 Interval, bool UpdateLastTime) {
   const Uint32 ticks = SDL_GetTicks();

@@ -1,6 +1,9 @@
 #include <gtest/gtest.h>
 
 #include <climits>
+#include <clocale>
+#include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <locale>
 
@@ -64,6 +67,17 @@ TEST_F(NumbersTest, UpdateLocaleMakesTheSeparatorsGlobal) {
   MyUtils::thousand_separator = '\'';
   MyUtils::UpdateLocale("C");
   EXPECT_EQ(MyUtils::int2str(1234567), "1'234'567");
+}
+
+TEST_F(NumbersTest, TheCLibraryKeepsItsLocale) {
+  MyUtils::UpdateLocale("C.UTF-8");
+  EXPECT_EQ(MyUtils::baseLocaleName, "C.UTF-8");
+  EXPECT_EQ(MyUtils::currency2string(1234567.5, 1), "1.234.567,5");
+  char text[32];
+  std::snprintf(text, sizeof text, "%.1f", 1234567.5);
+  EXPECT_STREQ(text, "1234567.5");
+  EXPECT_EQ(std::strtod("1234.5", nullptr), 1234.5);
+  EXPECT_STREQ(std::setlocale(LC_ALL, nullptr), "C");
 }
 
 TEST_F(NumbersTest, AnUnknownLocaleThrowsAndKeepsTheOldOne) {
