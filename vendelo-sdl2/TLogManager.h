@@ -24,8 +24,9 @@ using TLogType = unsigned int;
 struct TLogEntry {
   TLogType LogType = 0;
   unsigned long GameId = 0;
-  std::string Message;  // the finished line without line end
-  char Color = 0;       // 0 none, else an index of the terminal's 256-colour palette
+  short LogEntryIndex = 0;  // reserved: nothing sets or reads it
+  std::string Message;      // the finished line without line end
+  char Color = 0;           // 0 none, else an index of the terminal's 256-colour palette
 };
 
 // Told of every line on the thread that polls; LinesToGo counts the lines behind it in the same Poll.

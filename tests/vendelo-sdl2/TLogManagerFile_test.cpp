@@ -210,6 +210,44 @@ TEST_F(TLogManagerTest, DateIsLookedAtAfterMoreThan10SecondsAndOnlyWithALine) {
     << read(second);
 }
 
+TEST_F(TLogManagerTest, AFolderThatCannotBeListedAtADateChangeThrowsOutOfPoll) {
+  const fs::path sub = folder / "sub";
+  setenv("TZ", "EARLY12", 1);
+  tzset();
+  TLogManager manager;
+  manager.Init((sub / "app.log").string(), nullptr, nullptr, true);
+  setenv("TZ", "LATE-14", 1);
+  tzset();
+  fs::remove_all(sub);
+  std::ofstream(sub) << "no folder";
+  manager.WriteLog("lost with the poll");
+  clock.advance(10001);
+  EXPECT_THROW(manager.Poll(), fs::filesystem_error);
+  fs::remove(sub);
+  manager.WriteLog("too early for the date");
+  console();
+  manager.Poll();
+  EXPECT_NE(console().find("logman(logfile error): "), std::string::npos);
+  manager.WriteLog("comes through");
+  clock.advance(10001);
+  manager.Poll();
+  manager.Destroy();
+  EXPECT_TRUE(std::regex_match(read(sub / dated("app").filename()),
+                               std::regex("== APP CREATED THIS FILE ==\n\n\n.{24}: comes through\n")));
+}
+
+// The extension is taken out wherever it stands, and the folder is made under its full name.
+TEST_F(TLogManagerTest, AFolderNamedLikeALogIsNotWhereTheFileGoes) {
+  TLogManager manager;
+  manager.Init((folder / "x.logs" / "app.log").string(), nullptr, nullptr, false);
+  EXPECT_EQ(manager.GetLogFileName(), (folder / "xs" / dated("app").filename()).string());
+  EXPECT_TRUE(fs::is_directory(folder / "x.logs"));
+  EXPECT_FALSE(fs::exists(folder / "xs"));
+  EXPECT_NE(console().find("Can't open log file "), std::string::npos);
+  fs::create_directory(folder / "xs");
+  EXPECT_EQ(manager.Open(), 0);
+}
+
 TEST_F(TLogManagerTest, CloseOfAClosedFileSaysNothing) {
   TLogManager manager;
   init(manager);

@@ -2,9 +2,8 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
+#include <locale>
 #include <stdexcept>
-#include <thread>
 
 #include "common/Logger.h"
 #include "tests/vendelo-sdl2/TLogManagerFixture.h"
@@ -163,6 +162,21 @@ TEST_F(TLogManagerTest, HistoryKeepsTheLastFiftyLines) {
   EXPECT_EQ(manager.PopLogHistory(), "");
 }
 
+TEST_F(TLogManagerTest, TheUsersLocaleGroupsNoDigitsInALine) {
+  Recorder manager;
+  init(manager);
+  MyUtils::UpdateLocale("C");
+  ASSERT_EQ(MyUtils::int2str(65540), "65.540");
+  manager.WriteLog(0x10004, 0, "value %d", 1234567);
+  manager.SetOutputToConsole(true);
+  console();
+  manager.WriteColoredLog(static_cast<char>(200), 0, 0, "bright");
+  std::locale::global(std::locale::classic());
+  EXPECT_EQ(console().substr(0, 11), "\x1b[38;5;200m");
+  manager.Poll();
+  EXPECT_EQ(manager.entries.at(0).Message.substr(24), ": LT_USER_65540: WARN: value 1234567");
+}
+
 TEST_F(TLogManagerTest, LastLogIsTheBareText) {
   TLogManager manager;
   init(manager);
@@ -268,35 +282,6 @@ TEST_F(TLogManagerTest, AManagerThatDiesWithoutDestroyLeavesLogmanAlone) {
     EXPECT_EQ(logman::WriteLog("x"), 0);
   }
   EXPECT_EQ(logman::WriteLog("x"), -1);
-}
-
-TEST_F(TLogManagerTest, ThreadsWriteWhileTheMainLoopPolls) {
-  constexpr int NumThreads = 4, NumLines = 250;
-  Recorder manager;
-  init(manager);
-  std::vector<std::thread> threads;
-  for (int t = 0; t < NumThreads; ++t)
-    threads.emplace_back([&, t] {
-      for (int i = 0; i < NumLines; ++i) {
-        if (i % 2)
-          manager.WriteLog(3, 0, "thread %d line %d", t, i);
-        else
-          logman::WriteLog(3, 0, "thread %d line %d", t, i);
-        manager.GetLastLog();
-        manager.SetOutputToConsole(false);
-      }
-    });
-  while (manager.entries.size() < NumThreads * NumLines) manager.Poll();
-  for (auto& thread : threads) thread.join();
-  std::vector<int> next(NumThreads, 0);
-  for (const auto& entry : manager.entries) {
-    int t = -1, i = -1;
-    ASSERT_EQ(std::sscanf(entry.Message.c_str() + 24, ": INFO: thread %d line %d", &t, &i), 2) << entry.Message;
-    EXPECT_EQ(i, next.at(t)++);  // each thread's lines in its own order
-  }
-  manager.Destroy();
-  const std::string text = read(dated("app"));
-  EXPECT_EQ(std::count(text.begin(), text.end(), '\n'), 3 + NumThreads * NumLines);
 }
 
 }  // namespace
