@@ -4,42 +4,13 @@
 
 #include <cstdlib>
 #include <ctime>
-#include <set>
-#include <thread>
 
+#include "tests/common/LoggerFixture.h"
 #include "wserver/Timing.h"
 
 namespace {
 
 using namespace logs;
-
-// Each test begins with an empty history of 100 entries, the console as output and the filter of a fresh program.
-class LoggerTest : public testing::Test {
- protected:
-  void SetUp() override { reset(); }
-  void TearDown() override { reset(); }
-
-  static void reset() {
-    ScopedLock lock(Logger::CachedHistory);
-    Logger::CachedHistory->clear();
-    Logger::MaxHistoryCacheSize = 100;
-    Logger::Output = nullptr;
-    LogApp.Output = nullptr;
-    LogApp.DefaultFilter = LogVerbosityFilter::MoreSevere_Inclusive(Normal);
-  }
-
-  static std::vector<LogEntry> history() {
-    std::vector<LogEntry> entries;
-    const size_t count = Logger::GetHistory(entries);
-    EXPECT_EQ(count, entries.size());
-    return entries;
-  }
-};
-
-class Component : public LoggingComponent {
- public:
-  const LogCategory& GetLogCategory() const override { return LogApp; }
-};
 
 class StrippedCategory : public LogCategory {
  public:
@@ -161,7 +132,7 @@ TEST_F(LoggerTest, TextsAreCutAt4095Bytes) {
   const std::string tooLong = fits + "b";
   Logger::Log(LogApp, Info, "%s", fits.c_str());
   Logger::Log(LogApp, Info, "%s", tooLong.c_str());
-  Component component;
+  LogTestComponent component;
   component.Log(Info, "%s", tooLong.c_str());
   const auto entries = history();
   ASSERT_EQ(entries.size(), 3u);
@@ -314,88 +285,6 @@ TEST_F(LoggerTest, CategoriesAreListedByNameAndASecondOfOneNameIsNotEntered) {
   Logger::SetVerbosity("aaa", Error);
   EXPECT_EQ(second.DefaultFilter.Filter, 3);
   EXPECT_EQ(duplicate.DefaultFilter.Filter, 1);
-}
-
-TEST_F(LoggerTest, AComponentLogsUnderItsNumberNameAndPrefix) {
-  std::vector<LogEntry> seen;
-  Logger::Output = [&](const LogEntry& entry) { seen.push_back(entry); };
-  Component component;
-  component.LogComponentName = "loader";
-  component.Log(Warning, "%d of %d", 1, 2);
-  component.LogPrefix = [] { return std::string("[x] "); };
-  component.Log(Info, "%d", 3);
-  component.Log(Info, "%s", "");  // the prefix alone is a message
-  ASSERT_EQ(seen.size(), 3u);
-  EXPECT_EQ(seen[0].Message, "1 of 2");
-  EXPECT_EQ(seen[0].OwnerID, component.LoggingID());
-  EXPECT_EQ(seen[0].ComponentName, "loader");
-  EXPECT_EQ(seen[0].Verbosity, Warning);
-  EXPECT_GT(seen[0].Time, 0u);
-  EXPECT_EQ(seen[1].Message, "[x] 3");
-  EXPECT_EQ(seen[2].Message, "[x] ");
-}
-
-TEST_F(LoggerTest, ComponentLogIgnoresNothingnessAndNobody) {
-  Component component;
-  Logger::ComponentLog(&component, Error, "");
-  Logger::ComponentLog(nullptr, Error, "text");
-  component.Log(Error, "%s", "");
-  EXPECT_TRUE(history().empty());
-}
-
-TEST_F(LoggerTest, ComponentsAreNumberedFromOneByTheirCount) {
-  Component first;
-  EXPECT_EQ(first.LoggingID(), 1u);
-  Component second;
-  EXPECT_EQ(second.LoggingID(), 2u);
-  ScopedLock lock(Logger::Components);
-  EXPECT_EQ(Logger::Components->size(), 2u);
-  EXPECT_EQ(Logger::Components->at(2), &second);
-}
-
-TEST_F(LoggerTest, ANumberStillInUseIsSharedAndStaysWithItsOwner) {
-  auto first = std::make_unique<Component>();
-  Component second;
-  first.reset();
-  {
-    Component third;  // one component is left, so the count says 2 again
-    EXPECT_EQ(third.LoggingID(), second.LoggingID());
-  }
-  ScopedLock lock(Logger::Components);
-  ASSERT_EQ(Logger::Components->count(second.LoggingID()), 1u);
-  EXPECT_EQ(Logger::Components->at(second.LoggingID()), &second);
-}
-
-TEST_F(LoggerTest, UnregisteringByNumberTakesTheComponentOut) {
-  Component component;
-  Logger::UnregisterComponent(component.LoggingID());
-  Logger::UnregisterComponent(4711);
-  ScopedLock lock(Logger::Components);
-  EXPECT_TRUE(Logger::Components->empty());
-}
-
-TEST_F(LoggerTest, ManyThreadsLoseNoEntryAndMixNoText) {
-  constexpr int NumThreads = 4, NumLines = 200;
-  Logger::MaxHistoryCacheSize = NumThreads * NumLines;
-  Logger::Output = [](const LogEntry&) {};
-  std::vector<std::thread> threads;
-  for (int t = 0; t < NumThreads; ++t)
-    threads.emplace_back([t] {
-      Component component;
-      for (int i = 0; i < NumLines; ++i) {
-        if (i % 2)
-          KLOG(LogApp, Info, "thread %d line %d", t, i);
-        else
-          component.Log(Info, "thread %d line %d", t, i);
-        Logger::SetVerbosity("app", i % 3 ? Normal : Debug);
-        (void)LogApp.IsSupressed(Debug);
-      }
-    });
-  for (auto& thread : threads) thread.join();
-  std::set<std::string> texts;
-  for (const auto& entry : history()) texts.insert(entry.Message);
-  EXPECT_EQ(texts.size(), static_cast<size_t>(NumThreads * NumLines));
-  EXPECT_EQ(texts.count("thread 3 line 199"), 1u);
 }
 
 }  // namespace
