@@ -31,6 +31,19 @@ TEST(CreditArray, StartsAtZero) {
   EXPECT_EQ(CreditArray(), CreditArray::ZeroCredits);
 }
 
+TEST(CreditArray, KindsHaveTheirPlaces) {
+  const CreditType kinds[] = {CREDIT_NON_RESTRICTED, CREDIT_RESTRICTED, CREDIT_CASHABLE,
+                              CREDIT_FICHAS,         CREDIT_RESERVA,    CREDIT_BANCO};
+  for (int i = 0; i < 6; ++i) {
+    EXPECT_EQ(i, kinds[i]);
+    const CreditArray one(kinds[i], 7);
+    for (int j = 0; j < 6; ++j) EXPECT_EQ(i == j ? 7 : 0, one[j]);
+    EXPECT_EQ(7, one[kinds[i]]);
+    EXPECT_EQ(7, one.Total());
+  }
+  EXPECT_EQ(6, CREDIT_ALL);
+}
+
 TEST(CreditArray, SetsOneKindOrAll) {
   EXPECT_EQ(amounts(0, 5, 0, 0, 0, 0), CreditArray(CREDIT_RESTRICTED, 5));
   EXPECT_EQ(amounts(3, 3, 3, 3, 3, 3), CreditArray(CREDIT_ALL, 3));
@@ -112,6 +125,24 @@ TEST(CreditArray, ASumOfZeroIsNotEmpty) {
   EXPECT_FALSE(credits.IsEmpty());
 }
 
+TEST(CreditArray, SignsOfASumAreThoseOfItsKinds) {
+  const struct {
+    CreditArray credits;
+    bool positive, positiveOrZero, negative, negativeOrZero;
+  } rows[] = {{amounts(0, 0, 0, 0, 0, 0), false, true, false, true},
+              {amounts(1, 0, 0, 0, 0, 0), true, true, false, false},
+              {amounts(0, 0, 0, 0, 0, -1), false, false, true, true},
+              {amounts(5, -5, 0, 0, 0, 0), false, false, false, false},
+              {amounts(9, 0, 0, -1, 0, 0), false, false, false, false},
+              {amounts(-9, 0, 0, 1, 0, 0), false, false, false, false}};
+  for (const auto& row : rows) {
+    EXPECT_EQ(row.positive, row.credits.IsStrictlyPositive(false));
+    EXPECT_EQ(row.positiveOrZero, row.credits.IsStrictlyPositive(true));
+    EXPECT_EQ(row.negative, row.credits.IsStrictlyNegative(false));
+    EXPECT_EQ(row.negativeOrZero, row.credits.IsStrictlyNegative(true));
+  }
+}
+
 TEST(CreditArray, NegativeKindsBecomeZero) {
   CreditArray credits = amounts(5, -5, 0, -1, 2, 0);
   credits.ZeroOutNegative();
@@ -127,6 +158,8 @@ TEST(CreditArray, ABetIsPaidFromThreeKindsInOrder) {
   EXPECT_EQ(amounts(4, 3, 1, 0, 0, 0), held.MakeBet(8));
   EXPECT_EQ(amounts(4, 3, 1, 0, 0, 0), held.MakeBet(10));
   EXPECT_EQ(8, held.MakeBet(10).Total());
+  EXPECT_EQ(amounts(4, 3, 1, 0, 0, 0), held.MakeBet(std::numeric_limits<uint64_t>::max()));
+  EXPECT_EQ(amounts(4, 3, 1, 100, 100, 100), held);  // nothing is taken from what is asked
 }
 
 TEST(CreditArray, AKindInTheRedPaysNothing) {

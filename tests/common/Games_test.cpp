@@ -74,14 +74,41 @@ TEST_F(Games, VisitsTheGamesProperInTheOrderOfNamesUntilToldToStop) {
   EXPECT_EQ((std::vector<std::string>{"Apple"}), visited);
 }
 
-TEST_F(Games, TypesHaveNames) {
-  EXPECT_EQ(GAMETYPE_MENU, parseGameType("MENU"));
-  EXPECT_EQ(GAMETYPE_TOPSCREEN, parseGameType("TOPSCREEN"));
-  EXPECT_EQ(GAMETYPE_ROULETTE, parseGameType("ROULETTE"));
-  EXPECT_EQ(GAMETYPE_VESPERA_SLOTGAME, parseGameType("VESPERA_SLOTGAME"));
+TEST_F(Games, ANameLeadsToTheGameThatTookItLast) {
+  ASSERT_TRUE(GameRegistryEntry::RegisterGame(5, "Wheel", "ROULETTE"));
+  ASSERT_TRUE(GameRegistryEntry::RegisterGame(6, "Wheel", "VESPERA_SLOTGAME"));
+  EXPECT_EQ(6, GameRegistryEntry::findGameByName("Wheel").ID);
+  EXPECT_EQ("Wheel", AllGames[5].name);
+  EXPECT_EQ(&GAME_NULL, &GameRegistryEntry::findGameByID(5));  // the search walks the names
+  EXPECT_EQ(&AllGames[6], &GameRegistryEntry::findGameByID(6));
+}
+
+TEST_F(Games, TheMenuHasTheEmptyName) {
+  EXPECT_EQ(GAME_MENU, GameRegistryEntry::findGameByName(""));
+  EXPECT_EQ(GAME_MENU, GameRegistryEntry::findGameByID(0));
+  EXPECT_EQ(GAME_TOPSCREEN, GameRegistryEntry::findGameByName("TopScreen"));
+  EXPECT_EQ(GAME_TOPSCREEN, GameRegistryEntry::findGameByID(1));
+}
+
+TEST_F(Games, TypesHaveNumbersAndNames) {
+  const struct {
+    GameTypes type;
+    int number;
+    const char* name;
+  } rows[] = {{GAMETYPE_MENU, 1, "MENU"},
+              {GAMETYPE_TOPSCREEN, 2, "TOPSCREEN"},
+              {GAMETYPE_ROULETTE, 3, "ROULETTE"},
+              {GAMETYPE_VESPERA_SLOTGAME, 4, "VESPERA_SLOTGAME"}};
+  for (const auto& row : rows) {
+    EXPECT_EQ(row.number, row.type);
+    EXPECT_EQ(row.type, parseGameType(row.name));
+    EXPECT_EQ(row.name, getTypeName(row.type));
+    EXPECT_EQ(row.type, GameTypeStrings.at(row.name));
+  }
+  EXPECT_EQ(4U, GameTypeStrings.size());
+  EXPECT_EQ(0, GAMETYPE_NULL_TYPE);
   EXPECT_EQ(GAMETYPE_NULL_TYPE, parseGameType("menu"));
-  EXPECT_EQ("VESPERA_SLOTGAME", getTypeName(GAMETYPE_VESPERA_SLOTGAME));
+  EXPECT_EQ(GAMETYPE_NULL_TYPE, parseGameType(""));
   EXPECT_EQ("", getTypeName(GAMETYPE_NULL_TYPE));
   EXPECT_EQ("", getTypeName(static_cast<GameTypes>(99)));
-  EXPECT_EQ(4U, GameTypeStrings.size());
 }
