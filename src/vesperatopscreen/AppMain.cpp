@@ -26,6 +26,7 @@ int AppMain(int argc, char** argv, const ApplicationMaker& MakeApplication) {
   pApp = application;
   try {
     if (application->Init() != 0) {
+      application->ServePendingSignal();
       application->EndDrawThread();
       application->Destroy();
       delete application;

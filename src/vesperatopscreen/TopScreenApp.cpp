@@ -84,6 +84,7 @@ int TopScreenApp::RunOnce() {
     if (LastEvent.type == SDL_KEYDOWN && LastEvent.key.keysym.sym == SDLK_F10)
       GenerateAction("ShowFPS", nullptr, ACTION_ANY);
   }
+  if (!pKSL) return 0;  // a signal during the load runs the shutdown's passes before there is a client
   if (hasNoData) {
     // Cleared whether or not the request can be queued: only a callback asks again.
     hasNoData = false;

@@ -380,3 +380,39 @@ TEST_F(TopScreenAppTest, InitNeedsTheHomeDirectory) {
   unsetenv("HOME_DIR");
   EXPECT_EQ(-1, app.Init());
 }
+
+TEST_F(TopScreenAppTest, ReleasedEscapeAndAClosedWindowEndTheLoopAndAPressDoesNot) {
+  const struct {
+    const char* name;
+    std::function<void(TestApp&)> post;
+    int result;
+  } rows[] = {
+    {"press", [](TestApp& a) { a.Quit(); }, 0},
+    {"release of another key", [](TestApp& a) { a.PostSDLKeyboardEvent(false, SDLK_RETURN, KMOD_NONE); }, 0},
+    {"release", [](TestApp& a) { a.PostSDLKeyboardEvent(false, SDLK_ESCAPE, KMOD_NONE); }, 1},
+    {"closed",
+     [](TestApp&) {
+       SDL_Event quit{};
+       quit.type = SDL_QUIT;
+       SDL_PushEvent(&quit);
+     },
+     1},
+  };
+  setenv("SDL_VIDEODRIVER", "dummy", 1);
+  for (const auto& row : rows) {
+    TestApp fresh;
+    ASSERT_EQ(SDL_Init(SDL_INIT_VIDEO | SDL_INIT_EVENTS), 0);
+    SDL_FlushEvents(SDL_FIRSTEVENT, SDL_LASTEVENT);
+    row.post(fresh);
+    EXPECT_EQ(fresh.RunOnce(), row.result) << row.name;
+    EXPECT_EQ(fresh.status() == TApplication::APP_TERMINATE, row.result == 1) << row.name;
+    EXPECT_EQ(fresh.TerminationType, DEFAULT);
+  }
+}
+
+TEST_F(TopScreenAppTest, TheLogicRunsBeforeThereIsAClientAndAsksLater) {
+  app.updatedGame = true;
+  EXPECT_EQ(app.RunOnce(), 0);
+  EXPECT_TRUE(app.hasNoData);
+  EXPECT_TRUE(app.updatedGame);
+}

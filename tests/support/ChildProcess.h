@@ -1,0 +1,30 @@
+#pragma once
+
+#include <sys/types.h>
+#include <functional>
+#include <string>
+
+// A function of the test in a process of its own, made by a fork: several run at the same time, and none can hang
+// the test. The test's process must have one thread when it makes one.
+class ChildProcess {
+ public:
+  // A body that comes to its end ends the process with exit code 99.
+  explicit ChildProcess(const std::function<void()>& body);
+  // Kills what still runs.
+  ~ChildProcess();
+  ChildProcess(const ChildProcess&) = delete;
+  ChildProcess& operator=(const ChildProcess&) = delete;
+
+  // How the process has ended: "exit 15", "signal 11", or "hung" when it had to be killed after two minutes.
+  const std::string& end();
+  // All that it has written to both outputs until it ended.
+  const std::string& output();
+
+ private:
+  pid_t mPid = -1;
+  int mPipe = -1;
+  std::string mEnd, mOutput;
+};
+
+// How often the text stands in the other one.
+int occurrences(const std::string& text, const std::string& of);
