@@ -215,6 +215,31 @@ class Program(unittest.TestCase):
                 self.assertEqual(done.returncode, 2)
                 self.assertEqual(done.stderr, f"{file.name}:2:18: there is no such step\n")
 
+    def test_starts_as_the_command_line_says(self):
+        simulator = Simulator("--levels", "2", "--seed", "3", "--set", "DemoMode=true", "--set",
+                              "JackpotErrorString=12", "--set", "IntegrityCheckData=a text", "--do",
+                              '{"do": "add", "level": {"Name": "MINE"}}', "--do", '{"do": "down", "ms": 1}')
+        self.addCleanup(simulator.end)
+        state = simulator.get("/api/state")["state"]
+        self.assertEqual([level["Name"] for level in state["JackpotData"]], ["GOLD", "SILVER", "MINE"])
+        self.assertEqual((state["DemoMode"], state["JackpotErrorString"], state["IntegrityCheckData"]),
+                         (True, "12", "a text"))
+        pot = state["JackpotData"][0]["CurrentPot"]
+        until(lambda: simulator.get("/api/state")["state"]["JackpotData"][0]["CurrentPot"] > pot)
+
+    def test_wrong_command_line_is_said(self):
+        for arguments, complaint in ((["--set", "DemoMode"], "--set DemoMode: expected FIELD=VALUE\n"),
+                                     (["--set", "Demo=1"], '--set Demo=1: unknown field "Demo"\n'),
+                                     (["--set", "MinBet=x"], "--set MinBet=x: expected a number of 64 bits\n"),
+                                     (["--do", '{"do":\n"dance"}'], "--do: 2:1: there is no such step\n"),
+                                     (["--do", '{"do": "win", "id": 0}'], '--do: 1:21: no level has the "Id" 0\n')):
+            done = subprocess.run([PROGRAM, "--check", *arguments], capture_output=True, text=True, timeout=BOUND)
+            self.assertEqual((done.returncode, done.stderr), (2, complaint))
+        for arguments in (["--levels", "5"], ["--port", "x"], ["--odd"]):
+            done = subprocess.run([PROGRAM, "--check", *arguments], capture_output=True, text=True, timeout=BOUND)
+            self.assertGreater(done.returncode, 100)
+            self.assertIn(arguments[0], done.stderr)
+
     def test_taken_port_is_said(self):
         simulator = Simulator()
         self.addCleanup(simulator.end)

@@ -35,6 +35,7 @@ void Simulator::advance() {
       entries.push_back(std::move(entry));
     }
     mPots.advance(time, mPlatform);
+    mHouse.advance(time, mPlatform);
     tellClients(false);
     if (mUpAt >= 0 && time >= mUpAt) {
       mUpAt = -1;

@@ -6,6 +6,7 @@
 
 #include "tools/kslsim/BadReplies.h"
 #include "tools/kslsim/Clients.h"
+#include "tools/kslsim/House.h"
 #include "tools/kslsim/Pots.h"
 #include "tools/kslsim/RequestLog.h"
 #include "tools/kslsim/Scenario.h"
@@ -86,6 +87,7 @@ class Simulator {
   void doPot(const Json& step);
   void doRamp(const Json& step);
   void doGrow(const Json& step);
+  void doPlay(const Json& step);
   void doStop(const Json& step);
   void doWin(const Json& step);
   void doGame(const Json& step);
@@ -109,6 +111,7 @@ class Simulator {
   Platform mPlatform;
   Clients mClients;
   Pots mPots;
+  House mHouse;  // a level moves by one of the two at most
   BadReplies mBadReplies;
   Json mInit, mService;
   Json mParams = Json::object();

@@ -111,6 +111,15 @@ const std::vector<Simulator::StepKind>& Simulator::stepKinds() {
       {"min", Form::Number, false, 0, INT32_MAX},
       {"max", Form::Number, false, 0, INT32_MAX},
       {"seed", Form::Number, false, 0, INT64_MAX}}},
+    {"play",
+     &Simulator::doPlay,
+     {id,
+      every,
+      {"bets", Form::Number, false, 0, 1000000},
+      {"bet", Form::Number, false, 1, 1000000000},
+      {"share", Form::Number, false, 0, 1000},
+      {"show", Form::Number, false, 0, DAY},
+      {"seed", Form::Number, false, 0, INT64_MAX}}},
     {"stop", &Simulator::doStop, {{"id", Form::Number, false, INT32_MIN, INT32_MAX}}},
     {"win", &Simulator::doWin, {id, {"on", Form::Flag, false}, {"text", Form::Text, false}, silent}},
     {"game",
@@ -195,6 +204,7 @@ void Simulator::doPot(const Json& step) {
 
 void Simulator::doRamp(const Json& step) {
   const Json& level = mPlatform.level(levelId(step), "/id");
+  mHouse.close(levelId(step));
   mPots.ramp(levelId(step), level["CurrentPot"].get<int64_t>(), step["to"].get<int64_t>(), now(),
              step["ms"].get<int64_t>(), number(step, "every", 200));
 }
@@ -204,14 +214,29 @@ void Simulator::doGrow(const Json& step) {
   const int64_t least = number(step, "min", 1);
   const int64_t most = number(step, "max", 100);
   if (most < least) throw InputError(step.contains("max") ? "/max" : "/min", "\"max\" is below \"min\"");
+  mHouse.close(levelId(step));
   mPots.grow(levelId(step), now(), number(step, "every", 500), least, most,
              static_cast<uint64_t>(number(step, "seed", 1)));
 }
 
-void Simulator::doStop(const Json& step) {
-  if (!step.contains("id")) return mPots.stopAll();
+void Simulator::doPlay(const Json& step) {
   mPlatform.level(levelId(step), "/id");
   mPots.stop(levelId(step));
+  mHouse.open(
+    levelId(step),
+    {number(step, "every", 300), number(step, "bets", 300), number(step, "bet", 100), number(step, "share", 10),
+     number(step, "show", 8000), static_cast<uint64_t>(number(step, "seed", 1))},
+    now());
+}
+
+void Simulator::doStop(const Json& step) {
+  if (!step.contains("id")) {
+    mPots.stopAll();
+    return mHouse.closeAll();
+  }
+  mPlatform.level(levelId(step), "/id");
+  mPots.stop(levelId(step));
+  mHouse.close(levelId(step));
 }
 
 void Simulator::doWin(const Json& step) {

@@ -7,10 +7,64 @@
 
 #include "tools/kslsim/Service.h"
 
+namespace {
+
+// What the command line adds to the scenario; done before it.
+struct Wishes {
+  std::vector<std::string> steps;   // JSON
+  std::vector<std::string> fields;  // FIELD=VALUE of the state
+  int levels = 0;
+  uint64_t seed = 1;
+};
+
+// Throws ScenarioError.
+void applyText(kslsim::Simulator& simulator, const std::string& text) {
+  const kslsim::PlacedJson json = kslsim::PlacedJson::parse(text);
+  try {
+    simulator.apply(json.value);
+  } catch (const kslsim::InputError& error) {
+    throw kslsim::ScenarioError(json.placeOf(error.path()), error.what());
+  }
+}
+
+// The value is JSON where it can be read so, and else a text. Throws InputError.
+void applyField(kslsim::Simulator& simulator, const std::string& wish) {
+  const size_t equals = wish.find('=');
+  if (equals == std::string::npos) throw kslsim::InputError("", "expected FIELD=VALUE");
+  const std::string field = wish.substr(0, equals), text = wish.substr(equals + 1);
+  const kslsim::Field* known = kslsim::findField(kslsim::stateFields(), field);
+  kslsim::Json value = kslsim::Json::parse(text, nullptr, false);
+  if (value.is_discarded() || (known && known->kind == kslsim::Kind::String)) value = text;
+  simulator.apply({{"do", "set"}, {"state", {{field, value}}}});
+}
+
+// False, with a line on the standard error, when a wish cannot be done.
+bool applyWishes(kslsim::Simulator& simulator, const Wishes& wishes) {
+  std::string at;
+  try {
+    for (const kslsim::Json& step : kslsim::houseSteps(wishes.levels, wishes.seed)) simulator.apply(step);
+    for (const std::string& field : wishes.fields) {
+      at = "--set " + field + ": ";
+      applyField(simulator, field);
+    }
+    for (const std::string& step : wishes.steps) {
+      at = "--do: ";
+      applyText(simulator, step);
+    }
+  } catch (const std::runtime_error& error) {
+    std::cerr << at << error.what() << std::endl;
+    return false;
+  }
+  return true;
+}
+
+}  // namespace
+
 int main(int argc, char** argv) {
   kslsim::Service::Options options;
   std::string scenarioFile;
   bool checkOnly = false;
+  Wishes wishes;
   CLI::App app("Simulator of the platform service of a gaming terminal");
   app.add_option("--port", options.port, "Port of the service; 0 for any free one")
     ->check(CLI::Range(0, 65535))
@@ -21,6 +75,14 @@ int main(int argc, char** argv) {
     ->capture_default_str();
   app.add_option("--path", options.path, "Path of the service")->capture_default_str();
   app.add_option("--scenario", scenarioFile, "File with the steps to play")->check(CLI::ExistingFile);
+  app.add_option("--levels", wishes.levels, "Levels with guests, whose pots grow, are won and start again")
+    ->check(CLI::Range(1, kslsim::HOUSE_LEVELS));
+  app.add_option("--seed", wishes.seed, "Seed of --levels")->capture_default_str();
+  app
+    .add_option("--set", wishes.fields, "FIELD=VALUE of the state, the value as JSON or text; any number of times")
+    ->allow_extra_args(false);
+  app.add_option("--do", wishes.steps, "A step as JSON, done at the start; any number of times")
+    ->allow_extra_args(false);
   app.add_option("--log", options.logFile, "File that gets every request as a line of JSON");
   app.add_flag("--check", checkOnly, "Read the scenario, say what is wrong with it, and end");
   CLI11_PARSE(app, argc, argv);
@@ -44,9 +106,10 @@ int main(int argc, char** argv) {
       return 2;
     }
   }
+  kslsim::Service service(options);
+  if (!applyWishes(service.simulator(), wishes)) return 2;
   if (checkOnly) return 0;
 
-  kslsim::Service service(options);
   service.simulator().play(scenario);
   std::string error;
   if (!service.start(error)) {

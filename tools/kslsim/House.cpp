@@ -1,0 +1,125 @@
+#include "tools/kslsim/House.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace kslsim {
+namespace {
+
+constexpr int64_t MINUTE = 60000;
+constexpr int64_t THOUSAND = 1000;
+constexpr int64_t MOST_BETS = 100000;  // in one look
+
+// Higher stakes are rarer. Drawn by hand: the library's distributions are not the same everywhere.
+constexpr int64_t STAKES[] = {1, 1, 1, 1, 1, 2, 2, 2, 3, 3, 5, 10};
+
+double fraction(std::mt19937_64& random) { return static_cast<double>(random() >> 11) * 0x1.0p-53; }
+
+// How many bets come when `mean` are expected: the waits between them are exponential.
+int64_t arrivals(std::mt19937_64& random, double mean) {
+  int64_t out = -1;
+  for (double waited = 0; waited < mean && out < MOST_BETS; ++out) waited -= std::log(1.0 - fraction(random));
+  return std::max<int64_t>(out, 0);
+}
+
+std::string amountText(int64_t amount, const Json& level) {
+  const int places = std::clamp(level["DecimalPlaces"].get<int>(), 0, 9);
+  std::string digits = std::to_string(amount);
+  if (static_cast<int>(digits.size()) <= places)
+    digits.insert(0, static_cast<size_t>(places) + 1 - digits.size(), '0');
+  if (places > 0) digits.insert(digits.size() - static_cast<size_t>(places), ".");
+  return digits + " " + level["Currency"].get<std::string>();
+}
+
+struct UsualLevel {
+  const char* name;
+  int mode;
+  int64_t pot, least, most, bets, share;
+};
+constexpr UsualLevel USUAL[HOUSE_LEVELS] = {{"GOLD", 1, 124837519, 100000000, 200000000, 900, 20},
+                                            {"SILVER", 1, 8463072, 5000000, 15000000, 600, 10},
+                                            {"BRONZE", 1, 731864, 250000, 1000000, 400, 8},
+                                            {"EMERALD", 2, 58975, 20000, 75000, 300, 5}};
+
+}  // namespace
+
+std::vector<Json> houseSteps(int levels, uint64_t seed) {
+  std::vector<Json> out;
+  for (int id = 0; id < levels && id < HOUSE_LEVELS; ++id) {
+    const UsualLevel& usual = USUAL[id];
+    Json level{{"Id", id},
+               {"Name", usual.name},
+               {"Mode", usual.mode},
+               {"CurrentPot", usual.pot},
+               {"MinPot", usual.least},
+               {"MaxPot", usual.most}};
+    if (usual.mode == 2) level.update({{"TimeFrom", "18:00"}, {"TimeTo", "23:30"}});
+    out.push_back({{"do", "add"}, {"level", level}});
+    out.push_back({{"do", "play"},
+                   {"id", id},
+                   {"bets", usual.bets},
+                   {"share", usual.share},
+                   {"seed", (seed + static_cast<uint64_t>(id)) & INT64_MAX}});
+  }
+  return out;
+}
+
+void House::open(int level, const Guests& guests, int64_t now) {
+  mTables[level] = Table{guests, now, 0, 0, -1, 0, "", std::mt19937_64(guests.seed)};
+}
+
+void House::look(Table& table, Json& level, Json& part) {
+  const auto set = [&](const char* field, const Json& value) { part[field] = level[field] = value; };
+  const int64_t least = level["MinPot"].get<int64_t>(), most = level["MaxPot"].get<int64_t>();
+  if (table.winLeft > 0) {
+    if (--table.winLeft > 0) return;
+    set("Status", table.statusBefore);
+    set("CurrentPot", least);
+    table.hit = -1;
+  }
+  int64_t pot = level["CurrentPot"].get<int64_t>();
+  // A pot that was set beyond the value, or a limit that was moved, calls for a new one.
+  if (table.hit < 0 || table.hit > most || (table.hit == 0 && most > pot)) {
+    const int64_t from = std::max(pot, least);
+    table.hit =
+      most > from ? from + 1 + static_cast<int64_t>(table.random() % static_cast<uint64_t>(most - from)) : 0;
+  }
+  const double mean = static_cast<double>(table.guests.bets) * static_cast<double>(table.guests.every) / MINUTE;
+  for (int64_t bets = arrivals(table.random, mean); bets > 0; --bets)
+    table.thousandths += table.guests.bet * STAKES[table.random() % std::size(STAKES)] * table.guests.share;
+  const int64_t grown = table.thousandths / THOUSAND;
+  table.thousandths %= THOUSAND;
+  if (grown == 0 && !(table.hit > 0 && pot >= table.hit)) return;
+  if (__builtin_add_overflow(pot, grown, &pot)) return;
+  if (table.hit > 0 && pot >= table.hit) {
+    pot = table.hit;
+    table.statusBefore = level["Status"].get<std::string>();
+    if (table.statusBefore == "WIN") table.statusBefore = "ACTIVE";
+    table.winLeft = std::max<int64_t>(table.guests.show / table.guests.every, 1);
+    set("Status", "WIN");
+    set("NumWins", level["NumWins"].get<int>() + 1);
+    set("LastWinData", "Last won: " + amountText(pot, level));
+  }
+  set("CurrentPot", pot);
+}
+
+void House::advance(int64_t now, Platform& platform) {
+  for (auto it = mTables.begin(); it != mTables.end();) {
+    const int id = it->first;
+    Table& table = it->second;
+    const Json& levels = platform.state()["JackpotData"];
+    const auto found = std::find_if(levels.begin(), levels.end(), [id](const Json& l) { return l["Id"] == id; });
+    if (found == levels.end()) {
+      it = mTables.erase(it);
+      continue;
+    }
+    ++it;
+    const int64_t due = (now - table.start) / table.guests.every;
+    if (table.done >= due) continue;
+    Json level = *found, part = Json::object();
+    for (; table.done < due; ++table.done) look(table, level, part);
+    if (!part.empty()) platform.setLevel(id, part, "");
+  }
+}
+
+}  // namespace kslsim
