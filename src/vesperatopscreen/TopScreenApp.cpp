@@ -28,6 +28,7 @@ void TopScreenApp::setServerAddress(std::string hostAndPort) { serverUrl = "http
 int TopScreenApp::Init() {
   if (SDL_Init(SDL_INIT_TIMER | SDL_INIT_VIDEO | SDL_INIT_EVENTS) < 0) {
     std::printf("Can not init SDL: %s\nExiting...\n", SDL_GetError());
+    std::fflush(stdout);  // to be read meanwhile
     SystemSeams.Sleep(10);
     return -1;
   }
@@ -35,6 +36,7 @@ int TopScreenApp::Init() {
   if (LoadParamFromEnvironment("HOME_DIR", "HomeDir", false) != 0) return -1;
   if (!TTF_WasInit() && TTF_Init() == -1) {
     std::printf("TTF_Init: %s\n", SDL_GetError());
+    std::fflush(stdout);
     SystemSeams.Sleep(10);
     return -1;
   }

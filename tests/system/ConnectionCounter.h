@@ -28,4 +28,7 @@ class ConnectionCounter {
   std::thread mThread;
 };
 
+// A port that nobody listens on.
+int freePort();
+
 }  // namespace systest

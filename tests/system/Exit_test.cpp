@@ -1,6 +1,7 @@
 // Every way in which the program ends.
 #include <sys/wait.h>
 #include <csignal>
+#include <fstream>
 
 #include "tests/system/ConnectionCounter.h"
 #include "tests/system/SystemHarness.h"
@@ -12,94 +13,143 @@ constexpr int EXIT_BOUND = 10000;
 
 class Exit : public SystemTest {};
 
+std::string signalName(int signal) { return sigabbrev_np(signal); }
+
 INSTANTIATE_TEST_SUITE_P(All, SystemRendererTest, testing::Values(Renderer::Software, Renderer::OpenGL),
                          rendererName);
 
-TEST_P(SystemRendererTest, ReleaseOfEscapeEndsTheProgramWith0) {
-  startWithPanel(GetParam(), 5);
+TEST_P(SystemRendererTest, EscapeEndsTheProgramWith0WhenItIsReleased) {
+  startUntilPanel(GetParam(), 5);
   if (HasFatalFailure()) return;
-  ASSERT_TRUE(mX.typeKey("Escape"));
+  ASSERT_TRUE(mX.pressKey("Escape"));
+  EXPECT_TRUE(asksForEvents(3));
+  ASSERT_TRUE(mProgram.running());
+  ASSERT_TRUE(mX.releaseKey("Escape"));
   EXPECT_TRUE(exitsWith(EXIT_BOUND, 0));
   EXPECT_NE(printed().find("========== APP EXITED SUCCESSFULLY =========="), std::string::npos);
   EXPECT_EQ(mX.findWindow("TopScreen"), 0u);
 }
 
-TEST_P(SystemRendererTest, SigtermEndsTheProgramWithItsNumber) {
-  startWithPanel(GetParam(), 5);
-  if (HasFatalFailure()) return;
-  mProgram.signal(SIGTERM);
-  EXPECT_TRUE(exitsWith(EXIT_BOUND, SIGTERM));
-  EXPECT_EQ(logged("Signal 15 received. Exiting..."), 1);
-}
-
 TEST_F(Exit, ClosedWindowEndsTheProgramWith0) {
-  startWithPanel(Renderer::Software, 5);
+  startUntilPanel(Renderer::Software, 5);
   if (HasFatalFailure()) return;
   mX.requestClose(mX.findWindow("TopScreen"));
   EXPECT_TRUE(exitsWith(EXIT_BOUND, 0));
 }
 
+TEST_F(Exit, SignalEndsTheProgramOnOpenGLToo) {
+  startUntilPanel(Renderer::OpenGL, 5);
+  if (HasFatalFailure()) return;
+  mProgram.signal(SIGTERM);
+  EXPECT_TRUE(exitsWith(EXIT_BOUND, SIGTERM));
+  EXPECT_EQ(mX.findWindow("TopScreen"), 0u);
+}
+
+// Without a window no frame can be drawn. Nobody minds until the first data have come.
+TEST_F(Exit, FrameThatCannotBeDrawnEndsTheProgramWith0) {
+  startSimulator();
+  startProgram(mSimulator.address(), Renderer::Software, {{"SDL_VIDEODRIVER", "dummy"}});
+  EXPECT_TRUE(exitsWith(EXIT_BOUND, 0));
+  EXPECT_NE(printed().find("Unable to set 1920x1080 video: "), std::string::npos);
+  EXPECT_EQ(mSimulator.calls("platform.state"), 1);
+}
+
 class PoliteSignal : public SystemTest, public testing::WithParamInterface<int> {};
 
-TEST_P(PoliteSignal, EndsTheRunningProgramWithItsNumber) {
-  startWithPanel(Renderer::Software, 5);
+TEST_P(PoliteSignal, TwiceInARowEndsTheRunningProgramOnceWithItsNumber) {
+  startUntilPanel(Renderer::Software, 5);
   if (HasFatalFailure()) return;
   // A shell command of the program's makes it deaf for two of the four as long as it runs.
   ASSERT_TRUE(within(20000, [this] { return handles(GetParam()); }));
+  mProgram.signal(GetParam());
   mProgram.signal(GetParam());
   EXPECT_TRUE(exitsWith(EXIT_BOUND, GetParam()));
   EXPECT_EQ(logged("Signal " + std::to_string(GetParam()) + " received. Exiting..."), 1);
 }
 
 INSTANTIATE_TEST_SUITE_P(All, PoliteSignal, testing::Values(SIGHUP, SIGINT, SIGQUIT, SIGTERM),
-                         [](const auto& info) { return std::string(sigabbrev_np(info.param)); });
+                         [](const auto& info) { return signalName(info.param); });
 
-class SignalAtAnyTime : public SystemTest, public testing::WithParamInterface<int> {};
+// While nobody answers.
+class SignalDuringTheStart : public SystemTest, public testing::WithParamInterface<int> {
+ protected:
+  SignalDuringTheStart() : mAddress("127.0.0.1:" + std::to_string(mNobody.port())) {}
+  ConnectionCounter mNobody;
+  const std::string mAddress;
+};
 
-TEST_P(SignalAtAnyTime, EndsTheLoaderWithItsNumberThoughNobodyAnswers) {
-  ConnectionCounter nobody;
-  startProgram("127.0.0.1:" + std::to_string(nobody.port()), Renderer::Software, {});
-  ASSERT_TRUE(within(20000, [this] { return loaderShown(); }));
-  ASSERT_TRUE(within(20000, [&] { return !nobody.times().empty(); }));
+TEST_P(SignalDuringTheStart, EndsItAsSoonAsTheHandlerStands) {
+  startProgram(mAddress, Renderer::Software, {});
+  ASSERT_TRUE(within(20000, [this] { return handles(GetParam()); }));
   mProgram.signal(GetParam());
   EXPECT_TRUE(exitsWith(EXIT_BOUND, GetParam()));
 }
 
-INSTANTIATE_TEST_SUITE_P(All, SignalAtAnyTime, testing::Values(SIGHUP, SIGTERM),
-                         [](const auto& info) { return std::string(sigabbrev_np(info.param)); });
+TEST_P(SignalDuringTheStart, EndsTheLoad) {
+  startProgram(mAddress, Renderer::Software, {});
+  ASSERT_TRUE(within(20000, [this] { return !log().empty(); }));
+  mProgram.signal(GetParam());
+  EXPECT_TRUE(exitsWith(EXIT_BOUND, GetParam()));
+}
+
+TEST_P(SignalDuringTheStart, EndsTheLoader) {
+  startProgram(mAddress, Renderer::Software, {});
+  ASSERT_TRUE(within(20000, [this] { return loaderShown(); }));
+  ASSERT_TRUE(within(20000, [&] { return !mNobody.times().empty(); }));
+  mProgram.signal(GetParam());
+  EXPECT_TRUE(exitsWith(EXIT_BOUND, GetParam()));
+}
+
+INSTANTIATE_TEST_SUITE_P(All, SignalDuringTheStart, testing::Values(SIGHUP, SIGTERM),
+                         [](const auto& info) { return signalName(info.param); });
 
 class CrashSignal : public SystemTest, public testing::WithParamInterface<int> {};
 
 TEST_P(CrashSignal, IsRaisedAgainAfterTheBacktraceAndNothingReboots) {
-  startWithPanel(Renderer::Software, 5);
+  startUntilPanel(Renderer::Software, 5);
   if (HasFatalFailure()) return;
   mProgram.signal(GetParam());
   const std::optional<int> status = mProgram.wait(bound(60000));
   ASSERT_TRUE(status);
   EXPECT_TRUE(WIFSIGNALED(*status));
   EXPECT_EQ(WTERMSIG(*status), GetParam());
+  EXPECT_NE(printed().find("Error: signal " + std::to_string(GetParam()) + ":"), std::string::npos);
   EXPECT_EQ(logged("================== BACKTRACE =================="), 1);
+  EXPECT_EQ(logged("(1) "), 1);
   EXPECT_EQ(logged("================ BACKTRACE END ================"), 1);
   EXPECT_EQ(logged("WILL REBOOT"), 0);
 }
 
 INSTANTIATE_TEST_SUITE_P(All, CrashSignal, testing::Values(SIGILL, SIGABRT, SIGFPE, SIGSEGV),
-                         [](const auto& info) { return std::string(sigabbrev_np(info.param)); });
+                         [](const auto& info) { return signalName(info.param); });
 
-TEST_F(Exit, PressOfEscapeAloneDoesNotEndTheProgram) {
-  startWithPanel(Renderer::Software, 5);
-  if (HasFatalFailure()) return;
-  Process tool;
-  Process::Setup setup;
-  setup.program = "xdotool";
-  setup.arguments = {"keydown", "Escape"};
-  setup.environment = {{"PATH", variable("PATH")}, {"DISPLAY", mX.display()}};
-  setup.output = mFolder + "/xdotool.txt";
-  ASSERT_TRUE(tool.start(setup));
-  ASSERT_EQ(tool.wait(bound(10000)), 0);
-  const int pops = mSimulator.calls("game.popEvents");
-  ASSERT_TRUE(within(10000, [&] { return mSimulator.calls("game.popEvents") >= pops + 3; }));
-  EXPECT_TRUE(mProgram.running());
+TEST_F(Exit, FrequencyOf0IsADivisionFault) {
+  startProgram("", Renderer::Software, {{"CPU_FPS", "0"}});
+  const std::optional<int> status = mProgram.wait(bound(60000));
+  ASSERT_TRUE(status);
+  EXPECT_TRUE(WIFSIGNALED(*status));
+  EXPECT_EQ(WTERMSIG(*status), SIGFPE);
+}
+
+// The client registers without end and cannot be stopped meanwhile: that is the one end that waits, for the
+// service.
+TEST_F(Exit, EscapeWhileNobodyAnswersTearsDownAndEndsWith0OnceSomebodyDoes) {
+  std::string address;
+  {
+    ConnectionCounter nobody;
+    address = "127.0.0.1:" + std::to_string(nobody.port());
+    startProgram(address, Renderer::Software, {});
+    ASSERT_TRUE(within(20000, [this] { return loaderShown(); }));
+    ASSERT_TRUE(mX.typeKey("Escape"));
+    ASSERT_TRUE(within(EXIT_BOUND, [this] { return mX.findWindow("TopScreen") == 0; }));
+    const size_t attempts = nobody.times().size();
+    ASSERT_TRUE(within(EXIT_BOUND, [&] { return nobody.times().size() >= attempts + 2; }));
+    ASSERT_TRUE(mProgram.running());
+  }
+  ASSERT_TRUE(mSimulator.start(mFolder, std::stoi(address.substr(address.find(':') + 1))));
+  EXPECT_TRUE(exitsWith(EXIT_BOUND, 0));
+  EXPECT_EQ(mSimulator.calls("topscreen.init"), 1);
+  EXPECT_EQ(mSimulator.calls("game.popEvents"), 0);
 }
 
 TEST_F(Exit, MissingHomeDirIsAFailedStart) {
@@ -111,15 +161,23 @@ TEST_F(Exit, MissingHomeDirIsAFailedStart) {
 TEST_F(Exit, MissingWorkingDirIsNone) {
   startSimulator();
   startProgram(mSimulator.address(), Renderer::Software, {{"WORKING_DIR", "-"}});
-  ASSERT_TRUE(within(20000, [this] { return mSimulator.calls("game.popEvents") >= 3; }));
+  EXPECT_TRUE(asksForEvents(3));
   EXPECT_TRUE(mProgram.running());
 }
 
-TEST_F(Exit, MissingDisplayIsAFailedStart) {
+// The program waits ten seconds before it gives up, for a person to read why.
+TEST_F(Exit, MissingDisplayIsAFailedStartThatASignalNeedNotWaitFor) {
   startProgram("", Renderer::Software, {{"DISPLAY", ":54321"}, {"SDL_VIDEODRIVER", "x11"}});
-  // The program waits ten seconds before it gives up, for a person to read why.
-  EXPECT_TRUE(exitsWith(20000, 254));
-  EXPECT_NE(printed().find("Can not init SDL: "), std::string::npos);
+  ASSERT_TRUE(within(20000, [this] { return printed().find("Can not init SDL: ") != std::string::npos; }));
+  mProgram.signal(SIGTERM);
+  EXPECT_TRUE(exitsWith(EXIT_BOUND, SIGTERM));
+}
+
+TEST_F(Exit, LogFolderThatIsNoneIsAnExceptionOutOfTheStart) {
+  std::ofstream(mFolder + "/file") << "no folder";
+  startProgram("", Renderer::Software, {{"LOG_FILENAME", mFolder + "/file/top.log"}});
+  EXPECT_TRUE(exitsWith(EXIT_BOUND, 252));
+  EXPECT_NE(printed().find("Unhadled exception occoured while loading application"), std::string::npos);
 }
 
 }  // namespace

