@@ -1,8 +1,11 @@
 // Components, outputs and threads of the categorised logger.
 #include <gtest/gtest.h>
 
+#include <cstdio>
 #include <memory>
 #include <set>
+#include <sstream>
+#include <string>
 #include <thread>
 
 #include "tests/common/LoggerFixture.h"
@@ -116,6 +119,30 @@ TEST_F(LoggerTest, ManyThreadsLoseNoEntryAndMixNoText) {
   for (const auto& entry : history()) texts.insert(entry.Message);
   EXPECT_EQ(texts.size(), static_cast<size_t>(NumThreads * NumLines));
   EXPECT_EQ(texts.count("thread 3 line 199"), 1u);
+}
+
+TEST_F(LoggerTest, ConsoleLinesOfManyThreadsStayWhole) {
+  constexpr int NumThreads = 4, NumLines = 150;
+  testing::internal::CaptureStdout();
+  std::vector<std::thread> threads;
+  for (int t = 0; t < NumThreads; ++t)
+    threads.emplace_back([t] {
+      for (int i = 0; i < NumLines; ++i) {
+        Logger::Log(LogApp, Warning, "thread %d line %d end", t, i);
+        Logger::SetVerbosity("app", i % 2 ? Warning : VeryVerbose);
+      }
+    });
+  for (auto& thread : threads) thread.join();
+  std::istringstream out(testing::internal::GetCapturedStdout());
+  std::vector<int> next(NumThreads, 0);
+  for (std::string line; std::getline(out, line);) {
+    int t = -1, i = -1, length = 0;
+    ASSERT_EQ(std::sscanf(line.c_str() + 24, ": app | Warning: : thread %d line %d end%n", &t, &i, &length), 2)
+      << line;
+    EXPECT_EQ(line.size(), 24u + static_cast<size_t>(length)) << line;
+    EXPECT_EQ(i, next.at(static_cast<size_t>(t))++);
+  }
+  EXPECT_EQ(next, std::vector<int>(NumThreads, NumLines));
 }
 
 }  // namespace

@@ -82,6 +82,33 @@ TEST_F(TLogManagerTest, TheTeardownMayPollBesideTheMainLoop) {
   expectAllInOrder(manager.entries, NumWriters, NumLines);
 }
 
+TEST_F(TLogManagerTest, ConsoleLinesOfManyThreadsStayWhole) {
+  constexpr int NumWriters = 4, NumLines = 100;
+  TLogManager manager;
+  init(manager);
+  manager.SetOutputToConsole(true);
+  console();
+  std::vector<std::thread> threads;
+  for (int w = 0; w < NumWriters; ++w)
+    threads.emplace_back([&, w] {
+      for (int i = 0; i < NumLines; ++i)
+        manager.WriteColoredLog(static_cast<char>(w), 4, 0, "writer %d line %d", w, i);
+    });
+  for (auto& thread : threads) thread.join();
+  manager.SetOutputToConsole(false);
+  std::istringstream out(console());
+  std::vector<TLogEntry> lines;
+  for (std::string line; std::getline(out, line);) {
+    const size_t colour = line.find("\x1b[38;5;");
+    EXPECT_EQ(colour == 0, line.ends_with("\x1b[0m")) << line;
+    const size_t begin = colour == 0 ? line.find('m') + 1 : 0;
+    EXPECT_EQ(line.substr(begin + 24, 15), ": WARN: writer ") << line;
+    EXPECT_EQ(std::count(line.begin(), line.end(), 'w'), 1) << line;
+    lines.emplace_back().Message = line;
+  }
+  expectAllInOrder(lines, NumWriters, NumLines);
+}
+
 TEST_F(TLogManagerTest, ADestroyOnAnotherThreadEndsTheWriters) {
   TLogManager manager;
   init(manager);

@@ -278,5 +278,51 @@ TEST_F(Sound, FourThreadsPlayLoadAndRemoveAtOnce) {
     EXPECT_EQ(app->GetSoundEffect(path("own" + std::to_string(i) + ".wav").c_str()), nullptr);
 }
 
+TEST_F(Sound, SettingsMayChangeWhileOthersPlay) {
+  open();
+  std::atomic<int> players{2};
+  std::atomic<int> wrong{0};
+  std::vector<std::thread> threads;
+  for (int i = 0; i < 2; ++i)
+    threads.emplace_back([&] {
+      for (int n = 0; n < 60; ++n) {
+        const int played = app->PlaySound("short.wav", -1);
+        wrong += played != 0 && played != 1;
+      }
+      --players;
+      SDL_TLSCleanup();
+    });
+  threads.emplace_back([&] {
+    while (players > 0) {
+      app->Mute();
+      app->SetAudioPath("/nowhere at all, and a path long enough to need memory of its own");
+      wrong += !app->IsMuted();
+      app->SetAudioPath(folder.string());
+      app->Unmute();
+      app->StopSound(-1);
+    }
+    SDL_TLSCleanup();
+  });
+  for (auto& thread : threads) thread.join();
+  settle();
+  EXPECT_EQ(wrong, 0);
+  EXPECT_EQ(app->PlaySound("short.wav", -1), 1);
+}
+
+TEST_F(Sound, OpeningAndClosingManyTimesWhileSoundsEnd) {
+  const std::string file = path("short.wav");
+  for (int round = 0; round < 6; ++round) {
+    open();
+    for (int i = 0; i < 8; ++i) EXPECT_EQ(app->PlaySound(file.c_str(), 0), 1);
+    if (round % 3 == 1) settle();
+    if (round % 3 == 2) {
+      EXPECT_TRUE(Eventually([] { return Mix_Playing(-1) == 0; }));
+    }
+    app->CloseAudio();
+    EXPECT_FALSE(DeviceIsOpen());
+    EXPECT_EQ(app->GetSoundEffect(file.c_str()), nullptr);
+  }
+}
+
 }  // namespace
 }  // namespace vendelo_sdl2
