@@ -20,7 +20,8 @@
 // A mixer that is part of a bus, as in an application.
 class SoundApp : public vendelo_sdl2::TActionMan, public vendelo_sdl2::TSoundMachine {};
 
-// A mixer on SDL's "dummy" driver and two sound files: long.wav plays for 20 seconds, short.wav for 10 milliseconds.
+// A mixer on SDL's "dummy" driver and two sound files: long.wav plays for 20 seconds, short.wav for 10
+// milliseconds.
 class Sound : public testing::Test {
  protected:
   static constexpr Sint16 LEVEL = 0x3000;  // of every sample; half of it and twice of it are whole and in range

@@ -280,6 +280,7 @@ TEST_F(Sound, FourThreadsPlayLoadAndRemoveAtOnce) {
 
 TEST_F(Sound, SettingsMayChangeWhileOthersPlay) {
   open();
+  app->SetAudioPath(folder.string());
   std::atomic<int> players{2};
   std::atomic<int> wrong{0};
   std::vector<std::thread> threads;
