@@ -106,7 +106,7 @@ void TSoundMachine::ReportBackends() {
   const int drivers = SDL_GetNumAudioDrivers();
   logman::WriteLog(LOG_INFO, 0, "[SDL] %d audio backends compiled into SDL:", drivers);
   for (int i = 0; i < drivers; ++i) logman::WriteLog(LOG_INFO, 0, " '%s'", SDL_GetAudioDriver(i));
-  std::printf("[SDL] Audio driver: %s\n", SDL_GetCurrentAudioDriver());
+  std::printf("[SDL] Audio driver: %s", SDL_GetCurrentAudioDriver());  // no line end, as with other notices
   const int devices = SDL_GetNumAudioDevices(0);
   logman::WriteLog(LOG_INFO, 0, "[SDL] %d audio devices:", devices);
   for (int i = 0; i < devices; ++i) logman::WriteLog(LOG_INFO, 0, "%s", SDL_GetAudioDeviceName(i, 0));

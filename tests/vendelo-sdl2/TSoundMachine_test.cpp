@@ -14,7 +14,7 @@ TEST_F(Sound, OpeningReportsBackendsDevicesAndTheFormat) {
   LogLines log;
   testing::internal::CaptureStdout();
   open();
-  EXPECT_NE(testing::internal::GetCapturedStdout().find("[SDL] Audio driver: dummy\n"), std::string::npos);
+  EXPECT_TRUE(testing::internal::GetCapturedStdout().ends_with("[SDL] Audio driver: dummy"));
   std::vector<std::string> expected{
     "3 Opening audio device...",
     "3 [SDL] " + std::to_string(SDL_GetNumAudioDrivers()) + " audio backends compiled into SDL:"};
