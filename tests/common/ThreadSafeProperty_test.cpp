@@ -347,4 +347,55 @@ TEST(ThreadSafeProperty, KeepsConcurrentChangesUnderAScopedLock) {
   EXPECT_EQ(values.getCopy().size(), 2000u);
 }
 
+// Both halves of a pair are always equal for whoever holds the lock or has a copy.
+TEST(ThreadSafeProperty, KeepsItsInvariantUnderEveryKindOfAccess) {
+  struct Pair {
+    int first = 0, second = 0;
+  };
+  ThreadSafeProperty<Pair> one, other;
+  std::atomic<int> torn{0}, added{0};
+  const auto look = [&](const Pair& pair) { torn += pair.first != pair.second; };
+  const auto work = [&](int seed) {
+    for (int i = 0; i < 500; ++i) {
+      ThreadSafeProperty<Pair>& mine = (i + seed) % 2 ? one : other;
+      switch ((i + seed) % 5) {
+        case 0:
+          look(mine.getCopy());
+          break;
+        case 1:
+          look(ThreadSafeProperty<Pair>(mine).getCopy());
+          break;
+        case 2:
+          mine = Pair{i, i};
+          break;
+        case 3:
+          (i % 2 ? one : other) = (i % 2 ? other : one);
+          break;
+        case 4: {
+          ScopedLock lock(mine);
+          ScopedLock second(lock);
+          second.Release();
+          lock = ScopedLock(mine);
+          mine->first += 7;
+          mine->second += 7;
+          look(&mine);
+          InverseScopedLock letGo(mine);
+          letGo.Release();
+          look(&mine);
+          ++added;
+          break;
+        }
+      }
+    }
+  };
+  std::vector<std::thread> threads;
+  for (int seed = 0; seed < 4; ++seed) threads.emplace_back(work, seed);
+  for (auto& thread : threads) thread.join();
+  EXPECT_EQ(torn, 0);
+  EXPECT_EQ(added, 4 * 100);
+  look(one.getCopy());
+  look(other.getCopy());
+  EXPECT_EQ(torn, 0);
+}
+
 }  // namespace

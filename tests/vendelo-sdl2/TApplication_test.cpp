@@ -143,6 +143,17 @@ TEST_F(Application, WaitReturnsWhenTheStateComesOrHasPassed) {
   app->waitForStatus(TApplication::APP_QUIT);  // has not come, but nothing is waited for in this state
 }
 
+TEST_F(Application, TheLoopLeavesAtOnceInAndAfterTheLastStates) {
+  int logic = 0;
+  app->onRunOnce = [&] { return ++logic, 0; };
+  app->terminate(DEFAULT, false);
+  EXPECT_EQ(app->MainLoop(), 0);
+  EXPECT_EQ(app->status(), TApplication::APP_QUIT);
+  EXPECT_EQ(app->MainLoop(), 0);
+  EXPECT_EQ(logic, 0);
+  EXPECT_EQ(app->destroyCalls(), 1);
+}
+
 TEST(ApplicationEnvironment, RatesAndVerticalSync) {
   const struct {
     const char *fps, *cpu, *vsync;
