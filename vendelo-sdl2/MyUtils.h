@@ -17,9 +17,9 @@ struct SDL_Texture;
 // text is UTF-8, and null pointers are answered with 0, null or an empty text.
 namespace MyUtils {
 
-// ---- Locale
-// ------------------------------------------------------------------------------------------------------- The
-// separators have no lock: they are set on the main thread, outside a frame, and read by what formats numbers.
+// Locale
+// ------
+// The separators have no lock: they are set on the main thread outside a frame and read by what formats numbers.
 
 extern char decimal_separator;     // ',' at start
 extern char thousand_separator;    // '.' at start
@@ -44,8 +44,8 @@ extern std::locale& user_locale;  // the locale of currency2string
 // Every stream made afterwards groups digits unless it is imbued with the classic locale.
 void UpdateLocale(const std::string& baseLocale);
 
-// ---- Numbers to text
-// ----------------------------------------------------------------------------------------------
+// Numbers to text
+// ---------------
 
 std::string int2str(int64_t val);                          // in the global locale
 std::string double2string(double value);                   // in the global locale, 12 significant digits
@@ -65,8 +65,8 @@ float lerp(float start, float end, float amnt);
 // Rounds half up to d decimals. Within this namespace it hides the one-argument form: write std::round there.
 double round(double n, unsigned int d);
 
-// ---- Strings
-// ------------------------------------------------------------------------------------------------------
+// Strings
+// -------
 
 // Splits at each delimiter. Empty parts are dropped on request, but what follows the last delimiter is always kept,
 // even if empty. An empty delimiter splits nothing.
@@ -80,8 +80,8 @@ void StringReplace(std::string& str, const std::string& from, const std::string&
 // The five entities to their characters. "&amp;" comes third, so that escaped escapes of < and > collapse as well.
 void UnescapeXml(std::string& xml);
 
-// ---- UTF-8
-// --------------------------------------------------------------------------------------------------------
+// UTF-8
+// -----
 
 // Bytes of the sequence that starts with chr, 0 if none starts so. It measures one character, despite the name.
 int utf8_strlen(char chr);
@@ -108,8 +108,8 @@ std::string ToUppercase(const std::string& Input, bool OnlyFirst);
 // SkipFirst copies the first byte as it stands.
 std::string ToLowercase(const std::string& Input, bool SkipFirst);
 
-// ---- Validators and converters
-// ------------------------------------------------------------------------------------
+// Validators and converters
+// -------------------------
 
 // 1 or 0.
 int IsEmailAddressValid(const char* address);
@@ -126,8 +126,8 @@ char* BinHexToASCIIHex(unsigned char* Data, char* pDestination, unsigned int* Da
 // The ticket's number for the log: stars for all but the last four characters, dashes where they stood.
 std::string CreateLoggableTicketNumber(const std::string& ticketValidationNumber);
 
-// ---- Time
-// ---------------------------------------------------------------------------------------------------------
+// Time
+// ----
 
 std::string GetCurrentTimeString();       // local time, hh:mm:ss
 std::string GetCurrentTimeStampString();  // local time, hh:mm:ss yyyy-mm-dd
@@ -140,8 +140,8 @@ bool IsTime(Uint32& LastTime, Uint32 Interval, bool UpdateLastTime);
 // Time1 is not before Time2 and, for a Diff above 0, nearer than that.
 bool CompareTimes(Uint32 Time1, Uint32 Time2, Uint32 Diff);
 
-// ---- Network
-// ------------------------------------------------------------------------------------------------------
+// Network
+// -------
 
 struct ipv4_type {
   uint8_t data[4];
@@ -175,8 +175,8 @@ uint16_t in_cksum(uint16_t* addr, unsigned int len);
 // milliseconds, set on PING_OK only.
 PingResult Ping(const std::string& target, int& durationOut);
 
-// ---- System
-// -------------------------------------------------------------------------------------------------------
+// System
+// ------
 
 // Runs the shell command on a thread of its own; no result is seen.
 void SystemAsync(const std::string& cmd);
@@ -196,8 +196,8 @@ bool FileExists(const std::filesystem::path& path, bool checkIfRegFile, bool che
 void SetWindowsProperties(const std::string& windowName, const std::vector<std::string>& actions,
                           const std::string& extraCommandsInLine);
 
-// ---- Images (MyUtilsImages.cpp)
-// -----------------------------------------------------------------------------------
+// Images (MyUtilsImages.cpp)
+// --------------------------
 
 // The loaders try the path as given, then other extensions; null when nothing loads. The caller owns the result.
 // Textures belong to the draw thread; surfaces may be loaded on any thread.
