@@ -38,6 +38,9 @@ class TAppGuiModule : public TAppModule {
   virtual void Hide();
   // The window's size is read again at the next frame.
   virtual void RefreshSize();
+  // The device has lost what was drawn into textures: before the next picture the back buffer is made anew, and
+  // every component is told to render its own again. Pictures from files stay as they are. Any thread.
+  void TexturesLost() { mbTexturesLost = true; }
   // One frame: 0 done, 1 the application terminates, 2 there is no renderer.
   virtual int draw();
   // The logic of every root component, visible or not.
@@ -144,8 +147,10 @@ class TAppGuiModule : public TAppModule {
  private:
   static SDL_Rect GlobalRect;
   static SDL_Rect GlobalRect2;
+  std::atomic<bool> mbTexturesLost{false};
 
   void drawFrame(bool running);
+  void rebuildTextures();
   void applyWindowSize();
   Uint32 pace(bool rendering);
   void countFrame(Uint32 beforePresent);

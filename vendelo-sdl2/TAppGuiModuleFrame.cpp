@@ -38,6 +38,7 @@ int TAppGuiModule::draw() {
     // Read once: a change in the middle of a frame would leave the wrong render target behind.
     rendering = mDrawEnabled;
     const bool running = state == TApplication::APP_RUNNING;
+    if (rendering && mbTexturesLost.exchange(false)) rebuildTextures();
     if (rendering) SDL_RenderClear(mpGUIRenderer);
     if (running) {
       pApplication->ExecuteDeferredDrawMethods(mpGUIRenderer);
@@ -78,6 +79,19 @@ void TAppGuiModule::drawFrame(bool running) {
   SDL_RenderClear(mpGUIRenderer);
   SDL_RenderCopyEx(mpGUIRenderer, mpBackBuffer, &WindowNativeSize, &WindowCurrentSize, ScreenRotate ? 180.0 : 0.0,
                    nullptr, SDL_FLIP_NONE);
+}
+
+void TAppGuiModule::rebuildTextures() {
+  Uint32 format = 0;
+  int w = 0, h = 0;
+  SDL_QueryTexture(mpBackBuffer, &format, nullptr, &w, &h);
+  if (SDL_Texture* fresh = SDL_CreateTexture(mpGUIRenderer, format, SDL_TEXTUREACCESS_TARGET, w, h)) {
+    SDL_DestroyTexture(mpBackBuffer);
+    mpBackBuffer = fresh;
+  }
+  SDL_SetRenderTarget(mpGUIRenderer, mpBackBuffer);
+  for (TComponentList::Walk walk(GuiComponentList); TGuiComponent* root = walk.next();) root->OnTexturesLost();
+  if (pLoader) pLoader->OnTexturesLost();
 }
 
 void TAppGuiModule::applyWindowSize() {

@@ -172,6 +172,10 @@ void TGuiComponent::OnFadeOutEnd() {
   mFadingIn = false;
 }
 
+void TGuiComponent::OnTexturesLost() {
+  for (TComponentList::Walk walk(GuiComponentList); TGuiComponent* child = walk.next();) child->OnTexturesLost();
+}
+
 void TGuiComponent::Show() {
   if (!mVisible) onShow();
   mVisible = true;

@@ -56,6 +56,9 @@ class TGuiComponent {
   virtual void OnFadeOutEnd();
   virtual void OnFadeInStart();
   virtual void OnFadeInEnd();
+  // What had been drawn into textures is gone: the component marks what it has rendered for itself to be made again
+  // at its next draw, and tells its children, visible or not. Draw thread.
+  virtual void OnTexturesLost();
 
   // The logic of every child, visible or not.
   void mainLogicChildren();

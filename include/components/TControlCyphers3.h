@@ -83,6 +83,8 @@ class TControlCyphers3 : public vendelo_sdl2::TGuiComponent {
   SDL_Texture* GlyphOfFont(TTF_Font* font, SDL_Color color, char charCode, SDL_Rect* boundsOut) const;
 
   void draw() override;
+  // Makes the strip anew from the bitmap font, if one of its name is still registered.
+  void OnTexturesLost() override;
 
  protected:
   static constexpr int cypherCount = 18;
@@ -123,4 +125,7 @@ class TControlCyphers3 : public vendelo_sdl2::TGuiComponent {
   void drawSeparator(SDL_Texture* texture, const SDL_Rect& source, int n, const Frame& frame);
   void swapSeparators();
   void releaseTextures();
+
+  std::string mFontName;            // of the bitmap font behind the strip; empty for another one
+  bool mSeparatorsSwapped = false;  // against what the font calls them
 };

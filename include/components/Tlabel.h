@@ -64,6 +64,7 @@ class Tlabel : public vendelo_sdl2::TGuiComponent {
   void updateCachedTextures();
 
   void draw() override;
+  void OnTexturesLost() override;
 
  protected:
   std::string mText;

@@ -259,6 +259,7 @@ void TControlCyphers3::drawCenteredGlyphAt(int centerx, int y, const SDL_Rect& s
 void TControlCyphers3::swapSeparators() {
   std::swap(mpDot, mpComma);
   std::swap(mDotRect, mCommaRect);
+  mSeparatorsSwapped = !mSeparatorsSwapped;
 }
 
 void TControlCyphers3::releaseTextures() {
@@ -266,4 +267,5 @@ void TControlCyphers3::releaseTextures() {
     if (*texture) SDL_DestroyTexture(*texture);
     *texture = nullptr;
   }
+  mSeparatorsSwapped = false;
 }

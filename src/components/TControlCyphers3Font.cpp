@@ -46,6 +46,7 @@ void TControlCyphers3::SetFont(TBitmapFont* font) {
   SDL_Renderer* renderer = GetRenderer();
   if (!font || !renderer) return;
   releaseTextures();
+  mFontName = font->Name();
   mDotRect = mCommaRect = SDL_Rect{0, 0, 0, 0};
   mGlyphWidth = font->MaxGlyphWidth();
   mGlyphHeight = font->MaxGlyphHeight();
@@ -76,10 +77,18 @@ void TControlCyphers3::SetFont(TBitmapFont* font) {
   if (mLocale == COMMA_DECIMAL_DOT_THOUSANDS) swapSeparators();
 }
 
+void TControlCyphers3::OnTexturesLost() {
+  const bool swapped = mSeparatorsSwapped;
+  if (!mFontName.empty()) SetFont(TBitmapFont::FindBitmapFont(mFontName));
+  if (mSeparatorsSwapped != swapped) swapSeparators();
+  TGuiComponent::OnTexturesLost();
+}
+
 void TControlCyphers3::SetFont(TTF_Font* font, SDL_Color color) {
   SDL_Renderer* renderer = GetRenderer();
   if (!font || !renderer) return;
   releaseTextures();
+  mFontName.clear();
   mDotRect = mCommaRect = SDL_Rect{0, 0, 0, 0};
   mGlyphWidth = 0;
   for (Uint16 c = '0'; c <= '9'; ++c) {

@@ -85,6 +85,11 @@ void TGlyphLabel::UpdateCachedTextures() {
   if (mAutosizeY) mDestRect.h = mTextureH;
 }
 
+void TGlyphLabel::OnTexturesLost() {
+  mSomethingChanged = true;
+  TGuiComponent::OnTexturesLost();
+}
+
 void TGlyphLabel::draw() {
   if (!mVisible) return;
   UpdateCachedTextures();

@@ -131,6 +131,11 @@ void Tlabel::updateCachedTextures() {
     buildOneLine();
 }
 
+void Tlabel::OnTexturesLost() {
+  mSomethingChanged = true;
+  TGuiComponent::OnTexturesLost();
+}
+
 void Tlabel::clearTextures() {
   if (mpTargetTexture) SDL_DestroyTexture(mpTargetTexture);
   mpTargetTexture = nullptr;
