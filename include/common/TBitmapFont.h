@@ -12,8 +12,8 @@
 // Units: pixels of the atlas.
 // Ownership: a registered font is deleted by CleanupBitmapFonts and owns its atlas. A second font on the same file
 // borrows the atlas and the glyphs of the first, and is not registered. Glyphs live as long as the process.
-// Bad input: a missing or malformed file gives an empty font that is not registered; a missing number counts as 0
-// and is reported once per file.
+// Bad input: a missing or malformed file gives an empty font that is not registered; a missing number counts as 0.
+// What is wrong with a file that is there makes one line in the log.
 class TBitmapFont {
  public:
   struct TGlyph {
@@ -46,8 +46,8 @@ class TBitmapFont {
   TGlyph* FindGlyph(int id) const;
 
   // A new texture, owned by the caller, 5 pixels wider than the widest line; the sizes go through the pointers if
-  // given. Null (and sizes of 0) for an empty text. Only "\n" breaks a line; the vertical part of the alignment has
-  // no effect.
+  // given. Null (and sizes of 0) for an empty text and for one that broken numbers make larger than any texture.
+  // Only "\n" breaks a line; the vertical part of the alignment has no effect.
   SDL_Texture* RenderText(SDL_Renderer* renderer, const std::string& text, int* widthOut, int* heightOut,
                           vendelo_sdl2::TAlignment textAlignment) const;
 
@@ -66,9 +66,10 @@ class TBitmapFont {
  private:
   struct Layout;
   void shareWith(const TBitmapFont& original);
-  // Whether there was a font with glyphs in it; throws rapidxml::parse_error.
-  bool parse(SDL_Renderer* renderer, std::vector<char>& file);
+  // Whether there was a font with glyphs in it; what is wrong goes to `problems`. Throws rapidxml::parse_error.
+  bool parse(SDL_Renderer* renderer, std::vector<char>& file, std::string& problems);
   void loadAtlas(SDL_Renderer* renderer, const std::string& image);
+  int glyphsOutsideTheAtlas() const;
   Layout measure(const std::string& text) const;
 
   std::vector<TGlyph*> mGlyphChars;  // in file order

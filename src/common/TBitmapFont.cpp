@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
+#include <cstdlib>
 
 #include "vendelo-sdl2/MyUtils.h"
 #include "vendelo-sdl2/TAppGuiModule.h"
@@ -12,6 +14,11 @@ namespace {
 
 // Added to the width of the widest line.
 constexpr int kSpareWidth = 5;
+
+// No text is larger, unless the numbers in the font's file are broken: in pixels of its texture.
+constexpr int64_t kMaxPixels = 1 << 26;
+// Nor does any pen go farther.
+constexpr int64_t kFarAway = 1 << 24;
 
 // The code point at `position`, which moves behind it. A byte that starts no sequence, or a sequence that the end
 // of the text cuts, is -1 and costs at least one byte.
@@ -35,9 +42,13 @@ std::vector<TBitmapFont*>& TBitmapFont::UnregisteredFonts = *new std::vector<TBi
 struct TBitmapFont::Layout {
   std::vector<int> text;
   std::vector<TGlyph*> glyphs;  // null for a line break and for a code point without a glyph
-  std::vector<int> lineWidths;
-  int max_width = 0;
-  int max_height = 0;
+  std::vector<int64_t> lineWidths;
+  int64_t max_width = 0;
+  int64_t max_height = 0;
+
+  bool fitsATexture() const {
+    return max_width <= kMaxPixels && max_height <= kMaxPixels && max_width * max_height <= kMaxPixels;
+  }
 
   // What the pair of entry i and the one after it adds to the pen.
   int kerning(size_t i) const {
@@ -95,8 +106,8 @@ TBitmapFont::TGlyph* TBitmapFont::FindGlyph(int id) const {
 // drawing moves the pen by its advance: the two differ by design.
 TBitmapFont::Layout TBitmapFont::measure(const std::string& text) const {
   Layout layout;
-  int lines = 1;
-  int line_height = mLineHeight;
+  int64_t lines = 1;
+  int64_t line_height = mLineHeight;
   size_t position = 0;
   do {
     const size_t first = layout.text.size();
@@ -106,20 +117,21 @@ TBitmapFont::Layout TBitmapFont::measure(const std::string& text) const {
       layout.text.push_back(codePoint);
       layout.glyphs.push_back(codePoint == '\n' || codePoint < 0 ? nullptr : FindGlyph(codePoint));
     }
-    int line_width = 0;
+    int64_t line_width = 0;
     for (size_t i = first; i < layout.text.size(); ++i) {
       const TGlyph* glyph = layout.glyphs[i];
       if (!glyph) continue;
       line_width += glyph->width;
-      if (i > 0 && layout.glyphs[i - 1]) line_width += layout.glyphs[i - 1]->xadvance - layout.glyphs[i - 1]->width;
-      line_height = std::max(line_height, glyph->yoffset < 1 ? glyph->height : glyph->height + glyph->yoffset);
+      if (const TGlyph* before = i > 0 ? layout.glyphs[i - 1] : nullptr)
+        line_width += int64_t{before->xadvance} - before->width;
+      line_height = std::max(line_height, int64_t{glyph->height} + (glyph->yoffset < 1 ? 0 : glyph->yoffset));
       line_width += layout.kerning(i);
     }
     layout.lineWidths.push_back(line_width);
     layout.max_width = std::max(layout.max_width, line_width);
     if (codePoint == '\n') ++lines;
   } while (position < text.size());
-  if (static_cast<int>(layout.lineWidths.size()) < lines) layout.lineWidths.push_back(0);  // behind a last "\n"
+  if (static_cast<int64_t>(layout.lineWidths.size()) < lines) layout.lineWidths.push_back(0);  // behind a last "\n"
   layout.max_width += kSpareWidth;
   layout.max_height = lines * mLineHeight + (line_height - mLineHeight);
   return layout;
@@ -131,22 +143,24 @@ SDL_Texture* TBitmapFont::RenderText(SDL_Renderer* renderer, const std::string& 
   if (heightOut) *heightOut = 0;
   if (text.empty()) return nullptr;
   const Layout layout = measure(text);
-  if (widthOut) *widthOut = layout.max_width;
-  if (heightOut) *heightOut = layout.max_height;
+  if (!layout.fitsATexture()) return nullptr;
+  const int max_width = static_cast<int>(layout.max_width);
+  const int max_height = static_cast<int>(std::max(layout.max_height, -kMaxPixels));
+  if (widthOut) *widthOut = max_width;
+  if (heightOut) *heightOut = max_height;
 
   // An empty font has lines of height 0, a texture has not.
-  SDL_Texture* texture =
-    TAppGuiModule::CreateLayer(mpGlyphTexture, layout.max_width, std::max(layout.max_height, 1), 0,
-                               mBackgroundColor.r, mBackgroundColor.g, mBackgroundColor.b, 16);
+  SDL_Texture* texture = TAppGuiModule::CreateLayer(mpGlyphTexture, max_width, std::max(max_height, 1), 0,
+                                                    mBackgroundColor.r, mBackgroundColor.g, mBackgroundColor.b, 16);
   if (!texture) return nullptr;
 
-  const auto lineStart = [&](size_t line) {
-    const int spare = layout.max_width - layout.lineWidths[line];
+  const auto lineStart = [&](size_t line) -> int64_t {
+    const int64_t spare = layout.max_width - layout.lineWidths[line];
     switch (textAlignment) {
       case CENTER_UP:
       case CENTER_CENTER:
       case CENTER_DOWN:
-        return static_cast<int>(std::lround(spare / 2.0));
+        return std::llround(static_cast<double>(spare) / 2.0);
       case RIGHT_UP:
       case RIGHT_CENTER:
       case RIGHT_DOWN:
@@ -159,8 +173,8 @@ SDL_Texture* TBitmapFont::RenderText(SDL_Renderer* renderer, const std::string& 
   SDL_Texture* target = SDL_GetRenderTarget(renderer);
   SDL_SetRenderTarget(renderer, texture);
   size_t line = 0;
-  int cursorx = lineStart(line);
-  int cursory = 0;
+  int64_t cursorx = lineStart(line);
+  int64_t cursory = 0;
   for (size_t i = 0; i < layout.text.size(); ++i) {
     if (layout.text[i] == '\n') {
       cursorx = lineStart(++line);
@@ -169,11 +183,13 @@ SDL_Texture* TBitmapFont::RenderText(SDL_Renderer* renderer, const std::string& 
     }
     const TGlyph* glyph = layout.glyphs[i];
     if (!glyph) continue;
-    const SDL_Rect source{glyph->x, glyph->y, glyph->width, glyph->height};
-    const SDL_Rect destination{cursorx + glyph->xoffset + mPaddingLeft, cursory + glyph->yoffset + mPaddingTop,
-                               glyph->width, glyph->height};
-    SDL_RenderCopy(renderer, mpGlyphTexture, &source, &destination);
-    cursorx += glyph->xadvance + layout.kerning(i);
+    const int64_t x = cursorx + glyph->xoffset + mPaddingLeft, y = cursory + glyph->yoffset + mPaddingTop;
+    if (std::max(std::llabs(x), std::llabs(y)) < kFarAway) {
+      const SDL_Rect source{glyph->x, glyph->y, glyph->width, glyph->height};
+      const SDL_Rect destination{static_cast<int>(x), static_cast<int>(y), glyph->width, glyph->height};
+      SDL_RenderCopy(renderer, mpGlyphTexture, &source, &destination);
+    }
+    cursorx += int64_t{glyph->xadvance} + layout.kerning(i);
   }
   SDL_SetRenderTarget(renderer, target);
   return texture;

@@ -1,10 +1,13 @@
 // The description file of a bitmap font.
 #include <algorithm>
 #include <cstdlib>
+#include <cstring>
 #include <deque>
 #include <fstream>
-#include <iterator>
+#include <locale>
 #include <rapidxml/rapidxml.hpp>
+#include <sstream>
+#include <unordered_map>
 
 #include "common/TBitmapFont.h"
 #include "vendelo-sdl2/MyUtils.h"
@@ -18,6 +21,22 @@ using Node = rapidxml::xml_node<char>;
 TBitmapFont::TGlyph* newGlyph() {
   static auto& arena = *new std::deque<TBitmapFont::TGlyph>;
   return &arena.emplace_back();
+}
+
+// More elements inside each other than this are no font; the parser would run out of stack.
+constexpr int kMaxDepth = 64;
+
+// The text ends with a zero.
+bool isTooDeep(const char* text) {
+  int depth = 0;
+  while ((text = std::strpbrk(text, "</"))) {
+    const char sign = *text++;
+    if (sign == '/' ? *text == '>' : *text == '/')
+      depth = std::max(0, depth - 1);
+    else if (sign == '<' && *text != '!' && *text != '?' && ++depth > kMaxDepth)
+      return true;
+  }
+  return false;
 }
 
 // Reads numbers out of attributes and remembers what was not there.
@@ -68,23 +87,36 @@ TBitmapFont::TBitmapFont(SDL_Renderer* renderer, const std::string& name, const 
     }
   }
   std::ifstream stream(XMLfilename, std::ios::binary);
-  std::vector<char> file{std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
+  std::ostringstream content;
+  content << stream.rdbuf();
+  const std::string bytes = content.str();
+  std::vector<char> file(bytes.begin(), bytes.end());
   file.push_back('\0');
+  std::string problems;
+  bool usable = false;
   try {
-    if (!parse(renderer, file)) return;
+    if (isTooDeep(file.data()))
+      problems = "its elements are nested too deep";
+    else
+      usable = parse(renderer, file, problems);
   } catch (const rapidxml::parse_error& error) {
-    logman::WriteLog(4, 0, "Font %s cannot be read: %s", mXML.c_str(), error.what());
-    return;
+    problems = std::string("it is no XML, ") + error.what();
   }
+  if (!problems.empty())
+    logman::WriteLog(4, 0, "Font %s%s: %s.", mXML.c_str(), usable ? "" : " is not usable", problems.c_str());
+  if (!usable) return;
   UnregisteredFonts.pop_back();
   BitmapFonts.push_back(this);
 }
 
-bool TBitmapFont::parse(SDL_Renderer* renderer, std::vector<char>& file) {
+bool TBitmapFont::parse(SDL_Renderer* renderer, std::vector<char>& file, std::string& problems) {
   rapidxml::xml_document<char> document;
   document.parse<0>(file.data());
   const Node* font = document.first_node("font");
-  if (!font) return false;
+  if (!font) {
+    problems = "there is no \"font\" in it";
+    return false;
+  }
 
   Reader reader;
   const Node* info = font->first_node("info");
@@ -127,15 +159,40 @@ bool TBitmapFont::parse(SDL_Renderer* renderer, std::vector<char>& file) {
       mMaxWidth = std::max(mMaxWidth, glyph->width);
       mGlyphChars.push_back(glyph);
     }
+    // FindGlyph's answers, without its walk: a large file has as many pairs as glyphs.
+    std::unordered_map<int, TGlyph*> byId;
+    for (TGlyph* glyph : mGlyphChars) byId.emplace(glyph->id, glyph);
     const Node* kernings = font->first_node("kernings");
-    for (const Node* k = kernings ? kernings->first_node("kerning") : nullptr; k; k = k->next_sibling("kerning"))
-      if (TGlyph* glyph = FindGlyph(reader.number(k, "first")))
-        glyph->kernings.push_back({reader.number(k, "second"), reader.number(k, "amount")});
+    for (const Node* k = kernings ? kernings->first_node("kerning") : nullptr; k; k = k->next_sibling("kerning")) {
+      const auto first = byId.find(reader.number(k, "first"));
+      if (first != byId.end())
+        first->second->kernings.push_back({reader.number(k, "second"), reader.number(k, "amount")});
+    }
   }
+  const auto complain = [&problems](const std::string& problem) {
+    problems += (problems.empty() ? "" : "; ") + problem;
+  };
+  if (!chars) complain("there is no \"chars\" in it");
   if (!reader.firstMissing().empty())
-    logman::WriteLog(4, 0, "Font %s: \"%s\" is missing or too short, taking 0 for it and what else is not there.",
-                     mXML.c_str(), reader.firstMissing().c_str());
+    complain("\"" + reader.firstMissing() +
+             "\" is missing or too short, taking 0 for it and what else is not there");
+  if (const int outside = glyphsOutsideTheAtlas()) {
+    std::ostringstream text;
+    text.imbue(std::locale::classic());
+    text << outside << " of its glyphs lie outside the picture";
+    complain(text.str());
+  }
   return chars != nullptr;
+}
+
+int TBitmapFont::glyphsOutsideTheAtlas() const {
+  SDL_Rect atlas{0, 0, 0, 0};
+  if (SDL_QueryTexture(mpGlyphTexture, nullptr, nullptr, &atlas.w, &atlas.h) != 0) return 0;
+  return static_cast<int>(std::count_if(mGlyphChars.begin(), mGlyphChars.end(), [&atlas](const TGlyph* g) {
+    const bool empty = g->width == 0 || g->height == 0;
+    return !empty && (g->x < 0 || g->y < 0 || g->width < 0 || g->height < 0 || g->width > atlas.w - g->x ||
+                      g->height > atlas.h - g->y);
+  }));
 }
 
 void TBitmapFont::loadAtlas(SDL_Renderer* renderer, const std::string& image) {

@@ -4,7 +4,9 @@
 #include <gtest/gtest.h>
 #include <condition_variable>
 #include <filesystem>
+#include <fstream>
 #include <functional>
+#include <iterator>
 #include <mutex>
 #include <string>
 
@@ -159,6 +161,63 @@ TEST_F(Images, DestroyingEmptiesBothCaches) {
     EXPECT_EQ(nullptr, MyUtils::GetTexture(renderer, "a.png"));
     EXPECT_EQ(nullptr, MyUtils::GetSurface("a.png"));
   });
+}
+
+// ---- Files that are no pictures, or not the one that their name says
+
+class BadImages : public Images {
+ protected:
+  std::string content(const std::string& name) {
+    std::ifstream stream(folder + name, std::ios::binary);
+    return {std::istreambuf_iterator<char>(stream), {}};
+  }
+  void writeBytes(const std::string& name, const std::string& bytes) { testfont::writeText(folder + name, bytes); }
+};
+
+TEST_F(BadImages, AreOneLineAndNull) {
+  write("good.png", 7);
+  const std::string png = content("good.png");
+  const struct {
+    const char* name;
+    const char* file;
+    std::string bytes;
+  } rows[] = {
+    {"0 bytes", "empty.png", ""},
+    {"0 bytes of another kind", "empty2.bmp", ""},
+    {"words", "words.png", "this is no picture"},
+    {"words called a tga", "words2.tga", "this is no picture"},
+    {"the signature alone", "signature.png", png.substr(0, 8)},
+    {"cut in the head", "head.png", png.substr(0, 20)},
+    {"cut in the pixels", "pixels.png", png.substr(0, png.find("IDAT") + 6)},
+    {"a broken head", "broken.png", std::string(png).replace(png.find("IHDR") + 4, 4, "\xff\xff\xff\xff")},
+    {"a picture called a tga", "png.tga", png},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.name);
+    writeBytes(row.file, row.bytes);
+    const std::string path = folder + row.file;
+    const std::string line = unable(path.substr(0, path.rfind('.')));
+    EXPECT_EQ(line, printed([&] { EXPECT_EQ(nullptr, MyUtils::LoadSurface(path)); }));
+    EXPECT_EQ(line, printed([&] { EXPECT_EQ(nullptr, MyUtils::LoadTexture(renderer, path)); }));
+  }
+  fs::create_directories(folder + "folder.png");
+  EXPECT_EQ(unable(folder + "folder"),
+            printed([&] { EXPECT_EQ(nullptr, MyUtils::LoadSurface(folder + "folder.png")); }));
+}
+
+TEST_F(BadImages, AWrongExtensionIsReadByWhatTheFileIs) {
+  write("good.png", 7);
+  for (const char* name : {"a.jpg", "a.bmp", "a.gif", "a.xyz", "noextension"}) {
+    SCOPED_TRACE(name);
+    writeBytes(name, content("good.png"));
+    EXPECT_EQ("", printed([&] { EXPECT_EQ(7, widthOf(name)); }));
+  }
+}
+
+TEST_F(BadImages, AnEmptyFileGivesWayToOneOfAnotherExtension) {
+  writeBytes("logo.jpg", "");
+  write("logo.png", 9);
+  EXPECT_EQ(tried(folder + "logo.jpg", folder + "logo.png"), printed([&] { EXPECT_EQ(9, widthOf("logo.jpg")); }));
 }
 
 TEST(Pixels, AreReadLittleEndian) {
