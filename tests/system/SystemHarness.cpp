@@ -93,7 +93,7 @@ void SystemTest::SetUp() {
   ASSERT_TRUE(mkdtemp(folder.data()));
   mFolder = folder;
   ASSERT_TRUE(TestSkin::write(mFolder + "/terminal"));
-  ASSERT_TRUE(mX.start(mFolder));
+  ASSERT_TRUE(startX()) << contentOf(mFolder + "/xserver.txt") << contentOf(mFolder + "/xrandr.txt");
 }
 
 void SystemTest::TearDown() {

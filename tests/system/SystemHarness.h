@@ -61,6 +61,9 @@ class SystemTest : public testing::Test {
   void SetUp() override;
   void TearDown() override;
 
+  // The X server of the test; one screen unless a test says otherwise.
+  virtual bool startX() { return mX.start(mFolder); }
+
   // Starts the simulator on a free port, which can be taken again once it has ended.
   void startSimulator();
 
