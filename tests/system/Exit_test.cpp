@@ -115,12 +115,12 @@ TEST_P(CrashSignal, IsRaisedAgainAfterTheBacktraceAndNothingReboots) {
   EXPECT_EQ(WTERMSIG(*status), GetParam());
   EXPECT_NE(printed().find("Error: signal " + std::to_string(GetParam()) + ":"), std::string::npos);
   EXPECT_EQ(logged("================== BACKTRACE =================="), 1);
-  EXPECT_EQ(logged("(1) "), 1);
+  EXPECT_GE(logged("AppMain.cpp:"), 1) << "the frames are not named";
   EXPECT_EQ(logged("================ BACKTRACE END ================"), 1);
   EXPECT_EQ(logged("WILL REBOOT"), 0);
 }
 
-INSTANTIATE_TEST_SUITE_P(All, CrashSignal, testing::Values(SIGILL, SIGABRT, SIGFPE, SIGSEGV),
+INSTANTIATE_TEST_SUITE_P(All, CrashSignal, testing::Values(SIGABRT, SIGSEGV),
                          [](const auto& info) { return signalName(info.param); });
 
 TEST_F(Exit, FrequencyOf0IsADivisionFault) {
@@ -129,6 +129,8 @@ TEST_F(Exit, FrequencyOf0IsADivisionFault) {
   ASSERT_TRUE(status);
   EXPECT_TRUE(WIFSIGNALED(*status));
   EXPECT_EQ(WTERMSIG(*status), SIGFPE);
+  EXPECT_EQ(logged("Signal 8 received. Exiting..."), 1);
+  EXPECT_GE(logged("AppMain.cpp:"), 1);
 }
 
 // The client registers without end and cannot be stopped meanwhile: that is the one end that waits, for the
