@@ -102,8 +102,23 @@ void TahLambda::execute(std::string ActionName, void* hActionData) {
   if (mLambda) mLambda(std::move(ActionName), hActionData);
 }
 
+TAction::TPin::TPin(TAction& Pinned) : Action(Pinned) {
+  std::lock_guard<std::recursive_mutex> lock(Action.mMutex);
+  ++Action.mPins;
+}
+
+TAction::TPin::~TPin() {
+  bool last;
+  {
+    std::lock_guard<std::recursive_mutex> lock(Action.mMutex);
+    last = --Action.mPins == 0 && Action.mDiscard;
+  }
+  if (last) delete &Action;
+}
+
 /// One Execute() under way: the node that it stands on, which Erase moves on when that node goes.
 struct TAction::TWalk {
+  const TPin Pin;  // first, so that it is let go last
   TAction& Action;
   const ActionHandleType Type;
   THandlerList::iterator Current;
@@ -111,20 +126,15 @@ struct TAction::TWalk {
   TActionHandler* Running = nullptr;
 
   TWalk(TAction& Walked, ActionHandleType ExecType)
-    : Action(Walked), Type(ExecType), Current(Walked.Handlers[ExecType].begin()) {
+    : Pin(Walked), Action(Walked), Type(ExecType), Current(Walked.Handlers[ExecType].begin()) {
     Action.mWalks.push_back(this);
   }
 
   /// Called without the action's mutex, also for an exception; the action may be gone afterwards.
   ~TWalk() {
     if (Running != nullptr) Running->Unpin();
-    bool last;
-    {
-      std::lock_guard<std::recursive_mutex> lock(Action.mMutex);
-      std::erase(Action.mWalks, this);
-      last = Action.mDiscard && Action.mWalks.empty();
-    }
-    if (last) delete &Action;
+    std::lock_guard<std::recursive_mutex> lock(Action.mMutex);
+    std::erase(Action.mWalks, this);
   }
 };
 
@@ -140,7 +150,7 @@ void TAction::Discard(TAction* pAction) {
   if (pAction == nullptr) return;
   {
     std::lock_guard<std::recursive_mutex> lock(pAction->mMutex);
-    if (!pAction->mWalks.empty()) {
+    if (pAction->mPins > 0) {
       pAction->mDiscard = true;
       pAction->Enabled = 0;
       return;

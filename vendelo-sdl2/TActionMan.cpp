@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <memory>
+#include <optional>
 
 #include "common/Algorithms.h"
 #include "vendelo-sdl2/TLogManager.h"
@@ -74,6 +75,7 @@ TAction* TActionMan::GetAction(std::string ActionName) {
 TAction* TActionMan::AddActionListener(std::string ActionName, TActionHandler* pActionHandler,
                                        ActionHandleType type) {
   TAction* action = nullptr;
+  std::optional<TAction::TPin> pin;
   {
     TMutexGuard lock(ActionListMutex);
     action = GetAction(ActionName);
@@ -83,6 +85,7 @@ TAction* TActionMan::AddActionListener(std::string ActionName, TActionHandler* p
         return left->GetName().compare(right->GetName()) < 0;
       });
     }
+    pin.emplace(*action);
   }
   action->RegisterActionHandler(pActionHandler, type);
   return action;
@@ -116,18 +119,17 @@ int TActionMan::ActionGenerated(const std::string& ActionName, void* hActionData
   auto it = std::upper_bound(ActionList.begin(), ActionList.end(), cutDownActionName, NameOrdersBefore);
   while (it != ActionList.end()) {
     TAction* const action = *it;
-    const std::string name = action->GetName();
-    const size_t nameLen = name.length();
-    if (ActionName.compare(0, nameLen, name) != 0) {
-      if (ActionName.compare(0, minimumMatch, name, 0, minimumMatch) != 0) break;
+    const size_t nameLen = action->GetName().length();
+    if (ActionName.compare(0, nameLen, action->GetName()) != 0) {
+      if (ActionName.compare(0, minimumMatch, action->GetName(), 0, minimumMatch) != 0) break;
       ++it;
       continue;
     }
+    const std::string name = action->GetName();  // a handler that runs at once may delete the action
     if (!matched) minimumMatch = nameLen;
     matched = true;
     for (int type = ACTION_NORMAL; type <= ACTION_ASYNC; ++type) {
       const auto handleType = static_cast<ActionHandleType>(type);
-      // A handler that ran at once may have deleted its action.
       if (executeImmediately && GetAction(name) != action) break;
       if ((Filter != handleType && Filter != ACTION_ANY) || action->GetHandlersCount(handleType) == 0) continue;
       ++numMatched;

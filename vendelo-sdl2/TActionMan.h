@@ -145,10 +145,11 @@ class TAction {
 
  private:
   friend class TActionMan;
+  struct TPin;
   struct TWalk;
   using THandlerList = std::list<TActionHandler*>;
 
-  /// Deletes the action now, or at the end of the last Execute() that is under way.
+  /// Deletes the action now, or at the end of the last use that is under way.
   static void Discard(TAction* pAction);
   /// Takes a node out, moving the walks that stand on it to the next one. Under mMutex.
   THandlerList::iterator Erase(ActionHandleType Type, THandlerList::iterator Node);
@@ -158,7 +159,18 @@ class TAction {
   std::array<THandlerList, 4> Handlers;  // under mMutex
   mutable std::recursive_mutex mMutex;
   std::vector<TWalk*> mWalks;  // Execute() calls under way; under mMutex
+  int mPins = 0;               // uses under way that a delete waits for; under mMutex
   bool mDiscard = false;       // under mMutex
+};
+
+/// Keeps an action alive for a scope: a delete that comes meanwhile is done at the end of the last one.
+struct TAction::TPin {
+  explicit TPin(TAction& Pinned);
+  ~TPin();
+  TPin(const TPin&) = delete;
+  TPin& operator=(const TPin&) = delete;
+
+  TAction& Action;
 };
 
 /// The bus of named signals: any thread generates an action by name, and the handlers registered under a prefix of
@@ -181,7 +193,8 @@ class TActionMan {
   void GenerateAction(std::string ActionName, void* hActionData, ActionHandleType Filter);
   /// Matches and runs the handlers at once on the calling thread, with the list mutex held.
   void GenerateAction_immediate(std::string ActionName, void* hActionData, ActionHandleType Filter);
-  /// Registers the handler, making the action when there is none; the manager owns the handler from here on.
+  /// Registers the handler, making the action when there is none; the manager owns the handler from here on. When
+  /// another thread deletes the action meanwhile, the handler goes with it and the result is not to be used.
   TAction* AddActionListener(std::string ActionName, TActionHandler* pActionHandler, ActionHandleType type);
   /// The action of exactly this name, or null. Null for an empty name.
   TAction* GetAction(std::string ActionName);

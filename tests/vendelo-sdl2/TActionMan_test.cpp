@@ -1,8 +1,11 @@
 #include "vendelo-sdl2/TActionMan.h"
 
 #include <gtest/gtest.h>
+#include <pthread.h>
 
 #include <atomic>
+#include <mutex>
+#include <set>
 #include <stdexcept>
 #include <thread>
 
@@ -145,6 +148,16 @@ struct Target {
   void* seenUser = nullptr;
 };
 
+TEST(ActionTypes, HaveTheirNumbers) {
+  EXPECT_EQ(ACTION_NORMAL, 0);
+  EXPECT_EQ(ACTION_DRAW, 1);
+  EXPECT_EQ(ACTION_THREAD_SAFE, 2);
+  EXPECT_EQ(ACTION_ASYNC, 3);
+  EXPECT_EQ(ACTION_ANY, 4);
+  EXPECT_EQ(Handler::ahtExecuteOnce, 0);
+  EXPECT_EQ(Handler::ahtExecuteEndless, 1);
+}
+
 TEST(ActionHandlers, MembersRunOnlyWithAnObjectAndEnabled) {
   Target target;
   TahMember<Target, int> member(&target, &Target::small, Handler::ahtExecuteEndless);
@@ -231,11 +244,43 @@ TEST(ActionMan, ImmediateActionsRunAtOnceForAllTypesAndLeaveNothingBehind) {
 TEST(ActionMan, WhatIsGeneratedWhileMatchingIsMatchedInTheSameCall) {
   Bus bus;
   bus.listen("first", "1", ACTION_NORMAL);
-  bus.GenerateAction("first", nullptr, ACTION_ANY);
-  bus.GenerateAction("first", nullptr, ACTION_ANY);
-  bus.ProcessActions();
+  bus.listen("second", "2", ACTION_NORMAL);
+  std::atomic<bool> processing{false};
+  std::thread matcher;
+  // An immediate run holds the list, so that the matching stands still until it is over.
+  bus.AddActionListener("hold",
+                        new TahLambda(
+                          [&](std::string, void*) {
+                            bus.GenerateAction("first", nullptr, ACTION_ANY);
+                            bus.GenerateAction("first", nullptr, ACTION_ANY);
+                            matcher = std::thread([&] {
+                              processing = true;
+                              bus.ProcessActions();
+                            });
+                            while (!processing) std::this_thread::yield();
+                            SDL_Delay(5);  // not needed, but then the first one has been taken already
+                            bus.GenerateAction("second", nullptr, ACTION_ANY);
+                          },
+                          Handler::ahtExecuteEndless),
+                        ACTION_DRAW);
+  bus.GenerateAction_immediate("hold", nullptr, ACTION_DRAW);
+  matcher.join();
   bus.ExecuteActions(ACTION_NORMAL);
-  EXPECT_EQ(bus.ran, "11");
+  EXPECT_EQ(bus.ran, "112");
+}
+
+TEST(ActionMan, AnImmediateActionRunsOnTheCallingThread) {
+  Bus bus;
+  std::thread::id ranOn;
+  bus.AddActionListener(
+    "where",
+    new TahLambda([&](std::string, void*) { ranOn = std::this_thread::get_id(); }, Handler::ahtExecuteEndless),
+    ACTION_DRAW);
+  std::thread other([&] {
+    bus.GenerateAction_immediate("where", nullptr, ACTION_ANY);
+    EXPECT_EQ(ranOn, std::this_thread::get_id());
+  });
+  other.join();
 }
 
 TEST(ActionMan, ExecutingAnEmptyQueueAndProcessingNothingDoNothing) {
@@ -597,6 +642,38 @@ TEST(ActionAsync, RunsOnAThreadOfItsOwnAndMayGenerate) {
   bus.ProcessActions();
   bus.ExecuteActions(ACTION_NORMAL);
   EXPECT_EQ(bus.ran, "a");
+}
+
+TEST(ActionAsync, EveryRunOfEveryHandlerHasAThreadOfItsOwnWithTheSameName) {
+  Bus bus;
+  std::mutex mutex;
+  std::set<std::thread::id> threads;
+  std::set<std::string> names;
+  std::atomic<int> started{0};
+  int data = 0;
+  for (int handler = 0; handler < 2; ++handler)
+    bus.AddActionListener("work",
+                          new TahLambda(
+                            [&](std::string, void* d) {
+                              char name[16] = "";
+                              pthread_getname_np(pthread_self(), name, sizeof name);
+                              {
+                                const std::lock_guard lock(mutex);
+                                threads.insert(std::this_thread::get_id());
+                                names.insert(name);
+                                EXPECT_EQ(d, &data);
+                              }
+                              ++started;
+                              while (started < 4) SDL_Delay(1);  // all four are alive at once
+                            },
+                            Handler::ahtExecuteEndless),
+                          ACTION_ASYNC);
+  for (int run = 0; run < 2; ++run) bus.GenerateAction("work", &data, ACTION_ASYNC);
+  bus.ProcessActions();
+  bus.ExecuteActions(ACTION_ASYNC);
+  ASSERT_TRUE(TAsyncJob::WaitForNone(30000));
+  EXPECT_EQ(threads.size(), 4u);
+  EXPECT_EQ(names, std::set<std::string>{"asyncAction"});
 }
 
 TEST(ActionAsync, AOnceHandlerOutlivesItsWrapperUntilItsThreadIsDone) {
