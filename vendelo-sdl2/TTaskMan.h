@@ -99,7 +99,7 @@ class TtthMember : public TTimedTaskHandler {
   TpfMember pfMember;
 };
 
-/// Calls a function object.
+/// Calls a function object. An empty one throws, which a run logs like any exception.
 class TtthLambda : public TTimedTaskHandler {
  public:
   TtthLambda(std::function<void()> Lambda, Uint32 Interval, TTaskType taskType, std::string TaskName);

@@ -70,7 +70,7 @@ TtthLambda::TtthLambda(std::function<void()> Lambda, Uint32 Interval, TTaskType 
   : TTimedTaskHandler(nullptr, Interval, taskType, std::move(TaskName)), mLambda(std::move(Lambda)) {}
 
 void TtthLambda::execute(void* /*UserData*/) {
-  if (Enabled != 0 && mLambda) mLambda();
+  if (Enabled != 0) mLambda();
 }
 
 /// Holds the worker back until start() is done with the object, which a self-freeing worker may delete at once.

@@ -1,6 +1,7 @@
 #include "vendelo-sdl2/TTaskMan.h"
 
 #include <gtest/gtest.h>
+#include <pthread.h>
 
 #include <atomic>
 #include <memory>
@@ -188,6 +189,31 @@ TEST_F(Tasks, AnExceptionIsLoggedAndCountsAsARun) {
   EXPECT_EQ(manager->GetTimedTask(nullptr), other) << "the once-task is gone";
 }
 
+// An empty action handler is passed over; a task is not that patient.
+TEST_F(Tasks, AnEmptyFunctionIsAnExceptionLikeAnyOther) {
+  LogLines log;
+  TtthLambda off(nullptr, 10, Task::ENDLESS, "off");
+  off.Disable();
+  off.execute(nullptr);
+  manager->AddTimedTask(new TtthLambda(nullptr, 10, Task::EXECUTE_ONCE, "empty"), TASK_NORMAL);
+  poll(11);
+  EXPECT_EQ(log.lines(), std::vector<std::string>{"0 ExecuteConditional unhandled exception...empty"});
+  EXPECT_EQ(manager->GetTimedTask(nullptr), nullptr) << "and it counted as the one run";
+}
+
+TEST_F(Tasks, AnExceptionOfTheTaskMachineryItselfIsDroppedAndTheTaskStays) {
+  struct Breaking : LogLines {
+    int _WriteLog(char, TLogType, unsigned long, const std::string&) override { throw 1; }
+  } log;
+  Probe* probe = add(10, Task::EXECUTE_ONCE);
+  Probe* other = add(10, Task::ENDLESS);
+  probe->onRun = [] { throw 1; };  // whose message cannot be logged
+  poll(11);
+  EXPECT_EQ(probe->runs, 1);
+  EXPECT_TRUE(manager->IsTimedTaskValid(probe, TASK_NORMAL));
+  EXPECT_EQ(other->runs, 1);
+}
+
 TEST_F(Tasks, EachSetRunsOnItsOwnAndAnyRunsAll) {
   Probe* normal = add(10, Task::ENDLESS, TASK_NORMAL);
   Probe* draw = add(10, Task::ENDLESS, TASK_DRAW);
@@ -260,6 +286,17 @@ TEST_F(Tasks, TheManagersEndDeletesTheTasksOfAllSets) {
   add(10, Task::ENDLESS, TASK_THREAD_SAFE);
   manager.reset();
   EXPECT_EQ(deaths, 3);
+}
+
+TEST(TaskTypes, HaveTheirNumbers) {
+  EXPECT_EQ(TASK_NORMAL, 0);
+  EXPECT_EQ(TASK_DRAW, 1);
+  EXPECT_EQ(TASK_THREAD_SAFE, 2);
+  EXPECT_EQ(TASK_ANY, 3);
+  EXPECT_EQ(Task::EXECUTE_ONCE, 0);
+  EXPECT_EQ(Task::EXECUTE_COUNT, 1);
+  EXPECT_EQ(Task::ENDLESS, 2);
+  EXPECT_EQ(Task::EXECUTE_COUNT_NO_FREE, 3);
 }
 
 TEST_F(Tasks, SettingsAreReadBack) {
@@ -489,6 +526,29 @@ TEST(AsyncTask, ASelfFreeingTaskRunsAtOnceOnItsOwnThreadAndGoes) {
   EXPECT_EQ(runs, 1);
   EXPECT_TRUE(other);
   EXPECT_EQ(payload.use_count(), 1) << "the task deleted itself";
+}
+
+TEST(AsyncTask, ItsThreadBearsItsName) {
+  std::string name;
+  new TAsyncTimedTaskHandler(
+    [&] {
+      char text[16] = "";
+      pthread_getname_np(pthread_self(), text, sizeof text);
+      name = text;
+    },
+    0, Task::EXECUTE_ONCE, "loader", true, true);
+  ASSERT_TRUE(TAsyncJob::WaitForNone(10000));
+  EXPECT_EQ(name, "async_loader");
+}
+
+TEST(AsyncTask, ADisabledOneCompletesItsRunsWithoutCalling) {
+  std::atomic<int> runs{0};
+  TAsyncTimedTaskHandler task([&] { ++runs; }, 1, Task::ENDLESS, "off", false, false);
+  task.Disable();
+  task.start();
+  while (task.completedCount() < 3) SDL_Delay(1);
+  task.free();
+  EXPECT_EQ(runs, 0);
 }
 
 TEST(AsyncTask, HundredSelfFreeingTasksStartAndGo) {
