@@ -184,12 +184,14 @@ void TLogManager::tellListeners(const TLogEntry& entry) {
 int TLogManager::Poll() {
   std::lock_guard<std::recursive_mutex> pollLock(mPollMutex);
   if (!initialized) return -1;
-  std::vector<std::shared_ptr<TLogEntry>> logsToSave;
+  std::deque<std::shared_ptr<TLogEntry>> queued;
   {
+    // Swapped, so that no writer waits while a long queue is moved.
     ScopedLock lock(mLogEntries);
-    logsToSave.assign(std::make_move_iterator(mLogEntries->begin()), std::make_move_iterator(mLogEntries->end()));
-    mLogEntries->clear();
+    mLogEntries->swap(queued);
   }
+  const std::vector<std::shared_ptr<TLogEntry>> logsToSave(std::make_move_iterator(queued.begin()),
+                                                           std::make_move_iterator(queued.end()));
   LinesToGo = static_cast<int>(logsToSave.size());
   mLogHistory.insert(mLogHistory.end(), logsToSave.begin(), logsToSave.end());
   while (mLogHistory.size() > MaxHistory) mLogHistory.pop_front();
