@@ -14,6 +14,14 @@ const std::string& Parameter::EmptyStr = *new std::string;
 const std::string& Parameter::GlobalParameterDomain = *new std::string("GLOBAL");
 std::atomic<int> ParameterData::mNumInstances{0};
 
+namespace {
+
+bool Satisfies(const ParameterLimits& Limits, const std::string& Value) {
+  return !Limits.HasAnyLimits() || Limits.SatisfiesLimit(Value);
+}
+
+}  // namespace
+
 void ParamChangeListener::OnValueChanged(int /*changes*/) {}
 
 /// One Changed() under way, over the listeners that there were at its start.
@@ -46,10 +54,9 @@ void ParameterData::RemoveListener(ParamChangeListener* pListener) {
 
 void ParameterData::Changed(int changes) {
   if (changes == 0) return;
-  if (mAccumulatedChanges >= 0) {
-    mAccumulatedChanges |= changes;
-    return;
-  }
+  int accumulated = mAccumulatedChanges;
+  while (accumulated >= 0)
+    if (mAccumulatedChanges.compare_exchange_weak(accumulated, accumulated | changes)) return;
   ScopedLock lock(mListeners);
   TReport report(*this, &mListeners);
   // By index, and asked anew each time: RemoveListener blanks whoever has gone.
@@ -61,13 +68,15 @@ void ParameterData::BeginEdit() { mAccumulatedChanges = 0; }
 
 int ParameterData::EndEdit() {
   // Below 0: the edit was begun on other data, or ended through another handle on this one.
-  const int changes = std::max(std::exchange(mAccumulatedChanges, -1), 0);
+  const int changes = std::max(mAccumulatedChanges.exchange(-1), 0);
   Changed(changes);
   return changes;
 }
 
 int ParameterData::Compare(const ParameterData& other) const {
   int changes = ParamChangeListener::NONE;
+  if (&other == this) return changes;
+  const std::scoped_lock lock(mFieldsMutex, other.mFieldsMutex);
   if (value != other.value) changes |= ParamChangeListener::VALUE;
   if (caption != other.caption) changes |= ParamChangeListener::CAPTION;
   if (description != other.description) changes |= ParamChangeListener::DESCRIPTION;
@@ -75,11 +84,15 @@ int ParameterData::Compare(const ParameterData& other) const {
   return changes;
 }
 
-void ParameterData::SetLimits(const ParameterLimits& limits) { mLimits = limits; }
+void ParameterData::SetLimits(const ParameterLimits& limits) {
+  ParameterLimits copy(limits);  // made first, as they may be this data's own
+  const std::lock_guard lock(mFieldsMutex);
+  mLimits = std::move(copy);
+}
 
 void ParameterData::SetLimits(const std::string& limits) {
   try {
-    mLimits = ParameterLimits(limits);
+    SetLimits(ParameterLimits(limits));
   } catch (const std::exception& error) {
     std::printf("Error creating limits from string <%s>: %s\n", limits.c_str(), error.what());
   }
@@ -90,7 +103,7 @@ Parameter::Parameter() = default;
 Parameter::Parameter(const std::string& Domain) : mDomain(Domain) {}
 
 Parameter::Parameter(const Parameter& other)
-  : ParamChangeListener(), mDomain(other.mDomain), mIsInEdit(other.mIsInEdit), pData(other.pData) {
+  : ParamChangeListener(), mDomain(other.mDomain), mIsInEdit(other.mIsInEdit.load()), pData(other.pData) {
   if (pData) pData->AddListener(this);
 }
 
@@ -98,7 +111,7 @@ Parameter& Parameter::operator=(const Parameter& other) {
   if (this == &other || mFrozen) return *this;
   SetData(other.pData);
   mDomain = other.mDomain;
-  mIsInEdit = other.mIsInEdit;
+  mIsInEdit = other.mIsInEdit.load();
   return *this;
 }
 
@@ -120,14 +133,18 @@ void Parameter::Report(int changes) {
 void Parameter::SetValue(const std::string& value) {
   if (mFrozen) return;
   int changes = NONE;
-  if (!pData) {
-    Instantiate();
-    pData->value = value;
-    pData->oldValue = value;
-    changes = ALL;
-  } else if (pData->value != value && IsValueOK(value)) {
-    pData->value = value;
-    changes = VALUE;
+  const bool first = !pData;
+  if (first) Instantiate();
+  {
+    const std::lock_guard lock(pData->mFieldsMutex);
+    if (first) {
+      pData->value = value;
+      pData->oldValue = value;
+      changes = ALL;
+    } else if (pData->value != value && Satisfies(pData->mLimits, value)) {
+      pData->value = value;
+      changes = VALUE;
+    }
   }
   Report(changes);
 }
@@ -157,13 +174,13 @@ int Parameter::CopyFrom(const Parameter& other) {
   if (mFrozen) return 0;
   // Held, as the copy may share its data with the other one and a listener may let that go.
   const std::shared_ptr<ParameterData> source = other.pData;
-  BeginEdit();
-  SetValue(other.Value());
-  SetDescription(other.Description());
-  SetCaption(other.Caption());
-  SetRestrictions(other.Restrictions());
-  if (pData) pData->SetLimits(other.Limits());
-  return EndEdit();
+  return InEdit([&] {
+    SetValue(other.Value());
+    SetDescription(other.Description());
+    SetCaption(other.Caption());
+    SetRestrictions(other.Restrictions());
+    if (pData) pData->SetLimits(other.Limits());
+  });
 }
 
 void Parameter::Instantiate() {
@@ -175,7 +192,11 @@ void Parameter::Instantiate() {
 
 void Parameter::Clear() { SetData(nullptr); }
 
-std::string Parameter::Value() const { return pData ? pData->value : EmptyStr; }
+std::string Parameter::Value() const {
+  if (!pData) return EmptyStr;
+  const std::lock_guard lock(pData->mFieldsMutex);
+  return pData->value;
+}
 
 const std::string& Parameter::Caption() const { return pData ? pData->caption : EmptyStr; }
 
@@ -183,11 +204,19 @@ const std::string& Parameter::Description() const { return pData ? pData->descri
 
 const std::string& Parameter::OldValue() const { return pData ? pData->oldValue : EmptyStr; }
 
-int64_t Parameter::Restrictions() const { return pData ? pData->restrictions : 0; }
+int64_t Parameter::Restrictions() const {
+  if (!pData) return RESTRICTION_NONE;
+  const std::lock_guard lock(pData->mFieldsMutex);
+  return pData->restrictions;
+}
 
 const ParameterLimits& Parameter::Limits() const { return pData ? pData->Limits() : NoLimit; }
 
-bool Parameter::Modified() const { return pData && pData->value != pData->oldValue; }
+bool Parameter::Modified() const {
+  if (!pData) return false;
+  const std::lock_guard lock(pData->mFieldsMutex);
+  return pData->value != pData->oldValue;
+}
 
 long Parameter::AsInteger(long defaultValue) const {
   const std::string text = Value();
@@ -230,22 +259,26 @@ ParameterDomain Parameter::Domain(const std::string& myClientID) const {
   return mDomain.find('_') != std::string::npos ? PARAM_OTHER : PARAM_GROUP;
 }
 
-void Parameter::SetCaption(const std::string& caption) {
-  if (!pData || pData->caption == caption) return;
-  pData->caption = caption;
-  Report(CAPTION);
+template <class T>
+void Parameter::SetField(T ParameterData::*Field, const T& NewValue, ParameterProperty Bit) {
+  if (!pData) return;
+  {
+    const std::lock_guard lock(pData->mFieldsMutex);
+    T& field = (*pData).*Field;
+    if (field == NewValue) return;
+    field = NewValue;
+  }
+  Report(Bit);
 }
 
+void Parameter::SetCaption(const std::string& caption) { SetField(&ParameterData::caption, caption, CAPTION); }
+
 void Parameter::SetDescription(const std::string& description) {
-  if (!pData || pData->description == description) return;
-  pData->description = description;
-  Report(DESCRIPTION);
+  SetField(&ParameterData::description, description, DESCRIPTION);
 }
 
 void Parameter::SetRestrictions(int64_t restrictions) {
-  if (!pData || pData->restrictions == restrictions) return;
-  pData->restrictions = restrictions;
-  Report(RESTRICTION);
+  SetField(&ParameterData::restrictions, restrictions, RESTRICTION);
 }
 
 void Parameter::SetLimits(const std::string& limits) {
@@ -253,21 +286,22 @@ void Parameter::SetLimits(const std::string& limits) {
 }
 
 bool Parameter::IsValueOK(const std::string& value) const {
-  return !pData || !pData->Limits().HasAnyLimits() || pData->Limits().SatisfiesLimit(value);
+  if (!pData) return true;
+  const std::lock_guard lock(pData->mFieldsMutex);
+  return Satisfies(pData->mLimits, value);
 }
 
 void Parameter::BeginEdit() {
   if (mFrozen) return;
-  if (mIsInEdit == 0 && pData) pData->BeginEdit();
-  ++mIsInEdit;
+  if (mIsInEdit++ == 0 && pData) pData->BeginEdit();
 }
 
 int Parameter::EndEdit() {
   if (mFrozen) return 0;
-  --mIsInEdit;
-  if (mIsInEdit < 0)
+  const int left = --mIsInEdit;
+  if (left < 0) {
     mIsInEdit = 0;
-  else if (mIsInEdit == 0 && pData) {
+  } else if (left == 0 && pData) {
     const std::shared_ptr<ParameterData> data = pData;
     const int changes = data->EndEdit();
     mChangesRelativeToDB |= changes;
@@ -276,11 +310,19 @@ int Parameter::EndEdit() {
   return 0;
 }
 
-void Parameter::UpdateOldValue() {
-  if (pData && pData->oldValue != pData->value) {
-    pData->oldValue = pData->value;
-    Report(OLD_VALUE);
+int Parameter::InEdit(const std::function<void()>& changes) {
+  BeginEdit();
+  try {
+    changes();
+  } catch (...) {
+    EndEdit();
+    throw;
   }
+  return EndEdit();
+}
+
+void Parameter::UpdateOldValue() {
+  if (pData) SetField(&ParameterData::oldValue, Value(), OLD_VALUE);
   mChangesRelativeToDB = NONE;
 }
 

@@ -2,7 +2,9 @@
 
 #include <atomic>
 #include <cstdint>
+#include <functional>
 #include <memory>
+#include <mutex>
 #include <string>
 #include <vector>
 
@@ -90,8 +92,8 @@ constexpr char LimitSeparator = '|';
 /// INTEGER for digits only; FLOAT for digits with one '.' or ',' that is not the first character; else UNDEFINED.
 ParameterLimits::Limit::LimitType isIntOrDouble(const std::string& text);
 
-/// The value that parameters share. Lives as long as one Parameter holds it. The list of listeners has a lock; all
-/// else belongs to the thread that owns the parameter store.
+/// The value that parameters share. Lives as long as one Parameter holds it. The list of listeners has a lock, and
+/// so have the fields; no listener is called with the latter held.
 class ParameterData {
  public:
   ParameterData();
@@ -120,9 +122,10 @@ class ParameterData {
   struct TReport;
 
   ThreadSafeProperty<std::vector<ParamChangeListener*>> mListeners;
-  std::vector<TReport*> mReports;  // under the lock of mListeners
-  int mAccumulatedChanges = -1;    // -1 outside an edit
+  std::vector<TReport*> mReports;            // under the lock of mListeners
+  std::atomic<int> mAccumulatedChanges{-1};  // -1 outside an edit
   static std::atomic<int> mNumInstances;
+  mutable std::mutex mFieldsMutex;  // guards what follows
   ParameterLimits mLimits;
   std::string oldValue;
   std::string value;
@@ -132,7 +135,11 @@ class ParameterData {
 };
 
 /// A handle on a shared value, kept as text, with the raw domain that owns it. Null until it gets data; all readers
-/// are safe on a null parameter. Belongs to the thread that owns the parameter store; a copy shares the data.
+/// are safe on a null parameter. A copy shares the data.
+///
+/// Once it has data, any thread may write it and read its value, numbers and restrictions, also through several
+/// handles at once. Which data a handle has, and the references that Caption, Description, OldValue and Limits
+/// return, belong to one thread: the owner of the parameter store, or whoever holds a TAppParam's lock.
 class Parameter : public ParamChangeListener {
  public:
   Parameter();
@@ -190,6 +197,8 @@ class Parameter : public ParamChangeListener {
   /// 0 for an inner one.
   void BeginEdit();
   int EndEdit();
+  /// Calls the function within an edit, which ends also when it throws; returns what EndEdit does.
+  int InEdit(const std::function<void()>& changes);
   /// Change bits since the last save.
   int Changes() const { return mChangesRelativeToDB; }
   /// Takes the value over as saved.
@@ -202,8 +211,8 @@ class Parameter : public ParamChangeListener {
   void Freeze() { mFrozen = true; }
 
   std::string mDomain;
-  int mIsInEdit = 0;
-  int mChangesRelativeToDB = 0;
+  std::atomic<int> mIsInEdit{0};
+  std::atomic<int> mChangesRelativeToDB{0};
   static const std::string& EmptyStr;
   std::shared_ptr<ParameterData> pData;
 
@@ -212,6 +221,9 @@ class Parameter : public ParamChangeListener {
 
  private:
   void Report(int changes);
+  /// Stores a field of the data; reports the bit if that changed it.
+  template <class T>
+  void SetField(T ParameterData::*Field, const T& NewValue, ParameterProperty Bit);
 
   bool mFrozen = false;
 };

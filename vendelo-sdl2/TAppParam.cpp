@@ -77,8 +77,9 @@ std::string TAppParam::GetAddressOf(ParameterDomain domain, const std::string& C
 bool TAppParam::IsNull() const { return this == pVoidParam || Parameter::IsNull(); }
 
 void TAppParam::SetValue(const std::string& value) {
-  if (IsSentinel("SetValue") || (pData && Value() == value)) return;
+  if (IsSentinel("SetValue")) return;
   ScopedLock lock(*this);
+  if (pData && Value() == value) return;
   Parameter::SetValue(value);
 }
 
@@ -133,10 +134,11 @@ void TAppParam::Update() {
   TParamMan* const store = TParamMan::Instance();
   if (IsSentinel("Update") || store == nullptr) return;
   const Parameter answer = store->OnRequestValue(GetRawDomain(), Name());
-  BeginEdit();
-  Load(answer);
-  UpdateOldValue();
-  if (EndEdit() == NONE) TriggerListener(0, NONE);
+  const int changes = InEdit([&] {
+    Load(answer);
+    UpdateOldValue();
+  });
+  if (changes == NONE) TriggerListener(0, NONE);
 }
 
 void TAppParam::Delete() {

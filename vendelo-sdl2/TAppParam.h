@@ -2,6 +2,7 @@
 
 #include <sys/types.h>
 
+#include <atomic>
 #include <functional>
 #include <list>
 #include <mutex>
@@ -99,7 +100,7 @@ class TAppParam : public Parameter, public Lockable<std::recursive_mutex> {
   std::list<ListenerStruct> mListeners;  // under mListenersMutex, as is mLastListenerID
   bool bReadOnly = false;
   const bool bParamChangedAction;
-  const TAppParam* pBoundTo = nullptr;
+  std::atomic<const TAppParam*> pBoundTo{nullptr};
   uint mLastListenerID = 0;
 
  public:

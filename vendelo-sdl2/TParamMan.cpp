@@ -1,13 +1,14 @@
 #include "vendelo-sdl2/TParamMan.h"
 
 #include <algorithm>
+#include <atomic>
 #include <bit>
 #include <cstdio>
 #include <cstdlib>
+#include <iterator>
 #include <memory>
 #include <utility>
 
-#include "common/Algorithms.h"
 #include "vendelo-sdl2/MyUtils.h"
 #include "vendelo-sdl2/TActionMan.h"
 #include "vendelo-sdl2/TApplication.h"
@@ -26,20 +27,23 @@ std::atomic<TParamMan*> pDefInst{nullptr};
 /// The one place that makes the const sentinel a result of the lookups; its writers do nothing.
 TAppParam* VoidParam() { return const_cast<TAppParam*>(pVoidParam); }
 
-using TParamKey = std::pair<const std::string&, const std::string&>;
+/// Sets a flag for a scope.
+class TFlagScope {
+ public:
+  explicit TFlagScope(bool& Flag) : mFlag(Flag) { mFlag = true; }
+  ~TFlagScope() { mFlag = false; }
+  TFlagScope(const TFlagScope&) = delete;
+  TFlagScope& operator=(const TFlagScope&) = delete;
 
-int CompareKey(const TAppParam* pParam, const TParamKey& Key) {
-  const int byName = pParam->Name().compare(Key.first);
-  return byName != 0 ? byName : pParam->GetRawDomain().compare(Key.second);
-}
-
-bool OrdersBefore(const TAppParam* pLeft, const TAppParam* pRight) {
-  return CompareKey(pLeft, {pRight->Name(), pRight->GetRawDomain()}) < 0;
-}
+ private:
+  bool& mFlag;
+};
 
 std::string GroupPart(const std::string& ClientID) { return ClientID.substr(0, ClientID.find('_')); }
 
 }  // namespace
+
+thread_local bool TParamMan::isInGetOrSet = false;
 
 int highestOrderBit(int mask) { return static_cast<int>(std::bit_floor(static_cast<unsigned>(mask))); }
 
@@ -98,8 +102,37 @@ std::string TParamMan::GroupOf(const std::string& ClientIP) {
 }
 
 TParamMan::TParamList::iterator TParamMan::FindExact(const std::string& ParamName, const std::string& RawDomain) {
-  return ::binary_search(ParamList, TParamKey(ParamName, RawDomain),
-                         [](const TParamKey& key, TAppParam* const& param) { return CompareKey(param, key); });
+  const auto behind = mIndex.upper_bound(TParamKey(ParamName, RawDomain));
+  if (behind == mIndex.begin()) return ParamList.end();
+  const auto place = *std::prev(behind);
+  return (*place)->Name() == ParamName && (*place)->GetRawDomain() == RawDomain ? place : ParamList.end();
+}
+
+bool TParamMan::TOrder::operator()(TParamList::iterator Left, TParamList::iterator Right) const {
+  return (*this)(TParamKey((*Left)->Name(), (*Left)->GetRawDomain()), Right);
+}
+
+bool TParamMan::TOrder::operator()(const TParamKey& Left, TParamList::iterator Right) const {
+  const int byName = Left.first.compare((*Right)->Name());
+  return byName != 0 ? byName < 0 : Left.second.compare((*Right)->GetRawDomain()) < 0;
+}
+
+bool TParamMan::TOrder::operator()(TParamList::iterator Left, const TParamKey& Right) const {
+  const int byName = (*Left)->Name().compare(Right.first);
+  return byName != 0 ? byName < 0 : (*Left)->GetRawDomain().compare(Right.second) < 0;
+}
+
+TParamMan::TParamList::iterator TParamMan::InsertSorted(TAppParam* pParam) {
+  const auto behind = mIndex.upper_bound(TParamKey(pParam->Name(), pParam->GetRawDomain()));
+  const auto place = ParamList.insert(behind == mIndex.end() ? ParamList.end() : *behind, pParam);
+  mIndex.insert(behind, place);
+  return place;
+}
+
+TParamMan::TParamList::iterator TParamMan::Erase(TParamList::iterator Place) {
+  const auto [first, last] = mIndex.equal_range(Place);
+  mIndex.erase(std::find(first, last, Place));
+  return ParamList.erase(Place);
 }
 
 TParamMan::TParamList::iterator TParamMan::AddParamToCache(TAppParam* pParam) {
@@ -110,10 +143,7 @@ TParamMan::TParamList::iterator TParamMan::AddParamToCache(TAppParam* pParam) {
   }
   {
     TMutexGuard lock(pParamListMutex);
-    if (FindExact(pParam->Name(), pParam->GetRawDomain()) == ParamList.end())
-      return ::insert_sorted(ParamList, pParam, [](TAppParam* const& left, TAppParam* const& right) {
-        return OrdersBefore(left, right);
-      });
+    if (FindExact(pParam->Name(), pParam->GetRawDomain()) == ParamList.end()) return InsertSorted(pParam);
   }
   std::printf("application::Parameter \"%s\" of ID %s already exists in this application.\n",
               pParam->Name().c_str(), pParam->GetRawDomain().c_str());
@@ -124,8 +154,10 @@ TAppParam* TParamMan::AddBound(TAppParam* pSource, const std::string& RawDomain,
   auto bound = std::make_unique<TAppParam>(pSource->Name(), RawDomain);
   bound->Bind(pSource);
   bound->QuietSave = quietSave;
-  if (AddParamToCache(bound.get()) == ParamList.end()) return pSource;
-  return bound.release();
+  TMutexGuard lock(pParamListMutex);
+  if (AddParamToCache(bound.get()) != ParamList.end()) return bound.release();
+  TAppParam* const present = GetExactParamFromCache(RawDomain, pSource->Name(), PARAM_MINE, false);
+  return present->pBoundTo == pSource ? present : pSource;
 }
 
 TParamMan::TParamList::iterator TParamMan::GetExactParamIteratorFromCache(const std::string& ClientIP,
@@ -141,7 +173,7 @@ TParamMan::TParamList::iterator TParamMan::GetExactParamIteratorFromCache(const 
   const std::string wanted =
     TAppParam::GetAddressOf(static_cast<ParameterDomain>(highestOrderBit(readMode)), ClientIP);
   if ((*found)->GetRawDomain() == wanted) return found;
-  AddBound(*found, wanted, (*found)->QuietSave);
+  AddBound(*found, wanted, false);
   const auto bound = FindExact(ParamName, wanted);
   return bound != ParamList.end() ? bound : found;
 }
@@ -164,6 +196,7 @@ TAppParam* TParamMan::GetParam(const std::string& ParamName, int ReadMode) {
 
 TAppParam* TParamMan::GetExactParam(const std::string& ClientIP, const std::string& ParamName, int readMode) {
   readMode %= 1 << DOMAIN_BITS;
+  const int cacheMode = readMode;
   if (ParamName.empty() || readMode <= 0) return VoidParam();
   if (readMode == PARAM_CACHE) return GetExactParamFromCache(ClientIP, ParamName, PARAM_MINE, true);
   TAppParam* const cachedParam = GetExactParamFromCache(ClientIP, ParamName, readMode, true);
@@ -179,18 +212,20 @@ TAppParam* TParamMan::GetExactParam(const std::string& ClientIP, const std::stri
     answer = Parameter();
   }
   if (!answer.IsNull() && (answer.Domain(ClientIP) & readMode) != 0)
-    return LoadAnswer(ClientIP, ParamName, readMode, cachedParam, answer);
+    return LoadAnswer(ClientIP, ParamName, readMode, cacheMode, answer);
   if (!isInGetOrSet)
     std::printf("PARAM: No parameter named '%s' for ID '%s' exists!\n", ParamName.c_str(), requestAddress.c_str());
   return VoidParam();
 }
 
 TAppParam* TParamMan::LoadAnswer(const std::string& ClientIP, const std::string& ParamName, int readMode,
-                                 TAppParam* cachedParam, const Parameter& Answer) {
+                                 int cacheMode, const Parameter& Answer) {
   const ParameterDomain domain = Answer.Domain(ClientIP);
   const int highest = highestOrderBit(readMode);
-  const bool cached = cachedParam != pVoidParam;
   TMutexGuard lock(pParamListMutex);
+  // Looked up again: while the store was asked, another thread may have dropped what was there.
+  TAppParam* const cachedParam = GetExactParamFromCache(ClientIP, ParamName, cacheMode, false);
+  const bool cached = cachedParam != pVoidParam;
   if (cached && domain == highest &&
       cachedParam->GetRawDomain() == TAppParam::GetAddressOf(static_cast<ParameterDomain>(highest), ClientIP)) {
     cachedParam->Load(Answer);
@@ -235,22 +270,21 @@ TAppParam* TParamMan::SetExactParam(const std::string& ClientID, const std::stri
                                     const std::string& ParamValue, bool cacheOnly, const std::string& Caption,
                                     const std::string& Description, bool quietSave) {
   const auto edit = [&](TAppParam* param) {
-    param->BeginEdit();
-    param->SetValue(ParamValue);
-    if (!Caption.empty()) param->SetCaption(Caption);
-    if (!Description.empty()) param->SetDescription(Description);
-    param->EndEdit();
+    param->InEdit([&] {
+      param->SetValue(ParamValue);
+      if (!Caption.empty()) param->SetCaption(Caption);
+      if (!Description.empty()) param->SetDescription(Description);
+    });
     param->QuietSave = quietSave;
   };
   if (ClientID.empty()) cacheOnly = true;
-  {
-    TMutexGuard lock(pParamListMutex);
-    TAppParam* const found = GetExactParamFromCache(ClientID, ParamName, PARAM_MINE, false);
-    if (found != pVoidParam) {
-      edit(found);
-      if (!cacheOnly) AddToStoreQueue(found);
-      return found;
-    }
+  // Held to the end, or of two threads that make the same parameter one would lose its value.
+  TMutexGuard lock(pParamListMutex);
+  TAppParam* const found = GetExactParamFromCache(ClientID, ParamName, PARAM_MINE, false);
+  if (found != pVoidParam) {
+    edit(found);
+    if (!cacheOnly) AddToStoreQueue(found);
+    return found;
   }
   auto made = std::make_unique<TAppParam>(ParamName, ClientID);
   if (!cacheOnly) made->SetPreferedSaveLocation(made->Domain(ClientID));
@@ -273,9 +307,11 @@ TAppParam* TParamMan::GetOrSetExactParam(const std::string& ClientID, const std:
                                          bool quietSave) {
   const int readMask = mode & READ_MASK;
   const auto writeDomain = static_cast<ParameterDomain>(mode >> DOMAIN_BITS);
-  isInGetOrSet = true;
-  TAppParam* const found = GetExactParam(ClientID, ParamName, mode);
-  isInGetOrSet = false;
+  TAppParam* const found = [&] {
+    // The store's answer may break the limits of a value in a way that throws.
+    const TFlagScope quiet(isInGetOrSet);
+    return GetExactParam(ClientID, ParamName, mode);
+  }();
   const int highest = highestOrderBit(readMask);
   if (found != pVoidParam) {
     found->QuietSave = quietSave;

@@ -2,7 +2,6 @@
 
 #include <SDL.h>
 
-#include <atomic>
 #include <cstdint>
 #include <functional>
 #include <list>
@@ -10,6 +9,7 @@
 #include <set>
 #include <sstream>
 #include <string>
+#include <utility>
 
 #include "vendelo-sdl2/Parameters.h"
 #include "vendelo-sdl2/TAppParam.h"
@@ -55,8 +55,9 @@ int lowestOrderBit(int mask);
 ///
 /// Reads walk the domains from the client's own over its group's to the global one. Any thread may read and write;
 /// ParamList and ToStore have their locks (order: pParamListMutex, a parameter's lock, pStoreListMutex).
-/// Restrictions, reboot parameters, Poll and PrintParamList belong to the main thread. Lookups answer with
-/// pVoidParam, never null.
+/// Restrictions, reboot parameters, Poll, PrintParamList and what ends the life of a parameter (DeleteParam,
+/// DropParamFromCache of one that another thread uses, UpdateClientID) belong to the main thread. Lookups answer
+/// with pVoidParam, never null.
 class TParamMan {
  public:
   TParamMan();
@@ -154,6 +155,15 @@ class TParamMan {
   static TParamMan* Instance();
   static std::string GroupOf(const std::string& ClientIP);
 
+  /// Name and raw domain.
+  using TParamKey = std::pair<const std::string&, const std::string&>;
+  struct TOrder {
+    using is_transparent = void;
+    bool operator()(TParamList::iterator Left, TParamList::iterator Right) const;
+    bool operator()(const TParamKey& Left, TParamList::iterator Right) const;
+    bool operator()(TParamList::iterator Left, const TParamKey& Right) const;
+  };
+
   template <class T>
   static std::string ToText(const T& Value) {
     std::ostringstream text;
@@ -165,9 +175,14 @@ class TParamMan {
   TParamList::iterator GetExactParamIteratorFromCache(const std::string& ClientIP, const std::string& ParamName,
                                                       int readMode, bool createBoundParam);
   TParamList::iterator FindExact(const std::string& ParamName, const std::string& RawDomain);
-  TAppParam* LoadAnswer(const std::string& ClientIP, const std::string& ParamName, int readMode,
-                        TAppParam* cachedParam, const Parameter& Answer);
-  /// A parameter of this raw domain that is bound to the source; the source when the cache refuses it.
+  /// These two keep ParamList and mIndex alike; an equal one goes behind the others.
+  TParamList::iterator InsertSorted(TAppParam* pParam);
+  TParamList::iterator Erase(TParamList::iterator Place);
+  /// `cacheMode` is the mode as it was asked for, `readMode` what is left of it for this client.
+  TAppParam* LoadAnswer(const std::string& ClientIP, const std::string& ParamName, int readMode, int cacheMode,
+                        const Parameter& Answer);
+  /// A parameter of this raw domain that is bound to the source, a new one or the one that was there; the source
+  /// when the cache refuses it.
   TAppParam* AddBound(TAppParam* pSource, const std::string& RawDomain, bool quietSave);
   /// Parameters bound to the old one follow the new one; they keep the value in any case.
   void RepointBindings(const TAppParam* pOld, const TAppParam* pNew);
@@ -175,10 +190,12 @@ class TParamMan {
   void RaiseAction(const char* ActionName, void* hActionData);
 
   std::list<std::function<void(long)>> mRestrictionListeners;
-  std::atomic<bool> isInGetOrSet{false};
+  static thread_local bool isInGetOrSet;  // the calling thread is, so its misses are not printed
   int64_t mRestrictions = RESTRICTION_UNEDITABLE | RESTRICTION_HIDDEN;
   TParamList ParamList;  // sorted by name, then raw domain; under pParamListMutex
-  TParamList ToStore;    // under pStoreListMutex
+  /// The places in ParamList by its own order, so that a search has not to walk the list. Likewise.
+  std::multiset<TParamList::iterator, TOrder> mIndex;
+  TParamList ToStore;  // under pStoreListMutex
   SDL_mutex* pParamListMutex;
   SDL_mutex* pStoreListMutex;
   std::set<std::string> RebootParams;

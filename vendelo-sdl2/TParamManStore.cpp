@@ -3,7 +3,6 @@
 #include <memory>
 #include <string>
 
-#include "common/Algorithms.h"
 #include "vendelo-sdl2/TActionMan.h"
 #include "vendelo-sdl2/TMutexGuard.h"
 #include "vendelo-sdl2/TParamMan.h"
@@ -42,7 +41,7 @@ void TParamMan::UpdateClientID(const std::string& NewClientID, const std::string
       ScopedLock paramLock(*old);
       made->Load(*old);
       made->AddListenersOf(old);
-      made->pBoundTo = old->pBoundTo;
+      made->pBoundTo = old->pBoundTo.load();
       made->mPreferedSaveLocation = old->mPreferedSaveLocation;
       made->mSaveForAllLocation = old->mSaveForAllLocation;
       made->bReadOnly = old->bReadOnly;
@@ -54,14 +53,10 @@ void TParamMan::UpdateClientID(const std::string& NewClientID, const std::string
     for (auto* param : renamed)
       if (param->pBoundTo == old) param->pBoundTo = made.get();
     renamed.push_back(made.release());
-    it = ParamList.erase(it);
+    it = Erase(it);
     delete old;
   }
-  ParamList.splice(ParamList.end(), renamed);
-  ParamList.sort([](const TAppParam* left, const TAppParam* right) {
-    const int byName = left->Name().compare(right->Name());
-    return byName != 0 ? byName < 0 : left->GetRawDomain().compare(right->GetRawDomain()) < 0;
-  });
+  for (auto* param : renamed) InsertSorted(param);
 }
 
 void TParamMan::DeleteParam(TAppParam* param) {
@@ -84,7 +79,7 @@ int TParamMan::DropParamFromCache(TAppParam* pParam) {
     ScopedLock paramLock(*pParam);
     TMutexGuard storeLock(pStoreListMutex);
     ToStore.remove(pParam);
-    ParamList.erase(found);
+    Erase(found);
   }
   RepointBindings(pParam, pParam->pBoundTo);
   delete pParam;

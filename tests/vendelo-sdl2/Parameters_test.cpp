@@ -122,6 +122,25 @@ TEST(LimitValues, TheConstantsAreTheirBits) {
   EXPECT_EQ(RESTRICTION_ALL,
             RESTRICTION_UNEDITABLE | RESTRICTION_RAM_CLEAR | RESTRICTION_LOGIC_DOOR | RESTRICTION_HIDDEN);
   EXPECT_EQ(LimitSeparator, '|');
+  const int numbers[] = {PARAM_CACHE, PARAM_GLOBAL, PARAM_GROUP, PARAM_MINE, PARAM_OTHER};
+  for (int bit = 0; bit < 5; ++bit) EXPECT_EQ(numbers[bit], 1 << bit);
+  const int properties[] = {ParamChangeListener::VALUE, ParamChangeListener::CAPTION,
+                            ParamChangeListener::DESCRIPTION, ParamChangeListener::RESTRICTION,
+                            ParamChangeListener::OLD_VALUE};
+  for (int bit = 0; bit < 5; ++bit) EXPECT_EQ(properties[bit], 1 << bit);
+  EXPECT_EQ(ParamChangeListener::NONE, 0);
+  EXPECT_EQ(RESTRICTION_NONE, 0);
+  EXPECT_EQ(RESTRICTION_UNEDITABLE, 1);
+  EXPECT_EQ(RESTRICTION_RAM_CLEAR, 2);
+  EXPECT_EQ(RESTRICTION_LOGIC_DOOR, 4);
+  EXPECT_EQ(RESTRICTION_HIDDEN, 1024);
+  EXPECT_EQ(Limit::UNDEFINED, 0);
+  EXPECT_EQ(Limit::STRING, 1);
+  EXPECT_EQ(Limit::INTEGER, 2);
+  EXPECT_EQ(Limit::FLOAT, 3);
+  EXPECT_EQ(Limit::EQUAL, 1);
+  EXPECT_EQ(Limit::MIN, 2);
+  EXPECT_EQ(Limit::MAX, 4);
   EXPECT_FALSE(NoLimit.HasAnyLimits());
 }
 
@@ -386,6 +405,20 @@ TEST(ParameterEdit, CollectsUntilTheOutermostEnd) {
   parameter.SetValue("3");
   EXPECT_EQ(parameter.reports.size(), 2u) << "and the next change is reported at once";
   EXPECT_EQ(parameter.Changes(), ParamChangeListener::VALUE | ParamChangeListener::CAPTION);
+}
+
+TEST(ParameterEdit, AnEditThatThrowsIsOverAndHasReported) {
+  Watcher parameter;
+  parameter.SetValue("1");
+  parameter.reports.clear();
+  EXPECT_THROW(parameter.InEdit([&] {
+    parameter.SetCaption("c");
+    throw 1;
+  }),
+               int);
+  EXPECT_EQ(parameter.reports, Reports{ParamChangeListener::CAPTION});
+  parameter.SetValue("2");
+  EXPECT_EQ(parameter.reports.size(), 2u);
 }
 
 TEST(ParameterEdit, AnEditOfNothingReportsNothing) {
