@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "tests/support/FakeClock.h"
+#include "tests/support/TestApplication.h"
 #include "vendelo-sdl2/TActionMan.h"
 #include "vendelo-sdl2/TAsyncJobs.h"
 #include "vendelo-sdl2/TParamMan.h"
@@ -159,6 +160,28 @@ TEST(ActionStress, AsynchronousRunsOutliveTheirBus) {
     EXPECT_EQ(finished, Handlers);
     EXPECT_EQ(payload.use_count(), 1) << "the handlers went with their threads";
   }
+}
+
+TEST(ActionStress, TheEndOfTheApplicationWaitsForItsRunningJobs) {
+  NoticeCapture notices;
+  std::atomic<bool> ending{false};
+  std::atomic<int> finished{0};
+  const auto job = [&] {
+    while (!ending) SDL_Delay(1);
+    SDL_Delay(20);  // so that an end that does not wait comes first
+    ++finished;
+  };
+  TestApplication app;
+  app.onDestroy = [&] { ending = true; };
+  app.AddActionListener("job", new TahLambda([&](std::string, void*) { job(); }, TActionHandler::ahtExecuteEndless),
+                        ACTION_ASYNC);
+  app.GenerateAction("job", nullptr, ACTION_ANY);
+  app.ProcessActions();
+  app.ExecuteActions(ACTION_ASYNC);
+  new TAsyncTimedTaskHandler(job, 0, TTimedTaskHandler::EXECUTE_ONCE, "loader", true, true);
+  app.Destroy();
+  EXPECT_EQ(finished, 2);
+  EXPECT_EQ(TAsyncJob::Running(), 0);
 }
 
 TEST(TaskStress, SelfFreeingTasksStartedBySeveralThreadsAllRunAndGo) {

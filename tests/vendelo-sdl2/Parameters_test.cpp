@@ -407,6 +407,33 @@ TEST(ParameterEdit, CollectsUntilTheOutermostEnd) {
   EXPECT_EQ(parameter.Changes(), ParamChangeListener::VALUE | ParamChangeListener::CAPTION);
 }
 
+TEST(ParameterEdit, ACopyTakesTheEditAlong) {
+  Watcher parameter;
+  parameter.SetValue("1");
+  parameter.reports.clear();
+  parameter.BeginEdit();
+  parameter.SetValue("2");
+  Watcher copy(parameter);
+  EXPECT_EQ(copy.EndEdit(), ParamChangeListener::VALUE);
+  EXPECT_EQ(parameter.reports, Reports{ParamChangeListener::VALUE});
+  EXPECT_EQ(parameter.EndEdit(), 0) << "the data's edit is over";
+}
+
+// The data collect for one edit only: a second one through another handle begins anew.
+TEST(ParameterEdit, ASecondEditOfTheSameDataForgetsWhatTheFirstCollected) {
+  Watcher one;
+  one.SetValue("1");
+  Watcher two(one);
+  one.reports.clear();
+  one.BeginEdit();
+  one.SetValue("2");
+  two.BeginEdit();
+  two.SetCaption("c");
+  EXPECT_EQ(two.EndEdit(), ParamChangeListener::CAPTION);
+  EXPECT_EQ(one.reports, Reports{ParamChangeListener::CAPTION});
+  EXPECT_EQ(one.EndEdit(), 0);
+}
+
 TEST(ParameterEdit, AnEditThatThrowsIsOverAndHasReported) {
   Watcher parameter;
   parameter.SetValue("1");

@@ -481,6 +481,19 @@ TEST(Unregister, HandlersByTheirRelatedObject) {
   EXPECT_EQ(one.calls + two.calls, 0);
 }
 
+TEST(Unregister, HandlersTakenOutWithoutTheirInstanceAreTheCallers) {
+  TAction action("abcd");
+  int deaths = 0;
+  auto* handler = new Mortal(deaths, Handler::ahtExecuteEndless);
+  action.RegisterActionHandler(handler, ACTION_NORMAL);
+  action.RegisterActionHandler(handler, ACTION_THREAD_SAFE);
+  EXPECT_EQ(action.UnregisterActionHandlersByRelatedObject(&deaths, true), 0);
+  EXPECT_EQ(action.UnregisterActionHandlersByRelatedObject(nullptr, false), 2);
+  EXPECT_EQ(action.GetHandlersCount(ACTION_ANY), 0);
+  EXPECT_EQ(deaths, 0);
+  delete handler;
+}
+
 TEST(Unregister, AnAsynchronousHandlerIsNotFoundByItsOwnPointer) {
   TAction action("abcd");
   Target target;

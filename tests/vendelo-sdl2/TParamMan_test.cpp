@@ -590,6 +590,40 @@ TEST_F(Params, ASavedChangeOfANamedParameterRaisesTheAction) {
   Store::ParametersThatTriggerAction.clear();
 }
 
+TEST_F(Params, ANameIsAskedForWhenTheParameterIsMade) {
+  TAppParam* early = set("named later", "1", PARAM_MINE);
+  Store::ParametersThatTriggerAction.insert("named later");
+  int raised = 0;
+  store.AddActionListener("DBParameterChanged",
+                          new TahLambda([&](std::string, void*) { ++raised; }, TActionHandler::ahtExecuteEndless),
+                          ACTION_NORMAL);
+  early->SetValue("2");
+  early->UpdateOldValue();
+  store.ProcessActions();
+  store.ExecuteActions(ACTION_NORMAL);
+  EXPECT_EQ(raised, 0);
+  Store::ParametersThatTriggerAction.clear();
+}
+
+TEST_F(Params, TheRebootIsAskedForBeforeTheListenersAreTold) {
+  store.RebootOnParam("critical");
+  TAppParam* param = set("critical", "1", PARAM_MINE);
+  param->SetValue("2");
+  const int before = store.reboots;
+  int seen = 0;
+  param->AddListener([&](TAppParam*, int) { seen = store.reboots; }, 0);
+  param->UpdateOldValue();
+  EXPECT_EQ(seen, before + 1);
+}
+
+TEST_F(Params, ANewParameterHasItsDefaultSaveLocations) {
+  TAppParam* param = set("n", "1", PARAM_CACHE);
+  EXPECT_EQ(param->GetPreferedSaveLocation(), PARAM_CACHE);
+  EXPECT_EQ(param->GetSaveForAllLocation(), PARAM_GROUP);
+  EXPECT_FALSE(param->ReadOnly());
+  EXPECT_FALSE(param->QuietSave);
+}
+
 TEST_F(Params, ASavedChangeOfARebootParameterAsksForTheReboot) {
   store.RebootOnParam("critical");
   TAppParam* param = set("critical", "1", PARAM_MINE);

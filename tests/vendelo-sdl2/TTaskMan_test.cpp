@@ -528,6 +528,19 @@ TEST(AsyncTask, ASelfFreeingTaskRunsAtOnceOnItsOwnThreadAndGoes) {
   EXPECT_EQ(payload.use_count(), 1) << "the task deleted itself";
 }
 
+TEST(AsyncTask, NothingRunsWithoutAStart) {
+  for (const bool autoFree : {false, true}) {
+    int runs = 0;
+    auto task =
+      std::make_unique<TAsyncTimedTaskHandler>([&] { ++runs; }, 0, Task::ENDLESS, "idle", false, autoFree);
+    task->free();
+    EXPECT_EQ(task->completedCount(), 0u);
+    task.reset();
+    EXPECT_EQ(runs, 0);
+  }
+  EXPECT_EQ(TAsyncJob::Running(), 0);
+}
+
 TEST(AsyncTask, ItsThreadBearsItsName) {
   std::string name;
   new TAsyncTimedTaskHandler(
