@@ -135,7 +135,7 @@ TEST(ActionStress, OnceHandlersRunOnceThoughTwoThreadsRunTheirQueue) {
 
 TEST(ActionStress, AsynchronousRunsOutliveTheirBus) {
   constexpr int Handlers = 6;
-  for (int round = 0; round < 10; ++round) {
+  for (int round = 0; round < 5; ++round) {
     std::atomic<bool> go{false};
     std::atomic<int> finished{0};
     auto payload = std::make_shared<int>(1);
@@ -173,9 +173,10 @@ TEST(ActionStress, TheEndOfTheApplicationWaitsForItsRunningJobs) {
   };
   TestApplication app;
   app.onDestroy = [&] { ending = true; };
-  app.AddActionListener("job", new TahLambda([&](std::string, void*) { job(); }, TActionHandler::ahtExecuteEndless),
+  app.AddActionListener("background",
+                        new TahLambda([&](std::string, void*) { job(); }, TActionHandler::ahtExecuteEndless),
                         ACTION_ASYNC);
-  app.GenerateAction("job", nullptr, ACTION_ANY);
+  app.GenerateAction("background", nullptr, ACTION_ANY);
   app.ProcessActions();
   app.ExecuteActions(ACTION_ASYNC);
   new TAsyncTimedTaskHandler(job, 0, TTimedTaskHandler::EXECUTE_ONCE, "loader", true, true);
