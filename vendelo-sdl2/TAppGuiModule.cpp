@@ -8,6 +8,7 @@
 #include "vendelo-sdl2/MyUtils.h"
 #include "vendelo-sdl2/TApplication.h"
 #include "vendelo-sdl2/TGuiComponent.h"
+#include "vendelo-sdl2/WindowEventGate.h"
 
 namespace vendelo_sdl2 {
 namespace {
@@ -37,6 +38,7 @@ TAppGuiModule::~TAppGuiModule() { delete pLoader; }
 
 int TAppGuiModule::CreateWindow(std::string WindowTitle, int x, int y, int w, int h, Uint32 CreateWindowFlags,
                                 int DriverIndex4Renderer, Uint32 CreateRendererFlags, int) {
+  WindowEventGate::install();
   SDL_SetHint(SDL_HINT_RENDER_SCALE_QUALITY, "best");
   mpWindow = SDL_CreateWindow(WindowTitle.c_str(), x, y, w, h, CreateWindowFlags);
   if (!mpWindow) return -2;

@@ -5,6 +5,7 @@
 #include "vendelo-sdl2/TAppGuiModule.h"
 #include "vendelo-sdl2/TApplication.h"
 #include "vendelo-sdl2/TGuiComponent.h"
+#include "vendelo-sdl2/WindowEventGate.h"
 
 namespace vendelo_sdl2 {
 namespace {
@@ -34,6 +35,7 @@ int TAppGuiModule::draw() {
     if (!mpGUIRenderer) return 2;
     const auto state = pApplication->status();
     if (state == TApplication::APP_TERMINATE) return 1;
+    WindowEventGate::release();
     const Uint32 start = SDL_GetTicks();
     // Read once: a change in the middle of a frame would leave the wrong render target behind.
     rendering = mDrawEnabled;

@@ -131,6 +131,11 @@ bool XServer::launch(const std::string& program, const std::vector<std::string>&
   return mConnection != nullptr;
 }
 
+Picture XServer::picture() {
+  const Box all = boxOf(DefaultRootWindow(mConnection));
+  return picture({0, 0, all.width, all.height});
+}
+
 Picture XServer::picture(Box box) {
   XImage* image =
     XGetImage(mConnection, DefaultRootWindow(mConnection), box.x, box.y, static_cast<unsigned>(box.width),

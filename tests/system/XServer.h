@@ -31,9 +31,9 @@ class XServer {
 
   const std::string& display() const { return mDisplay; }
 
-  // The part of the screen inside the box, or all of it.
+  // The part of the screen inside the box, or all of it, with all displays.
   Picture picture(Box box);
-  Picture picture() { return picture({0, 0, 1920, 1080}); }
+  Picture picture();
   Colour pixel(int x, int y) { return picture({x, y, 1, 1}).at(0, 0); }
 
   // The window with this title, also inside a window manager's frame; 0 when there is none.

@@ -1,5 +1,6 @@
 // The window itself, on SDL's drivers without a screen.
 #include <cstdlib>
+#include <thread>
 
 #include "tests/vendelo-sdl2/TAppGuiModuleFixture.h"
 
@@ -107,6 +108,102 @@ TEST_F(Window, ANewSizeIsReadAtTheNextFrame) {
   EXPECT_EQ(24, module->WindowCurrentSize.h);
   EXPECT_EQ(64, module->WindowNativeSize.w);
   EXPECT_EQ(module->mpBackBuffer, SDL_GetRenderTarget(module->GetRenderer()));
+}
+
+// ---- Window events and the thread on which SDL's renderer sees them
+
+struct Seen {
+  SDL_threadID thread;
+  Uint8 event;
+};
+
+class WindowEvents : public Window {
+ protected:
+  void SetUp() override {
+    Window::SetUp();
+    start("offscreen");
+    app.VSync = false;
+    ASSERT_EQ(0, create(64, 48, 0, -1));
+    SDL_FlushEvents(SDL_FIRSTEVENT, SDL_LASTEVENT);
+    SDL_AddEventWatch(watch, this);
+  }
+  void TearDown() override {
+    SDL_DelEventWatch(watch, this);
+    Window::TearDown();
+  }
+  static int watch(void* self, SDL_Event* event) {
+    if (event->type == SDL_WINDOWEVENT)
+      static_cast<WindowEvents*>(self)->seen.push_back({SDL_ThreadID(), event->window.event});
+    return 0;
+  }
+  // From the thread that pumps the events, which is not the draw thread.
+  static void pump(Uint32 type, Uint8 windowEvent) {
+    std::thread([=] {
+      SDL_Event event{};
+      event.type = type;
+      event.window.event = windowEvent;
+      SDL_PushEvent(&event);
+    }).join();
+  }
+  static std::vector<Uint8> polled() {
+    std::vector<Uint8> out;
+    SDL_Event event;
+    while (SDL_PollEvent(&event))
+      if (event.type == SDL_WINDOWEVENT) out.push_back(event.window.event);
+    return out;
+  }
+  std::vector<Seen> seen;
+};
+
+TEST_F(WindowEvents, ReachTheRendererOnTheDrawThreadOnly) {
+  pump(SDL_WINDOWEVENT, SDL_WINDOWEVENT_SIZE_CHANGED);
+  pump(SDL_WINDOWEVENT, SDL_WINDOWEVENT_EXPOSED);
+  EXPECT_TRUE(seen.empty());
+  EXPECT_TRUE(polled().empty());
+  EXPECT_EQ(0, module->draw());
+  ASSERT_EQ(2u, seen.size());
+  EXPECT_EQ(SDL_ThreadID(), seen[0].thread);
+  EXPECT_EQ(SDL_WINDOWEVENT_SIZE_CHANGED, seen[0].event);
+  EXPECT_EQ(SDL_WINDOWEVENT_EXPOSED, seen[1].event);
+  EXPECT_EQ((std::vector<Uint8>{SDL_WINDOWEVENT_SIZE_CHANGED, SDL_WINDOWEVENT_EXPOSED}), polled());
+  module->draw();
+  EXPECT_EQ(2u, seen.size());
+}
+
+TEST_F(WindowEvents, OfTheDrawThreadItselfPassAtOnce) {
+  SDL_Event event{};
+  event.type = SDL_WINDOWEVENT;
+  event.window.event = SDL_WINDOWEVENT_MOVED;
+  EXPECT_EQ(1, SDL_PushEvent(&event));
+  EXPECT_EQ(1u, seen.size());
+}
+
+TEST_F(WindowEvents, OtherEventsPassOnAnyThread) {
+  pump(SDL_USEREVENT, 0);
+  SDL_Event event;
+  EXPECT_EQ(1, SDL_PollEvent(&event));
+  EXPECT_EQ(static_cast<Uint32>(SDL_USEREVENT), event.type);
+}
+
+TEST_F(WindowEvents, WithoutFramesOnlyTheLatestAreKept) {
+  for (int i = 0; i < 63; ++i) pump(SDL_WINDOWEVENT, SDL_WINDOWEVENT_EXPOSED);
+  pump(SDL_WINDOWEVENT, SDL_WINDOWEVENT_MOVED);
+  pump(SDL_WINDOWEVENT, SDL_WINDOWEVENT_LEAVE);
+  module->draw();
+  ASSERT_EQ(64u, seen.size());
+  EXPECT_EQ(SDL_WINDOWEVENT_EXPOSED, seen[0].event);
+  EXPECT_EQ(SDL_WINDOWEVENT_MOVED, seen[62].event);
+  EXPECT_EQ(SDL_WINDOWEVENT_LEAVE, seen[63].event);
+}
+
+TEST_F(WindowEvents, AnotherWindowLeavesTheGateAndTheQueueAlone) {
+  pump(SDL_USEREVENT, 0);
+  module->DestroyWindow();
+  ASSERT_EQ(0, create(32, 32, 0, -1));
+  EXPECT_TRUE(SDL_HasEvent(SDL_USEREVENT));
+  SDL_FlushEvent(SDL_WINDOWEVENT);
+  pump(SDL_WINDOWEVENT, SDL_WINDOWEVENT_SIZE_CHANGED);
+  EXPECT_FALSE(SDL_HasEvent(SDL_WINDOWEVENT));
 }
 
 }  // namespace
