@@ -2,10 +2,14 @@
 #include "vendelo-sdl2/TApplication.h"
 
 #include <gtest/gtest.h>
+#include <unistd.h>
+#include <cstdio>
+#include <cstdlib>
 #include <filesystem>
 #include <memory>
 #include <thread>
 
+#include "tests/support/ChildProcess.h"
 #include "tests/support/TestApplication.h"
 
 using namespace vendelo_sdl2;
@@ -214,6 +218,28 @@ TEST_F(Application, KnowsItsBinaryAndItsInterval) {
   EXPECT_EQ(app->GetBinaryPath(), std::filesystem::read_symlink("/proc/self/exe").string());
   app->SetLogicInterval(25);
   EXPECT_EQ(app->LogicInterval(), 25u);
+}
+
+// This program again, under a name of 300 bytes.
+TEST(BinaryPath, IsCutAt255Bytes) {
+  if (std::getenv("TELL_BINARY_PATH")) {
+    std::fprintf(stderr, "[%s]", TestApplication().GetBinaryPath().c_str());
+    return;
+  }
+  namespace fs = std::filesystem;
+  const fs::path self = fs::read_symlink("/proc/self/exe");
+  const fs::path top = self.parent_path() / std::string(100, 'a');
+  const fs::path program = top / std::string(100, 'b') / std::string(100, 'c');
+  fs::create_directories(program.parent_path());
+  fs::remove(program);
+  fs::create_hard_link(self, program);
+  ChildProcess child([&] {
+    setenv("TELL_BINARY_PATH", "1", 1);
+    execl(program.c_str(), program.c_str(), "--gtest_filter=BinaryPath.*", nullptr);
+  });
+  EXPECT_EQ(child.end(), "exit 0");
+  EXPECT_EQ(occurrences("[" + program.string().substr(0, 255) + "]", child.output()), 1) << child.output();
+  fs::remove_all(top);
 }
 
 TEST_F(Application, ClientIdentifierTakesItsParametersAlong) {

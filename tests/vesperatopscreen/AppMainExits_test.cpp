@@ -11,6 +11,7 @@
 #include <stdexcept>
 #include <thread>
 
+#include "common/Logger.h"
 #include "tests/support/ChildProcess.h"
 #include "tests/support/TestApplication.h"
 #include "vendelo-sdl2/MyUtils.h"
@@ -269,7 +270,9 @@ TEST(PoliteSignal, EndsAProgramWhoseOtherThreadsGoOn) {
       for (int i = 0; i < 4; ++i)
         std::thread([&app] {
           for (int round = 0;; ++round) {
-            logman::WriteLog(1, 0, "round %d", round);
+            app.WriteLog(1, 0, "round %d", round);
+            KLOG(LogApp, logs::Verbose, "round %d", round);
+            app.GetParam("Round", PARAM_MASK_ALL)->AsString();
             app.status();
             app.GenerateAction("Nobody", nullptr, ACTION_ANY);
             MyUtils::currency2string(round, 2);
