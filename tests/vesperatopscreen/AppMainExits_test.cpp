@@ -1,162 +1,21 @@
-// Every way in which the program ends, each in a process of its own with an application without a window: from the
-// entry point to the exit code.
+// Every way in which the program ends but for crashes, each in a process of its own.
 #include <gtest/gtest.h>
-#include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
+#include <atomic>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
-#include <memory>
 #include <stdexcept>
 #include <thread>
 
 #include "common/Logger.h"
-#include "tests/support/ChildProcess.h"
-#include "tests/support/TestApplication.h"
+#include "tests/vesperatopscreen/ToldProgram.h"
 #include "vendelo-sdl2/MyUtils.h"
-#include "vesperatopscreen/AppMain.h"
-
-using namespace vendelo_sdl2;
 
 namespace {
 
-int StubAppMain(int argc, char** argv);
-
-// The program's own entry point, with another application behind it.
-#define main ProgramMain
-#define AppMain StubAppMain
-#include "../../src/vesperatopscreen/main.cpp"
-#undef AppMain
-#undef main
-
-// Tells what is going on, in one piece.
-void say(const std::string& line) {
-  if (write(STDERR_FILENO, (line + "\n").c_str(), line.size() + 1) < 0) std::abort();
-}
-
-void say(const std::string& line, int number) { say(line + " " + std::to_string(number)); }
-
-// Tells how it is closed.
-class ToldModule : public TAppModule {
- public:
-  int Load(void*) override { return 0; }
-  void RequestClose() override {
-    say(pApp->IsInMainThread() ? "request on main" : "request elsewhere");
-    if (onRequest()) onRequest()();
-  }
-  int Close() override { return say("close"), 0; }
-  int Unload() override {
-    return say(StubGui::trace().contains("deleted") ? "unload, gui deleted" : "unload, gui left alone"), 0;
-  }
-  static std::function<void()>& onRequest() {
-    static auto& hook = *new std::function<void()>;
-    return hook;
-  }
-};
-
-// Tells every line of its log.
-class ToldApplication : public TestApplication {
- public:
-  int _WriteLog(char color, TLogType type, unsigned long gameId, const std::string& text) override {
-    say(std::to_string(type) + "|" + text);
-    return TestApplication::_WriteLog(color, type, gameId, text);
-  }
-};
-
-using Preparation = std::function<void(TestApplication&)>;
-const Preparation* preparation = nullptr;
-
-// A program with a GUI module, its draw thread and a module that tells how it is closed. Left alone it runs for
-// ever.
-TApplication* makeApplication(const std::string*) {
-  auto* app = new ToldApplication;
-  (new ToldModule)->Init(app, "told", nullptr, 5);
-  app->onInit = [app] {
-    app->SetGUI<StubGui>(nullptr);
-    app->LoadGUI(nullptr);
-    return 0;
-  };
-  app->onStartup = [] { say("[startup]"); };
-  app->onSetupGraphics = [] { return true; };
-  app->onState = [](TApplication::ApplicationState state) { say("state", state); };
-  app->onDestroy = [app] { say(app->IsInDrawThread() ? "[destroy] on draw" : "[destroy] elsewhere"); };
-  (*preparation)(*app);
-  return app;
-}
-
-int StubAppMain(int argc, char** argv) { return AppMain(argc, argv, makeApplication); }
-
-std::unique_ptr<ChildProcess> program(const Preparation& prepare) {
-  return std::make_unique<ChildProcess>([&] {
-    setenv("SDL_VIDEODRIVER", "dummy", 1);
-    SDL_Init(SDL_INIT_VIDEO);
-    preparation = &prepare;
-    char name[] = "topscreen";
-    char* arguments[] = {name, nullptr};
-    std::exit(ProgramMain(1, arguments));
-  });
-}
-
-// A moment of the program's life, on the thread that makes it, in the state that is told.
-struct Moment {
-  const char* name;
-  TApplication::ApplicationState state;
-  void (*arrange)(TestApplication&, const std::function<void()>& act);
-};
-
-const Moment moments[] = {
-  {"Init before the GUI", TApplication::APP_INITIALIZING,
-   [](TestApplication& app, const std::function<void()>& act) {
-     app.onInit = [act, init = app.onInit] { return act(), init(); };
-   }},
-  {"Init before the load", TApplication::APP_LOADING,
-   [](TestApplication& app, const std::function<void()>& act) {
-     app.onInit = [act, &app] {
-       app.SetGUI<StubGui>(nullptr);
-       act();
-       return app.LoadGUI(nullptr), 0;
-     };
-   }},
-  {"the load", TApplication::APP_LOADING_GRAPHICS,
-   [](TestApplication& app, const std::function<void()>& act) {
-     StubGui::onLoad() = [act, &app](void*) {
-       act();
-       while (!app.shuttingDown()) SDL_Delay(1);
-       return 0;
-     };
-   }},
-  {"Init after the load", TApplication::APP_LOADING_2,
-   [](TestApplication& app, const std::function<void()>& act) {
-     app.onInit = [act, init = app.onInit] { return init(), act(), 0; };
-   }},
-  {"Startup", TApplication::APP_STARTUP,
-   [](TestApplication& app, const std::function<void()>& act) { app.onStartup = act; }},
-  {"SetupGraphics", TApplication::APP_STARTUP_GRAPHICS,
-   [](TestApplication& app, const std::function<void()>& act) {
-     app.onSetupGraphics = [act] { return act(), false; };
-   }},
-  {"the logic", TApplication::APP_RUNNING,
-   [](TestApplication& app, const std::function<void()>& act) {
-     app.onRunOnce = [act, &app, done = false]() mutable {
-       if (app.status() == TApplication::APP_RUNNING && !std::exchange(done, true)) act();
-       return 0;
-     };
-   }},
-};
-
 const int politeSignals[] = {SIGHUP, SIGINT, SIGQUIT, SIGTERM};
-
-// The lines in this order, whatever stands between them.
-testing::AssertionResult tells(const std::string& output, const std::vector<std::string>& lines) {
-  size_t at = 0;
-  for (const auto& line : lines) {
-    const size_t found = output.find(line + "\n", at);
-    if (found == std::string::npos) return testing::AssertionFailure() << "no \"" << line << "\" in:\n" << output;
-    at = found + line.size();
-  }
-  return testing::AssertionSuccess();
-}
 
 // ---- the polite signals
 
@@ -317,9 +176,12 @@ TEST(NormalEnd, IsExit0WhoeverAsksForIt) {
        app.onStartup = [&app] { std::thread([&app] { app.terminate(DEFAULT, false); }).detach(); };
      }},
   };
-  for (const auto& row : rows) {
+  std::vector<std::unique_ptr<ChildProcess>> children;
+  for (const auto& row : rows) children.push_back(program(row.prepare));
+  for (size_t i = 0; i < std::size(rows); ++i) {
+    const auto& row = rows[i];
     SCOPED_TRACE(row.name);
-    const auto child = program(row.prepare);
+    const auto& child = children[i];
     EXPECT_EQ(child->end(), "exit 0");
     EXPECT_TRUE(tells(child->output(), {"state 8", "[destroy] on draw", "unload, gui deleted", "state 9",
                                         "========== APP EXITED SUCCESSFULLY =========="}));
@@ -386,9 +248,12 @@ TEST(FailedInit, IsExit254AtEachOfItsSteps) {
        };
      }},
   };
-  for (const auto& row : rows) {
+  std::vector<std::unique_ptr<ChildProcess>> children;
+  for (const auto& row : rows) children.push_back(program(row.prepare));
+  for (size_t i = 0; i < std::size(rows); ++i) {
+    const auto& row = rows[i];
     SCOPED_TRACE(row.name);
-    const auto child = program(row.prepare);
+    const auto& child = children[i];
     EXPECT_EQ(child->end(), "exit 254");
     EXPECT_TRUE(tells(child->output(), {"========== APP EXITED WITH FAILURE =========="}));
     EXPECT_EQ(occurrences("[startup]", child->output()), 0);
@@ -427,9 +292,12 @@ TEST(Exception, EndsTheProcessUnderItsThreads) {
      "exit 250", running},
     {"thrown number", [](TestApplication& app) { app.onStartup = [] { throw 4; }; }, "exit 250", running},
   };
-  for (const auto& row : rows) {
+  std::vector<std::unique_ptr<ChildProcess>> children;
+  for (const auto& row : rows) children.push_back(program(row.prepare));
+  for (size_t i = 0; i < std::size(rows); ++i) {
+    const auto& row = rows[i];
     SCOPED_TRACE(row.name);
-    const auto child = program(row.prepare);
+    const auto& child = children[i];
     EXPECT_EQ(child->end(), row.end);
     EXPECT_TRUE(tells(child->output(), {row.message}));
     EXPECT_EQ(occurrences("APP EXITED", child->output()), 0);
@@ -447,127 +315,6 @@ TEST(Exception, InTheLogicIsPrintedAndTheProgramGoesOn) {
   });
   EXPECT_EQ(child->end(), "exit 0");
   EXPECT_EQ(occurrences("Std exception: out of paper\n", child->output()), 1);
-}
-
-// ---- crashes: what the signals' own tests do not meet
-
-TEST(Crash, InEveryStateEndsByTheSignalWithABacktrace) {
-  std::vector<std::unique_ptr<ChildProcess>> children;
-  for (const Moment& moment : moments)
-    children.push_back(program([&](TestApplication& app) {
-      app.onState = nullptr;
-      moment.arrange(app, [&app] {
-        say("crash in", app.status());
-        std::raise(SIGSEGV);
-      });
-    }));
-  for (size_t i = 0; i < std::size(moments); ++i) {
-    SCOPED_TRACE(moments[i].name);
-    EXPECT_EQ(children[i]->end(), "signal 11");
-    EXPECT_TRUE(tells(
-      children[i]->output(),
-      {"crash in " + std::to_string(moments[i].state), "0|Signal 11 received. Exiting...\n", "Error: signal 11:",
-       "0|================== BACKTRACE ==================", "0|================ BACKTRACE END ================"}));
-    EXPECT_EQ(occurrences("unload, gui", children[i]->output()), 1);
-    EXPECT_EQ(occurrences("WILL REBOOT", children[i]->output()), 0);
-  }
-}
-
-TEST(Crash, OfAMemoryAccessDoesNotRunIntoTheFaultAgain) {
-  const auto child = program([](TestApplication& app) {
-    app.onStartup = [] {
-      void* page = mmap(nullptr, 4096, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
-      *static_cast<volatile char*>(page) = 1;
-    };
-  });
-  EXPECT_EQ(child->end(), "signal 11");
-  EXPECT_EQ(occurrences("Error: signal 11:", child->output()), 1);
-}
-
-TEST(Crash, ByAbortOnTheDrawThreadIsThatOfAnExceptionThere) {
-  const auto child = program([](TestApplication& app) {
-    app.onStartup = nullptr;
-    StubGui::onLoad() = [](void*) -> int { throw std::runtime_error("malformed font"); };
-  });
-  EXPECT_EQ(child->end(), "signal 6");
-  EXPECT_TRUE(tells(child->output(), {"Error: signal 6:", "0|================ BACKTRACE END ================"}));
-}
-
-TEST(Crash, DuringTheCrashPathEntersItAgainAndEndsTheProcess) {
-  const auto child = program([](TestApplication& app) {
-    app.onStartup = [] { std::raise(SIGSEGV); };
-    app.onDestroy = [] {
-      say("[destroy]");
-      std::raise(SIGABRT);
-    };
-  });
-  EXPECT_EQ(child->end(), "signal 6");
-  EXPECT_TRUE(tells(child->output(), {"Error: signal 11:", "[destroy]", "Error: signal 6:"}));
-  EXPECT_EQ(occurrences("[destroy]", child->output()), 1);
-}
-
-TEST(Crash, InsideTheTeardownEndsTheProcessWhileTheMainThreadWaits) {
-  const auto child = program([](TestApplication& app) {
-    app.onRunOnce = [&app] { return app.status() == TApplication::APP_RUNNING ? 1 : 0; };
-    app.onDestroy = [] {
-      say("[destroy]");
-      std::raise(SIGSEGV);
-    };
-  });
-  EXPECT_EQ(child->end(), "signal 11");
-  EXPECT_EQ(occurrences("[destroy]", child->output()), 1);
-}
-
-TEST(Crash, BesideATeardownThatNeverEndsEndsTheProcessAllTheSame) {
-  const auto child = program([](TestApplication& app) {
-    app.onRunOnce = [&app] { return app.status() == TApplication::APP_RUNNING ? 1 : 0; };
-    app.onDestroy = [] {
-      say("[destroy]");
-      std::thread([] { std::raise(SIGFPE); }).join();
-    };
-  });
-  EXPECT_EQ(child->end(), "signal 8");
-  EXPECT_EQ(occurrences("[destroy]", child->output()), 1);
-}
-
-TEST(Crash, OfAFailedThreadCheckInTheLogicTellsWhere) {
-  const auto child = program([](TestApplication& app) {
-    app.onRunOnce = [&app] {
-      if (app.status() == TApplication::APP_RUNNING) app.ThreadCheck(THREAD_DRAW);
-      return 0;
-    };
-  });
-  EXPECT_EQ(child->end(), "signal 6");
-  EXPECT_TRUE(tells(child->output(), {"0|Signal 6 received. Exiting...\n",
-                                      "Error: signal 6:", "0|================== BACKTRACE ==================",
-                                      "0|================ BACKTRACE END ================"}));
-  EXPECT_GE(occurrences("0|(", child->output()), 5);
-}
-
-TEST(Crash, RebootsTheMachineUnlessItIsForbidden) {
-  std::vector<std::unique_ptr<ChildProcess>> children;
-  for (const char* disabled : {"", "0", "1"})
-    children.push_back(std::make_unique<ChildProcess>([=] {
-      setenv("DISABLE_REBOOT_ON_EXIT", disabled, 1);
-      SystemSeams.Reboot = [](int command) {
-        say("reboot", command);
-        _exit(77);
-        return 0;
-      };
-      SystemSeams.System = [](const char*) { return 0; };
-      const Preparation crash = [](TestApplication& app) { app.onInit = [] { return std::raise(SIGFPE); }; };
-      preparation = &crash;
-      char name[] = "topscreen";
-      char* arguments[] = {name, nullptr};
-      std::exit(ProgramMain(1, arguments));
-    }));
-  for (int i : {0, 1}) {
-    EXPECT_EQ(children[i]->end(), "exit 77");
-    EXPECT_TRUE(tells(children[i]->output(), {"0|================ WILL REBOOT ON EXIT!!!!! ================",
-                                              "[destroy] elsewhere", "reboot " + std::to_string(0x1234567)}));
-  }
-  EXPECT_EQ(children[2]->end(), "signal 8");
-  EXPECT_EQ(occurrences("reboot", children[2]->output()), 0);
 }
 
 }  // namespace
