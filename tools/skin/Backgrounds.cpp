@@ -155,13 +155,15 @@ void drawDemoMarking(const Output& output) {
   output.image("ClientDemo.png", canvas);
 }
 
+/// Soft throughout, so half the size is enough: the program stretches it over the screen.
 void drawWinVeil(const Output& output) {
-  Canvas canvas(kWidth, kHeight);
-  for (int y = 0; y < kHeight; ++y) {
+  constexpr int width = kWidth / 2, height = kHeight / 2;
+  Canvas canvas(width, height);
+  for (int y = 0; y < height; ++y) {
     unsigned char* row = canvas.row(y);
-    for (int x = 0; x < kWidth; ++x) {
-      const double dx = x - kWidth / 2.0;
-      const double dy = y - kHeight / 2.0;
+    for (int x = 0; x < width; ++x) {
+      const double dx = 2.0 * x - kWidth / 2.0;
+      const double dy = 2.0 * y - kHeight / 2.0;
       const double distance = std::hypot(dx, dy) / 1100;
       const double angle = std::atan2(dy, dx);
       const double beam = std::pow(0.5 + 0.5 * std::sin(angle * 18), 3.0) * bell(distance, 0.55) * 0.16;

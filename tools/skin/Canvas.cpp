@@ -3,7 +3,11 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
+#include <cstdio>
 #include <stdexcept>
+
+// Needs the size types that it does not declare itself.
+#include <jpeglib.h>
 
 Colour mix(const Colour& from, const Colour& to, double t) {
   t = std::clamp(t, 0.0, 1.0);
@@ -18,6 +22,27 @@ Canvas::Canvas(int width, int height)
     mContext(cairo_create(mSurface)) {
   if (cairo_status(mContext) != CAIRO_STATUS_SUCCESS)
     throw std::runtime_error(cairo_status_to_string(cairo_status(mContext)));
+  cairo_set_antialias(mContext, CAIRO_ANTIALIAS_BEST);
+}
+
+static cairo_surface_t* readPng(const std::string& path) {
+  cairo_surface_t* read = cairo_image_surface_create_from_png(path.c_str());
+  const cairo_status_t status = cairo_surface_status(read);
+  if (status == CAIRO_STATUS_SUCCESS) return read;
+  cairo_surface_destroy(read);
+  throw std::runtime_error(path + ": " + cairo_status_to_string(status));
+}
+
+Canvas::Canvas(const std::string& path) : mWidth(0), mHeight(0), mSurface(readPng(path)), mContext(nullptr) {
+  mWidth = cairo_image_surface_get_width(mSurface);
+  mHeight = cairo_image_surface_get_height(mSurface);
+  // A file without alpha or with deeper colours comes in another form.
+  cairo_surface_t* own = cairo_image_surface_create(CAIRO_FORMAT_ARGB32, mWidth, mHeight);
+  mContext = cairo_create(own);
+  cairo_set_source_surface(mContext, mSurface, 0, 0);
+  cairo_paint(mContext);
+  cairo_surface_destroy(mSurface);
+  mSurface = own;
   cairo_set_antialias(mContext, CAIRO_ANTIALIAS_BEST);
 }
 
@@ -92,6 +117,37 @@ void Canvas::save(const std::string& path) const {
   cairo_surface_flush(mSurface);
   const cairo_status_t status = cairo_surface_write_to_png(mSurface, path.c_str());
   if (status != CAIRO_STATUS_SUCCESS) throw std::runtime_error(path + ": " + cairo_status_to_string(status));
+}
+
+void Canvas::saveJpeg(const std::string& path, int quality) const {
+  FILE* file = std::fopen(path.c_str(), "wb");
+  if (!file) throw std::runtime_error(path + ": cannot be written");
+  jpeg_compress_struct work{};
+  jpeg_error_mgr errors{};
+  work.err = jpeg_std_error(&errors);
+  jpeg_create_compress(&work);
+  jpeg_stdio_dest(&work, file);
+  work.image_width = static_cast<JDIMENSION>(mWidth);
+  work.image_height = static_cast<JDIMENSION>(mHeight);
+  work.input_components = 3;
+  work.in_color_space = JCS_RGB;
+  jpeg_set_defaults(&work);
+  jpeg_set_quality(&work, quality, TRUE);
+  jpeg_start_compress(&work, TRUE);
+  std::vector<JSAMPLE> line(static_cast<size_t>(mWidth) * 3);
+  for (int y = 0; y < mHeight; ++y) {
+    const unsigned char* pixel = row(y);
+    for (size_t x = 0; x < line.size(); x += 3, pixel += 4) {
+      line[x] = pixel[2];
+      line[x + 1] = pixel[1];
+      line[x + 2] = pixel[0];
+    }
+    JSAMPROW rows[] = {line.data()};
+    jpeg_write_scanlines(&work, rows, 1);
+  }
+  jpeg_finish_compress(&work);
+  jpeg_destroy_compress(&work);
+  if (std::fclose(file) != 0) throw std::runtime_error(path + ": cannot be written");
 }
 
 Colour sample(const Ramp& ramp, double at) {

@@ -23,6 +23,8 @@ Colour mix(const Colour& from, const Colour& to, double t);
 class Canvas {
  public:
   Canvas(int width, int height);
+  /// Reads a PNG file; throws `std::runtime_error` with the path when that is none.
+  explicit Canvas(const std::string& path);
   ~Canvas();
   Canvas(const Canvas&) = delete;
   Canvas& operator=(const Canvas&) = delete;
@@ -49,6 +51,8 @@ class Canvas {
 
   /// Writes an 8-bit RGBA PNG; throws `std::runtime_error` when the file cannot be written.
   void save(const std::string& path) const;
+  /// Writes a JPEG of quality 0 to 100 without the alpha, on black; throws as `save` does.
+  void saveJpeg(const std::string& path, int quality) const;
 
  private:
   int mWidth;

@@ -12,7 +12,7 @@ class Output {
  public:
   explicit Output(std::string root) : mRoot(std::move(root)) {}
 
-  /// Full path of a file below the root, its folder made.
+  /// Full path of a file below the root (`Games/...` too), its folder made.
   std::string path(const std::string& name) const;
   /// Full path of a file below the skin folder, its folder made.
   std::string skinPath(const std::string& name) const;
@@ -36,3 +36,6 @@ void drawFrames(const Output& output);
 void drawInfoBar(const Output& output);
 void drawLoader(const Output& output);
 void drawFonts(const Output& output);
+void drawAnimations(const Output& output);
+void drawButtons(const Output& output);
+void drawGames(const Output& output);

@@ -1,6 +1,6 @@
 // The bitmap fonts of the labels and of the digits, and the one TrueType font that the program opens by itself.
-#include "BitmapFont.h"
 #include "Family.h"
+#include "FontPack.h"
 
 namespace {
 const Colour kInk = {0.035, 0.022, 0.010};
@@ -18,7 +18,7 @@ void drawCurrencyFont(const Output& output) {
     0};
   const Typeface digits(fontfile::kCondensedBold, 92);
   const Typeface letters(fontfile::kCondensedBold, 62);
-  BitmapFont font(style, line, base);
+  FontPack font(style, line, base);
   font.addFixed(digits, U"0123456789", 58, 49);
   const Typeface marks(fontfile::kCondensedBold, 72);
   font.addHanging(marks, U'.');
@@ -28,7 +28,7 @@ void drawCurrencyFont(const Output& output) {
   font.add(
     signs,
     U"$\u00a2\u00a3\u00a5\u20ac\u20a4\u20a6\u20a9\u20aa\u20ab\u20b1\u20b4\u20b8\u20b9\u20ba\u20bd\u20be\u20bf");
-  font.add(letters, latinCharacters());
+  font.add(letters, westernCharacters());
   font.add(letters, easternCharacters());
   font.save(output.skinPath("Fonts/currency"), "currency", 1024);
 }
@@ -36,7 +36,7 @@ void drawCurrencyFont(const Output& output) {
 void drawHintFont(const Output& output) {
   const FontStyle style = {{{0.0, {1.0, 0.98, 0.92}}, {1.0, {0.98, 0.88, 0.64}}}, kInk, 1.1, 1, 0.6};
   const Typeface face(fontfile::kBold, 19.5);
-  BitmapFont font(style, 25, 19);
+  FontPack font(style, 25, 19);
   font.add(face, latinCharacters());
   font.add(face, easternCharacters());
   font.save(output.skinPath("Fonts/uni_font"), "uni_font", 512);
@@ -45,8 +45,8 @@ void drawHintFont(const Output& output) {
 void drawWarningFont(const Output& output) {
   const FontStyle style = {
     {{0.0, {1.0, 0.97, 0.84}}, {0.5, {1.0, 0.84, 0.44}}, {1.0, {0.96, 0.66, 0.20}}}, kInk, 2.4, 3, 1};
-  const Typeface face(fontfile::kCondensedBold, 68);
-  BitmapFont font(style, 88, 67);
+  const Typeface face(fontfile::kCondensedBold, 54);
+  FontPack font(style, 72, 54);
   font.add(face, latinCharacters());
   font.add(face, easternCharacters());
   font.save(output.skinPath("Fonts/jackpot_win_label"), "jackpot_win_label", 1024);
@@ -55,7 +55,7 @@ void drawWarningFont(const Output& output) {
 void drawInfoFont(const Output& output) {
   const FontStyle style = {{{0.0, {1.0, 1.0, 0.98}}, {1.0, {0.99, 0.90, 0.70}}}, kInk, 1.5, 2, 0.5};
   const Typeface face(fontfile::kCondensedBold, 42);
-  BitmapFont font(style, 56, 43);
+  FontPack font(style, 56, 43);
   font.add(face, latinCharacters());
   font.add(face, easternCharacters());
   font.save(output.skinPath("Fonts/info_bar_font"), "info_bar_font", 1024);
@@ -70,13 +70,29 @@ void drawHoursFont(const Output& output) {
                            2,
                            0.5};
   const Typeface face(fontfile::kCondensedBold, 38);
-  BitmapFont font(style, 76, 62);
-  font.add(face, latinCharacters());
+  FontPack font(style, 76, 62);
+  font.add(face, westernCharacters());
   font.save(output.skinPath("Fonts/emerald_hours_font"), "emerald_hours_font", 1024);
+}
+
+/// The texts of the cabinet's buttons and the buttons' names below them; both are made smaller where they are too
+/// long for their 101 pixels.
+void drawButtonFonts(const Output& output) {
+  const Typeface large(fontfile::kSansBold, 26);
+  FontPack texts({{{0.0, {1.0, 1.0, 0.98}}, {1.0, {1.0, 0.90, 0.66}}}, {0.10, 0.01, 0.02}, 1.4, 1, 0}, 31, 24);
+  texts.add(large, latinCharacters());
+  texts.add(large, easternCharacters());
+  texts.save(output.skinPath("Fonts/HelveticaBold26px_Instructions"), "HelveticaBold26px_Instructions", 512);
+  const Typeface small(fontfile::kSansBold, 20);
+  FontPack captions({{{0.0, {1.0, 0.93, 0.74}}, {1.0, {0.94, 0.76, 0.40}}}, {0.03, 0.02, 0.02}, 1, 1, 0}, 24, 18);
+  captions.add(small, latinCharacters());
+  captions.add(small, easternCharacters());
+  captions.save(output.skinPath("Fonts/HelveticaBold20px_SmallLabel"), "HelveticaBold20px_SmallLabel", 512);
 }
 }  // namespace
 
 void drawFonts(const Output& output) {
+  drawButtonFonts(output);
   drawCurrencyFont(output);
   drawHintFont(output);
   drawWarningFont(output);

@@ -4,25 +4,9 @@
 #include "Canvas.h"
 #include "Family.h"
 #include "Metal.h"
+#include "Plate.h"
 #include "Typeface.h"
 
-namespace {
-constexpr int kWidth = 908;
-constexpr int kHeight = 208;
-
-/// What the program draws into a frame: the digits' box, the currency's box.
-struct Layout {
-  const char* suffix;
-  double digitsFrom, digitsTo, currencyFrom, currencyTo;
-};
-
-// The program draws digits in 594 by 91 pixels at (90, 87) or (229, 87) and the currency in 130 by 91 at (709, 87)
-// or (68, 87); the windows leave a margin around these boxes.
-constexpr Layout kLayouts[] = {{"_RIGHT.png", 70, 688, 704, 846}, {"_LEFT.png", 220, 834, 62, 204}};
-constexpr double kWindowY = 83;
-constexpr double kWindowHeight = 97;
-
-/// The outer shape: a plate whose upper corners are cut and whose lower ones are round.
 void plate(cairo_t* cr, double inset) {
   const double left = 12 + inset, right = 896 - inset, top = 10 + inset, bottom = 200 - inset;
   const double cut = 26 - inset * 0.55, round = 22 - inset * 0.8;
@@ -35,6 +19,22 @@ void plate(cairo_t* cr, double inset) {
   cairo_line_to(cr, left, top + cut);
   cairo_close_path(cr);
 }
+
+namespace {
+constexpr int kWidth = kPlateWidth;
+constexpr int kHeight = kPlateHeight;
+
+/// What the program draws into a frame: the digits' box, the currency's box.
+struct Layout {
+  const char* suffix;
+  double digitsFrom, digitsTo, currencyFrom, currencyTo;
+};
+
+// The program draws digits in 594 by 91 pixels at (90, 87) or (229, 87) and the currency in 130 by 91 at (709, 87)
+// or (68, 87); the windows leave a margin around these boxes.
+constexpr Layout kLayouts[] = {{"_RIGHT.png", 70, 688, 704, 846}, {"_LEFT.png", 220, 834, 62, 204}};
+constexpr double kWindowY = 83;
+constexpr double kWindowHeight = 97;
 
 /// A window of dark glass set into the plate.
 void glass(const Canvas& canvas, const Metal& metal, double x, double w) {

@@ -12,6 +12,7 @@ const char* const kCondensedBold = "/usr/share/fonts/truetype/roboto/unhinted/Ro
 const char* const kBold = "/usr/share/fonts/truetype/roboto/unhinted/RobotoTTF/Roboto-Bold.ttf";
 const char* const kRegular = "/usr/share/fonts/truetype/roboto/unhinted/RobotoTTF/Roboto-Medium.ttf";
 const char* const kSerifBold = "/usr/share/fonts/opentype/urw-base35/C059-Bold.otf";
+const char* const kSansBold = "/usr/share/fonts/opentype/urw-base35/NimbusSans-Bold.otf";
 }  // namespace fontfile
 
 namespace {
@@ -112,6 +113,10 @@ double Typeface::capHeight() const {
   return static_cast<double>(mFace->glyph->metrics.horiBearingY) / 64;
 }
 
+double Typeface::ascender() const { return static_cast<double>(mFace->size->metrics.ascender) / 64; }
+
+double Typeface::descender() const { return -static_cast<double>(mFace->size->metrics.descender) / 64; }
+
 void Typeface::appendGlyph(cairo_t* cr, char32_t code, double x, double baseline) const {
   if (FT_Load_Char(mFace, code, kLoadFlags) != 0) return;
   const FT_Outline_Funcs functions = {sinkMove, sinkLine, sinkConic, sinkCubic, 0, 0};
@@ -140,12 +145,17 @@ std::u32string decode(const std::string& text) {
   std::u32string codes;
   for (size_t i = 0; i < text.size();) {
     const auto lead = static_cast<unsigned char>(text[i]);
-    const int more = lead >= 0xf0 ? 3 : lead >= 0xe0 ? 2 : lead >= 0xc0 ? 1 : 0;
+    const size_t more = lead >= 0xf0 ? 3 : lead >= 0xe0 ? 2 : lead >= 0xc0 ? 1 : 0;
     char32_t code = more == 3 ? lead & 0x07U : more == 2 ? lead & 0x0fU : more == 1 ? lead & 0x1fU : lead;
-    for (int n = 1; n <= more; ++n)
-      code = code << 6U | (static_cast<unsigned char>(text[i + static_cast<size_t>(n)]) & 0x3fU);
+    bool good = (lead < 0x80 || lead >= 0xc2) && lead < 0xf5 && i + more < text.size();
+    for (size_t n = 1; good && n <= more; ++n) {
+      const auto next = static_cast<unsigned char>(text[i + n]);
+      good = (next & 0xc0U) == 0x80;
+      code = code << 6U | (next & 0x3fU);
+    }
+    if (!good) throw std::runtime_error("byte " + std::to_string(i + 1) + " of the text is no UTF-8");
     codes.push_back(code);
-    i += static_cast<size_t>(more) + 1;
+    i += more + 1;
   }
   return codes;
 }

@@ -26,6 +26,9 @@ class Typeface {
   double kerning(char32_t first, char32_t second) const;
   /// Height of the capital letters above the baseline.
   double capHeight() const;
+  /// What the font's designer allows above and below the baseline.
+  double ascender() const;
+  double descender() const;
 
   /// Appends the outline of one character with its pen at (x, baseline).
   void appendGlyph(cairo_t* cr, char32_t code, double x, double baseline) const;
@@ -39,7 +42,7 @@ class Typeface {
   hb_font_t* mShaper = nullptr;
 };
 
-/// The characters of a UTF-8 text; the text is one of our own constants and well formed.
+/// The characters of a UTF-8 text; what is no UTF-8 throws `std::runtime_error`.
 std::u32string decode(const std::string& text);
 
 /// Paths of the fonts that the skin is drawn with (Debian packages fonts-roboto-unhinted and fonts-urw-base35).
@@ -48,4 +51,5 @@ extern const char* const kCondensedBold;
 extern const char* const kBold;
 extern const char* const kRegular;
 extern const char* const kSerifBold;
+extern const char* const kSansBold;
 }  // namespace fontfile

@@ -23,8 +23,9 @@ void Output::copy(const std::string& from, const std::string& name) const {
 
 // A new family of pictures is one source file, one declaration in Family.h and one row here.
 static constexpr Family kFamilies[] = {
-  {"fonts", drawFonts},   {"backgrounds", drawBackgrounds}, {"titles", drawTitles},
-  {"frames", drawFrames}, {"info bar", drawInfoBar},        {"loader", drawLoader},
+  {"fonts", drawFonts},           {"backgrounds", drawBackgrounds}, {"titles", drawTitles},
+  {"frames", drawFrames},         {"info bar", drawInfoBar},        {"loader", drawLoader},
+  {"animations", drawAnimations}, {"buttons", drawButtons},         {"games", drawGames},
 };
 
 int main(int argc, char** argv) {

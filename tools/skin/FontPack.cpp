@@ -1,4 +1,4 @@
-#include "BitmapFont.h"
+#include "FontPack.h"
 
 #include "Metal.h"
 
@@ -11,7 +11,8 @@
 #include <stdexcept>
 
 namespace {
-constexpr int kGap = 2;         ///< empty pixels between cells, so that scaled drawing never reads a neighbour
+constexpr int kGap = 2;  ///< empty pixels between cells, so that scaled drawing never reads a neighbour
+constexpr int kMaxHeight = 8192;
 constexpr int kMaxPadding = 5;  ///< the program makes a text's texture 5 pixels wider than measured
 
 /// Ink of one glyph around its pen, y downwards from the baseline.
@@ -28,16 +29,16 @@ Ink inkOf(const Typeface& face, char32_t code) {
 }
 }  // namespace
 
-BitmapFont::BitmapFont(FontStyle style, int lineHeight, int base)
+FontPack::FontPack(FontStyle style, int lineHeight, int base)
   : mStyle(std::move(style)), mLineHeight(lineHeight), mBase(base) {}
 
-void BitmapFont::store(const GlyphCell& cell) {
+void FontPack::store(const GlyphCell& cell) {
   for (const GlyphCell& known : mCells)
     if (known.code == cell.code) return;
   mCells.push_back(cell);
 }
 
-GlyphCell BitmapFont::naturalCell(const Typeface& face, char32_t code) const {
+GlyphCell FontPack::naturalCell(const Typeface& face, char32_t code) const {
   GlyphCell cell;
   cell.code = code;
   cell.face = &face;
@@ -60,13 +61,14 @@ GlyphCell BitmapFont::naturalCell(const Typeface& face, char32_t code) const {
   return cell;
 }
 
-void BitmapFont::add(const Typeface& face, const std::u32string& codes) {
+void FontPack::add(const Typeface& face, const std::u32string& codes) {
   for (const char32_t code : codes)
     if (face.has(code)) store(naturalCell(face, code));
 }
 
-void BitmapFont::addFixed(const Typeface& face, const std::u32string& codes, int width, int advance) {
+void FontPack::addFixed(const Typeface& face, const std::u32string& codes, int width, int advance) {
   for (const char32_t code : codes) {
+    if (!face.has(code)) continue;
     const Ink ink = inkOf(face, code);
     GlyphCell cell;
     cell.code = code;
@@ -80,13 +82,14 @@ void BitmapFont::addFixed(const Typeface& face, const std::u32string& codes, int
   }
 }
 
-void BitmapFont::addHanging(const Typeface& face, char32_t code) {
+void FontPack::addHanging(const Typeface& face, char32_t code) {
+  if (!face.has(code)) return;
   GlyphCell cell = naturalCell(face, code);
   cell.height = mLineHeight - cell.yOffset;
   store(cell);
 }
 
-int BitmapFont::pack(int atlasWidth) {
+int FontPack::pack(int atlasWidth) {
   std::vector<size_t> order(mCells.size());
   std::iota(order.begin(), order.end(), size_t{0});
   std::stable_sort(order.begin(), order.end(),
@@ -108,7 +111,7 @@ int BitmapFont::pack(int atlasWidth) {
   return (y + shelf + kGap + 3) / 4 * 4;
 }
 
-void BitmapFont::drawCell(const Canvas& atlas, const GlyphCell& cell) const {
+void FontPack::drawCell(const Canvas& atlas, const GlyphCell& cell) const {
   if (cell.width == 0) return;
   Canvas glyph(cell.width, cell.height);
   cairo_t* cr = glyph.cr();
@@ -128,8 +131,8 @@ void BitmapFont::drawCell(const Canvas& atlas, const GlyphCell& cell) const {
   atlas.paint(glyph, cell.atlasX, cell.atlasY, 1);
 }
 
-void BitmapFont::writeDescription(const std::string& path, const std::string& name, int atlasWidth,
-                                  int atlasHeight) const {
+void FontPack::writeDescription(const std::string& path, const std::string& name, int atlasWidth,
+                                int atlasHeight) const {
   const auto byte = [](double value) { return static_cast<int>(std::lround(value * 255)); };
   int padding = 0;
   for (const GlyphCell& cell : mCells) padding = std::max(padding, -cell.xOffset);
@@ -163,28 +166,37 @@ void BitmapFont::writeDescription(const std::string& path, const std::string& na
   if (!file.flush()) throw std::runtime_error(path + ": cannot be written");
 }
 
-void BitmapFont::save(const std::string& basePath, const std::string& name, int atlasWidth) {
+void FontPack::save(const std::string& basePath, const std::string& name, int atlasWidth) {
+  if (mCells.empty()) throw std::runtime_error(basePath + ": a font needs at least one character");
+  if (name.empty() || name.find_first_of("/<>&\"") != std::string::npos)
+    throw std::runtime_error(basePath + ": \"" + name + "\" is no name for a font");
+  for (const GlyphCell& cell : mCells)
+    if (cell.width + 2 * kGap > atlasWidth)
+      throw std::runtime_error(basePath + ": a glyph of " + std::to_string(cell.width) +
+                               " pixels does not fit into an atlas of " + std::to_string(atlasWidth));
   const int height = pack(atlasWidth);
+  if (height > kMaxHeight)
+    throw std::runtime_error(basePath + ": the atlas would be " + std::to_string(height) + " pixels high");
   Canvas atlas(atlasWidth, height);
   for (const GlyphCell& cell : mCells) drawCell(atlas, cell);
   atlas.save(basePath + ".png");
   writeDescription(basePath + ".fnt", name, atlasWidth, height);
 }
 
-std::u32string latinCharacters() {
+std::u32string westernCharacters() {
   // The reader searches its list from the front: digits and ASCII come first.
   std::u32string codes = U"0123456789";
-  const auto range = [&codes](char32_t from, char32_t to) {
-    for (char32_t code = from; code <= to; ++code) codes.push_back(code);
-  };
-  range(0x20, 0x7e);
-  range(0xa0, 0xff);
-  range(0x100, 0x17f);
-  codes +=
-    U"\u0218\u0219\u021a\u021b\u1e9e\u2013\u2014\u2018\u2019\u201a\u201c\u201d\u201e\u2020\u2022\u2026"
-    U"\u2030\u2039\u203a\u2122\u2212\u00d7";
+  for (char32_t code = 0x20; code <= 0x7e; ++code) codes.push_back(code);
+  for (char32_t code = 0xa0; code <= 0xff; ++code) codes.push_back(code);
+  codes += U"\u2013\u2014\u2018\u2019\u201e\u2026\u2212\u202f\u2009";
   codes += U"\u20ac\u20a4\u20a6\u20a9\u20aa\u20ab\u20b1\u20b4\u20b8\u20b9\u20ba\u20bd\u20be\u20bf\u2116";
-  codes += U"\u202f\u2009";
+  return codes;
+}
+
+std::u32string latinCharacters() {
+  std::u32string codes = westernCharacters();
+  for (char32_t code = 0x100; code <= 0x17f; ++code) codes.push_back(code);
+  codes += U"\u0218\u0219\u021a\u021b\u1e9e\u201a\u201c\u201d\u2020\u2022\u2030\u2039\u203a\u2122\u00d7";
   return codes;
 }
 

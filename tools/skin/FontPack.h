@@ -28,10 +28,12 @@ struct GlyphCell {
 ///
 /// Every cell starts at the pen or left of it and stays within the line, as the program measures a line by the sum
 /// of the advances and the last cell's width: a text is then cut on no side. Characters that the typeface does not
-/// have are left out; the first character added wins over a later one with the same code.
-class BitmapFont {
+/// have are left out; the first character added wins over a later one with the same code. What the reader could not
+/// take throws `std::runtime_error` with the reason: no character, a name that is no plain file name, an atlas that
+/// is narrower than a cell or higher than 8192 pixels.
+class FontPack {
  public:
-  BitmapFont(FontStyle style, int lineHeight, int base);
+  FontPack(FontStyle style, int lineHeight, int base);
 
   /// Adds characters with their natural cells.
   void add(const Typeface& face, const std::u32string& codes);
@@ -39,6 +41,8 @@ class BitmapFont {
   void addFixed(const Typeface& face, const std::u32string& codes, int width, int advance);
   /// Adds a mark whose cell reaches down to the end of the line: the wheels set separators on the box's lower edge.
   void addHanging(const Typeface& face, char32_t code);
+
+  size_t count() const { return mCells.size(); }
 
   /// Writes `basePath` + ".fnt" and ".png"; the atlas is `atlasWidth` wide and as high as needed.
   void save(const std::string& basePath, const std::string& name, int atlasWidth);
@@ -56,6 +60,8 @@ class BitmapFont {
   std::vector<GlyphCell> mCells;
 };
 
+/// ASCII, Latin-1, the usual dashes and the currency signs: what a currency's name or a time is made of.
+std::u32string westernCharacters();
 /// ASCII, Latin-1 and Latin Extended-A letters, the usual quotation marks and dashes, and currency signs.
 std::u32string latinCharacters();
 /// Greek and Cyrillic letters.
