@@ -14,8 +14,11 @@ import unittest
 import uuid
 
 SOURCE, BUILD = sys.argv[1], sys.argv[2]
-STATIONS = ["loader", "logo", "first-level", "second-level", "third-level", "four-levels", "pots-rolling",
-            "pots-later", "demo-mode", "level-removed", "service-gone", "service-back"]
+STATIONS = ["loader", "logo", "game-without-levels", "first-level", "second-level", "third-level", "four-levels",
+            "pots-rolling", "pots-later", "win-gold", "win-silver", "win-bronze", "win-emerald", "game-overlay",
+            "paytable", "paytable-other-bet", "paytable-bonus", "paytable-rules", "paytable-german",
+            "win-over-paytable", "instructions", "second-game", "second-paytable", "demo-mode", "integrity-text",
+            "levels-back", "jackpot-error", "jackpot-recovered", "roulette", "service-gone", "service-back"]
 
 
 def pixels(path):
@@ -32,6 +35,15 @@ def metal(rows, level, levels):
     top = {1: 478, 2: 269 + 418 * level, 3: 160 + 318 * level, 4: 151 + 218 * level}[levels]
     left = 51 + 48 * level
     return max(sum(row[3 * (left + 200):3 * (left + 700)]) / 1500 for row in rows[top + 8:top + 16])
+
+
+def mean(rows, x, y, w, h):
+    return sum(sum(row[3 * x:3 * (x + w)]) for row in rows[y:y + h]) / (3 * w * h)
+
+
+def peak(rows, x, y, w, h):
+    """The brightest of all channels in a rectangle."""
+    return max(max(row[3 * x:3 * (x + w)]) for row in rows[y:y + h])
 
 
 class Demo:
@@ -84,7 +96,7 @@ class DemoTest(unittest.TestCase):
 
     def test_plays_to_its_end(self):
         demo = Demo(self.folder.name)
-        self.assertEqual(0, demo.process.wait(200), demo.text())
+        self.assertEqual(0, demo.process.wait(280), demo.text())
         self.assertEqual([], demo.left())
         seen = {}
         for number, name in enumerate(STATIONS, 1):
@@ -93,13 +105,41 @@ class DemoTest(unittest.TestCase):
             self.assertNotIn(rows, seen.values(), name + " shows nothing new")
             seen[name] = rows
         for name, levels in [("first-level", 1), ("second-level", 2), ("third-level", 3), ("four-levels", 4),
-                             ("level-removed", 3), ("service-gone", 3), ("service-back", 4)]:
+                             ("game-overlay", 4), ("second-game", 4), ("demo-mode", 4), ("levels-back", 4),
+                             ("jackpot-recovered", 4), ("roulette", 4), ("service-gone", 4), ("service-back", 4)]:
             for level in range(levels):
                 self.assertGreater(metal(seen[name], level, levels), 100, f"{name}: level {level} is not there")
                 self.assertLess(metal(seen["logo"], level, levels), 70, "the ground alone is too bright to tell")
+        for name in ["integrity-text", "jackpot-error", "instructions"]:
+            for level in [1, 2]:
+                self.assertLess(metal(seen[name], level, 4), 70, f"{name}: level {level} is still there")
         # Digits of the first level roll between the two pictures.
         digits = lambda name: [row[3 * 141:3 * 735] for row in seen[name][238:329]]
         self.assertNotEqual(digits("pots-rolling"), digits("pots-later"))
+        # Texts stand where they belong, in bright letters on the ground.
+        self.assertGreater(peak(seen["integrity-text"], 600, 100, 700, 150), 200)
+        self.assertGreater(peak(seen["jackpot-error"], 600, 830, 700, 150), 200)
+        self.assertLess(peak(seen["logo"], 600, 830, 700, 150), 150)
+        # The winning level in the middle is the brightest there is; the others lie in the dark.
+        for level in ["gold", "silver", "bronze", "emerald"]:
+            rows = seen["win-" + level]
+            self.assertGreater(peak(rows, 560, 480, 800, 120), 200, level)
+            self.assertLess(mean(rows, 1300, 20, 500, 60), 30, level)
+        # Amounts are written over the page, and change with the bet.
+        field = lambda name: [row[3 * 500:3 * 690] for row in seen[name][312:368]]
+        self.assertNotEqual(field("paytable"), field("paytable-other-bet"))
+        self.assertEqual(field("paytable-other-bet"), field("paytable-german"))
+        for name in ["paytable", "paytable-other-bet", "second-paytable"]:
+            self.assertGreater(peak(seen[name], 500, 312, 190, 56), 200, name)
+        # All eight buttons; the second has no function and no light.
+        lit = lambda x, y: mean(seen["instructions"], x + 30, y + 30, 100, 80)
+        for x in [88, 512, 730, 952, 1172, 1388, 1670]:
+            self.assertGreater(lit(x, 856), 2 * lit(300, 737), x)
+        # Nothing that the program looked for was missing.
+        said = pathlib.Path(self.folder.name, "topscreen.out").read_text(errors="replace")
+        for complaint in ["Unable to load", "Tried to load", "cannot be read", "has no attribute", "Could not find",
+                          "Could not create", "Can not show"]:
+            self.assertNotIn(complaint, said)
 
     def stop(self, condition, number, status):
         demo = Demo(self.folder.name)
