@@ -240,6 +240,46 @@ class Program(unittest.TestCase):
             self.assertGreater(done.returncode, 100)
             self.assertIn(arguments[0], done.stderr)
 
+    def test_records_and_replays(self):
+        with tempfile.TemporaryDirectory() as folder:
+            file = os.path.join(folder, "recording")
+            simulator = Simulator("--levels", "1")
+            self.addCleanup(simulator.end)
+            recorder = subprocess.Popen(
+                [PROGRAM, "--port", "0", "--record", file, "--upstream", f"http://127.0.0.1:{simulator.port}/KSL"],
+                stdout=subprocess.PIPE, text=True)
+            self.addCleanup(recorder.stdout.close)
+            self.addCleanup(recorder.kill)
+            port = int(recorder.stdout.readline())
+            self.assertEqual(recorder.stdout.readline(), f"recording {file}\n")
+            rpc = xmlrpc.client.ServerProxy(f"http://127.0.0.1:{port}/KSL", allow_none=True)
+            client = rpc.topscreen.init("TopScreen", "1.5.0")["ID"]
+            state = rpc.platform.state()
+            simulator.do(do="event", id=107, value=3)
+            until(lambda: any(event["eventID"] == 107 for event in rpc.game.popEvents(client) or []))
+            rpc("close")()
+            recorder.send_signal(signal.SIGTERM)
+            self.assertEqual(recorder.wait(BOUND), 0)
+            player = Simulator("--replay", file)
+            self.addCleanup(player.end)
+            self.assertEqual(player.rpc.topscreen.init("TopScreen", "1.5.0")["ID"], client)
+            self.assertEqual(player.rpc.platform.state(), state)
+            until(lambda: any(event["eventID"] == 107 for event in player.rpc.game.popEvents(client) or []))
+
+    def test_wrong_recording_is_said(self):
+        with tempfile.NamedTemporaryFile("w") as file:
+            file.write('{"what":"kslsim recording","version":1}\n{"at":"x"}')
+            file.flush()
+            done = subprocess.run([PROGRAM, "--replay", file.name, "--check"], capture_output=True, text=True,
+                                  timeout=BOUND)
+            self.assertEqual((done.returncode, done.stderr),
+                             (2, f"{file.name}:2:7: expected milliseconds, 0 or more\n"))
+        done = subprocess.run([PROGRAM, "--record", "/x/y", "--upstream", "nowhere"], capture_output=True, text=True,
+                              timeout=BOUND)
+        self.assertEqual((done.returncode, done.stderr), (2, "--upstream: expected http://HOST:PORT/PATH\n"))
+        done = subprocess.run([PROGRAM, "--record", "/x/y"], capture_output=True, text=True, timeout=BOUND)
+        self.assertGreater(done.returncode, 100)
+
     def test_taken_port_is_said(self):
         simulator = Simulator()
         self.addCleanup(simulator.end)

@@ -68,6 +68,12 @@ void House::open(int level, const Guests& guests, int64_t now) {
   mTables[level] = Table{guests, now, 0, 0, -1, 0, "", std::mt19937_64(guests.seed)};
 }
 
+std::vector<int> House::tables() const {
+  std::vector<int> out;
+  for (const auto& [level, table] : mTables) out.push_back(level);
+  return out;
+}
+
 void House::look(Table& table, Json& level, Json& part) {
   const auto set = [&](const char* field, const Json& value) { part[field] = level[field] = value; };
   const int64_t least = level["MinPot"].get<int64_t>(), most = level["MaxPot"].get<int64_t>();

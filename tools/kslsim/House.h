@@ -29,6 +29,9 @@ class House {
   void close(int level) { mTables.erase(level); }
   void closeAll() { mTables.clear(); }
 
+  // The levels that are played on.
+  std::vector<int> tables() const;
+
   // Applies what is due at `now`. The play on a level that has been removed ends.
   void advance(int64_t now, Platform& platform);
 

@@ -2,7 +2,6 @@
 
 #include <httplib.h>
 #include <sys/socket.h>
-#include <charconv>
 
 #include "common/GuardedTransport.h"
 
@@ -88,7 +87,8 @@ bool HttpServer::pause(int milliseconds) {
   return !mStopCondition.wait_for(lock, std::chrono::milliseconds(milliseconds), [this] { return mStopping; });
 }
 
-RpcServer::RpcServer(Simulator& simulator, const std::string& path) : mSimulator(simulator), mPath(path) {
+RpcServer::RpcServer(Simulator& simulator, const std::string& path, Replay* replay)
+  : mSimulator(simulator), mPath(path), mReplay(replay) {
   addMethods(mRegistry, mSimulator);
 }
 
@@ -113,10 +113,27 @@ void RpcServer::answer(const httplib::Request& request, httplib::Response& respo
     return;
   }
   if (bad) return answerAltered(*bad, method, request, response);
-  response.set_content(answerOf(request), XML_TYPE);
+  if (!mReplay) return response.set_content(answerOf(request), XML_TYPE);
+  const WireAnswer answer = replayed(request.body);
+  if (!answer.error.empty()) return Connection(port(), request.remote_port).shut();
+  response.status = answer.status;
+  response.set_content(answer.body, XML_TYPE);
+}
+
+WireAnswer RpcServer::replayed(const std::string& call) {
+  std::string method;
+  Json params;
+  readCall(call, method, params);
+  const WireAnswer answer = mReplay->answer(method, params, mSimulator.now());
+  Json entry{{"method", method}, {"params", params}, {"replayed", true}};
+  if (!answer.error.empty()) entry["refused"] = answer.error;
+  if (const auto value = valueOf(answer)) entry["answer"] = *value;
+  mSimulator.log().add(mSimulator.now(), std::move(entry));
+  return answer;
 }
 
 std::string RpcServer::answerOf(const httplib::Request& request) {
+  if (mReplay) return replayed(request.body).body;
   std::string out;
   mRegistry.processCall(request.body, &out);
   return out;
@@ -187,37 +204,6 @@ void RpcServer::drip(int milliseconds, const std::string& bytes, const Connectio
       if (!pause(std::min(LOOK_MILLISECONDS, milliseconds - waited))) return connection.shut();
   }
   connection.shut();
-}
-
-void ControlServer::addRoutes(httplib::Server& server) {
-  const auto give = [](httplib::Response& response, const Json& json) {
-    response.set_content(json.dump(-1, ' ', false, Json::error_handler_t::replace), "application/json");
-  };
-  server.Get("/api/state", [this, give](const auto&, auto& response) { give(response, mSimulator.report()); });
-  server.Get("/api/log", [this, give](const auto& request, auto& response) {
-    const std::string text = request.get_param_value("since");
-    uint64_t since = 0;
-    const auto result = std::from_chars(text.data(), text.data() + text.size(), since);
-    if (!text.empty() && (result.ec != std::errc() || result.ptr != text.data() + text.size())) {
-      response.status = 400;
-      return give(response, {{"error", "\"since\" is the \"n\" of an entry"}});
-    }
-    give(response, mSimulator.log().since(since));
-  });
-  server.Post("/api/do", [this, give](const auto& request, auto& response) {
-    try {
-      const PlacedJson json = PlacedJson::parse(request.body);
-      try {
-        mSimulator.apply(json.value);
-        give(response, {{"ok", true}});
-      } catch (const InputError& error) {
-        throw ScenarioError(json.placeOf(error.path()), error.what());
-      }
-    } catch (const ScenarioError& error) {
-      response.status = 400;
-      give(response, {{"error", error.what()}});
-    }
-  });
 }
 
 }  // namespace kslsim

@@ -5,6 +5,8 @@
 #include <thread>
 
 #include "tools/kslsim/Methods.h"
+#include "tools/kslsim/Recording.h"
+#include "tools/kslsim/Screen.h"
 #include "tools/kslsim/Sockets.h"
 
 namespace httplib {
@@ -54,8 +56,8 @@ class HttpServer {
 // The service's own port: XML-RPC calls by POST on one path, answered by the simulator's methods or badly.
 class RpcServer : public HttpServer {
  public:
-  // The simulator outlives the server.
-  RpcServer(Simulator& simulator, const std::string& path);
+  // The simulator and the recording outlive the server. With a recording that answers, and not the methods.
+  RpcServer(Simulator& simulator, const std::string& path, Replay* replay);
   ~RpcServer() override { stop(); }
 
  private:
@@ -69,22 +71,29 @@ class RpcServer : public HttpServer {
   void keepSilent(int milliseconds, const Connection& connection);
   void drip(int milliseconds, const std::string& bytes, const Connection& connection);
 
+  WireAnswer replayed(const std::string& call);
+
   Simulator& mSimulator;
   const std::string mPath;
+  Replay* const mReplay;  // null without one
   xmlrpc_c::registry mRegistry;
 };
 
-// The port by which people and tests steer the simulator: GET /api/state, GET /api/log?since=N, POST /api/do.
+// The port by which people and tests steer the simulator: the console, and what it is made of. Only pages that this
+// port itself has served are let in, by the names of the loopback interface.
 class ControlServer : public HttpServer {
  public:
-  // The simulator outlives the server.
-  explicit ControlServer(Simulator& simulator) : mSimulator(simulator) {}
+  // The simulator and the screen outlive the server.
+  ControlServer(Simulator& simulator, Screen& screen) : mSimulator(simulator), mScreen(screen) {}
   ~ControlServer() override { stop(); }
 
  private:
   void addRoutes(httplib::Server& server) override;
+  void addConsole(httplib::Server& server);
+  void addSteering(httplib::Server& server);
 
   Simulator& mSimulator;
+  Screen& mScreen;
 };
 
 }  // namespace kslsim

@@ -1,5 +1,7 @@
 #include "tools/kslsim/Methods.h"
 
+#include <chrono>
+
 namespace kslsim {
 namespace {
 
@@ -105,10 +107,16 @@ class ServiceMethod : public xmlrpc_c::method {
 
   void execute(const Parameters& parameters, xmlrpc_c::value* result) override {
     Json entry = entryOf(mRow.name, mRow.hasClient, parameters);
+    const auto begin = std::chrono::steady_clock::now();
+    const auto took = [begin] {
+      return std::chrono::duration_cast<std::chrono::microseconds>(std::chrono::steady_clock::now() - begin)
+        .count();
+    };
     try {
       *result = mSimulator.supports(mRow.name)
                   ? mRow.call(mSimulator, parameters)
                   : faultStruct(NOT_SUPPORTED, std::string(mRow.name) + " is not supported.");
+      entry["us"] = took();
       entry["answer"] = fromWire(*result);
     } catch (const xmlrpc_c::fault& fault) {
       entry["fault"] = {{"code", fault.getCode()}, {"text", fault.getDescription()}};

@@ -3,7 +3,6 @@
 #include <chrono>
 
 namespace kslsim {
-namespace {
 
 std::string wallClock() {
   const auto now = std::chrono::system_clock::now();
@@ -16,8 +15,6 @@ std::string wallClock() {
   std::snprintf(text + length, sizeof(text) - length, ".%03d", static_cast<int>(millis));
   return text;
 }
-
-}  // namespace
 
 bool RequestLog::open(const std::string& file) {
   std::lock_guard lock(mMutex);

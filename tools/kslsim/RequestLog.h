@@ -8,6 +8,9 @@
 
 namespace kslsim {
 
+// The time of day, to the millisecond.
+std::string wallClock();
+
 // Everything that happened, one JSON object each: the calls with what was asked and answered, and the steps that
 // the service was told. Each entry has "n", which counts from 1 without gaps, and "t", milliseconds since the
 // start. Any thread, locked inside. The newest LIMIT entries are kept for since(); the file, where there is one,

@@ -14,8 +14,10 @@ Service::Service(const Options& options)
       return std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::steady_clock::now() - start)
         .count();
     }),
-    mRpc(mSimulator, options.path),
-    mControl(mSimulator) {}
+    mScreen(options.display, options.window),
+    mReplay(options.replay.empty() ? nullptr : std::make_unique<Replay>(options.replay)),
+    mRpc(mSimulator, options.path, mReplay.get()),
+    mControl(mSimulator, mScreen) {}
 
 Service::~Service() { stop(); }
 

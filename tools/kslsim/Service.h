@@ -13,9 +13,13 @@ class Service {
     int port = 9011;         // 0: any free one
     int controlPort = 9012;  // 0: any free one
     std::string path = "/KSL";
-    std::string logFile;  // none when empty
+    std::string logFile = {};          // none when empty
+    std::string replay = {};           // text of a recording that answers instead of the methods; none when empty
+    std::string display = {};          // X server of the top screen; that of the environment when empty
+    std::string window = "TopScreen";  // title of its window
   };
 
+  // Throws ScenarioError when the recording has a mistake.
   explicit Service(const Options& options);
   ~Service();
   Service(const Service&) = delete;
@@ -38,6 +42,8 @@ class Service {
   const Options mOptions;
   const std::chrono::steady_clock::time_point mStart;
   Simulator mSimulator;
+  Screen mScreen;
+  std::unique_ptr<Replay> mReplay;
   RpcServer mRpc;
   ControlServer mControl;
   std::atomic<bool> mOpen{false};

@@ -76,6 +76,7 @@ Json Simulator::report() const {
           {"params", mParams},
           {"counters", mCounters},
           {"clients", mClients.toJson()},
+          {"moving", mHouse.tables()},
           {"bad", mBadReplies.toJson(now())},
           {"stepsLeft", mSteps.size() - mNextStep}};
 }

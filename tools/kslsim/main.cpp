@@ -5,6 +5,7 @@
 #include <iostream>
 #include <sstream>
 
+#include "tools/kslsim/RecordServer.h"
 #include "tools/kslsim/Service.h"
 
 namespace {
@@ -58,11 +59,61 @@ bool applyWishes(kslsim::Simulator& simulator, const Wishes& wishes) {
   return true;
 }
 
+sigset_t endingSignals() {
+  sigset_t signals;
+  sigemptyset(&signals);
+  sigaddset(&signals, SIGTERM);
+  sigaddset(&signals, SIGINT);
+  return signals;
+}
+
+// Before any thread exists, so that all of them leave the signals to waitForSignal().
+void blockSignals() {
+  const sigset_t signals = endingSignals();
+  pthread_sigmask(SIG_BLOCK, &signals, nullptr);
+}
+
+void waitForSignal() {
+  const sigset_t signals = endingSignals();
+  int signal = 0;
+  sigwait(&signals, &signal);
+}
+
+std::string contentOf(const std::string& file) {
+  std::ifstream in(file, std::ios::binary);
+  std::stringstream text;
+  text << in.rdbuf();
+  return text.str();
+}
+
+// Records until a signal comes. The exit code.
+int record(const kslsim::Service::Options& options, const std::string& upstream, const std::string& file) {
+  try {
+    kslsim::RecordServer server(options.path, upstream);
+    if (!server.open(file)) {
+      std::cerr << "kslsim: cannot write " << file << std::endl;
+      return 1;
+    }
+    if (!server.start(options.port)) {
+      std::cerr << "kslsim: port " << options.port << " is taken" << std::endl;
+      return 1;
+    }
+    std::cout << server.port() << std::endl;
+    std::cout << "recording " << file << std::endl;
+    waitForSignal();
+    server.stop();
+    return 0;
+  } catch (const std::invalid_argument& error) {
+    std::cerr << "--upstream: " << error.what() << std::endl;
+    return 2;
+  }
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
   kslsim::Service::Options options;
-  std::string scenarioFile;
+  std::string scenarioFile, recordFile, upstream, replayFile;
   bool checkOnly = false;
   Wishes wishes;
   CLI::App app("Simulator of the platform service of a gaming terminal");
@@ -83,29 +134,40 @@ int main(int argc, char** argv) {
     ->allow_extra_args(false);
   app.add_option("--do", wishes.steps, "A step as JSON, done at the start; any number of times")
     ->allow_extra_args(false);
+  app.add_option("--display", options.display, "X server of the top screen, for the console; else DISPLAY");
+  app.add_option("--window", options.window, "Title of the top screen's window")->capture_default_str();
   app.add_option("--log", options.logFile, "File that gets every request as a line of JSON");
   app.add_flag("--check", checkOnly, "Read the scenario, say what is wrong with it, and end");
+  auto* recordOption =
+    app.add_option("--record", recordFile, "File to write down in what passes between a program and --upstream");
+  recordOption->needs(app.add_option("--upstream", upstream, "The real service, http://HOST:PORT/PATH"));
+  app.add_option("--replay", replayFile, "Recording that answers the calls")
+    ->check(CLI::ExistingFile)
+    ->excludes(recordOption);
   CLI11_PARSE(app, argc, argv);
 
-  // Before any thread exists, so that all of them leave the signals to the wait below.
-  sigset_t signals;
-  sigemptyset(&signals);
-  sigaddset(&signals, SIGTERM);
-  sigaddset(&signals, SIGINT);
-  pthread_sigmask(SIG_BLOCK, &signals, nullptr);
+  blockSignals();
 
+  if (!recordFile.empty()) return record(options, upstream, recordFile);
   kslsim::Scenario scenario;
   if (!scenarioFile.empty()) {
-    std::ifstream file(scenarioFile, std::ios::binary);
-    std::stringstream text;
-    text << file.rdbuf();
     try {
-      scenario = kslsim::Scenario::parse(text.str());
+      scenario = kslsim::Scenario::parse(contentOf(scenarioFile));
     } catch (const kslsim::ScenarioError& error) {
       std::cerr << scenarioFile << ":" << error.what() << std::endl;
       return 2;
     }
   }
+  if (!replayFile.empty()) {
+    options.replay = contentOf(replayFile);
+    try {
+      const kslsim::Replay trial(options.replay);
+    } catch (const kslsim::ScenarioError& error) {
+      std::cerr << replayFile << ":" << error.what() << std::endl;
+      return 2;
+    }
+  }
+
   kslsim::Service service(options);
   if (!applyWishes(service.simulator(), wishes)) return 2;
   if (checkOnly) return 0;
@@ -118,9 +180,9 @@ int main(int argc, char** argv) {
   }
   std::cout << service.port() << std::endl;
   std::cout << "control " << service.controlPort() << std::endl;
+  std::cout << "console http://127.0.0.1:" << service.controlPort() << "/" << std::endl;
 
-  int signal = 0;
-  sigwait(&signals, &signal);
+  waitForSignal();
   service.stop();
   return 0;
 }
