@@ -56,9 +56,11 @@ class TopScreenScreen : public vendelo_sdl2::TAppGuiModule {
   // Toggles the frequency labels.
   void ShowFPS();
 
- private:
+ protected:
+  // Everything but the window: font, backgrounds, components, loader, action and task. Draw thread, once, with a
+  // renderer.
+  void loadContents(int w, int h);
   void buildComponents(SDL_Renderer* renderer, int w, int h);
-
   void crossFade(vendelo_sdl2::TGuiComponent* shown, std::initializer_list<vendelo_sdl2::TGuiComponent*> hidden);
 
   TJackpotsPanel* pJackpotsPanel;

@@ -55,7 +55,11 @@ int TopScreenScreen::Load(void*) {
     SDL_SetWindowSize(getWindow(), bounds.w, bounds.h);
     RefreshSize();
   }
+  loadContents(w, h);
+  return 0;
+}
 
+void TopScreenScreen::loadContents(int w, int h) {
   const std::string fontFile = pApp->GetParam("WorkingDir", PARAM_MASK_ALL)->AsString() + "/AppFontBold.ttf";
   pFont = TTF_OpenFont(fontFile.c_str(), 34);
   DefaultBackground = MyUtils::GetTexture(GetRenderer(), "Background.png");
@@ -68,15 +72,17 @@ int TopScreenScreen::Load(void*) {
   SetLoader(new TPlatformLoader(GetRenderer(), 0, 0, w, h, "KSL loader"));
   static_cast<TPlatformLoader*>(Loader())->SetDisplayMessage("Waiting for KSL connection...");
 
-  pApp->AddActionListener(
-    "ShowFPS",
-    new TahMember<TopScreenScreen, void>(this, &TopScreenScreen::ShowFPS, TActionHandler::ahtExecuteEndless),
-    ACTION_DRAW);
+  const auto listen = [this](const char* action, void (TopScreenScreen::*operation)()) {
+    pApp->AddActionListener(
+      action, new TahMember<TopScreenScreen, void>(this, operation, TActionHandler::ahtExecuteEndless),
+      ACTION_DRAW);
+  };
+  listen("ShowFPS", &TopScreenScreen::ShowFPS);
+  listen("PaytableLoaded", &TopScreenScreen::ShowPaytablesPanel);
   pApp->AddTimedTask(
     new TtthMember<TopScreenScreen, int>(this, &TopScreenScreen::UpdateGraphics, 1000, TTimedTaskHandler::ENDLESS,
                                          "TopScreenScreen::UpdateGraphics, 1000"),
     TASK_DRAW);
-  return 0;
 }
 
 void TopScreenScreen::buildComponents(SDL_Renderer* renderer, int w, int h) {
