@@ -46,6 +46,13 @@ void checkDrawThread() {
   if (pApp) pApp->ThreadCheck(THREAD_DRAW);
 }
 
+// A label leaves its text's texture to whoever may have taken it; of these two nobody has.
+void destroyBetLabelText(Tlabel* label) {
+  SDL_Texture* text = label->GetTargetTexture();
+  label->SetTargetTexture(nullptr);
+  if (text) SDL_DestroyTexture(text);
+}
+
 }  // namespace
 
 TPaytablesPanel::TPaytablesPanel(SDL_Renderer* pRenderer, int x, int y, int width, int height,
@@ -176,8 +183,10 @@ void TPaytablesPanel::clearTexts() {
     components.clear();
   }
   for (TGuiComponent* label : labels) {
+    const std::string name = label->getName();
+    if (name == "minBetLabel" || name == "maxBetLabel") destroyBetLabelText(static_cast<Tlabel*>(label));
     // The two bet labels share one font.
-    if (label->getName() == "minBetLabel")
+    if (name == "minBetLabel")
       if (TTF_Font* font = static_cast<Tlabel*>(label)->GetFont()) TTF_CloseFont(font);
     (pHelpScreen->FindComponent(label) ? pHelpScreen : this)->RemoveComponent(label, true);
   }
