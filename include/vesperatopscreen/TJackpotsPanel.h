@@ -2,6 +2,7 @@
 
 #include <SDL.h>
 #include <array>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -115,7 +116,12 @@ class TJackpotsPanel : public vendelo_sdl2::TGuiComponent {
   void createAnimations(const JackpotsData& level, TBuild& build);
   void createHours(const JackpotsData& level);
   void createInfoBar(const JackpotsData& level, const SDL_Rect& place);
+  // The registry's, or with a missing file an empty one of this panel's own.
+  TBitmapFont* createDigitFont();
   void removeChild(vendelo_sdl2::TGuiComponent* component);
+  // An image list leaves the pictures that it has loaded to its owner; those of the image cache are not for these.
+  static void destroyPictures(TImageList* list);
+  void removeLoaded(TImageList* list);
   void setLevelVisible(int id, bool visible);
   void captureLevel(int id);
   SDL_Rect winRect(Uint32 now, double& sizeFactor) const;
@@ -156,4 +162,5 @@ class TJackpotsPanel : public vendelo_sdl2::TGuiComponent {
   TImageList* pImageOverlay;
   TImageList* pDarkBackground;
   vendelo_sdl2::TTimedTaskHandler* pIdleTask;  // owned by the task manager
+  std::unique_ptr<TBitmapFont> mUnregisteredFont;
 };

@@ -70,6 +70,8 @@ TJackpotsPanel::TJackpotsPanel(SDL_Renderer* pRenderer, int x, int y, int width,
 
 TJackpotsPanel::~TJackpotsPanel() {
   ClearJackpotPanel();
+  ClearOverlay();
+  destroyPictures(mLogo);
   if (pWinJackpotTexture) SDL_DestroyTexture(pWinJackpotTexture);
   if (!pApp) return;
   pApp->UnregisterAllActionHandlersByRelatedObject(this, true);
@@ -126,10 +128,8 @@ void TJackpotsPanel::CreateJackpotPanel(const std::vector<JackpotsData>& jackpot
     createTitle();
     TBuild build(mNumJackpots);
     build.font = TBitmapFont::FindBitmapFont("cypherFont");
-    if (!build.font)  // it registers itself and stays
-      build.font = new TBitmapFont(GetRenderer(), "cypherFont", MyUtils::ImageDir() + "Fonts/currency.fnt");
+    if (!build.font) build.font = createDigitFont();
     for (const JackpotsData& level : jackpotData) createLevel(level, build);
-    // NOLINTNEXTLINE(clang-analyzer-cplusplus.NewDeleteLeaks): the list of fonts owns the font
     mWinAnimation = TAnimation(0.0f, 1.0f, 1000, AT_CUSTOM);
     mAnimationPhase = 0;
     mIdleAnimation = -1;
@@ -141,8 +141,27 @@ void TJackpotsPanel::CreateJackpotPanel(const std::vector<JackpotsData>& jackpot
   if (mPanelCreationRetrys <= 0) mLogo->_setVisible(true);
 }
 
+TBitmapFont* TJackpotsPanel::createDigitFont() {
+  auto font =
+    std::make_unique<TBitmapFont>(GetRenderer(), "cypherFont", MyUtils::ImageDir() + "Fonts/currency.fnt");
+  if (TBitmapFont::FindBitmapFont("cypherFont") == font.get()) return font.release();  // the registry's
+  mUnregisteredFont = std::move(font);
+  return mUnregisteredFont.get();
+}
+
 void TJackpotsPanel::removeChild(TGuiComponent* component) {
   if (component) RemoveComponent(component, true);
+}
+
+void TJackpotsPanel::destroyPictures(TImageList* list) {
+  for (SDL_Texture* picture : *list->getImages())
+    if (picture) SDL_DestroyTexture(picture);
+}
+
+void TJackpotsPanel::removeLoaded(TImageList* list) {
+  if (!list) return;
+  destroyPictures(list);
+  RemoveComponent(list, true);
 }
 
 void TJackpotsPanel::ClearJackpotPanel() {
@@ -173,7 +192,7 @@ void TJackpotsPanel::ClearJackpotPanel() {
   pWinPanel->SetTargetTexture(nullptr);  // it may be on the screen
   SDL_DestroyTexture(pWinJackpotTexture);
   pWinJackpotTexture = nullptr;
-  removeChild(pDarkBackground);
+  removeLoaded(pDarkBackground);
   pDarkBackground = nullptr;
   mIsPanelCreated = false;
   mPanelCreationRetrys = 10;

@@ -130,7 +130,7 @@ void TJackpotsPanel::ClearOverlay() {
   mActiveGameName.clear();
   removeChild(pAnimationOverlay);
   pAnimationOverlay = nullptr;
-  removeChild(pImageOverlay);
+  removeLoaded(pImageOverlay);
   pImageOverlay = nullptr;
   if (mNumJackpots > 0) OnShowHistory();
 }

@@ -73,9 +73,10 @@ void TJackpotsPanel::StopIdleAnimation() {
 }
 
 void TJackpotsPanel::StartWinAnimation() {
-  StopIdleAnimation();
   const int w = mWinningJackpot;
-  if (!levelStands(w)) return;  // the win, or the tree, has gone since the notice
+  if (w < 0) return;  // the win has gone since its notice, and the sparkle wanders again
+  StopIdleAnimation();
+  if (!levelStands(w)) return;
   mPanelRect = pJackpotPanel[w]->getDestRect();
   mCapturedJackpot = w;
   pDarkBackground->Show();
@@ -119,7 +120,11 @@ void TJackpotsPanel::captureLevel(int id) {
   SDL_SetRenderDrawColor(renderer, 0, 0, 0, 0);
   SDL_RenderClear(renderer);  // an earlier win may have left its level
   SDL_SetRenderDrawColor(renderer, r, g, b, a);
+  // The frame is copied as it is: blended here and again with the whole picture its soft edges would turn dark.
+  const int blendMode = pJackpotFrame[id]->getBlendMode();
+  pJackpotFrame[id]->setBlendMode(0);
   pJackpotFrame[id]->draw();
+  pJackpotFrame[id]->setBlendMode(blendMode);
   pJackpotCyphers[id]->ResetAnimation();
   pJackpotCyphers[id]->draw();
   pJackpotCurrency[id]->draw();
@@ -210,11 +215,13 @@ void TJackpotsPanel::StopWinAnimation() {
 
 void TJackpotsPanel::OnToggleWinAnimation(std::string, void* hActionData, void*) {
   const auto number = reinterpret_cast<intptr_t>(hActionData);
-  if (!pDarkBackground || number < 1 || number > maxLevels) {
+  const bool known = number >= 1 && number <= maxLevels;
+  const bool starts = known && pDarkBackground && !pDarkBackground->isVisible();
+  if (!known || !pDarkBackground || (starts && !levelStands(static_cast<int>(number) - 1))) {
     pApp->WriteLog(4, 0, "No win to toggle on jackpot level %ld.", static_cast<long>(number));
     return;
   }
-  if (!pDarkBackground->isVisible()) {
+  if (starts) {
     mWinningJackpot = static_cast<int>(number) - 1;
     StartWinAnimation();
   } else {
