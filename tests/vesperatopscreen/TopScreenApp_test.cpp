@@ -375,6 +375,51 @@ TEST_F(TopScreenAppTest, TheStartFiresPowerUp) {
   EXPECT_EQ(1, fired);
 }
 
+TEST_F(TopScreenAppTest, OnlyThePressOfF10AsksForTheFrequencies) {
+  ASSERT_EQ(0, SDL_InitSubSystem(SDL_INIT_EVENTS));
+  app.pKSL = std::make_unique<TKSLClient>("TopScreen", "http://nowhere/KSL", 0,
+                                          xmlrpc_c::clientXmlTransportPtr(new ScriptedTransport));
+  app.hasNoData = false;
+  int asked = 0;
+  app.AddActionListener("ShowFPS",
+                        new TahLambda([&asked](std::string, void*) { ++asked; }, TActionHandler::ahtExecuteEndless),
+                        ACTION_NORMAL);
+  const auto key = [this](Uint32 type, SDL_Keycode code) {
+    SDL_Event event{};
+    event.type = type;
+    event.key.keysym.sym = code;
+    SDL_PushEvent(&event);
+    const int result = app.RunOnce();
+    app.ProcessActions();
+    app.ExecuteActions(ACTION_NORMAL);
+    return result;
+  };
+  EXPECT_EQ(0, key(SDL_KEYUP, SDLK_F10));
+  EXPECT_EQ(0, key(SDL_KEYDOWN, SDLK_F9));
+  EXPECT_EQ(0, asked);
+  EXPECT_EQ(0, key(SDL_KEYDOWN, SDLK_F10));
+  EXPECT_EQ(1, asked);
+  EXPECT_EQ(0, key(SDL_KEYDOWN, SDLK_ESCAPE));
+  EXPECT_FALSE(app.shuttingDown());
+  EXPECT_EQ(1, key(SDL_KEYUP, SDLK_ESCAPE));
+  SDL_QuitSubSystem(SDL_INIT_EVENTS);
+}
+
+TEST_F(TopScreenAppTest, AScreenWithoutAWindowDoesNothing) {
+  screen.ShowJackpotsPanel();
+  screen.ShowPaytablesPanel();
+  screen.ShowInstructionsPanel();
+  screen.UpdatePaytablesPanel(true);
+  EXPECT_EQ(-1, screen.UpdateInstructionsPanel());
+  EXPECT_EQ(-1, screen.UpdateJackpotPanel({}, ""));
+  screen.ClearJackpotOverlay();
+  screen.UpdateLanguage({"en", "min", "max", "hint", "prizes"});
+  screen.SetDemoMode(1);
+  screen.SetIntegrityCheckData("x");
+  screen.ShowFPS();
+  EXPECT_EQ(0, screen.UpdateGraphics());
+}
+
 TEST_F(TopScreenAppTest, InitNeedsTheHomeDirectory) {
   setenv("SDL_VIDEODRIVER", "dummy", 1);
   unsetenv("HOME_DIR");

@@ -1,0 +1,344 @@
+#include "tests/support/TopScreenHarness.h"
+
+#include <SDL_ttf.h>
+#include <algorithm>
+#include <filesystem>
+#include <sstream>
+
+#include "common/ThreadSafeProperty.h"
+#include "components/TSpriteAnimation.h"
+#include "tests/support/Golden.h"
+#include "tests/support/PanelSkin.h"
+#include "vendelo-sdl2/MyUtils.h"
+#include "vesperatopscreen/TInstructionsPanel.h"
+#include "vesperatopscreen/TJackpotsPanel.h"
+#include "vesperatopscreen/TPaytablesPanel.h"
+
+using namespace vendelo_sdl2;
+
+namespace {
+
+// Once for each process: a test program uses one folder.
+const std::string& skinOnce(const std::string& name) {
+  static const std::string& folder = *new std::string(panelskin::write(name));
+  return folder;
+}
+
+}  // namespace
+
+PanelScreen::PanelScreen(SDL_Renderer* renderer) {
+  SetRenderer(renderer);
+  SetRendererStatic(renderer);
+}
+
+int PanelScreen::Load(void*) {
+  loadContents(1920, 1080);
+  return 0;
+}
+
+void PanelScreen::drawTree(bool running) {
+  if (!running) {
+    Loader()->drawLogic();
+    Loader()->draw();
+    return;
+  }
+  for (TComponentList::Walk walk(GuiComponentList); TGuiComponent* root = walk.next();)
+    if (root->isVisible()) root->drawLogic();
+  for (TComponentList::Walk walk(GuiComponentList); TGuiComponent* root = walk.next();)
+    if (root->isVisible()) root->draw();
+}
+
+std::vector<std::string> PanelScreen::rootNames() {
+  std::vector<std::string> names;
+  for (TComponentList::Walk walk(GuiComponentList); TGuiComponent* root = walk.next();)
+    names.push_back(root->getName());
+  return names;
+}
+
+PanelApplication::PanelApplication() {
+  // Without a GUI module the draw thread ends at once; its place is taken by this thread.
+  setStatus(APP_LOADING);
+  SDL_WaitThread(mpDrawThread.exchange(nullptr), nullptr);
+  ThreadID_DrawThread = SDL_ThreadID();
+  setStatus(APP_STARTUP_GRAPHICS);
+}
+
+int PanelApplication::_WriteLog(char, TLogType, unsigned long, const std::string& text) {
+  const std::lock_guard lock(mLinesMutex);
+  mLines.push_back(text);
+  return 0;
+}
+
+size_t PanelApplication::linesWith(const std::string& text) const {
+  const std::lock_guard lock(mLinesMutex);
+  return static_cast<size_t>(std::count_if(
+    mLines.begin(), mLines.end(), [&](const std::string& line) { return line.find(text) != std::string::npos; }));
+}
+
+void PanelApplication::forgetLines() {
+  const std::lock_guard lock(mLinesMutex);
+  mLines.clear();
+}
+
+void PanelApplication::adopt(PanelScreen* module) {
+  module->TAppModule::Init(this, "GUI1", nullptr, -1);
+  pAppGUI = module;
+  screen = module;
+}
+
+void PanelApplication::destroyGui() {
+  screen = nullptr;
+  if (TAppGuiModule* module = TakeGUI()) module->Destroy();
+}
+
+void PanelApplication::asMainThread(const std::function<void()>& step) {
+  ThreadID_DrawThread = 0;
+  step();
+  ThreadID_DrawThread = SDL_ThreadID();
+}
+
+void PanelApplication::deliver(const std::vector<std::pair<int, xmlrpc_c::value>>& events) {
+  asMainThread([&] {
+    updatedJp = false;
+    updatedGame = false;
+    for (const auto& [id, value] : events) handlePlatformEvent(Event(id, value));
+    if (updatedJp) updateJackpotPanel();
+    if (updatedGame) Update();
+  });
+}
+
+TopScreenHarness::TopScreenHarness(const std::string& folder, int divisor)
+  : mClock(100000),
+    mFolder(skinOnce(folder)),
+    mDivisor(divisor),
+    mpApplication(new PanelApplication),
+    mpPicture(SDL_CreateRGBSurfaceWithFormat(0, 1920 / divisor, 1080 / divisor, 32, SDL_PIXELFORMAT_ARGB8888)) {
+  std::filesystem::current_path(mFolder);
+  TTF_Init();
+  std::srand(1);
+  MyUtils::SetImageDir(mFolder + "VESPERA/TOP_SKIN/");
+  MyUtils::decimal_separator = ',';
+  MyUtils::thousand_separator = '.';
+  MyUtils::thousand_grouping[0] = 3;
+  MyUtils::thousand_grouping[1] = 0;
+  mpApplication->SetParam("WorkingDir", mFolder, PARAM_CACHE, "", "", false);
+  mpScreen = new PanelScreen(SDL_CreateSoftwareRenderer(mpPicture));
+  SDL_RenderSetScale(renderer(), 1.0f / static_cast<float>(divisor), 1.0f / static_cast<float>(divisor));
+  SDL_SetRenderDrawBlendMode(renderer(), SDL_BLENDMODE_BLEND);
+  SDL_SetRenderDrawColor(renderer(), 0, 0, 0, 0);
+  mpApplication->adopt(mpScreen);
+  mpScreen->Load(nullptr);
+  mStatus.LanguageMessages = {"", "MIN", "MAX", "HINT LINE", "PRIZES ARE SHOWN AT THE PRESENT BET"};
+  mStatus.IsLoading = false;
+}
+
+TopScreenHarness::~TopScreenHarness() {
+  mpApplication->destroyGui();
+  SDL_FreeSurface(mpPicture);
+  delete mpApplication;
+  TTF_Quit();
+}
+
+void TopScreenHarness::status(const std::function<void(PlatformState&)>& change) {
+  change(mStatus);
+  mpApplication->asMainThread([this] {
+    PlatformState reply = mStatus;
+    mpApplication->StatusReceived(&reply, false);
+  });
+  frame();
+}
+
+void TopScreenHarness::send(int id, const xmlrpc_c::value& value) {
+  mpApplication->deliver({{id, value}});
+  frame();
+}
+
+void TopScreenHarness::send(int id) { send(id, xmlrpc_c::value_nil()); }
+
+void TopScreenHarness::frame() {
+  mpApplication->asMainThread([this] {
+    mpApplication->ProcessActions();
+    mpApplication->ExecuteActions(ACTION_NORMAL);
+    mpApplication->ExecuteDeferredMethods();
+    mpScreen->mainLogic();
+    mpApplication->ProcessTasks(TASK_NORMAL);
+  });
+  SDL_Renderer* to = renderer();
+  SDL_SetRenderTarget(to, nullptr);
+  SDL_RenderClear(to);
+  const bool running = mpApplication->status() == TApplication::APP_RUNNING;
+  if (running) {
+    mpApplication->ExecuteDeferredDrawMethods(to);
+    mpApplication->ExecuteActions(ACTION_DRAW);
+    mpApplication->ProcessTasks(TASK_DRAW);
+  }
+  mpScreen->drawTree(running);
+  SDL_RenderFlush(to);  // as presenting it would
+}
+
+void TopScreenHarness::frames(Uint32 milliseconds) {
+  for (Uint32 passed = 0; passed < milliseconds;) {
+    const Uint32 step = std::min<Uint32>(20, milliseconds - passed);
+    mClock.advance(step);
+    passed += step;
+    frame();
+  }
+}
+
+void TopScreenHarness::skip(Uint32 milliseconds) {
+  mClock.advance(milliseconds);
+  frame();
+}
+
+bool TopScreenHarness::until(const std::function<bool()>& condition) {
+  for (int i = 0; i < 3000; ++i) {
+    if (condition()) return true;
+    SDL_Delay(1);
+    frame();
+  }
+  return condition();
+}
+
+void TopScreenHarness::joinSprites() {
+  const auto join = [](TSpriteAnimation* sprites) {
+    if (sprites) sprites->SetFrame(0, true);  // waits for the loader; only the mode NONE follows this frame
+  };
+  for (int id = 0; id < TJackpotsPanel::maxLevels; ++id) {
+    join(part<TSpriteAnimation>(id, "pIdleAnimation"));
+    join(part<TSpriteAnimation>(id, "pPanelAnimation"));
+    join(find<TSpriteAnimation>("pJackpotsPanel/pParticleAnimation[" + std::to_string(id) + "]"));
+  }
+  for (const char* game : {"Reels", "Wheels"})
+    join(find<TSpriteAnimation>("pJackpotsPanel/pAnimationOverlay[" + std::string(game) + "]"));
+}
+
+TGuiComponent* TopScreenHarness::findAny(const std::string& path) const {
+  std::istringstream names(path);
+  std::string name;
+  TGuiComponent* component = nullptr;
+  while (std::getline(names, name, '/')) {
+    component = component ? component->FindComponentByName(name) : mpScreen->FindComponentByName(name);
+    if (!component) return nullptr;
+  }
+  return component;
+}
+
+bool TopScreenHarness::visible(const std::string& path) const {
+  const TGuiComponent* component = findAny(path);
+  return component && component->isVisible();
+}
+
+Uint32 TopScreenHarness::pixel(int x, int y) const {
+  SDL_RenderFlush(renderer());
+  const auto* row =
+    static_cast<const Uint8*>(mpPicture->pixels) + static_cast<ptrdiff_t>(y / mDivisor) * mpPicture->pitch;
+  return reinterpret_cast<const Uint32*>(row)[x / mDivisor] & 0xffffff;
+}
+
+std::string TopScreenHarness::picture(const std::string& name, SDL_Rect region, int square) const {
+  SDL_RenderFlush(renderer());
+  SDL_Surface* small =
+    SDL_CreateRGBSurfaceWithFormat(0, region.w / square, region.h / square, 32, SDL_PIXELFORMAT_ARGB8888);
+  for (int y = 0; y < small->h; ++y)
+    for (int x = 0; x < small->w; ++x) {
+      Uint32 red = 0, green = 0, blue = 0;
+      for (int dy = 0; dy < square; ++dy) {
+        const auto* row =
+          reinterpret_cast<const Uint32*>(static_cast<const Uint8*>(mpPicture->pixels) +
+                                          static_cast<ptrdiff_t>(region.y + y * square + dy) * mpPicture->pitch);
+        for (int dx = 0; dx < square; ++dx) {
+          const Uint32 colour = row[region.x + x * square + dx];
+          red += colour >> 16 & 255;
+          green += colour >> 8 & 255;
+          blue += colour & 255;
+        }
+      }
+      const auto count = static_cast<Uint32>(square * square);
+      auto* to =
+        reinterpret_cast<Uint32*>(static_cast<Uint8*>(small->pixels) + static_cast<ptrdiff_t>(y) * small->pitch);
+      to[x] = 0xff000000u | (red / count) << 16 | (green / count) << 8 | blue / count;
+    }
+  const std::string result = golden::compare(small, name);
+  SDL_FreeSurface(small);
+  return result;
+}
+
+namespace paneldata {
+
+using xmlrpc_c::value_int;
+using xmlrpc_c::value_string;
+
+JackpotsData level(int id, int64_t pot) {
+  JackpotsData level{};
+  level.id = id;
+  level.potValue = pot;
+  level.decimalPlaces = 2;
+  level.showCurrencySign = true;
+  level.currency = "EUR";
+  level.LastWinData = "LAST WIN 100";
+  level.TimeFrom = "18:00";
+  level.TimeTo = "22:00";
+  return level;
+}
+
+std::vector<JackpotsData> levels(int count) {
+  std::vector<JackpotsData> data;
+  for (int id = 0; id < count; ++id) data.push_back(level(id, 1234567 + id));
+  return data;
+}
+
+xmlrpc_c::value levelsValue(const std::vector<JackpotsData>& data) {
+  xmlrpc_c::carray items;
+  for (const JackpotsData& level : data) items.push_back(level.toXml());
+  return xmlrpc_c::value_array(items);
+}
+
+xmlrpc_c::value texts(const std::vector<std::string>& list) {
+  xmlrpc_c::carray items;
+  for (const std::string& text : list) items.push_back(value_string(text));
+  return xmlrpc_c::value_array(items);
+}
+
+GameRegistryEntry game(const std::string& name) { return GameRegistryEntry(7, name, GAMETYPE_VESPERA_SLOTGAME); }
+
+xmlrpc_c::value gameValue(const std::string& name, GameTypes type) {
+  return xmlrpc_c::value_struct({{"ID", value_int(7)}, {"Name", value_string(name)}, {"Type", value_int(type)}});
+}
+
+xmlrpc_c::value bets(int64_t current, int64_t least, int64_t most) {
+  return xmlrpc_c::value_struct({{"current", xmlrpc_c::value_i8(current)},
+                                 {"min", xmlrpc_c::value_i8(least)},
+                                 {"max", xmlrpc_c::value_i8(most)}});
+}
+
+xmlrpc_c::value_struct Text::value() const {
+  xmlrpc_c::cstruct record{{"symbol", value_string(symbol)},
+                           {"mode", value_string(mode)},
+                           {"win", value_int(win)},
+                           {"font", value_string(font)},
+                           {"fontSize", value_int(fontSize)},
+                           {"occurs", value_int(occurs)},
+                           {"alignedLeft", value_int(alignedLeft)},
+                           {"color", value_int(color)},
+                           {"x", value_int(x)},
+                           {"y", value_int(y)},
+                           {"w", value_int(w)},
+                           {"h", value_int(h)}};
+  if (altColor >= 0) record.insert({"altColor", value_int(altColor)});
+  return xmlrpc_c::value_struct(record);
+}
+
+xmlrpc_c::value page(const std::string& name, const std::vector<Text>& texts) {
+  xmlrpc_c::carray items;
+  for (const Text& text : texts) items.push_back(text.value());
+  return xmlrpc_c::value_struct({{"name", value_string(name)}, {"texts", xmlrpc_c::value_array(items)}});
+}
+
+xmlrpc_c::cstruct setup(const std::vector<xmlrpc_c::value>& pages, int paylines, int betCost) {
+  xmlrpc_c::cstruct extra{{"paytableSetup", xmlrpc_c::value_array(xmlrpc_c::carray(pages.begin(), pages.end()))}};
+  if (paylines >= 0) extra.insert({"paylines", value_int(paylines)});
+  if (betCost >= 0) extra.insert({"betCost", value_int(betCost)});
+  return extra;
+}
+
+}  // namespace paneldata

@@ -1,0 +1,497 @@
+// The win, the idle sparkle, the overlays and the texts of the jackpot panel on the whole screen.
+#include <gtest/gtest.h>
+#include <filesystem>
+#include <set>
+
+#include "components/TControlCyphers3.h"
+#include "components/TGlyphLabel.h"
+#include "components/TImageList.h"
+#include "components/TSpriteAnimation.h"
+#include "tests/support/TopScreenHarness.h"
+#include "vesperatopscreen/TJackpotsPanel.h"
+
+using namespace vendelo_sdl2;
+using paneldata::gameValue;
+using paneldata::levels;
+using paneldata::levelsValue;
+using xmlrpc_c::value_int;
+using xmlrpc_c::value_string;
+
+namespace {
+
+const std::string kPanel = "pJackpotsPanel/";
+
+class Jackpots : public testing::Test {
+ protected:
+  explicit Jackpots(int divisor = 4) : screen("jackpotwins", divisor) {}
+
+  void start(const std::vector<JackpotsData>& levels) {
+    data = levels;
+    screen.status([this](PlatformState& state) {
+      state.ActiveGame = GAME_MENU;
+      state.JackpotData = data;
+    });
+    screen.joinSprites();
+    screen.frames(40);
+  }
+  void start(int count) { start(levels(count)); }
+  void sendData() { screen.send(T_JACKPOT_DATA, levelsValue(data)); }
+  // A level gets or loses the status "WIN".
+  void win(int id, bool on) {
+    for (JackpotsData& level : data)
+      if (level.id == id) level.status = on ? "WIN" : "";
+    sendData();
+  }
+  TJackpotsPanel* panel() { return screen.find<TJackpotsPanel>("pJackpotsPanel"); }
+  bool shown(const std::string& name) { return screen.visible(kPanel + name); }
+  SDL_Rect place(const std::string& name) { return screen.find(kPanel + name)->getDestRect(); }
+  // The levels whose sparkle is visible.
+  std::vector<int> sparkles() {
+    std::vector<int> ids;
+    for (int id = 0; id < 4; ++id)
+      if (auto* sparkle = screen.part(id, "pIdleAnimation"))
+        if (sparkle->isVisible()) ids.push_back(id);
+    return ids;
+  }
+  bool historyShown(int id) {
+    return screen.part(id, "pJackpotInfo")->isVisible() && screen.part(id, "pJackpotInfoBackground")->isVisible();
+  }
+  void toggle(intptr_t number) {
+    screen.app().GenerateAction("ToggleWinAnimation", reinterpret_cast<void*>(number), ACTION_ANY);
+    screen.frame();
+  }
+
+  TopScreenHarness screen;
+  std::vector<JackpotsData> data;
+};
+
+// Small pictures of the whole screen: each state at a chosen tick.
+class JackpotPictures : public Jackpots {
+ protected:
+  JackpotPictures() : Jackpots(1) {}
+  std::string whole(const char* name) {
+    return screen.picture("vesperatopscreen/JackpotsPanel_" + std::string(name), TopScreenHarness::whole(), 4);
+  }
+  // Until the digits stand still and the sparkle has gone.
+  void settle() {
+    for (Uint32 milliseconds : {30000, 1000, 400}) screen.skip(milliseconds);
+  }
+};
+
+}  // namespace
+
+TEST_F(Jackpots, TheSparkleWandersEvery2200Milliseconds) {
+  start(4);
+  Uint32 passed = 40;
+  for (int round = 0; round < 12; ++round, passed = 0) {
+    const std::vector<int> now = sparkles();
+    ASSERT_EQ(1u, now.size()) << round;
+    screen.skip(2200 - passed);
+    EXPECT_EQ(std::vector<int>{}, sparkles()) << "played once, then hidden";
+    screen.skip(1);
+    const std::vector<int> next = sparkles();
+    ASSERT_EQ(1u, next.size()) << round;
+    EXPECT_NE(now, next) << "never twice on the same level";
+  }
+}
+
+TEST_F(Jackpots, WithOneLevelTheSparkleRepeatsOnIt) {
+  start(1);
+  for (int round = 0; round < 4; ++round) {
+    EXPECT_EQ(std::vector<int>{0}, sparkles()) << round;
+    screen.skip(2180);
+    screen.skip(30);
+  }
+}
+
+TEST_F(Jackpots, AllLevelsSparkleLikeTheFirst) {
+  data = levels(2);
+  data[0].showCurrencySign = false;
+  start(data);
+  auto *first = screen.part<TSpriteAnimation>(0, "pIdleAnimation"),
+       *second = screen.part<TSpriteAnimation>(1, "pIdleAnimation");
+  EXPECT_EQ(30, second->GetNumFrames());
+  EXPECT_EQ(first->GetNumFrames(), second->GetNumFrames());
+  SDL_Texture *left = first->GetFrame(3), *right = second->GetFrame(3);
+  EXPECT_TRUE(left && right);
+  SDL_DestroyTexture(left);
+  SDL_DestroyTexture(right);
+}
+
+TEST_F(Jackpots, AWinIsNoticedFliesPulsesAndGoesBackToIdle) {
+  start(4);
+  win(1, true);
+  EXPECT_EQ(1u, screen.app().linesWith("Jackpot LEVEL2 was won! Showing win animation!"));
+  screen.skip(200);
+  EXPECT_FALSE(shown("pDarkBackground")) << "200 ms from the notice to the start";
+  EXPECT_EQ(1u, sparkles().size());
+  screen.skip(1);
+  EXPECT_TRUE(shown("pDarkBackground"));
+  EXPECT_TRUE(shown("JackpotWinPanel"));
+  EXPECT_TRUE(screen.part(1, "pPanelAnimation")->isVisible());
+  EXPECT_EQ(std::vector<int>{}, sparkles()) << "no sparkle during a win";
+  for (const char* name :
+       {"pJackpotFrame", "ControlCyphers", "pJackpotCurrency", "pJackpotInfo", "pJackpotInfoBackground"})
+    EXPECT_FALSE(screen.part(1, name)->isVisible()) << name;
+  SDL_Rect at = place("JackpotWinPanel"), from = TJackpotLayout(4).levelRect(1);
+  EXPECT_TRUE(SDL_RectEquals(&at, &from)) << "it starts at the level's place";
+
+  screen.skip(500);
+  at = place("JackpotWinPanel");
+  EXPECT_EQ(908, at.w);
+  const float half = move_to_center(TAnimation(), 0.5f);
+  EXPECT_NEAR(99 + (506 - 99) * half, at.x, 1);
+  EXPECT_NEAR(369 + (436 - 369) * half, at.y, 1);
+  EXPECT_FALSE(shown("pParticleAnimation[1]"));
+
+  screen.skip(500);
+  EXPECT_TRUE(shown("pParticleAnimation[1]")) << "particles with the arrival";
+  at = place("JackpotWinPanel");
+  const SDL_Rect middle{506, 436, 908, 208};
+  EXPECT_TRUE(SDL_RectEquals(&at, &middle));
+  screen.skip(400);
+  at = place("JackpotWinPanel");
+  EXPECT_TRUE(SDL_RectEquals(&at, &middle)) << "the pause before the pulse";
+  screen.skip(500);
+  at = place("JackpotWinPanel");
+  EXPECT_EQ(1180, at.w) << "at most 30 per cent larger";
+  EXPECT_EQ(270, at.h);
+  EXPECT_EQ(506 - 136, at.x);
+  EXPECT_EQ(436 - 31, at.y);
+  screen.skip(500);
+  at = place("JackpotWinPanel");
+  EXPECT_NEAR(908, at.w, 1);
+
+  // The pulse goes on for as long as the status stays.
+  int widest = 0;
+  for (int i = 0; i < 150; ++i) {
+    screen.skip(20);
+    const SDL_Rect now = place("JackpotWinPanel");
+    EXPECT_GE(now.w, 908);
+    EXPECT_LE(now.w, 1181);
+    widest = std::max(widest, now.w);
+  }
+  EXPECT_GT(widest, 1170);
+
+  win(1, false);
+  EXPECT_EQ(1u, screen.app().linesWith("Hiding jackpot win animation."));
+  for (const char* name : {"pDarkBackground", "JackpotWinPanel", "pParticleAnimation[1]"})
+    EXPECT_FALSE(shown(name));
+  for (const char* name : {"pJackpotFrame", "ControlCyphers", "pJackpotCurrency"})
+    EXPECT_TRUE(screen.part(1, name)->isVisible()) << name;
+  EXPECT_FALSE(screen.part(1, "pPanelAnimation")->isVisible());
+  EXPECT_TRUE(historyShown(1));
+  EXPECT_EQ(1u, sparkles().size());
+  at = place("pJackpotPanel[1]");
+  EXPECT_TRUE(SDL_RectEquals(&at, &from));
+}
+
+TEST_F(Jackpots, AWinThatGoesBeforeItsStartLeavesTheSparkleWandering) {
+  start(4);
+  win(2, true);
+  screen.skip(100);
+  win(2, false);
+  screen.skip(200);
+  EXPECT_FALSE(shown("pDarkBackground"));
+  for (int i = 0; i < 5; ++i) {
+    EXPECT_EQ(1u, sparkles().size()) << i;
+    screen.skip(2201);
+  }
+}
+
+TEST_F(Jackpots, ASecondWinnerWaitsForTheFirst) {
+  start(4);
+  data[2].status = "WIN";
+  win(1, true);
+  EXPECT_EQ(1u, screen.app().linesWith("was won!"));
+  screen.skip(210);
+  data[2].potValue = 77;
+  data[3].potValue = 78;
+  sendData();
+  EXPECT_EQ(1234569, screen.part<TControlCyphers3>(2, "ControlCyphers")->FinalValue());
+  EXPECT_EQ(1234570, screen.part<TControlCyphers3>(3, "ControlCyphers")->FinalValue());
+  win(1, false);
+  EXPECT_EQ(0u, screen.app().linesWith("Hiding jackpot win animation.")) << "another win is there";
+  EXPECT_EQ(77, screen.part<TControlCyphers3>(2, "ControlCyphers")->FinalValue());
+  win(2, false);
+  EXPECT_EQ(1u, screen.app().linesWith("Hiding jackpot win animation."));
+  EXPECT_EQ(78, screen.part<TControlCyphers3>(3, "ControlCyphers")->FinalValue());
+}
+
+TEST_F(Jackpots, AChangeOfLevelsDuringAWinTakesThePictureAway) {
+  start(4);
+  win(3, true);
+  screen.skip(210);
+  screen.skip(700);
+  const std::vector<JackpotsData> before = data;
+  data.pop_back();
+  sendData();
+  screen.skip(20);
+  EXPECT_EQ(nullptr, screen.find(kPanel + "pJackpotPanel[3]"));
+  EXPECT_FALSE(shown("pDarkBackground"));
+  sendData();
+  EXPECT_EQ(1u, screen.app().linesWith("Hiding jackpot win animation."));
+  data = before;
+  sendData();
+  screen.skip(20);
+  sendData();
+  screen.skip(210);
+  EXPECT_TRUE(shown("pDarkBackground")) << "a win on a panel that was built anew";
+  EXPECT_NE(nullptr, screen.find(kPanel + "JackpotWinPanel")->GetTargetTexture());
+}
+
+TEST_F(Jackpots, TheToggledWinPlaysTheLevelOfItsNumber) {
+  start(2);
+  toggle(2);
+  EXPECT_TRUE(shown("pDarkBackground"));
+  EXPECT_FALSE(screen.part(1, "pJackpotFrame")->isVisible());
+  screen.skip(1001);
+  EXPECT_TRUE(shown("pParticleAnimation[1]"));
+  toggle(1);
+  EXPECT_FALSE(shown("pDarkBackground")) << "any number ends it";
+  EXPECT_TRUE(screen.part(1, "pJackpotFrame")->isVisible());
+  EXPECT_EQ(1u, sparkles().size());
+  toggle(1);
+  EXPECT_FALSE(screen.part(0, "pJackpotFrame")->isVisible());
+}
+
+TEST_F(Jackpots, TheToggleIsLoggedAndDoesNothingWithoutItsLevel) {
+  start(0);
+  toggle(1);
+  data = levels(2);
+  sendData();
+  for (intptr_t number : {0, 5, -1, 3}) toggle(number);
+  EXPECT_EQ(5u, screen.app().linesWith("No win to toggle on jackpot level"));
+  EXPECT_FALSE(shown("pDarkBackground"));
+  EXPECT_EQ(1u, sparkles().size());
+}
+
+TEST_F(Jackpots, ThePictureOfTheLevelKeepsItsSoftEdges) {
+  start(4);
+  win(2, true);
+  screen.skip(201);
+  SDL_Renderer* renderer = screen.renderer();
+  SDL_Texture* layer = screen.find(kPanel + "JackpotWinPanel")->GetTargetTexture();
+  SDL_SetRenderTarget(renderer, layer);
+  const auto at = [&](int x, int y) {
+    Uint32 colour = 0;
+    const SDL_Rect one{147 + x, 587 + y, 1, 1};
+    SDL_RenderReadPixels(renderer, &one, SDL_PIXELFORMAT_ARGB8888, &colour, 4);
+    return colour;
+  };
+  EXPECT_EQ(0x806e3c1eu, at(300, 2)) << "the frame's half transparent edge as it is in the picture";
+  EXPECT_EQ(0xff6e3c1eu, at(300, 20));
+  EXPECT_EQ(0x00000000u, at(300, -2)) << "nothing around it";
+  SDL_SetRenderTarget(renderer, nullptr);
+  EXPECT_EQ(1, screen.part(2, "pJackpotFrame")->getBlendMode()) << "the frame itself is blended as before";
+}
+
+TEST_F(Jackpots, AnOverlayHidesTheHistoryAndItsEndShowsItAgain) {
+  start(4);
+  EXPECT_TRUE(historyShown(0));
+  screen.send(T_GAME_LOADED, gameValue("Reels", GAMETYPE_VESPERA_SLOTGAME));
+  EXPECT_EQ(1u, screen.app().linesWith("Loading overlay for game 'Reels' inside Games/Reels/Icons/"));
+  EXPECT_TRUE(shown("pAnimationOverlay[Reels]"));
+  EXPECT_TRUE(panel()->isOverlayVisible());
+  const SDL_Rect at = place("pAnimationOverlay[Reels]");
+  EXPECT_TRUE(at.x == 1110 && at.y == 90 && at.w == 810 && at.h == 900);
+  EXPECT_FALSE(historyShown(0));
+  for (int i = 0; i < 3; ++i) screen.send(T_BET_LIMITS, paneldata::bets(100, 20, 200));
+  EXPECT_EQ(1u, screen.app().linesWith("Loading overlay")) << "the name is active already";
+
+  win(1, true);
+  screen.skip(201);
+  win(1, false);
+  EXPECT_FALSE(historyShown(1)) << "a win leaves the hidden history hidden";
+
+  screen.send(T_GAME_LOADED, gameValue("Wheels", GAMETYPE_VESPERA_SLOTGAME));
+  EXPECT_EQ(nullptr, screen.find(kPanel + "pAnimationOverlay[Reels]"));
+  EXPECT_TRUE(shown("pAnimationOverlay[Wheels]"));
+  screen.send(T_GAME_EXITED);
+  EXPECT_EQ(nullptr, screen.find(kPanel + "pAnimationOverlay[Wheels]"));
+  EXPECT_FALSE(panel()->isOverlayVisible());
+  EXPECT_TRUE(historyShown(0));
+  EXPECT_TRUE(historyShown(1));
+}
+
+TEST_F(Jackpots, TheOverlayLoopsFromItsThirtiethFrame) {
+  start(1);
+  screen.send(T_GAME_LOADED, gameValue("Reels", GAMETYPE_VESPERA_SLOTGAME));
+  screen.joinSprites();
+  auto* overlay = screen.find<TSpriteAnimation>(kPanel + "pAnimationOverlay[Reels]");
+  ASSERT_NE(nullptr, overlay);
+  screen.frame();
+  std::set<int> first, later;
+  for (int i = 0; i < 39; ++i) {
+    screen.skip(40);
+    first.insert(overlay->GetCurrentFrame());
+  }
+  EXPECT_EQ(1, *first.begin());
+  for (int i = 0; i < 60; ++i) {
+    screen.skip(40);
+    later.insert(overlay->GetCurrentFrame());
+  }
+  EXPECT_EQ(30, *later.begin());
+  EXPECT_EQ(39, *later.rbegin());
+}
+
+TEST_F(Jackpots, WithoutLevelsTheStillOverlayTakesTheScreen) {
+  start(0);
+  screen.send(T_GAME_LOADED, gameValue("Reels", GAMETYPE_VESPERA_SLOTGAME));
+  EXPECT_TRUE(shown("pImageOverlay[Reels]"));
+  EXPECT_EQ(nullptr, screen.find(kPanel + "pAnimationOverlay[Reels]"));
+  EXPECT_FALSE(panel()->isOverlayVisible());
+  EXPECT_TRUE(shown("logo"));
+  const SDL_Rect at = place("pImageOverlay[Reels]");
+  EXPECT_TRUE(at.x == 0 && at.y == 0 && at.w == 1920 && at.h == 1080);
+  EXPECT_NE(nullptr, screen.find(kPanel + "pImageOverlay[Reels]")->GetTargetTexture());
+  screen.send(T_GAME_EXITED);
+  EXPECT_EQ(nullptr, screen.find(kPanel + "pImageOverlay[Reels]"));
+}
+
+TEST_F(Jackpots, NoOverlayUnderATextAndTheLevelsComeBackWhenItGoes) {
+  start(3);
+  screen.send(T_JACKPOT_ERROR, value_string("METER FAULT"));
+  screen.send(T_GAME_LOADED, gameValue("Reels", GAMETYPE_VESPERA_SLOTGAME));
+  EXPECT_EQ(0u, screen.app().linesWith("Loading overlay"));
+  EXPECT_EQ(nullptr, screen.find(kPanel + "pJackpotPanel[0]"));
+  EXPECT_TRUE(shown("logo"));
+  screen.app().forgetLines();
+  screen.send(T_JACKPOT_ERROR, value_string("METER FAULT"));
+  EXPECT_TRUE(shown("jackpotErrorLabel")) << "the same text again changes nothing";
+  screen.send(T_JACKPOT_ERROR, value_string(""));
+  EXPECT_NE(nullptr, screen.find(kPanel + "pJackpotPanel[2]"));
+  EXPECT_FALSE(shown("logo"));
+  EXPECT_FALSE(shown("jackpotErrorLabel"));
+
+  screen.send(T_INTEGRITY_DATA, value_string("CRC 1234"));
+  EXPECT_EQ(nullptr, screen.find(kPanel + "pJackpotPanel[0]"));
+  screen.send(T_JACKPOT_ERROR, value_string("METER FAULT"));
+  EXPECT_FALSE(shown("jackpotErrorLabel")) << "the integrity text goes before everything";
+  screen.send(T_INTEGRITY_DATA, value_string(""));
+  EXPECT_EQ(nullptr, screen.find(kPanel + "pJackpotPanel[0]"));
+  screen.send(T_JACKPOT_REFRESH);
+  EXPECT_TRUE(shown("jackpotErrorLabel"));
+  screen.send(T_INTEGRITY_DATA, value_string("CRC 1234"));
+  EXPECT_TRUE(shown("integrityLabel"));
+  EXPECT_TRUE(shown("jackpotErrorLabel"));
+  screen.send(T_INTEGRITY_DATA, value_string(""));
+  EXPECT_TRUE(shown("logo")) << "the error text still wants it";
+  screen.send(T_JACKPOT_ERROR, value_string(""));
+  EXPECT_NE(nullptr, screen.find(kPanel + "pJackpotPanel[2]"));
+  EXPECT_FALSE(shown("logo"));
+}
+
+TEST_F(Jackpots, AnErrorTextDuringAWinEndsItAndTheNextWinShows) {
+  start(2);
+  win(0, true);
+  screen.skip(201);
+  screen.send(T_JACKPOT_ERROR, value_string("METER FAULT"));
+  screen.skip(500);
+  EXPECT_EQ(nullptr, screen.find(kPanel + "pDarkBackground"));
+  screen.send(T_JACKPOT_ERROR, value_string(""));
+  screen.skip(20);
+  win(0, false);
+  win(1, true);
+  screen.skip(210);
+  EXPECT_TRUE(shown("pDarkBackground"));
+  EXPECT_FALSE(screen.part(1, "pJackpotFrame")->isVisible());
+}
+
+TEST_F(Jackpots, IdsWithGapsEndTheRotationWithoutHarm) {
+  data = {paneldata::level(0, 100), paneldata::level(3, 200)};
+  start(data);
+  for (int i = 0; i < 10; ++i) screen.skip(2201);
+  EXPECT_LE(sparkles().size(), 1u);
+  EXPECT_NE(nullptr, screen.part(3, "pJackpotFrame"));
+}
+
+TEST_F(JackpotPictures, TheLevelsStandAtTheirPlaces) {
+  const struct {
+    const char* name;
+    int count;
+  } rows[] = {{"OneLevel", 1}, {"TwoLevels", 2}, {"ThreeLevels", 3}, {"FourLevels", 4}};
+  for (const auto& row : rows) {
+    data = levels(row.count);
+    for (JackpotsData& level : data) level.mode = 2;
+    start(data);
+    settle();
+    EXPECT_EQ("", whole(row.name));
+  }
+}
+
+TEST_F(JackpotPictures, TheCurrencyGoesLeftWithoutTheSign) {
+  data = levels(4);
+  for (JackpotsData& level : data) level.showCurrencySign = false;
+  data[2].showCurrencySign = true;
+  start(data);
+  settle();
+  EXPECT_EQ("", whole("CurrencyLeft"));
+}
+
+TEST_F(JackpotPictures, TheInfoBarScrolls) {
+  start(1);
+  const SDL_Rect bar{900, 540, 1020, 140};
+  screen.skip(500);
+  EXPECT_EQ("", screen.picture("vesperatopscreen/JackpotsPanel_InfoBar_Waiting", bar, 4));
+  screen.skip(2000);
+  EXPECT_EQ("", screen.picture("vesperatopscreen/JackpotsPanel_InfoBar_Scrolling", bar, 4));
+}
+
+TEST_F(JackpotPictures, TheSparkleCrossesItsFrame) {
+  start(1);
+  screen.skip(400);
+  EXPECT_EQ("", screen.picture("vesperatopscreen/JackpotsPanel_Sparkle", {0, 380, 1040, 400}, 4));
+}
+
+TEST_F(JackpotPictures, AWinLooksLikeThis) {
+  const char* const names[] = {"Gold", "Silver", "Bronze", "Emerald"};
+  data = levels(4);
+  data[3].mode = 2;
+  start(data);
+  settle();
+  for (int id = 0; id < 4; ++id) {
+    SCOPED_TRACE(names[id]);
+    win(id, true);
+    screen.skip(201);
+    screen.skip(150);
+    EXPECT_EQ("", whole((std::string("Win") + names[id] + "_Flying").c_str()));
+    screen.skip(850);
+    screen.skip(700);
+    EXPECT_EQ("", whole((std::string("Win") + names[id] + "_Pulsing").c_str()));
+    win(id, false);
+    settle();
+  }
+  EXPECT_EQ("", whole("AfterTheWins"));
+}
+
+TEST_F(JackpotPictures, TheOverlaysLookLikeThis) {
+  start(2);
+  settle();
+  screen.send(T_GAME_LOADED, gameValue("Reels", GAMETYPE_VESPERA_SLOTGAME));
+  screen.joinSprites();
+  screen.frame();
+  screen.skip(400);
+  EXPECT_EQ("", whole("Overlay"));
+  data.clear();
+  screen.send(T_GAME_EXITED);
+  sendData();
+  screen.send(T_GAME_LOADED, gameValue("Reels", GAMETYPE_VESPERA_SLOTGAME));
+  screen.frame();
+  EXPECT_EQ("", whole("StillOverlay"));
+}
+
+TEST_F(JackpotPictures, TheTextsLookLikeThis) {
+  start(2);
+  screen.send(T_JACKPOT_ERROR, value_string("METER FAULT"));
+  screen.frame();
+  EXPECT_EQ("", whole("Error"));
+  screen.send(T_INTEGRITY_DATA, value_string("CRC 1234"));
+  screen.frame();
+  EXPECT_EQ("", whole("ErrorAndIntegrity"));
+}
+
+TEST_F(JackpotPictures, NoLevelsLookLikeThis) {
+  start(0);
+  EXPECT_EQ("", whole("NoLevels"));
+}
