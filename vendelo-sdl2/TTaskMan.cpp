@@ -58,12 +58,19 @@ TTimedTaskHandler* TTaskMan::AddTimedTask(TTimedTaskHandler* pTimedTask, TimedTa
   // A task that comes back during the run in which it was removed lives on.
   for (auto* walk : mWalks[type])
     if (walk->Running == pTimedTask) walk->Doomed = false;
-  TaskList[type]->insert(pTimedTask);
+  if (TTaskSet::node_type& spare = mSpareNodes[type]; spare.empty()) {
+    TaskList[type]->insert(pTimedTask);
+  } else {
+    spare.value() = pTimedTask;
+    spare = TaskList[type]->insert(std::move(spare)).node;
+  }
   return pTimedTask;
 }
 
 bool TTaskMan::RemoveFrom(size_t Index, TTimedTaskHandler* pTimedTask, bool DeleteInstance) {
-  if (TaskList[Index]->erase(pTimedTask) == 0) return false;
+  TTaskSet::node_type node = TaskList[Index]->extract(pTimedTask);
+  if (node.empty()) return false;
+  mSpareNodes[Index] = std::move(node);
   bool running = false;
   for (auto* walk : mWalks[Index]) {
     if (walk->Running != pTimedTask) continue;

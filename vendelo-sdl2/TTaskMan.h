@@ -176,6 +176,8 @@ class TTaskMan {
 
   std::array<ThreadSafeProperty<TTaskSet>, 3> TaskList;
   std::array<std::vector<TWalk*>, 3> mWalks;  // each under the lock of its set
+  // The node that left each set last, under its lock: a task that comes and goes at each frame takes no memory.
+  std::array<TTaskSet::node_type, 3> mSpareNodes;
 };
 
 }  // namespace vendelo_sdl2

@@ -2,6 +2,7 @@
 #include <cmath>
 #include <cstdint>
 #include <cstdlib>
+#include <utility>
 
 #include "components/TControlCyphers3.h"
 #include "components/TGlyphLabel.h"
@@ -41,7 +42,7 @@ bool TJackpotsPanel::levelStands(int id) const {
 }
 
 void TJackpotsPanel::StartIdleAnimation() {
-  pIdleTask = nullptr;  // the task that has just fired is done
+  TTimedTaskHandler* const fired = std::exchange(pIdleTask, nullptr);  // it has done its one run
   if (mNumJackpots < 1) return;
   int r = std::rand() % mNumJackpots;
   if (mIdleAnimation >= 0 && pIdleAnimation[mIdleAnimation] && pIdleAnimation[mIdleAnimation]->isVisible())
@@ -55,9 +56,16 @@ void TJackpotsPanel::StartIdleAnimation() {
   pIdleAnimation[r]->ResetAnimation(now);
   if (!pIdleAnimation[r]->isVisible()) pIdleAnimation[r]->Show();
   // The name says 2000, the interval is 2200: both are as they are wanted.
-  pIdleTask = new TtthMember<TJackpotsPanel, void>(this, &TJackpotsPanel::StartIdleAnimation, 2200,
-                                                   TTimedTaskHandler::EXECUTE_ONCE,
-                                                   "TJackpotsPanel::StartIdleAnimation, 2000");
+  if (fired) {
+    // Once more, out of its own run: this goes on every two seconds for weeks, and takes nothing from the heap.
+    pApp->RemoveTimedTask(fired, false);
+    fired->Enable();
+    pIdleTask = fired;
+  } else {
+    pIdleTask = new TtthMember<TJackpotsPanel, void>(this, &TJackpotsPanel::StartIdleAnimation, 2200,
+                                                     TTimedTaskHandler::EXECUTE_ONCE,
+                                                     "TJackpotsPanel::StartIdleAnimation, 2000");
+  }
   pApp->AddTimedTask(pIdleTask, TASK_DRAW);
 }
 
