@@ -4,12 +4,29 @@
 
 namespace {
 
-enum Kind { COPY, COPY_EX, COPY_F, COPY_EX_F, TARGET, CLEAR, FILL, COLOR, DRAW_BLEND, ALPHA, MOD, BLEND, PRESENT };
+enum Kind {
+  COPY,
+  COPY_EX,
+  COPY_F,
+  COPY_EX_F,
+  TARGET,
+  CLEAR,
+  FILL,
+  COLOR,
+  DRAW_BLEND,
+  ALPHA,
+  MOD,
+  BLEND,
+  PRESENT,
+  CREATE,
+  DESTROY
+};
 
 struct Call {
   Kind kind;
   SDL_Renderer* renderer;
   SDL_Texture* texture;
+  SDL_Surface* surface;
   bool hasSource, hasDestination;
   SDL_Rect source, destination;
   SDL_FRect destinationF;
@@ -23,6 +40,20 @@ std::vector<Call> calls;
 std::vector<size_t> ends;
 bool recording = false;
 long copyCount = 0;
+long surfaceTextures = 0;
+
+// Textures made while recording, and at the replay those that stand for them.
+struct Substitute {
+  SDL_Texture* recorded;
+  SDL_Texture* own;
+};
+std::vector<Substitute> substitutes;
+
+Substitute* substituteOf(SDL_Texture* texture) {
+  for (size_t i = substitutes.size(); i-- > 0;)
+    if (substitutes[i].recorded == texture) return &substitutes[i];
+  return nullptr;
+}
 
 template <class F>
 F real(const char* name) {
@@ -51,7 +82,13 @@ Call copy(Kind kind, SDL_Renderer* renderer, SDL_Texture* texture, const SDL_Rec
   return call;
 }
 
-void issue(const Call& c) {
+void issue(Call c) {
+  if (c.kind == CREATE) {
+    substitutes.push_back({c.texture, SDL_CreateTextureFromSurface(c.renderer, c.surface)});
+    return;
+  }
+  Substitute* const substitute = c.texture ? substituteOf(c.texture) : nullptr;
+  if (substitute) c.texture = substitute->own;
   const SDL_Rect* source = c.hasSource ? &c.source : nullptr;
   const SDL_Rect* destination = c.hasDestination ? &c.destination : nullptr;
   const SDL_FRect* destinationF = c.hasDestination ? &c.destinationF : nullptr;
@@ -95,6 +132,12 @@ void issue(const Call& c) {
     case PRESENT:
       SDL_RenderPresent(c.renderer);
       break;
+    case CREATE:
+      break;
+    case DESTROY:
+      SDL_DestroyTexture(c.texture);
+      if (substitute) substitutes.erase(substitutes.begin() + (substitute - substitutes.data()));
+      break;
   }
 }
 
@@ -106,12 +149,18 @@ void start() {
   calls.clear();
   ends.clear();
   copyCount = 0;
+  substitutes.clear();
+  substitutes.reserve(64);
   recording = true;
 }
 void mark() { ends.push_back(calls.size()); }
-void stop() { recording = false; }
+void stop() {
+  recording = false;
+  substitutes.clear();
+}
 int frames() { return static_cast<int>(ends.size()); }
 long copies() { return copyCount; }
+long texturesFromSurfaces() { return surfaceTextures; }
 
 void replay(int frame) {
   for (size_t i = frame ? ends[frame - 1] : 0; i < ends[frame]; ++i) issue(calls[i]);
@@ -250,6 +299,29 @@ int SDL_SetTextureBlendMode(SDL_Texture* texture, SDL_BlendMode mode) {
     note(call);
   }
   return sdl(texture, mode);
+}
+
+SDL_Texture* SDL_CreateTextureFromSurface(SDL_Renderer* renderer, SDL_Surface* surface) {
+  REAL(SDL_CreateTextureFromSurface);
+  SDL_Texture* const texture = sdl(renderer, surface);
+  ++surfaceTextures;
+  if (recording) {
+    Call call = make(CREATE, renderer, texture);
+    call.surface = surface;
+    note(call);
+    substitutes.push_back({texture, nullptr});
+  }
+  return texture;
+}
+
+void SDL_DestroyTexture(SDL_Texture* texture) {
+  REAL(SDL_DestroyTexture);
+  // One from before the recording has gone by the time of the replay.
+  if (Substitute* const known = recording ? substituteOf(texture) : nullptr) {
+    note(make(DESTROY, nullptr, texture));
+    substitutes.erase(substitutes.begin() + (known - substitutes.data()));
+  }
+  sdl(texture);
 }
 
 void SDL_RenderPresent(SDL_Renderer* renderer) {

@@ -5,6 +5,7 @@
 
 // Records the render calls of a program and issues them again. The recorder's functions are linked in front of
 // SDL's, so that what the toolkit calls passes through here; off, it costs one test a call. One thread only.
+// Textures that come and go within a frame are made again at the replay, from the same surfaces, which must live.
 namespace recorder {
 
 // From here to stop(), every call is noted; mark() ends a frame.
@@ -19,5 +20,8 @@ void replay(int frame);
 
 // Copies in all recorded frames.
 long copies();
+
+// Textures that were made from surfaces since the start of the program, recording or not.
+long texturesFromSurfaces();
 
 }  // namespace recorder
