@@ -45,8 +45,8 @@ void drawHintFont(const Output& output) {
 void drawWarningFont(const Output& output) {
   const FontStyle style = {
     {{0.0, {1.0, 0.97, 0.84}}, {0.5, {1.0, 0.84, 0.44}}, {1.0, {0.96, 0.66, 0.20}}}, kInk, 2.4, 3, 1};
-  const Typeface face(fontfile::kCondensedBold, 54);
-  FontPack font(style, 72, 54);
+  const Typeface face(fontfile::kCondensedBold, 51);
+  FontPack font(style, 69, 51);
   font.add(face, latinCharacters());
   font.add(face, easternCharacters());
   font.save(output.skinPath("Fonts/jackpot_win_label"), "jackpot_win_label", 1024);
