@@ -5,6 +5,7 @@
 #include <array>
 #include <atomic>
 #include <functional>
+#include <latch>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -44,10 +45,15 @@ class Citizen : public TActionHandler {
   bool mTouched = false;
 };
 
-// Runs the functions on a thread each and waits for all of them.
+// Runs the functions on a thread each, all at once, and waits for all of them.
 void together(std::vector<std::function<void()>> jobs) {
+  std::latch start(static_cast<std::ptrdiff_t>(jobs.size()));
   std::vector<std::thread> threads;
-  for (auto& job : jobs) threads.emplace_back(std::move(job));
+  for (auto& job : jobs)
+    threads.emplace_back([&start, &job] {
+      start.arrive_and_wait();
+      job();
+    });
   for (auto& thread : threads) thread.join();
 }
 
@@ -59,21 +65,19 @@ TEST(ActionStress, HandlersOfActionsThatAreDeletedMeanwhileGoWithThem) {
   forget();
   {
     TActionMan bus;
-    std::atomic<int> busy{4};
+    std::atomic<int> busy{2};
     std::array<int, 3> related{};
     const auto registrar = [&] {
-      for (int n = 0; n < Rounds; ++n)
+      for (int n = 0; n < 10 * Rounds; ++n)
         bus.AddActionListener(familyName(n), new Citizen(&related[n % 2], TActionHandler::ahtExecuteEndless),
                               static_cast<ActionHandleType>(n % 3));
       --busy;
     };
     const auto undertaker = [&] {
-      for (int n = 0; n < Rounds; ++n) bus.UnregisterAction(familyName(n), true);
-      --busy;
+      for (int n = 0; busy > 0; ++n) bus.UnregisterAction(familyName(n), true);
     };
     const auto heir = [&] {
-      for (int n = 0; n < Rounds; ++n) bus.UnregisterAllActionHandlersByRelatedObject(&related[n % 2], true);
-      --busy;
+      for (int n = 0; busy > 0; ++n) bus.UnregisterAllActionHandlersByRelatedObject(&related[n % 2], true);
     };
     const auto draw = [&] {
       while (busy > 0) bus.ExecuteActions(ACTION_DRAW);
@@ -86,13 +90,13 @@ TEST(ActionStress, HandlersOfActionsThatAreDeletedMeanwhileGoWithThem) {
         bus.ExecuteActions(ACTION_THREAD_SAFE);
       }
     };
-    together({registrar, registrar, undertaker, heir, draw, mainLoop});
+    together({registrar, registrar, undertaker, undertaker, heir, draw, mainLoop});
     // And once when nobody disturbs.
     bus.AddActionListener("family0", new Citizen(nullptr, TActionHandler::ahtExecuteEndless), ACTION_NORMAL);
     bus.GenerateAction_immediate("family0", nullptr, ACTION_NORMAL);
     EXPECT_GT(ran, 0);
   }
-  EXPECT_EQ(born, 2 * Rounds + 1);
+  EXPECT_EQ(born, 2 * 10 * Rounds + 1);
   EXPECT_EQ(died, born);
 }
 

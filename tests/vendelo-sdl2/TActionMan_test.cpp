@@ -560,6 +560,31 @@ TEST(ActionReentry, AHandlerAddedDuringTheRunOfTheLastOneRunsInTheSameWalk) {
   EXPECT_EQ(bus.fire("abcd"), "new");
 }
 
+// The refusal of a type is a place in the middle of a registration that a test can reach.
+TEST(ActionReentry, AnActionThatIsDeletedDuringARegistrationLivesToItsEnd) {
+  struct Hook : LogLines {
+    int _WriteLog(char, TLogType, unsigned long, const std::string&) override {
+      if (onLine) onLine();
+      return 0;
+    }
+    std::function<void()> onLine;
+  } log;
+  Bus bus;
+  int deaths = 0;
+  bus.AddActionListener("abcd", new Mortal(deaths, Handler::ahtExecuteEndless), ACTION_NORMAL);
+  Mortal refused(deaths, Handler::ahtExecuteEndless);
+  bool asked = false;
+  log.onLine = [&] {
+    asked = true;
+    EXPECT_EQ(bus.UnregisterAction("abcd", true), 0);
+    EXPECT_EQ(deaths, 0);
+  };
+  bus.AddActionListener("abcd", &refused, ACTION_ANY);
+  EXPECT_TRUE(asked);
+  EXPECT_EQ(deaths, 1);
+  EXPECT_EQ(bus.GetAction("abcd"), nullptr);
+}
+
 TEST(ActionReentry, AHandlerThatDeletesItsActionEndsTheWalkAndDropsTheEntries) {
   for (const bool byName : {true, false}) {
     Bus bus;

@@ -2,7 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <cstdlib>
+#include <functional>
 #include <locale>
 #include <string>
 #include <thread>
@@ -614,6 +616,33 @@ TEST_F(Params, TheRebootIsAskedForBeforeTheListenersAreTold) {
   param->AddListener([&](TAppParam*, int) { seen = store.reboots; }, 0);
   param->UpdateOldValue();
   EXPECT_EQ(seen, before + 1);
+}
+
+TEST(ParamsThreads, OfTwoThatMakeTheSameParameterTheSecondWritesTheFirstOnes) {
+  // The question for a reboot comes in the middle of the making.
+  struct Hooked : Store {
+    void OnRebootRequired() override {
+      if (onReboot) std::exchange(onReboot, nullptr)();
+    }
+    std::function<void()> onReboot;
+  } store;
+  store.RebootOnParam("critical");
+  std::thread second;
+  std::atomic<bool> started{false};
+  TAppParam* fromSecond = nullptr;
+  store.onReboot = [&] {
+    second = std::thread([&] {
+      started = true;
+      fromSecond = store.SetParam("critical", "2", PARAM_MINE, "", "", false);
+    });
+    while (!started) std::this_thread::yield();
+    SDL_Delay(20);  // not needed, but a second one that does not wait is done by then
+  };
+  TAppParam* const first = store.SetParam("critical", "1", PARAM_MINE, "", "", false);
+  second.join();
+  EXPECT_NE(first, pVoidParam);
+  EXPECT_EQ(fromSecond, first);
+  EXPECT_EQ(first->Value(), "2");
 }
 
 TEST_F(Params, ANewParameterHasItsDefaultSaveLocations) {
