@@ -77,7 +77,7 @@ size_t PanelApplication::linesWith(const std::string& text) const {
 
 void PanelApplication::forgetLines() {
   const std::lock_guard lock(mLinesMutex);
-  mLines.clear();
+  std::vector<std::string>().swap(mLines);  // with what it holds on the heap
 }
 
 void PanelApplication::adopt(PanelScreen* module) {
