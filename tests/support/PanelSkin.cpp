@@ -2,6 +2,8 @@
 
 #include <SDL_image.h>
 #include <filesystem>
+#include <fstream>
+#include <iterator>
 
 #include "tests/support/TestFont.h"
 
@@ -26,6 +28,28 @@ void writeJpg(const std::string& path, int width, int height, SDL_Color colour) 
   fill(picture, {0, 0, width, height}, colour);
   IMG_SaveJPG(picture, path.c_str(), 95);
   SDL_FreeSurface(picture);
+}
+
+// A font of half the width: digits that fit their wheels.
+void writeNarrowFont(const std::string& folder, const std::string& name, int scale) {
+  const std::string base = testfont::write(folder, name, scale);
+  SDL_Surface* wide = IMG_Load((base + ".png").c_str());
+  SDL_SetSurfaceBlendMode(wide, SDL_BLENDMODE_NONE);
+  SDL_Surface* narrow = makePicture(wide->w / 2, wide->h);
+  SDL_BlitScaled(wide, nullptr, narrow, nullptr);
+  IMG_SavePNG(narrow, (base + ".png").c_str());
+  SDL_FreeSurface(wide);
+  SDL_FreeSurface(narrow);
+
+  std::ifstream file(base + ".fnt");
+  std::string xml((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
+  for (const char* attribute : {" x=\"", " width=\"", " xadvance=\"", " amount=\""})
+    for (size_t at = 0; (at = xml.find(attribute, at)) != std::string::npos;) {
+      at += std::string(attribute).size();
+      const size_t end = xml.find('"', at);
+      xml.replace(at, end - at, std::to_string(std::stoi(xml.substr(at, end - at)) / 2));
+    }
+  testfont::writeText(base + ".fnt", xml);
 }
 
 void writeSkin(const std::string& skin) {
@@ -55,14 +79,14 @@ void writeSkin(const std::string& skin) {
   const struct {
     const char* name;
     int scale;
-  } fonts[] = {{"currency", 8},
-               {"jackpot_win_label", 6},
+  } fonts[] = {{"jackpot_win_label", 6},
                {"info_bar_font", 5},
                {"emerald_hours_font", 4},
                {"uni_font", 3},
                {"HelveticaBold26px_Instructions", 3},
                {"HelveticaBold20px_SmallLabel", 2}};
   for (const auto& font : fonts) testfont::write(skin + "Fonts/", font.name, font.scale);
+  writeNarrowFont(skin + "Fonts/", "currency", 12);
   fs::copy_file(kFont, skin + "AppFont.ttf");
 
   const std::string animation = skin + "Animation/";

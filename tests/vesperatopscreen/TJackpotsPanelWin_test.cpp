@@ -8,6 +8,7 @@
 #include "components/TImageList.h"
 #include "components/TSpriteAnimation.h"
 #include "tests/support/TopScreenHarness.h"
+#include "vendelo-sdl2/MyUtils.h"
 #include "vesperatopscreen/TJackpotsPanel.h"
 
 using namespace vendelo_sdl2;
@@ -417,6 +418,9 @@ TEST_F(JackpotPictures, TheLevelsStandAtTheirPlaces) {
     start(data);
     settle();
     EXPECT_EQ("", whole(row.name));
+    if (row.count == 1) {
+      EXPECT_EQ("", screen.picture("vesperatopscreen/JackpotsPanel_Level", {40, 470, 940, 230}, 2));
+    }
   }
 }
 
@@ -427,6 +431,13 @@ TEST_F(JackpotPictures, TheCurrencyGoesLeftWithoutTheSign) {
   start(data);
   settle();
   EXPECT_EQ("", whole("CurrencyLeft"));
+}
+
+TEST_F(JackpotPictures, ThePlatformsDecimalSignStandsBeforeTheDecimals) {
+  MyUtils::decimal_separator = '.';
+  start(1);
+  settle();
+  EXPECT_EQ("", screen.picture("vesperatopscreen/JackpotsPanel_Level_DecimalPoint", {40, 470, 940, 230}, 2));
 }
 
 TEST_F(JackpotPictures, TheInfoBarScrolls) {
