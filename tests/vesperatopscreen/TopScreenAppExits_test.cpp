@@ -7,7 +7,9 @@
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
+#include <filesystem>
 #include <fstream>
+#include <iterator>
 #include <memory>
 #include <optional>
 #include <vector>
@@ -23,6 +25,7 @@ namespace {
 
 bool fontsFail = false;
 std::optional<TApplication::ApplicationState> signalIn;  // where SIGTERM comes
+bool drawsOnTheMainThread = false;
 
 class ToldTopScreen : public TopScreenApp {
  public:
@@ -30,6 +33,9 @@ class ToldTopScreen : public TopScreenApp {
   void OnAppStateChanged(ApplicationState newState) override {
     std::fprintf(stderr, "[state %d]", newState);
     if (newState == signalIn) kill(getpid(), SIGTERM);
+  }
+  void Startup() override {
+    if (drawsOnTheMainThread) ThreadCheck(THREAD_DRAW);
   }
 };
 
@@ -127,6 +133,24 @@ TEST_F(TopScreenExits, ASignalInAnyStateOfTheStartEndsItWithItsNumber) {
     EXPECT_EQ(occurrences("[state 9]", child->output()), 1);
     EXPECT_EQ(occurrences("Std exception", child->output()), 0);
   }
+}
+
+TEST_F(TopScreenExits, AFailedThreadCheckLeavesItsBacktraceInTheLogFile) {
+  const auto child = program([] { drawsOnTheMainThread = true; });
+  EXPECT_EQ(child->end(), "signal 6");
+  std::string log;
+  for (const auto& entry : std::filesystem::directory_iterator(folder)) {
+    std::ifstream file(entry.path());
+    log.append(std::istreambuf_iterator<char>(file), {});
+  }
+  size_t at = 0;
+  for (const char* line : {": Signal 6 received. Exiting...", ": ================== BACKTRACE ==================",
+                           ": (1) ", ": (2) ", ": (3) ", ": ================ BACKTRACE END ================"}) {
+    const size_t found = log.find(line, at);
+    ASSERT_NE(found, std::string::npos) << line << " in:\n" << log;
+    at = found;
+  }
+  EXPECT_EQ(occurrences("WILL REBOOT", log), 0);
 }
 
 }  // namespace
