@@ -23,7 +23,7 @@ int AppMain(int argc, char** argv) { return AppMain(argc, argv, MakeTopScreen); 
 int AppMain(int argc, char** argv, const ApplicationMaker& MakeApplication) {
   const std::string address = argc == 2 ? argv[1] : "";
   TApplication* application = MakeApplication(argc == 2 ? &address : nullptr);
-  pApp = application;
+  if (pApp != application) pApp = application;  // its constructor has, and by now a signal's handler may read it
   try {
     if (application->Init() != 0) {
       application->ServePendingSignal();
