@@ -48,6 +48,12 @@ bool writeFont(const std::string& base) {
   return good && description.flush().good();
 }
 
+bool writePages(const std::string& icons, const std::string& language, const Colour (&colours)[2]) {
+  const std::string folder = icons + "paytable" + language + "/";
+  return writePicture(folder + "InfoPage_Paytable.png", 800, 600, colours[0], 255) &&
+         writePicture(folder + "InfoPage_Paytable_Bonus.png", 800, 600, colours[1], 255);
+}
+
 }  // namespace
 
 bool TestSkin::write(const std::string& workingDir) {
@@ -81,6 +87,31 @@ bool TestSkin::write(const std::string& workingDir) {
   fs::copy_file(TEST_FONT, skin + "AppFont.ttf", error);
   if (!error) fs::copy_file(TEST_FONT, workingDir + "/AppFontBold.ttf", error);
   return !error;
+}
+
+bool TestSkin::writeGames(const std::string& workingDir) {
+  const std::string skin = workingDir + "/VESPERA/TOP_SKIN/";
+  std::error_code error;
+  bool good = writePicture(skin + "buttonE.png", 177, 179, BUTTON, 255) &&
+              writePicture(skin + "buttonD.png", 177, 179, BUTTON_OFF, 255) &&
+              writeFont(skin + "Fonts/HelveticaBold26px_Instructions") &&
+              writeFont(skin + "Fonts/HelveticaBold20px_SmallLabel");
+  for (int game = 0; game < 2; ++game) {
+    const std::string icons = workingDir + "/Games/" + (game ? "B" : "A") + "/Icons/";
+    fs::create_directories(icons + "paytable", error);
+    good = good && writePicture(icons + "overlay.png", 300, 300, OVERLAYS[game], 255) &&
+           writePicture(icons + "background.png", 32, 18, PAPERS[game], 255) &&
+           writePages(icons, "", PAGES[game]) && writeFont(icons + "prize");
+    // The program repeats an overlay from its frame 30 on.
+    std::ofstream atlas(icons + "overlay.xml");
+    atlas << "<TextureAtlas imagePath=\"overlay.png\">";
+    for (int frame = 0; frame < 40; ++frame) atlas << R"(<sprite n="one.png" x="0" y="0" w="300" h="300"/>)";
+    atlas << "</TextureAtlas>";
+    fs::copy_file(TEST_FONT, icons + "prize.ttf", error);
+  }
+  const std::string icons = workingDir + "/Games/B/Icons/";
+  fs::create_directories(icons + "paytable_SI", error);
+  return good && writePages(icons, "_SI", PAGES_SI);
 }
 
 }  // namespace systest

@@ -15,12 +15,23 @@ struct TestSkin {
   static constexpr Colour TITLE{0, 200, 100};
   static constexpr Colour FRAMES[4] = {
     {120, 110, 30}, {120, 120, 120}, {130, 70, 40}, {20, 120, 50}};  // by level id
+  static constexpr Colour BUTTON{160, 30, 30}, BUTTON_OFF{70, 20, 20};
   static constexpr int DIGIT_WIDTH = 40, DIGIT_HEIGHT = 60;
+
+  // The games "A" and "B": an overlay, the paper behind their paytables, and two pages of 800 by 600. B's pages are
+  // there in the language "SI" too, in other colours.
+  static constexpr Colour OVERLAYS[2] = {{60, 0, 0}, {0, 60, 0}};
+  static constexpr Colour PAPERS[2] = {{180, 170, 120}, {120, 170, 180}};
+  static constexpr Colour PAGES[2][2] = {{{100, 20, 60}, {60, 20, 100}}, {{20, 100, 60}, {20, 60, 100}}};
+  static constexpr Colour PAGES_SI[2] = {{100, 100, 20}, {20, 100, 100}};
 
   static Colour digit(int number) { return {10 + 27 * number, 253 - 27 * number, 200}; }
 
   // Writes all files below the working directory of the program. False when one cannot be written.
   static bool write(const std::string& workingDir);
+
+  // Adds the buttons and their fonts, and the games below "Games" of the same directory.
+  static bool writeGames(const std::string& workingDir);
 };
 
 }  // namespace systest
