@@ -178,9 +178,9 @@ TEST_F(ServiceTest, ControlShowsStateAndLog) {
   EXPECT_EQ(log[0]["answer"]["CurrentBet"]["$i8"], 0);
 }
 
-TEST_F(ServiceTest, FortyKeptConnectionsAreServedAtOnce) {
+TEST_F(ServiceTest, ThreeHundredKeptConnectionsAreServedAtOnce) {
   std::vector<std::unique_ptr<httplib::Client>> clients;
-  for (int i = 0; i < 40; ++i) {
+  for (int i = 0; i < 300; ++i) {
     clients.push_back(std::make_unique<httplib::Client>("127.0.0.1", service.port()));
     clients.back()->set_keep_alive(true);
     clients.back()->set_read_timeout(5);
