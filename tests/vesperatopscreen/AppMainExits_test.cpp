@@ -198,8 +198,10 @@ TEST(NormalEnd, RunsTheRestartCommandOnceDelayedAndOnceDirectly) {
   {
     std::FILE* sleep = std::fopen((folder + "/sleep").c_str(), "w");
     ASSERT_TRUE(sleep);
-    std::fprintf(sleep, "#!/bin/sh\necho slept $1 >> %s\nuntil grep -q restarted %s; do /bin/sleep 0.01; done\n",
-                 ran.c_str(), ran.c_str());
+    std::fprintf(
+      sleep,
+      "#!/bin/sh\necho slept $1 >> %s\nwhile [ -e %s ] && ! grep -q restarted %s; do /bin/sleep 0.01; done\n",
+      ran.c_str(), ran.c_str(), ran.c_str());
     std::fclose(sleep);
     ASSERT_EQ(chmod((folder + "/sleep").c_str(), 0755), 0);
   }
