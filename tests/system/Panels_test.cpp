@@ -77,14 +77,15 @@ TEST_F(Panels, FirstDataThatEndTheLoaderBringTheirPanel) {
   }
 }
 
-TEST_F(Panels, OpenPaytableKeepsTheLoaderUntilItIsClosed) {
+TEST_F(Panels, OpenPaytableKeepsTheLoaderUntilTheGameIsLeft) {
   startOn({{"ActiveGame", gameOf(SLOT)}, {"ShowingPaytable", 1}, {"JackpotData", Json::array({level(0, "win")})}});
   ASSERT_TRUE(hasItsState());
   EXPECT_TRUE(keeps("loader"));
   set({{"ShowingPaytable", 2}});
   EXPECT_TRUE(keeps("loader"));
-  set({{"ShowingPaytable", 0}});
-  EXPECT_TRUE(shows(GAME_A));
+  set({{"ActiveGame", gameOf(0)}});
+  EXPECT_TRUE(shows(JACKPOTS));
+  EXPECT_TRUE(keeps(JACKPOTS));
 }
 
 TEST_F(Panels, RouletteKeepsTheLoaderThatMovesOnlyWhileTheGameLoads) {
@@ -114,8 +115,9 @@ TEST_F(Panels, TwoEventsInOneReplyAreOneDecision) {
   ASSERT_TRUE(asksForEvents(3));
   set({{"ActiveGame", gameOf(SLOT)}, {"ShowingPaytable", 1}});
   EXPECT_TRUE(keeps("loader"));
-  set({{"ShowingPaytable", 0}});
-  EXPECT_TRUE(shows(GAME_A));
+  set({{"ActiveGame", gameOf(0)}});
+  EXPECT_TRUE(shows(JACKPOTS));
+  EXPECT_TRUE(keeps(JACKPOTS));
 }
 
 TEST_F(Panels, EachChangeOfTheStateBringsItsPanel) {
