@@ -151,7 +151,11 @@ describe('events', () => {
       await page.selectOption('#event', String(id));
       const since = await bench.latest();
       if (id in SEEN) await changesPicture(`event ${id}`, () => page.click('#send'));
-      else await page.click('#send');
+      else {
+        // A panel that is called back while it still fades out stays away.
+        await quiet();
+        await page.click('#send');
+      }
       await until('event on the wire', async () => (await bench.log(since)).some((entry) =>
         entry.method === 'game.popEvents' && entry.answer?.some?.((event) => event.eventID === id)));
       await clientKnows(`event ${id}`, holds);
