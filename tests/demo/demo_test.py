@@ -1,4 +1,4 @@
-"""usage: demo_test.py SOURCE_DIR BUILD_DIR
+"""usage: demo_test.py SOURCE_DIR BUILD_DIR CASE
 
 Runs script/demo as a user does: once to its end, and several times stopped by a signal at different moments. After
 each run no process that it started may be left.
@@ -86,11 +86,31 @@ class Demo:
             time.sleep(0.02)
 
 
-class DemoTest(unittest.TestCase):
+class Case(unittest.TestCase):
     def setUp(self):
         self.folder = tempfile.TemporaryDirectory()
         self.addCleanup(self.folder.cleanup)
 
+    def found_all_files(self, demo):
+        """Nothing that the program looked for was missing."""
+        said = pathlib.Path(self.folder.name, "topscreen.out").read_text(errors="replace")
+        for complaint in ["Unable to load", "Tried to load", "cannot be read", "has no attribute", "Could not find",
+                          "Could not create", "Can not show"]:
+            self.assertNotIn(complaint, said, demo.text())
+
+
+class TourTest(Case):
+    def test_plays_to_its_end_without_a_report(self):
+        demo = Demo(self.folder.name)
+        self.assertEqual(0, demo.process.wait(500), demo.text())
+        self.assertEqual([], demo.left())
+        self.found_all_files(demo)
+        said = pathlib.Path(self.folder.name, "topscreen.out").read_text(errors="replace")
+        for report in ["Sanitizer", "runtime error:"]:
+            self.assertNotIn(report, said)
+
+
+class DemoTest(Case):
     def picture(self, number, name):
         return os.path.join(self.folder.name, f"{number:02}-{name}.png")
 
@@ -135,11 +155,7 @@ class DemoTest(unittest.TestCase):
         lit = lambda x, y: mean(seen["instructions"], x + 30, y + 30, 100, 80)
         for x in [88, 512, 730, 952, 1172, 1388, 1670]:
             self.assertGreater(lit(x, 856), 2 * lit(300, 737), x)
-        # Nothing that the program looked for was missing.
-        said = pathlib.Path(self.folder.name, "topscreen.out").read_text(errors="replace")
-        for complaint in ["Unable to load", "Tried to load", "cannot be read", "has no attribute", "Could not find",
-                          "Could not create", "Can not show"]:
-            self.assertNotIn(complaint, said)
+        self.found_all_files(demo)
 
     def stop(self, condition, number, status):
         demo = Demo(self.folder.name)
@@ -172,4 +188,4 @@ class DemoTest(unittest.TestCase):
 
 
 if __name__ == "__main__":
-    unittest.main(argv=sys.argv[:1], verbosity=2)
+    unittest.main(argv=[sys.argv[0], sys.argv[3]], verbosity=2)
