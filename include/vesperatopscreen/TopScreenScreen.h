@@ -73,6 +73,6 @@ class TopScreenScreen : public vendelo_sdl2::TAppGuiModule {
   Tlabel* plFPS;
   Tlabel* plRealFPS;
   TTF_Font* pFont;
-  TGlyphLabel* mpInfo;  // the hint to the player, near the bottom edge
-  std::string mFpsText;   // keeps its memory from second to second
+  TGlyphLabel* mpInfo;   // the hint to the player, near the bottom edge
+  std::string mFpsText;  // keeps its memory from second to second
 };
