@@ -23,7 +23,7 @@ class SimulatorTest : public testing::Test {
 TEST_F(SimulatorTest, RegistrationGivesRisingIdentifiersAndTheNumberFormat) {
   const Json first = fromWire(simulator.init("TopScreen", "1.5.0"));
   EXPECT_EQ(first, (Json{{"ID", 1},
-                         {"Locale", "en_US.UTF-8"},
+                         {"Locale", "C.UTF-8"},
                          {"DecimalSeparator", "."},
                          {"ThousandSeparator", ","},
                          {"ThousandGrouping", 3},

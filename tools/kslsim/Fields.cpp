@@ -57,7 +57,7 @@ const std::vector<Field>& stateFields() {
 }
 
 const std::vector<Field>& initFields() {
-  static const auto& fields = *new std::vector<Field>{{"Locale", Kind::String, "en_US.UTF-8"},
+  static const auto& fields = *new std::vector<Field>{{"Locale", Kind::String, "C.UTF-8"},
                                                       {"DecimalSeparator", Kind::String, "."},
                                                       {"ThousandSeparator", Kind::String, ","},
                                                       {"ThousandGrouping", Kind::Int, 3},
