@@ -150,6 +150,7 @@ describe('events', () => {
     test(`event ${id}`, async () => {
       await page.selectOption('#event', String(id));
       const since = await bench.latest();
+      const whole = id in SEEN ? await quiet() : null;
       if (id in SEEN) await changesPicture(`event ${id}`, () => page.click('#send'));
       else {
         // A panel that is called back while it still fades out stays away.
@@ -163,6 +164,12 @@ describe('events', () => {
       if (!(id in SEEN)) return;
       await changesPicture(`event ${id} with nothing`, async () => { await SEEN[id](); await page.click('#send'); });
       assert.ok(!holds(await bench.state()));
+      // A text in the place of the levels takes them away; they come back with the next data.
+      await until('the levels are back', async () => {
+        await bench.step({do: 'set', state: {JackpotData: (await bench.state()).JackpotData}});
+        await new Promise((done) => setTimeout(done, 1000));
+        return difference(whole, await bench.picture()) < CHANGED;
+      });
     });
 
   test('the form takes its context from the state, and its sample', async () => {
