@@ -174,6 +174,7 @@ TEST_F(Faults, SilentConnectionStaysOpenUntilTheServiceIsToldToBeGood) {
   bad({{"reply", "silent"}});
   RawCall call(service.port());
   call.ask("platform.state");
+  ASSERT_TRUE(held());
   EXPECT_EQ(call.read(300ms), "");
   EXPECT_FALSE(call.shut());
   order({{"do", "good"}});
@@ -202,11 +203,11 @@ TEST_F(Faults, SilentConnectionDoesNotHoldUpTheEnd) {
 }
 
 TEST_F(Faults, DripGivesTheRightAnswerByteByByte) {
-  bad({{"reply", "drip"}, {"ms", 100}});
+  bad({{"reply", "drip"}, {"ms", 400}});
   RawCall slow(service.port());
   slow.ask("platform.state");
-  const std::string some = slow.read(450ms);
-  EXPECT_GE(some.size(), 2u);
+  const std::string some = slow.read(1900ms);
+  EXPECT_GE(some.size(), 1u);
   EXPECT_LE(some.size(), 5u);
   EXPECT_EQ(std::string("HTTP/1.1 200").substr(0, some.size()), some);
   order({{"do", "good"}});
@@ -233,11 +234,11 @@ TEST_F(Faults, CutSendsExactlySoManyBytes) {
 }
 
 TEST_F(Faults, EndWithTheirTime) {
-  bad({{"reply", "html"}, {"for", 200}});
+  bad({{"reply", "html"}, {"for", 3000}});
   EXPECT_EQ(service.simulator().report()["bad"]["platform.state"][0]["calls"], -1);
   EXPECT_NE(state().find("<!DOCTYPE html>"), std::string::npos);
   EXPECT_NE(state().find("<!DOCTYPE html>"), std::string::npos);
-  EXPECT_TRUE(within(5s, [this] { return state().find("JackpotData") != std::string::npos; }));
+  EXPECT_TRUE(within(10s, [this] { return state().find("JackpotData") != std::string::npos; }));
   EXPECT_TRUE(service.simulator().report()["bad"].empty());
 }
 

@@ -308,13 +308,16 @@ TEST_F(PaytablePictures, OnlyPureWhiteGivesWayToTheOtherColour) {
     last.fontSize = 40;
     open(setup({page("paytable", {last})}, 20, -1));
     int found = 0, black = 0;
-    for (int y = 1020; y < 1080; ++y)
-      for (int x = 0; x < 200; ++x) {
-        found += screen.pixel(x, y) == row.seen;
-        black += screen.pixel(x, y) == 0;
-      }
-    EXPECT_GT(found, 100);
-    EXPECT_GT(black, 20) << "with a black shadow";
+    const auto stands = [&] {
+      found = black = 0;
+      for (int y = 1020; y < 1080; ++y)
+        for (int x = 0; x < 200; ++x) {
+          found += screen.pixel(x, y) == row.seen;
+          black += screen.pixel(x, y) == 0;
+        }
+      return found > 100 && black > 20;
+    };
+    EXPECT_TRUE(screen.until(stands)) << found << " of the colour, " << black << " of the black shadow";
   }
 }
 

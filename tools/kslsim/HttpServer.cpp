@@ -3,13 +3,14 @@
 #include <sys/socket.h>
 
 #include "common/GuardedTransport.h"
+#include "tools/kslsim/GrowingPool.h"
 #include "tools/kslsim/PatientServer.h"
 
 namespace kslsim {
 namespace {
 
 constexpr size_t BODY_LIMIT = size_t{512} * 1024;
-constexpr int WORKERS = 512;  // every connection that is kept open holds one
+constexpr size_t WORKERS = 512;  // every connection that is kept open holds one
 constexpr int KEEP_ALIVE_SECONDS = 60;
 constexpr size_t KEEP_ALIVE_CALLS = 1000000;
 const char* const LOOPBACK = "127.0.0.1";
@@ -35,7 +36,7 @@ HttpServer::~HttpServer() = default;
 
 bool HttpServer::start(int port) {
   auto server = std::make_unique<PatientServer>(KEEP_ALIVE_SECONDS);
-  server->new_task_queue = [] { return new httplib::ThreadPool(WORKERS); };
+  server->new_task_queue = [] { return new GrowingPool(WORKERS); };
   server->set_tcp_nodelay(true);
   server->set_payload_max_length(BODY_LIMIT);
   server->set_keep_alive_max_count(KEEP_ALIVE_CALLS);
