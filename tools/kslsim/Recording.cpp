@@ -1,6 +1,7 @@
 #include "tools/kslsim/Recording.h"
 
 #include <algorithm>
+#include <memory>
 #include <nlohmann/json.hpp>
 #include <xmlrpc-c/xml.hpp>
 
@@ -64,16 +65,16 @@ std::string fromHex(const std::string& hex) {
   return out;
 }
 
-std::optional<xmlrpc_c::rpcOutcome> outcomeOf(const WireAnswer& answer) {
+// Null when it cannot be read. Never copied: a success has no fault, and the library's copy reads one all the same.
+std::unique_ptr<xmlrpc_c::rpcOutcome> outcomeOf(const WireAnswer& answer) {
   std::string unreadable;
-  if (answer.status != 200 || !answer.error.empty() || findUnreadableI8(answer.body, unreadable))
-    return std::nullopt;
+  if (answer.status != 200 || !answer.error.empty() || findUnreadableI8(answer.body, unreadable)) return nullptr;
   try {
-    xmlrpc_c::rpcOutcome outcome;
-    xmlrpc_c::xml::parseResponse(answer.body, &outcome);
+    auto outcome = std::make_unique<xmlrpc_c::rpcOutcome>();
+    xmlrpc_c::xml::parseResponse(answer.body, outcome.get());
     return outcome;
   } catch (const std::exception&) {
-    return std::nullopt;
+    return nullptr;
   }
 }
 
