@@ -335,7 +335,8 @@ TEST(ParameterSharing, CopiesShareTheDataAndHearOfChanges) {
   EXPECT_EQ(three.GetRawDomain(), "a");
   EXPECT_EQ(three.Value(), "2");
   EXPECT_EQ(one.reports.back(), ParamChangeListener::ALL) << "everybody at the data hears of a newcomer's change";
-  three = three;
+  const Watcher& itself = three;
+  three = itself;
   EXPECT_EQ(three.Value(), "2");
 }
 
