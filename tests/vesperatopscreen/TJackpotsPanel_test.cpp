@@ -9,6 +9,7 @@
 #include "components/TScrollingComponent.h"
 #include "tests/support/FakeClock.h"
 #include "tests/support/PanelSkin.h"
+#include "tests/support/TopScreenHarness.h"
 #include "tests/support/WidgetHarness.h"
 #include "vendelo-sdl2/MyUtils.h"
 
@@ -28,24 +29,7 @@ constexpr int kDivisor = 4;
 std::vector<std::string> logged;
 void keepLine(void*, const TLogEntry& entry, int) { logged.push_back(entry.Message); }
 
-JackpotsData makeLevel(int id, int64_t pot) {
-  JackpotsData level{};
-  level.id = id;
-  level.potValue = pot;
-  level.decimalPlaces = 2;
-  level.showCurrencySign = true;
-  level.currency = "EUR";
-  level.LastWinData = "LAST WIN 100";
-  level.TimeFrom = "18:00";
-  level.TimeTo = "22:00";
-  return level;
-}
-
-std::vector<JackpotsData> levels(int count) {
-  std::vector<JackpotsData> data;
-  for (int id = 0; id < count; ++id) data.push_back(makeLevel(id, 1234567 + id));
-  return data;
-}
+using paneldata::levels;
 
 class JackpotsPanel : public testing::Test {
  protected:
@@ -190,7 +174,7 @@ TEST_F(JackpotsPanel, OnlyEmeraldShowsItsHours) {
   data[3].mode = 1;
   data.pop_back();
   show(data);
-  data.push_back(makeLevel(3, 1));
+  data.push_back(paneldata::level(3, 1));
   show(data);
   EXPECT_EQ(nullptr, part(3, "pJackpotHours"));
 }
@@ -221,9 +205,9 @@ TEST_F(JackpotsPanel, AnotherNumberOfLevelsRebuildsTheTree) {
 
 TEST_F(JackpotsPanel, LevelsWithoutAPlaceAreLoggedAndSkipped) {
   auto data = levels(2);
-  data.push_back(makeLevel(4, 1));
-  data.push_back(makeLevel(1, 99));
-  data.push_back(makeLevel(-1, 1));
+  data.push_back(paneldata::level(4, 1));
+  data.push_back(paneldata::level(1, 99));
+  data.push_back(paneldata::level(-1, 1));
   show(data);
   EXPECT_EQ(3u, linesWith("cannot be shown: ids are 0 to 3, each once."));
   EXPECT_EQ(1234568, part<TControlCyphers3>(1, "ControlCyphers")->FinalValue());
