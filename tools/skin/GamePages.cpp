@@ -132,7 +132,8 @@ void drawRulesPage(const Game& game, const Canvas& canvas, const PageTexts& text
                                    "00122", "22100", "10001", "12221", "01010"};
   const Typeface number(fontfile::kCondensedBold, 40), lines(fontfile::kBold, 28);
   for (int i = 0; i < 10; ++i) {
-    const double x = 48 + i % 5 * 280, y = 150 + i / 5 * 235;
+    const int deck = i / 5;
+    const double x = 48 + i % 5 * 280, y = 150 + deck * 235;
     card(canvas, game, x, y, 264, 220);
     const auto at = [&](int reel) {
       return std::pair{x + 76 + reel * 40.0, y + 62 + (paths[i][reel] - '0') * 48.0};

@@ -96,7 +96,8 @@ void drawPrizeFont(const Game& game, const Output& output) {
 void drawStill(const Game& game, const Output& output) {
   const std::unique_ptr<Canvas> still = drawGameGround(game, 1920);
   const std::unique_ptr<Canvas> emblem = drawEmblem(game, 1.45);
-  still->paint(*emblem, (1920 - emblem->width()) / 2, (1040 - emblem->height()) / 2, 1);
+  const int left = (1920 - emblem->width()) / 2, top = (1040 - emblem->height()) / 2;
+  still->paint(*emblem, left, top, 1);
   still->saveJpeg(output.path("Games/" + game.name + "/Icons/topscreen.jpg"), 90);
 }
 }  // namespace
