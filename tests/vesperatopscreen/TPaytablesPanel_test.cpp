@@ -212,8 +212,11 @@ TEST_F(PaytablesPanel, AStaleLoadOfAnotherGameGivesWayToTheRightOne) {
   screen.app().deliver({{T_PAYTABLE_STATE, value_int(1)}});
   screen.frame();
   screen.send(T_GAME_LOADED, gameValue("Wheels", GAMETYPE_VESPERA_SLOTGAME));
-  settle();
-  EXPECT_EQ(rgb(panelskin::wheels), pageColour());
+  // The first game's pages may stand for a moment before the second's come.
+  ASSERT_TRUE(screen.until([this] {
+    screen.skip(600);
+    return pageColour() == rgb(panelskin::wheels);
+  }));
   for (int i = 0; i < 50; ++i) {
     SDL_Delay(1);
     screen.frame();
