@@ -1,10 +1,12 @@
 """usage: demo_test.py SOURCE_DIR BUILD_DIR CASE
 
 Runs script/demo as a user does: once to its end, and several times stopped by a signal at different moments. After
-each run no process that it started may be left.
+each run no process that it started may be left. It also shows skins of one's own.
 """
 import os
 import pathlib
+import random
+import shutil
 import signal
 import subprocess
 import sys
@@ -49,16 +51,18 @@ def peak(rows, x, y, w, h):
 class Demo:
     """One run of the demo, marked in its environment so that everything it starts can be found."""
 
-    def __init__(self, out):
+    def __init__(self, out, *options, display=None, folder=None):
         self.mark = "DEMO_TEST_RUN=" + uuid.uuid4().hex
         environment = dict(os.environ, **dict([self.mark.split("=")]))
         environment.pop("DISPLAY", None)
+        if display:
+            environment["DISPLAY"] = display
         self.output = pathlib.Path(out, "output")
         # A shell that starts with SIGINT ignored could never be stopped by it.
         with self.output.open("w") as output:
             self.process = subprocess.Popen(
-                [os.path.join(SOURCE, "script/demo"), "--no-build", "--build-dir", BUILD, "--out", out],
-                env=environment, stdout=output, stderr=subprocess.STDOUT, start_new_session=True,
+                [os.path.join(SOURCE, "script/demo"), "--no-build", "--build-dir", BUILD, "--out", out, *options],
+                cwd=folder, env=environment, stdout=output, stderr=subprocess.STDOUT, start_new_session=True,
                 preexec_fn=lambda: signal.signal(signal.SIGINT, signal.SIG_DFL))
 
     def left(self):
@@ -91,6 +95,9 @@ class Case(unittest.TestCase):
         self.folder = tempfile.TemporaryDirectory()
         self.addCleanup(self.folder.cleanup)
 
+    def picture(self, number, name):
+        return os.path.join(self.folder.name, f"{number:02}-{name}.png")
+
     def found_all_files(self, demo):
         """Nothing that the program looked for was missing."""
         said = pathlib.Path(self.folder.name, "topscreen.out").read_text(errors="replace")
@@ -110,10 +117,81 @@ class TourTest(Case):
             self.assertNotIn(report, said)
 
 
-class DemoTest(Case):
-    def picture(self, number, name):
-        return os.path.join(self.folder.name, f"{number:02}-{name}.png")
+class SkinTest(Case):
+    """A skin of one's own: a copy of the demo's with a plain green ground and without the logo."""
 
+    def setUp(self):
+        super().setUp()
+        self.skin = os.path.join(self.folder.name, "my skin")
+        shutil.copytree(os.path.join(BUILD, "skin"), self.skin)
+        top = os.path.join(self.skin, "VESPERA/TOP_SKIN")
+        subprocess.check_call(["convert", "-size", "1920x1080", "xc:#107030", os.path.join(top, "Background.png")])
+        os.remove(os.path.join(top, "logo.png"))
+
+    def assert_green(self, rows):
+        self.assertEqual(bytes([0x10, 0x70, 0x30]) * 200, rows[1000][:600])
+
+    def test_is_shown_up_to_the_station_asked_for(self):
+        # The folder is meant from where the user stands.
+        demo = Demo(self.folder.name, "--skin", "my skin", "--until", "first-level", folder=self.folder.name)
+        self.assertEqual(0, demo.process.wait(60), demo.text())
+        self.assertEqual([], demo.left())
+        pictures = sorted(path.name for path in pathlib.Path(self.folder.name).glob("*.png"))
+        self.assertEqual([f"{n:02}-{name}.png" for n, name in enumerate(STATIONS[:4], 1)], pictures)
+        rows = pixels(self.picture(4, "first-level"))[1]
+        self.assert_green(rows)
+        self.assertGreater(metal(rows, 0, 1), 100, "the level is not there")
+        missing = f"Unable to load image file {self.skin}/VESPERA/TOP_SKIN/logo"
+        self.assertEqual(1, demo.text().count(missing), demo.text())
+        self.assertEqual(1, demo.text().count("the program says"), demo.text())
+
+    def test_is_shown_on_a_display(self):
+        # A number out of the way of servers that look for a free one from 0 up.
+        display = f":{random.randrange(1000, 1900)}"
+        server = subprocess.Popen(["Xvfb", display, "-screen", "0", "1920x1080x24", "-nolisten", "tcp", "-noreset"],
+                                  stderr=subprocess.DEVNULL)
+        self.addCleanup(server.wait)
+        self.addCleanup(server.terminate)
+        for _ in range(200):
+            if subprocess.run(["xdpyinfo", "-display", display], stdout=subprocess.DEVNULL,
+                              stderr=subprocess.DEVNULL).returncode == 0:
+                break
+            self.assertIsNone(server.poll(), "the X server did not start")
+            time.sleep(0.05)
+        demo = Demo(self.folder.name, "--skin", self.skin, display=display)
+        self.addCleanup(lambda: demo.process.poll() is None and demo.process.terminate())
+        demo.wait_for(lambda: "running on display " + display in demo.text())
+        shot = os.path.join(self.folder.name, "shot.png")
+
+        def green():
+            subprocess.check_call(["import", "-silent", "-window", "root", shot], env=dict(os.environ, DISPLAY=display))
+            return pixels(shot)[1][1000][:3] == bytes([0x10, 0x70, 0x30])
+
+        demo.wait_for(green)
+        for pid, command in demo.left():
+            if command.startswith(os.path.join(BUILD, "topscreen")):
+                os.kill(int(pid), signal.SIGTERM)
+        self.assertEqual(0, demo.process.wait(30), demo.text())
+        self.assertIn("the program has ended", demo.text())
+        self.assertIn("the program says: Unable to load image file", demo.text())
+        self.assertEqual([], demo.left())
+
+    def refused(self, *options):
+        demo = Demo(self.folder.name, *options)
+        self.assertEqual(2, demo.process.wait(10), demo.text())
+        return demo.text()
+
+    def test_a_folder_that_is_no_skin_is_refused(self):
+        self.assertIn("it has no folder VESPERA/TOP_SKIN", self.refused("--skin", os.path.join(self.skin, "Games")))
+        self.assertIn("it has no folder VESPERA/TOP_SKIN", self.refused("--skin", "/nowhere/at/all"))
+
+    def test_an_unknown_station_is_refused_with_their_names(self):
+        text = self.refused("--until", "first")
+        for name in STATIONS:
+            self.assertIn(" " + name, text)
+
+
+class DemoTest(Case):
     def test_plays_to_its_end(self):
         demo = Demo(self.folder.name)
         self.assertEqual(0, demo.process.wait(280), demo.text())
