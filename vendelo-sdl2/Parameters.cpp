@@ -103,13 +103,13 @@ Parameter::Parameter() = default;
 Parameter::Parameter(const std::string& Domain) : mDomain(Domain) {}
 
 Parameter::Parameter(const Parameter& other)
-  : ParamChangeListener(), mDomain(other.mDomain), mIsInEdit(other.mIsInEdit.load()), pData(other.pData) {
+  : ParamChangeListener(), mDomain(other.mDomain), mIsInEdit(other.mIsInEdit.load()), pData(other.Data()) {
   if (pData) pData->AddListener(this);
 }
 
 Parameter& Parameter::operator=(const Parameter& other) {
   if (this == &other || mFrozen) return *this;
-  SetData(other.pData);
+  SetData(other.Data());
   mDomain = other.mDomain;
   mIsInEdit = other.mIsInEdit.load();
   return *this;
@@ -121,28 +121,37 @@ Parameter::~Parameter() {
 
 void Parameter::OnValueChanged(int /*changes*/) {}
 
-bool Parameter::IsNull() const { return pData == nullptr; }
+bool Parameter::IsNull() const { return Data() == nullptr; }
+
+std::shared_ptr<ParameterData> Parameter::Data() const {
+  const std::lock_guard lock(mDataMutex);
+  return pData;
+}
+
+std::shared_ptr<ParameterData> Parameter::Exchange(std::shared_ptr<ParameterData> newData) {
+  const std::lock_guard lock(mDataMutex);
+  return std::exchange(pData, std::move(newData));
+}
 
 void Parameter::Report(int changes) {
   // A listener may make this parameter take other data.
-  const std::shared_ptr<ParameterData> data = pData;
-  if (data) data->Changed(changes);
+  if (const auto data = Data()) data->Changed(changes);
   mChangesRelativeToDB |= changes;
 }
 
 void Parameter::SetValue(const std::string& value) {
   if (mFrozen) return;
   int changes = NONE;
-  const bool first = !pData;
+  const bool first = !Data();
   if (first) Instantiate();
-  {
-    const std::lock_guard lock(pData->mFieldsMutex);
+  if (const auto data = Data()) {
+    const std::lock_guard lock(data->mFieldsMutex);
     if (first) {
-      pData->value = value;
-      pData->oldValue = value;
+      data->value = value;
+      data->oldValue = value;
       changes = ALL;
-    } else if (pData->value != value && Satisfies(pData->mLimits, value)) {
-      pData->value = value;
+    } else if (data->value != value && Satisfies(data->mLimits, value)) {
+      data->value = value;
       changes = VALUE;
     }
   }
@@ -150,72 +159,87 @@ void Parameter::SetValue(const std::string& value) {
 }
 
 int Parameter::SetData(const std::shared_ptr<ParameterData>& newData) {
-  if (mFrozen || newData == pData) return 0;
+  if (mFrozen || newData == Data()) return 0;
   const std::shared_ptr<ParameterData> data = newData;
   if (mIsInEdit > 0) {
-    if (pData) {
-      const std::shared_ptr<ParameterData> oldData = pData;
+    if (const auto oldData = Data()) {
       oldData->EndEdit();
     } else {
       data->BeginEdit();
     }
   }
-  const int changes = pData && data ? pData->Compare(*data) : static_cast<int>(ALL);
-  if (pData) pData->RemoveListener(this);
-  pData = data;
-  if (pData) pData->AddListener(this);
+  const auto oldData = Exchange(data);
+  const int changes = oldData && data ? oldData->Compare(*data) : static_cast<int>(ALL);
+  if (oldData) oldData->RemoveListener(this);
+  if (data) data->AddListener(this);
   Report(changes);
   return changes;
 }
 
-int Parameter::StealFrom(const Parameter& other) { return SetData(other.pData); }
+int Parameter::StealFrom(const Parameter& other) { return SetData(other.Data()); }
 
 int Parameter::CopyFrom(const Parameter& other) {
   if (mFrozen) return 0;
   // Held, as the copy may share its data with the other one and a listener may let that go.
-  const std::shared_ptr<ParameterData> source = other.pData;
+  const std::shared_ptr<ParameterData> source = other.Data();
   return InEdit([&] {
     SetValue(other.Value());
     SetDescription(other.Description());
     SetCaption(other.Caption());
     SetRestrictions(other.Restrictions());
-    if (pData) pData->SetLimits(other.Limits());
+    if (const auto data = Data()) data->SetLimits(other.Limits());
   });
 }
 
 void Parameter::Instantiate() {
-  if (pData || mFrozen) return;
-  pData = std::make_shared<ParameterData>();
-  if (mIsInEdit > 0) pData->BeginEdit();
-  pData->AddListener(this);
+  if (Data() || mFrozen) return;
+  const auto data = std::make_shared<ParameterData>();
+  if (mIsInEdit > 0) data->BeginEdit();
+  Exchange(data);
+  data->AddListener(this);
 }
 
 void Parameter::Clear() { SetData(nullptr); }
 
 std::string Parameter::Value() const {
-  if (!pData) return EmptyStr;
-  const std::lock_guard lock(pData->mFieldsMutex);
-  return pData->value;
+  const auto data = Data();
+  if (!data) return EmptyStr;
+  const std::lock_guard lock(data->mFieldsMutex);
+  return data->value;
 }
 
-const std::string& Parameter::Caption() const { return pData ? pData->caption : EmptyStr; }
+const std::string& Parameter::Caption() const {
+  const auto data = Data();
+  return data ? data->caption : EmptyStr;
+}
 
-const std::string& Parameter::Description() const { return pData ? pData->description : EmptyStr; }
+const std::string& Parameter::Description() const {
+  const auto data = Data();
+  return data ? data->description : EmptyStr;
+}
 
-const std::string& Parameter::OldValue() const { return pData ? pData->oldValue : EmptyStr; }
+const std::string& Parameter::OldValue() const {
+  const auto data = Data();
+  return data ? data->oldValue : EmptyStr;
+}
 
 int64_t Parameter::Restrictions() const {
-  if (!pData) return RESTRICTION_NONE;
-  const std::lock_guard lock(pData->mFieldsMutex);
-  return pData->restrictions;
+  const auto data = Data();
+  if (!data) return RESTRICTION_NONE;
+  const std::lock_guard lock(data->mFieldsMutex);
+  return data->restrictions;
 }
 
-const ParameterLimits& Parameter::Limits() const { return pData ? pData->Limits() : NoLimit; }
+const ParameterLimits& Parameter::Limits() const {
+  const auto data = Data();
+  return data ? data->Limits() : NoLimit;
+}
 
 bool Parameter::Modified() const {
-  if (!pData) return false;
-  const std::lock_guard lock(pData->mFieldsMutex);
-  return pData->value != pData->oldValue;
+  const auto data = Data();
+  if (!data) return false;
+  const std::lock_guard lock(data->mFieldsMutex);
+  return data->value != data->oldValue;
 }
 
 long Parameter::AsInteger(long defaultValue) const {
@@ -261,10 +285,11 @@ ParameterDomain Parameter::Domain(const std::string& myClientID) const {
 
 template <class T>
 void Parameter::SetField(T ParameterData::*Field, const T& NewValue, ParameterProperty Bit) {
-  if (!pData) return;
+  const auto data = Data();
+  if (!data) return;
   {
-    const std::lock_guard lock(pData->mFieldsMutex);
-    T& field = (*pData).*Field;
+    const std::lock_guard lock(data->mFieldsMutex);
+    T& field = (*data).*Field;
     if (field == NewValue) return;
     field = NewValue;
   }
@@ -282,18 +307,20 @@ void Parameter::SetRestrictions(int64_t restrictions) {
 }
 
 void Parameter::SetLimits(const std::string& limits) {
-  if (pData) pData->SetLimits(limits);
+  if (const auto data = Data()) data->SetLimits(limits);
 }
 
 bool Parameter::IsValueOK(const std::string& value) const {
-  if (!pData) return true;
-  const std::lock_guard lock(pData->mFieldsMutex);
-  return Satisfies(pData->mLimits, value);
+  const auto data = Data();
+  if (!data) return true;
+  const std::lock_guard lock(data->mFieldsMutex);
+  return Satisfies(data->mLimits, value);
 }
 
 void Parameter::BeginEdit() {
   if (mFrozen) return;
-  if (mIsInEdit++ == 0 && pData) pData->BeginEdit();
+  if (mIsInEdit++ > 0) return;
+  if (const auto data = Data()) data->BeginEdit();
 }
 
 int Parameter::EndEdit() {
@@ -301,8 +328,7 @@ int Parameter::EndEdit() {
   const int left = --mIsInEdit;
   if (left < 0) {
     mIsInEdit = 0;
-  } else if (left == 0 && pData) {
-    const std::shared_ptr<ParameterData> data = pData;
+  } else if (const auto data = Data(); left == 0 && data) {
     const int changes = data->EndEdit();
     mChangesRelativeToDB |= changes;
     return changes;
@@ -322,12 +348,12 @@ int Parameter::InEdit(const std::function<void()>& changes) {
 }
 
 void Parameter::UpdateOldValue() {
-  if (pData) SetField(&ParameterData::oldValue, Value(), OLD_VALUE);
+  if (Data()) SetField(&ParameterData::oldValue, Value(), OLD_VALUE);
   mChangesRelativeToDB = NONE;
 }
 
 void Parameter::Reset() {
-  if (pData) SetValue(std::string(pData->oldValue));
+  if (const auto data = Data()) SetValue(std::string(data->oldValue));
   mChangesRelativeToDB = NONE;
 }
 

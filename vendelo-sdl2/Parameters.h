@@ -138,8 +138,9 @@ class ParameterData {
 /// are safe on a null parameter. A copy shares the data.
 ///
 /// Once it has data, any thread may write it and read its value, numbers and restrictions, also through several
-/// handles at once. Which data a handle has, and the references that Caption, Description, OldValue and Limits
-/// return, belong to one thread: the owner of the parameter store, or whoever holds a TAppParam's lock.
+/// handles at once, also while the handle takes other data. To give it other data, and the references that Caption,
+/// Description, OldValue and Limits return, belong to one thread: the owner of the parameter store, or whoever
+/// holds a TAppParam's lock.
 class Parameter : public ParamChangeListener {
  public:
   Parameter();
@@ -214,18 +215,24 @@ class Parameter : public ParamChangeListener {
   std::atomic<int> mIsInEdit{0};
   std::atomic<int> mChangesRelativeToDB{0};
   static const std::string& EmptyStr;
-  std::shared_ptr<ParameterData> pData;
+  /// The data of now, to be kept for as long as it is used; null on a null parameter.
+  std::shared_ptr<ParameterData> Data() const;
+
+  std::shared_ptr<ParameterData> pData;  // under mDataMutex, but for the constructors and destructors
 
  public:
   static const std::string& GlobalParameterDomain;
 
  private:
+  /// Returns what it had.
+  std::shared_ptr<ParameterData> Exchange(std::shared_ptr<ParameterData> newData);
   void Report(int changes);
   /// Stores a field of the data; reports the bit if that changed it.
   template <class T>
   void SetField(T ParameterData::*Field, const T& NewValue, ParameterProperty Bit);
 
   bool mFrozen = false;
+  mutable std::mutex mDataMutex;
 };
 
 }  // namespace vendelo_sdl2

@@ -79,7 +79,7 @@ bool TAppParam::IsNull() const { return this == pVoidParam || Parameter::IsNull(
 void TAppParam::SetValue(const std::string& value) {
   if (IsSentinel("SetValue")) return;
   ScopedLock lock(*this);
-  if (pData && Value() == value) return;
+  if (Data() && Value() == value) return;
   Parameter::SetValue(value);
 }
 
@@ -155,7 +155,7 @@ void TAppParam::Bind(const TAppParam* otherParam) {
   }
   ScopedLock lock(*this);
   Unbind();
-  SetData(otherParam->pData);
+  SetData(otherParam->Data());
   pBoundTo = otherParam;
 }
 

@@ -391,6 +391,33 @@ TEST(ParamStress, ThreadsThatMakeTheSameParametersLoseNoWrite) {
   EXPECT_EQ(ParameterData::GetNumInstances(), before);
 }
 
+// A screen reads a parameter while its owner gives it other data, again and again.
+TEST(ParamStress, AHandleIsReadWhileItTakesOtherData) {
+  Parameter one("bar_1"), other("bar_1"), handle("bar_1");
+  one.SetValue("1");
+  other.SetValue("2");
+  handle.StealFrom(one);
+  std::atomic<bool> done{false};
+  const auto reader = [&] {
+    while (!done) {
+      const std::string value = handle.Value();
+      EXPECT_TRUE(value == "1" || value == "2" || value.empty()) << value;
+      EXPECT_FALSE(handle.Modified());
+      EXPECT_LE(handle.AsInteger(1), 2);
+      EXPECT_TRUE(handle.IsValueOK("3"));
+      handle.IsNull();
+    }
+  };
+  const auto owner = [&] {
+    for (int n = 0; n < Rounds; ++n) {
+      handle.StealFrom(n % 2 ? one : other);
+      if (n % 5 == 0) handle.Clear();
+    }
+    done = true;
+  };
+  together({reader, reader, owner});
+}
+
 // Chains of bindings are read, taken apart from any end and renamed on the main thread, while others write and read
 // the same names.
 TEST(ParamStress, ChainsAreTakenApartWhileOthersUseTheirNames) {
@@ -429,9 +456,11 @@ TEST(ParamStress, ChainsAreTakenApartWhileOthersUseTheirNames) {
       done = true;
     };
     together({writer, reader, mainThread});
-    // The chain still works: nothing follows a parameter that is gone.
+    // The chain still works: nothing follows a parameter that is gone. A name may be there twice, when it was made
+    // anew between the two changes of the identifier.
     for (int n = 0; n < 5; ++n)
-      for (const auto mode : {PARAM_GLOBAL, PARAM_GROUP, PARAM_MINE}) store.DropParamFromCache(name(n), mode);
+      for (const auto mode : {PARAM_GLOBAL, PARAM_GROUP, PARAM_MINE})
+        while (store.DropParamFromCache(name(n), mode) == 0) continue;
     TAppParam* mine = store.GetParam(name(0), PARAM_MASK_ALL);
     EXPECT_EQ(mine->GetSourceRawDomain(), "GLOBAL");
     EXPECT_EQ(mine->Value(), "of the store");
