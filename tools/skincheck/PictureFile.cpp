@@ -1,0 +1,57 @@
+#include "PictureFile.h"
+
+#include <SDL_image.h>
+
+#include <algorithm>
+#include <filesystem>
+
+namespace {
+
+/// In the order in which the program tries them.
+constexpr const char* kExtensions[] = {".png", ".jpg", ".jpeg", ".webp", ".tiff", ".gif", ".exif", ".bmp"};
+
+bool isFile(const std::string& path) {
+  std::error_code code;
+  return std::filesystem::is_regular_file(path, code);
+}
+
+/// Whether `path` could be read; then `picture` is filled.
+bool readInto(PictureFile& picture, const std::string& path, bool pixels, Findings& findings) {
+  if (!isFile(path)) return false;
+  const auto known = std::find_if(findings.decoded.begin(), findings.decoded.end(),
+                                  [&path](const DecodedFile& file) { return file.file == path; });
+  if (known != findings.decoded.end() && !pixels) {
+    picture.file = path;
+    picture.width = known->width;
+    picture.height = known->height;
+    return true;
+  }
+  if (std::find(findings.used.begin(), findings.used.end(), path) == findings.used.end())
+    findings.used.push_back(path);
+  picture.surface.reset(IMG_Load(path.c_str()), SDL_FreeSurface);
+  if (!picture.surface) return false;
+  picture.file = path;
+  picture.width = picture.surface->w;
+  picture.height = picture.surface->h;
+  if (known == findings.decoded.end())
+    findings.decoded.push_back({path, picture.width, picture.height, int64_t{picture.width} * picture.height * 4});
+  return true;
+}
+
+}  // namespace
+
+PictureFile readPicture(const std::string& path, bool pixels, Findings& findings) {
+  PictureFile picture;
+  picture.file = path;
+  picture.there = isFile(path);
+  if (readInto(picture, path, pixels, findings)) return picture;
+  // The last dot of the whole path, as the program cuts it.
+  const std::string stem = path.substr(0, path.rfind('.'));
+  for (const char* extension : kExtensions)
+    if (stem + extension != path && readInto(picture, stem + extension, pixels, findings)) {
+      picture.byFallback = true;
+      return picture;
+    }
+  picture.surface.reset();
+  return picture;
+}

@@ -1,0 +1,22 @@
+#pragma once
+
+#include <SDL.h>
+
+#include <memory>
+#include <string>
+
+#include "Findings.h"
+
+/// A picture as the program finds it. `width` is 0 when there is none that can be read.
+struct PictureFile {
+  std::string file;         ///< what was opened; the path asked for when nothing was
+  bool there = false;       ///< whether the path asked for is a file
+  bool byFallback = false;  ///< found under another extension than asked for
+  int width = 0, height = 0;
+  std::shared_ptr<SDL_Surface> surface;  ///< null also when the picture was decoded by an earlier check
+};
+
+/// Looks for the picture `path` as the program does, which tries other extensions when it cannot read it, and
+/// decodes it. The file goes to `used` and its size to `decoded`; a picture that stands there already is decoded
+/// again only when `pixels` are wanted. Reports nothing.
+PictureFile readPicture(const std::string& path, bool pixels, Findings& findings);
