@@ -102,6 +102,18 @@ TEST_F(FontPackTool, WheelsHaveOneCellAndSeparatorsHang) {
   for (const int mark : {0x2e, 0x2c}) EXPECT_EQ(91, font->FindGlyph(mark)->yoffset + font->FindGlyph(mark)->height);
 }
 
+TEST_F(FontPackTool, LettersMayBeSmallerThanTheWheels) {
+  ASSERT_EQ(0,
+            pack("--size 92 --chars-size 60 --wheels 0123456789 --chars 'EUR' --set western --line 91 --base 78" +
+                 out("two"))
+              .code);
+  TBitmapFont* font = open("two");
+  EXPECT_EQ(91, font->FindGlyph('7')->height);
+  const Typeface letters(kFace, 60);
+  for (const int code : {0x45, 0x5a, 0xe9})
+    EXPECT_NEAR(letters.advance(static_cast<char32_t>(code)), font->FindGlyph(code)->xadvance, 0.51) << code;
+}
+
 TEST_F(FontPackTool, LineAndBaselineFollowFromTheFont) {
   ASSERT_EQ(0, pack("--size 50 --set western --outline 3" + out("own")).code);
   TBitmapFont* font = open("own");

@@ -10,7 +10,7 @@
 namespace {
 struct Options {
   std::string font, name;
-  double size = 0;
+  double size = 0, charsSize = 0;
   std::string chars;
   std::vector<std::string> sets;
   std::string gradient = "FFFFFF", outlineColour = "000000";
@@ -24,6 +24,8 @@ void describe(CLI::App& app, Options& o) {
   app.add_option("FONT", o.font, "font file")->required();
   app.add_option("-o,--output", o.name, "path without extension; NAME.fnt and NAME.png are written")->required();
   app.add_option("--size", o.size, "pixels of the em square")->required()->check(CLI::Range(4.0, 400.0));
+  app.add_option("--chars-size", o.charsSize, "the same for --chars and --set, where they differ from the digits")
+    ->check(CLI::Range(4.0, 400.0));
   app.add_option("--chars", o.chars, "characters to take, in UTF-8");
   app.add_option("--set", o.sets, "western, latin or eastern: a set of characters to take")
     ->check(CLI::IsMember({"western", "latin", "eastern"}));
@@ -66,12 +68,13 @@ int pack(const Options& o) {
     font.addFixed(face, wheels, width, o.wheelAdvance ? o.wheelAdvance : width);
   }
   for (const char32_t code : hanging) font.addHanging(face, code);
-  font.add(face, chars);
+  const Typeface letters(o.font, o.charsSize > 0 ? o.charsSize : o.size);
+  font.add(letters, chars);
   int missing = countMissing(face, wheels) + countMissing(face, hanging) + countMissing(face, chars);
   for (const std::string& set : o.sets)
-    font.add(face, set == "western" ? westernCharacters()
-                   : set == "latin" ? latinCharacters()
-                                    : easternCharacters());
+    font.add(letters, set == "western" ? westernCharacters()
+                      : set == "latin" ? latinCharacters()
+                                       : easternCharacters());
   const size_t slash = o.name.rfind('/');
   font.save(o.name, o.name.substr(slash == std::string::npos ? 0 : slash + 1), o.width);
   std::printf("%zu characters, line %d, baseline %d\n", font.count(), line, base);
