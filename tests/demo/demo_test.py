@@ -185,6 +185,17 @@ class SkinTest(Case):
         self.assertIn("it has no folder VESPERA/TOP_SKIN", self.refused("--skin", os.path.join(self.skin, "Games")))
         self.assertIn("it has no folder VESPERA/TOP_SKIN", self.refused("--skin", "/nowhere/at/all"))
 
+    def test_another_tour_is_played(self):
+        tour = pathlib.Path(self.folder.name, "tour.json")
+        tour.write_text('[{"at": 0, "do": "add", "level": {"Currency": "EUR", "CurrentPot": 5000}}]')
+        demo = Demo(self.folder.name, "--tour", "tour.json", "--until", "logo", folder=self.folder.name)
+        self.assertEqual(0, demo.process.wait(60), demo.text())
+        rows = pixels(self.picture(2, "logo"))[1]
+        self.assertGreater(metal(rows, 0, 1), 100, "the tour's level is not there")
+
+    def test_a_tour_that_is_missing_is_refused(self):
+        self.assertIn("--tour is missing", self.refused("--tour", "nothing.json"))
+
     def test_an_unknown_station_is_refused_with_their_names(self):
         text = self.refused("--until", "first")
         for name in STATIONS:
