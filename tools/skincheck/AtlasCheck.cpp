@@ -102,10 +102,7 @@ PictureFile readImage(XmlFile& file, const Node& root, Findings& findings) {
   const TextPlace place = file.placeOf(*image);
   picture = readPicture(path, false, findings);
   if (picture.width == 0)
-    file.error(
-      "atlas-picture",
-      "the picture " + path + (picture.there ? " cannot be read" : " is missing") + ": the frames show nothing",
-      place);
+    file.error("atlas-picture", "the picture " + path + whyNot(picture) + ": the frames show nothing", place);
   else if (picture.byFallback)
     file.warn("fallback", "the picture " + path + " cannot be read, the program takes " + picture.file, place);
   return picture;

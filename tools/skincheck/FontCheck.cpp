@@ -46,10 +46,8 @@ PictureFile readAtlas(XmlFile& file, const FontData& font, bool pixels, Findings
   if (font.page.empty()) return picture;
   picture = readPicture(font.page, pixels, findings);
   if (picture.width == 0) {
-    file.error(
-      "font-atlas",
-      "the picture " + font.page + (picture.there ? " cannot be read" : " is missing") + ": the font shows nothing",
-      font.pagePlace);
+    file.error("font-atlas", "the picture " + font.page + whyNot(picture) + ": the font shows nothing",
+               font.pagePlace);
     return picture;
   }
   if (picture.byFallback)

@@ -38,6 +38,23 @@ bool readInto(PictureFile& picture, const std::string& path, bool pixels, Findin
   return true;
 }
 
+std::string small(std::string text) {
+  for (char& c : text)
+    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
+  return text;
+}
+
+std::string similarName(const std::string& path) {
+  namespace fs = std::filesystem;
+  const fs::path wanted(path);
+  std::error_code code;
+  const fs::path folder = wanted.has_parent_path() ? wanted.parent_path() : ".";
+  for (fs::directory_iterator entry(folder, code), end; !code && entry != end; entry.increment(code))
+    if (small(entry->path().filename().string()) == small(wanted.filename().string()))
+      return entry->path().filename().string();
+  return {};
+}
+
 }  // namespace
 
 PictureFile readPicture(const std::string& path, bool pixels, Findings& findings) {
@@ -53,5 +70,12 @@ PictureFile readPicture(const std::string& path, bool pixels, Findings& findings
       return picture;
     }
   picture.surface.reset();
+  if (!picture.there) picture.similar = similarName(path);
   return picture;
+}
+
+std::string whyNot(const PictureFile& picture) {
+  if (picture.there) return " cannot be read";
+  if (picture.similar.empty()) return " is missing";
+  return " is missing (\"" + picture.similar + "\" has other capitals)";
 }

@@ -11,6 +11,7 @@
 struct PictureFile {
   std::string file;         ///< what was opened; the path asked for when nothing was
   bool there = false;       ///< whether the path asked for is a file
+  std::string similar;      ///< when there is none: a file whose name differs in capitals only
   bool byFallback = false;  ///< found under another extension than asked for
   int width = 0, height = 0;
   std::shared_ptr<SDL_Surface> surface;  ///< null also when the picture was decoded by an earlier check
@@ -20,3 +21,6 @@ struct PictureFile {
 /// decodes it. The file goes to `used` and its size to `decoded`; a picture that stands there already is decoded
 /// again only when `pixels` are wanted. Reports nothing.
 PictureFile readPicture(const std::string& path, bool pixels, Findings& findings);
+
+/// Why a picture without a size has none, for a sentence: " cannot be read", " is missing".
+std::string whyNot(const PictureFile& picture);

@@ -15,6 +15,8 @@ namespace {
 constexpr int kMaxDepth = 64;
 /// Told of one kind before the rest is only counted.
 constexpr int kTold = 10;
+/// Bytes of a sentence, however much of the file it repeats.
+constexpr size_t kLongest = 500;
 /// No number of a font or of an atlas is larger.
 constexpr long kLargest = 1 << 24;
 
@@ -144,7 +146,8 @@ void XmlFile::add(Severity severity, const std::string& code, const std::string&
   Count& count = mCounts[code];
   if (count.told < kTold) {
     ++count.told;
-    mFindings.list.push_back({severity, code, mPath, place.line, place.column, readable(text)});
+    const std::string cut = text.size() > kLongest ? text.substr(0, kLongest) + "..." : text;
+    mFindings.list.push_back({severity, code, mPath, place.line, place.column, readable(cut)});
     return;
   }
   ++count.untold;
