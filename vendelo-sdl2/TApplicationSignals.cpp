@@ -159,8 +159,9 @@ void TApplication::DestroyAfterCrash(bool WithGraphics) {
 }
 
 void TApplication::LogBacktrace(void* const* Frames, int Count) {
-  const auto pollAndSync = [] {
+  const auto pollAndSync = [this] {
     logman::Poll();
+    FlushFile();  // the process may end before the next one is due
     sync();
   };
   const std::unique_ptr<char*, decltype(&std::free)> symbols(backtrace_symbols(Frames, Count), &std::free);

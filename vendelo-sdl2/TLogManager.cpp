@@ -252,6 +252,11 @@ void TLogManager::WriteToFile(const std::string& message) {
     std::printf("logman(logfile error): %s\n", message.c_str());
 }
 
+void TLogManager::FlushFile() {
+  std::lock_guard<std::recursive_mutex> lock(mPollMutex);
+  hLogFile.flush();
+}
+
 void TLogManager::SetOutputToConsole(bool ToValue) { OutputToConsole = ToValue; }
 
 std::string TLogManager::PopLogHistory() {

@@ -78,6 +78,8 @@ class TLogManager {
 
   // The message as it stands to the file; without a file to standard output, and it is not kept.
   void WriteToFile(const std::string& message);
+  // Hands what is written to the system at once, where Poll does it ten times a second.
+  void FlushFile();
   void SetOutputToConsole(bool ToValue);
 
   // Takes the oldest of the last 50 lines out; empty when there is none or before Init.

@@ -4,7 +4,11 @@
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
 
+#include "tests/support/FakeClock.h"
 #include "tests/support/TestApplication.h"
 
 using namespace vendelo_sdl2;
@@ -309,6 +313,23 @@ TEST(Backtrace, NamesEveryFrameButTheFirst) {
   EXPECT_EQ(lines[2].rfind("0|(2) ", 0), 0u);
   EXPECT_EQ(lines[3], end);
   EXPECT_GT(lines[1].size(), std::string("0|(1) ").size());  // what the tool answered
+}
+
+// Nothing after it may be needed for that: the process can end at any step from here on.
+TEST(Backtrace, StandsInTheFileWhenItIsWritten) {
+  const FakeClock clock(1000);
+  char folder[] = "/tmp/backtraceXXXXXX";
+  ASSERT_NE(mkdtemp(folder), nullptr);
+  TestApplication app;
+  app.TLogManager::Destroy();
+  app.TLogManager::Init(std::string(folder) + "/app.log", nullptr, nullptr, false);
+  void* frames[] = {nullptr, nullptr};
+  app.LogBacktrace(frames, 2);
+  std::ifstream file(app.GetLogFileName());
+  const std::string log(std::istreambuf_iterator<char>(file), {});
+  EXPECT_NE(log.find(end.substr(2)), std::string::npos) << log;
+  app.TLogManager::Destroy();
+  std::filesystem::remove_all(folder);
 }
 
 }  // namespace

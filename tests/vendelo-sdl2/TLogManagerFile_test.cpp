@@ -176,6 +176,17 @@ TEST_F(TLogManagerTest, FileIsFlushedAfterMoreThan100Milliseconds) {
     std::regex_match(read(dated("app")), std::regex("== APP CREATED THIS FILE ==\n\n\n.{24}: delayed\n")));
 }
 
+TEST_F(TLogManagerTest, FlushFileWritesAtOnceAndNothingWithoutAFile) {
+  TLogManager manager;
+  manager.FlushFile();
+  init(manager);
+  manager.WriteLog("urgent");
+  manager.Poll();
+  EXPECT_EQ(read(dated("app")), "== APP CREATED THIS FILE ==\n");
+  manager.FlushFile();
+  EXPECT_TRUE(std::regex_match(read(dated("app")), std::regex("== APP CREATED THIS FILE ==\n\n\n.{24}: urgent\n")));
+}
+
 TEST_F(TLogManagerTest, DateIsLookedAtAfterMoreThan10SecondsAndOnlyWithALine) {
   setenv("TZ", "EARLY12", 1);  // 26 hours apart, so that the date differs at any time of the day
   tzset();
