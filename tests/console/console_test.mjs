@@ -217,7 +217,7 @@ describe('faults', () => {
     (await bench.log(since)).filter((entry) => entry.bad === name).length;
 
   const POLLS = ['refuse', 'silent', 'http500', 'html', 'notxml', 'cut', 'type', 'empty', 'fault', 'rpcfault', 'large',
-    'flood', 'deep', 'i8', 'utf8', 'range', 'slow', 'drip'];
+    'flood', 'deep', 'i8', 'utf8', 'range', 'body', 'raw', 'slow', 'drip'];
   for (const name of POLLS)
     test(`switch ${name}`, async () => {
       await page.selectOption('#fault-method', 'game.popEvents');

@@ -22,7 +22,8 @@ const std::string SCENARIO = R"([
   {"at": 11, "do": "event", "id": 110, "raw": [{"Name": 1}]},
   {"at": 12, "do": "service", "set": {"Names": ["a"], "MaxClients": 3}},
   {"at": 13, "do": "counters", "set": {"Spins": 4}},
-  {"at": 14, "do": "bad", "method": "*", "reply": "type", "field": "a/0/b", "calls": 2, "for": 100, "code": -3},
+  {"at": 14, "do": "bad", "method": "*", "reply": "type", "field": "a/0/b", "calls": 2, "for": 100},
+  {"at": 14, "do": "bad", "method": "game.bye", "reply": "fault", "code": -3, "text": "no"},
   {"at": 15, "do": "down", "ms": 10, "keep": true}, {"at": 16, "do": "stop"}, {"at": 17, "do": "remove", "id": 0}
 ])";
 

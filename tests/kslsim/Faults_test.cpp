@@ -113,6 +113,51 @@ TEST_F(Faults, WholeBodiesAreWhatTheyAreCalled) {
   EXPECT_NE(state().find("JackpotData"), std::string::npos);
 }
 
+TEST_F(Faults, BodyIsAnyTextWithAnyStatus) {
+  const auto ask = [this] {
+    return rpc->Post("/KSL", "<methodCall><methodName>platform.state</methodName><params/></methodCall>",
+                     "text/xml");
+  };
+  bad({{"reply", "body"}, {"text", "<nil>\r\n\xFF"}});
+  auto answer = ask();
+  ASSERT_TRUE(answer);
+  EXPECT_EQ(answer->status, 200);
+  EXPECT_EQ(answer->body, "<nil>\r\n\xFF");
+  EXPECT_EQ(answer->get_header_value("Content-Type"), "text/xml; charset=utf-8");
+  bad({{"reply", "body"}, {"status", 503}});
+  answer = ask();
+  ASSERT_TRUE(answer);
+  EXPECT_EQ(answer->status, 503);
+  EXPECT_EQ(answer->body, "");
+}
+
+TEST_F(Faults, RawBytesAreAllThatComes) {
+  bad({{"reply", "raw"}, {"text", "what?\r\n\r\n"}});
+  RawCall call(service.port());
+  call.ask("platform.state");
+  EXPECT_EQ(call.read(5s), "what?\r\n\r\n");
+  EXPECT_TRUE(call.shut());
+}
+
+TEST_F(Faults, RefusedCallsAreNotedWithTheirTime) {
+  order({{"do", "bad"}, {"method", "*"}, {"reply", "refuse"}, {"calls", -1}});
+  const int64_t begin = service.simulator().now();
+  for (int i = 0; i < 3; ++i) {
+    RawCall call(service.port());
+    call.ask("topscreen.init");
+    EXPECT_EQ(call.read(5s), "");
+    EXPECT_TRUE(call.shut());
+  }
+  const Json entries = service.simulator().log().since(2);
+  ASSERT_EQ(entries.size(), 3u);
+  for (const Json& entry : entries) {
+    EXPECT_EQ(entry["method"], "topscreen.init");
+    EXPECT_EQ(entry["bad"], "refuse");
+    EXPECT_GE(entry["t"].get<int64_t>(), begin);
+  }
+  EXPECT_TRUE(service.simulator().report()["clients"].empty());
+}
+
 struct Spoiling {
   const char* name;
   const char* reply;
@@ -162,12 +207,39 @@ TEST_F(Faults, FieldThatTheAnswerHasNotWaitsForOneThatHas) {
   EXPECT_NE(state().find("SECOND"), std::string::npos);
 }
 
-TEST_F(Faults, FieldsAreCheckedWithTheStep) {
+TEST_F(Faults, StepsAreChecked) {
   for (const char* step : {R"({"do": "bad", "method": "*", "reply": "missing"})",
                            R"({"do": "bad", "method": "*", "reply": "html", "field": "a"})",
                            R"({"do": "bad", "method": "*", "reply": "cut", "bytes": -1})",
-                           R"({"do": "bad", "method": "*", "reply": "cut", "for": 0})"})
+                           R"({"do": "bad", "method": "*", "reply": "cut", "for": 0})",
+                           R"({"do": "bad", "method": "*", "reply": "raw"})",
+                           R"({"do": "bad", "method": "*", "reply": "body", "status": 199})",
+                           R"({"do": "bad", "method": "game.popEvent", "reply": "html"})",
+                           R"({"do": "good", "method": "game.popEvent"})"})
     EXPECT_THROW(order(Json::parse(step)), InputError) << step;
+}
+
+TEST_F(Faults, TakeOnlyWhatTheyUse) {
+  const std::map<std::string, Json> arguments{{"ms", 5},    {"code", -1}, {"text", "a"},  {"field", "a"},
+                                              {"bytes", 5}, {"count", 5}, {"status", 404}};
+  size_t taken = 0;
+  for (const std::string& name : badNames()) {
+    Json step{{"do", "bad"}, {"method", "*"}, {"reply", name}};
+    const std::string needed = neededBy(*badByName(name));
+    if (!needed.empty()) step[needed] = "a";
+    for (const auto& [argument, value] : arguments) {
+      Json more = step;
+      more[argument] = value;
+      const bool takesIt = takes(*badByName(name), argument);
+      taken += takesIt;
+      if (takesIt) {
+        EXPECT_NO_THROW(order(more)) << more;
+      } else {
+        EXPECT_THROW(order(more), InputError) << more;
+      }
+    }
+  }
+  EXPECT_EQ(taken, 15u);
 }
 
 TEST_F(Faults, SilentConnectionStaysOpenUntilTheServiceIsToldToBeGood) {

@@ -54,7 +54,14 @@ INSTANTIATE_TEST_SUITE_P(
     BadScenario{"IncompleteGame", "[{\"at\":0,\"do\":\"game\",\"event\":\"loaded\",\"ID\":5}]",
                 "1:2: \"Name\" is missing"},
     BadScenario{"BadReplyName", "[{\"at\":0,\"do\":\"bad\",\"method\":\"*\",\"reply\":\"odd\"}]",
-                "1:42: expected one of refuse, silent"}),
+                "1:42: expected one of refuse, silent"},
+    BadScenario{"BadMethodName", "[{\"at\":0,\"do\":\"bad\",\n\"method\":\"game.pop\",\"reply\":\"html\"}]",
+                "2:10: expected * or one of topscreen.init, game.popEvents"},
+    BadScenario{"BadUnsupported",
+                "[{\"at\":0,\"do\":\"service\",\"set\":{\"Unsupported\":[\"game.bye\",\n\"bye\"]}}]",
+                "2:1: expected one of topscreen.init"},
+    BadScenario{"BadReplyTakesNot", "[{\"at\":0,\"do\":\"bad\",\"method\":\"*\",\"reply\":\"http500\",\n\"ms\":5}]",
+                "2:6: \"http500\" takes no \"ms\""}),
   [](const auto& info) { return std::string(info.param.name); });
 
 TEST(Scenario, StepsOfOneTimeKeepTheirOrderAndOthersAreSorted) {

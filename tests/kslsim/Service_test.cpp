@@ -91,9 +91,8 @@ TEST_F(ServiceTest, GarbageAndOversizeAreSurvived) {
 
 TEST_F(ServiceTest, BadRepliesAreWhatTheyAreCalled) {
   const auto bad = [this](const std::string& name) {
-    EXPECT_EQ(
-      order(R"({"do": "bad", "method": "platform.state", "code": -3, "text": "a<b", "reply": ")" + name + "\"}"),
-      200);
+    const std::string fault = name.ends_with("fault") ? R"("code": -3, "text": "a<b", )" : "";
+    EXPECT_EQ(order(R"({"do": "bad", "method": "platform.state", )" + fault + R"("reply": ")" + name + "\"}"), 200);
     return state();
   };
   EXPECT_EQ(bad("http500")->status, 500);

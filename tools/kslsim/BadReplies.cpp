@@ -1,18 +1,36 @@
 #include "tools/kslsim/BadReplies.h"
 
+#include <algorithm>
+
 namespace kslsim {
 namespace {
 
 struct BadName {
   const char* name;
   Bad bad;
+  const char* arguments[2];
 };
-constexpr BadName NAMES[] = {
-  {"refuse", Bad::Refuse}, {"silent", Bad::Silent}, {"http500", Bad::Http500}, {"html", Bad::Html},
-  {"notxml", Bad::NotXml}, {"cut", Bad::Cut},       {"type", Bad::Type},       {"missing", Bad::Missing},
-  {"range", Bad::Range},   {"empty", Bad::Empty},   {"fault", Bad::Fault},     {"rpcfault", Bad::RpcFault},
-  {"large", Bad::Large},   {"flood", Bad::Flood},   {"deep", Bad::Deep},       {"i8", Bad::I8},
-  {"utf8", Bad::Utf8},     {"slow", Bad::Slow},     {"drip", Bad::Drip}};
+constexpr BadName NAMES[] = {{"refuse", Bad::Refuse, {}},
+                             {"silent", Bad::Silent, {"ms"}},
+                             {"http500", Bad::Http500, {}},
+                             {"html", Bad::Html, {}},
+                             {"notxml", Bad::NotXml, {}},
+                             {"cut", Bad::Cut, {"bytes"}},
+                             {"type", Bad::Type, {"field"}},
+                             {"missing", Bad::Missing, {"field"}},
+                             {"range", Bad::Range, {"field"}},
+                             {"empty", Bad::Empty, {}},
+                             {"fault", Bad::Fault, {"code", "text"}},
+                             {"rpcfault", Bad::RpcFault, {"code", "text"}},
+                             {"large", Bad::Large, {}},
+                             {"flood", Bad::Flood, {"count"}},
+                             {"deep", Bad::Deep, {}},
+                             {"i8", Bad::I8, {}},
+                             {"utf8", Bad::Utf8, {}},
+                             {"body", Bad::Body, {"status", "text"}},
+                             {"raw", Bad::Raw, {"text"}},
+                             {"slow", Bad::Slow, {"ms"}},
+                             {"drip", Bad::Drip, {"ms"}}};
 
 constexpr size_t LARGE_BYTES = size_t{600} * 1024;
 constexpr int DEEP_LEVELS = 200;
@@ -80,12 +98,23 @@ std::vector<std::string> badNames() {
   return out;
 }
 
-bool needsField(Bad bad) { return bad == Bad::Missing; }
+std::vector<std::string> argumentsOf(Bad bad) {
+  std::vector<std::string> out;
+  for (const BadName& entry : NAMES)
+    for (const char* argument : entry.arguments)
+      if (entry.bad == bad && argument) out.push_back(argument);
+  return out;
+}
 
-bool takesField(Bad bad) { return bad == Bad::Missing || bad == Bad::Type || bad == Bad::Range; }
+bool takes(Bad bad, const std::string& argument) {
+  const std::vector<std::string> all = argumentsOf(bad);
+  return std::find(all.begin(), all.end(), argument) != all.end();
+}
+
+std::string neededBy(Bad bad) { return bad == Bad::Missing ? "field" : bad == Bad::Raw ? "text" : ""; }
 
 bool alters(const BadReply& reply) {
-  return reply.bad == Bad::Slow || reply.bad == Bad::Drip || (takesField(reply.bad) && !reply.field.empty());
+  return reply.bad == Bad::Slow || reply.bad == Bad::Drip || (takes(reply.bad, "field") && !reply.field.empty());
 }
 
 std::string badBody(const BadReply& reply) {
@@ -119,6 +148,8 @@ std::string badBody(const BadReply& reply) {
       return answer("<i8>9223372036854775808</i8>");
     case Bad::Utf8:
       return answer("<string>\xC3\x28 \xFF</string>");
+    case Bad::Body:
+      return reply.text;
     default:
       return "";
   }

@@ -26,6 +26,8 @@ enum class Bad {
   Deep,      // arrays nested 200 deep
   I8,        // a 64-bit integer that does not fit 64 bits
   Utf8,      // a text that is not UTF-8
+  Body,      // any text as the body, with any HTTP status
+  Raw,       // any bytes in the place of an HTTP answer
   Slow,      // the method's own answer, `ms` milliseconds late
   Drip       // the method's own answer, a byte each `ms` milliseconds
 };
@@ -35,10 +37,11 @@ struct BadReply {
   std::string name;   // as the step gives it: for the log
   int ms;             // Slow, Drip; Silent: after so long the connection is shut, 0: not by itself
   int code;           // Fault, RpcFault
-  std::string text;   // Fault, RpcFault
+  std::string text;   // Fault, RpcFault, Body, Raw
   std::string field;  // Type, Missing, Range: keys and indices with "/" between, "*" for every item of a list
   int bytes;          // Cut: so many of the HTTP answer are sent; -1: half of the body
   int count;          // Flood: events
+  int status;         // Body
 };
 
 // Which calls are to be answered badly. A call that is answered badly does not reach its method, those apart that
@@ -78,9 +81,12 @@ std::optional<Bad> badByName(const std::string& name);
 // The names of all kinds.
 std::vector<std::string> badNames();
 
-// Whether this kind has to name a field, or may.
-bool needsField(Bad bad);
-bool takesField(Bad bad);
+// What a step may say of this kind beside the method, the calls and the time: names of arguments.
+std::vector<std::string> argumentsOf(Bad bad);
+bool takes(Bad bad, const std::string& argument);
+
+// The argument without which there is no such reply; empty for none.
+std::string neededBy(Bad bad);
 
 // Whether the call is answered by its method first.
 bool alters(const BadReply& reply);

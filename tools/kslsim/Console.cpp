@@ -71,16 +71,8 @@ Json consoleForms() {
      event(112, "T_LANGUAGE", "texts", {"LanguageMessages"}, sampleLanguage())});
   out["methods"] = methodNames();
   for (const ErrorRow& row : errorRows()) out["errors"].push_back({{"code", row.code}, {"name", row.name}});
-  for (const std::string& name : badNames()) {
-    const Bad bad = *badByName(name);
-    Json takes = Json::array();
-    if (bad == Bad::Slow || bad == Bad::Drip || bad == Bad::Silent) takes.push_back("ms");
-    if (bad == Bad::Fault || bad == Bad::RpcFault) takes = {"code", "text"};
-    if (takesField(bad)) takes.push_back("field");
-    if (bad == Bad::Cut) takes.push_back("bytes");
-    if (bad == Bad::Flood) takes.push_back("count");
-    out["replies"].push_back({{"name", name}, {"takes", takes}, {"needsField", needsField(bad)}});
-  }
+  for (const std::string& name : badNames())
+    out["replies"].push_back({{"name", name}, {"takes", argumentsOf(*badByName(name))}});
   out["levels"] = houseSteps(HOUSE_LEVELS, 1);
   return out;
 }

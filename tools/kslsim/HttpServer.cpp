@@ -182,6 +182,12 @@ void RpcServer::answerBadly(const BadReply& bad, const httplib::Request& request
       connection.send(whole.substr(0, bad.bytes < 0 ? half : static_cast<size_t>(bad.bytes)));
       return connection.shut();
     }
+    case Bad::Raw:
+      connection.send(bad.text);
+      return connection.shut();
+    case Bad::Body:
+      response.status = bad.status;
+      return response.set_content(body, XML_TYPE);
     default:
       return response.set_content(body, XML_TYPE);
   }

@@ -1,5 +1,7 @@
 // The steps: what each takes, and what it does.
-#include "tools/kslsim/Simulator.h"
+#include <algorithm>
+
+#include "tools/kslsim/Methods.h"
 
 namespace kslsim {
 namespace {
@@ -82,6 +84,17 @@ int errorCode(const Json& step) {
   return code.get<int>();
 }
 
+bool isMethod(const std::string& name) {
+  const std::vector<std::string> known = methodNames();
+  return std::find(known.begin(), known.end(), name) != known.end();
+}
+
+// A plan for a name that the service does not have would never be met.
+void checkMethod(const Json& step) {
+  const std::string name = text(step, "method", "*");
+  if (name != "*" && !isMethod(name)) throw InputError("/method", "expected * or one of " + listed(methodNames()));
+}
+
 int levelId(const Json& step) { return step["id"].get<int>(); }
 
 }  // namespace
@@ -148,7 +161,8 @@ const std::vector<Simulator::StepKind>& Simulator::stepKinds() {
       {"text", Form::Text, false},
       {"field", Form::Text, false},
       {"bytes", Form::Number, false, 0, 1 << 20},
-      {"count", Form::Number, false, 0, 1000000}}},
+      {"count", Form::Number, false, 0, 1000000},
+      {"status", Form::Number, false, 200, 599}}},
     {"good", &Simulator::doGood, {{"method", Form::Text, false}}}};
   return kinds;
 }
@@ -296,6 +310,10 @@ void Simulator::doInit(const Json& step) {
 void Simulator::doService(const Json& step) {
   checkPart(step["set"], serviceFields(), "/set");
   if (step["set"].value("MaxClients", 1) < 1) throw InputError("/set/MaxClients", "expected 1 or more");
+  const Json unsupported = step["set"].value("Unsupported", Json::array());
+  for (size_t i = 0; i < unsupported.size(); ++i)
+    if (!isMethod(unsupported[i].get<std::string>()))
+      throw InputError("/set/Unsupported/" + std::to_string(i), "expected one of " + listed(methodNames()));
   mService.update(step["set"]);
 }
 
@@ -327,20 +345,27 @@ void Simulator::doBad(const Json& step) {
   const std::string name = step["reply"].get<std::string>();
   const std::optional<Bad> bad = badByName(name);
   if (!bad) throw InputError("/reply", "expected one of " + listed(badNames()));
-  const std::string field = text(step, "field", "");
-  if (field.empty() && needsField(*bad)) throw InputError("", "\"" + name + "\" needs a \"field\"");
-  if (!field.empty() && !takesField(*bad)) throw InputError("/field", "\"" + name + "\" takes no field");
+  checkMethod(step);
+  for (const char* argument : {"ms", "code", "text", "field", "bytes", "count", "status"})
+    if (step.contains(argument) && !takes(*bad, argument))
+      throw InputError(std::string("/") + argument, "\"" + name + "\" takes no \"" + argument + "\"");
+  const std::string needed = neededBy(*bad);
+  if (!needed.empty() && text(step, needed.c_str(), "").empty())
+    throw InputError("", "\"" + name + "\" needs a \"" + needed + "\"");
   const int calls = static_cast<int>(number(step, "calls", step.contains("for") ? -1 : 1));
   if (calls == 0) throw InputError("/calls", "expected 1 or more, or -1 for all calls to come");
-  BadReply reply{*bad, name, 0, errorCode(step), text(step, "text", "The simulator was told so."), field, 0, 0};
+  BadReply reply{*bad, name, 0, errorCode(step), "", text(step, "field", ""), 0, 0, 0};
+  reply.text = text(step, "text", *bad == Bad::Body ? "" : "The simulator was told so.");
   reply.ms = static_cast<int>(number(step, "ms", *bad == Bad::Silent ? 0 : 1000));
   reply.bytes = static_cast<int>(number(step, "bytes", -1));
   reply.count = static_cast<int>(number(step, "count", 100000));
+  reply.status = static_cast<int>(number(step, "status", 200));
   mBadReplies.plan(step["method"].get<std::string>(), reply, calls,
                    step.contains("for") ? now() + step["for"].get<int64_t>() : -1);
 }
 
 void Simulator::doGood(const Json& step) {
+  checkMethod(step);
   mBadReplies.clear(text(step, "method", "*"));
   ++mGoodOrders;
 }
