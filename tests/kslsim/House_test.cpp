@@ -93,8 +93,12 @@ TEST(House, WinStandsForItsTime) {
   EXPECT_EQ(level(100)["NumWins"], 1);
   EXPECT_EQ(level(100)["LastWinData"], "Last won: 1.00 EUR");
   EXPECT_EQ(level(500)["Status"], "WIN");
-  // So many guests win it again at once.
-  EXPECT_EQ(level(600)["NumWins"], 2);
+  EXPECT_EQ(level(600)["Status"], "OPEN");
+  EXPECT_EQ(level(600)["CurrentPot"], 10);
+  EXPECT_EQ(level(600)["NumWins"], 1);
+  // So many guests win it again at once, but not unseen.
+  EXPECT_EQ(level(700)["Status"], "WIN");
+  EXPECT_EQ(level(700)["NumWins"], 2);
 }
 
 TEST(House, StopGrowAndRampEndThePlay) {

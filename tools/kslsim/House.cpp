@@ -82,6 +82,7 @@ void House::look(Table& table, Json& level, Json& part) {
     set("Status", table.statusBefore);
     set("CurrentPot", least);
     table.hit = -1;
+    return;  // so that everybody sees the end of the win, however soon the next one comes
   }
   int64_t pot = level["CurrentPot"].get<int64_t>();
   // A pot that was set beyond the value, or a limit that was moved, calls for a new one.
