@@ -110,9 +110,9 @@ TEST(BrokenFiles, ScenariosAreReadOrRefused) {
 }
 
 TEST(BrokenFiles, RecordingsAreReadAndPlayedOrRefused) {
-  EXPECT_EQ(Replay(RECORDING).size(), 7u);
+  EXPECT_EQ(Replay(RECORDING, Replay::Pace::Recorded).size(), 7u);
   const auto [good, bad] = tryAll(RECORDING, files(500), [](const std::string& text) {
-    Replay replay(text);
+    Replay replay(text, Replay::Pace::Recorded);
     for (int now = 0; now < 10; ++now)
       for (const char* method : {"topscreen.init", "platform.state", "game.popEvents"})
         replay.answer(method, method == std::string("game.popEvents") ? Json{1} : Json::array(), now * 200);

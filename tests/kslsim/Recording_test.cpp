@@ -29,7 +29,7 @@ class RecordingErrors : public testing::TestWithParam<BadRecording> {};
 
 TEST_P(RecordingErrors, NameLineAndColumn) {
   try {
-    Replay replay(GetParam().text);
+    Replay replay(GetParam().text, Replay::Pace::Recorded);
     FAIL() << "was accepted";
   } catch (const ScenarioError& error) {
     EXPECT_EQ(std::string(error.what()), GetParam().complaint);
@@ -68,7 +68,7 @@ class ReplayTest : public testing::Test {
             rest + "}\n";
   }
   Json ask(const char* method, const Json& params, int64_t now) {
-    if (!replay) replay = std::make_unique<Replay>(text);
+    if (!replay) replay = std::make_unique<Replay>(text, Replay::Pace::Recorded);
     last = replay->answer(method, params, now);
     return valueOf(last).value_or("no value");
   }
@@ -133,6 +133,49 @@ TEST_F(ReplayTest, StateIsThatOfTheMomentAndOthersGoInTheirOrder) {
   EXPECT_EQ(ask("nobody.knows", Json::array(), 1500)["faultCode"], -4);
 }
 
+TEST_F(ReplayTest, EventsThatCameByThemselvesGoOutAsTheyWere) {
+  const auto body = [](const std::string& data) {
+    return "<?xml version='1.0'?><methodResponse><params><param><value>" + data +
+           "</value></param></params></methodResponse>";
+  };
+  const auto events = [&](int context) {
+    return body(
+      "<array><data><value><struct><member><name>eventID</name><value><i4>107</i4></value></member>"
+      "<member><name>context</name><value><i4>" +
+      std::to_string(context) + "</i4></value></member></struct></value></data></array>");
+  };
+  const std::string nil = body("<nil/>");
+  line(0, "game.popEvents", "[4]", "\"status\":200,\"body\":\"" + nil + "\"");
+  line(100, "game.popEvents", "[4]", "\"status\":200,\"body\":\"" + events(1) + "\"");
+  line(101, "game.popEvents", "[4]", "\"answer\":null");
+  line(200, "game.popEvents", "[4]", "\"status\":200,\"body\":\"" + events(2) + "\"");
+  line(300, "game.popEvents", "[4]", "\"status\":200,\"body\":\"" + events(3) + "\"");
+  ask("game.popEvents", {4}, 0);
+  EXPECT_EQ(last.body, nil);
+  ask("game.popEvents", {4}, 150);
+  EXPECT_EQ(last.body, events(1));
+  EXPECT_EQ(ask("game.popEvents", {4}, 400).size(), 2u);
+}
+
+TEST_F(ReplayTest, AnswersTellHowLongTheyTook) {
+  text += R"({"at":0,"ms":20,"method":"topscreen.init","params":[],"answer":{"ID":4}}
+{"at":100,"ms":5000,"method":"game.popEvents","params":[4],"answer":null}
+{"at":5200,"ms":30,"method":"game.popEvents","params":[4],"answer":[{"eventID":107,"context":1}]}
+{"at":5300,"ms":700,"method":"game.popEvents","params":[4],"error":"Read"}
+)";
+  ask("topscreen.init", Json::array(), 0);
+  EXPECT_EQ(last.took, 20);
+  ask("game.popEvents", {4}, 50);
+  EXPECT_EQ(last.took, 0) << "nothing was recorded yet";
+  ask("game.popEvents", {4}, 5250);
+  EXPECT_EQ(last.took, 5000) << "the longest of those that make one";
+  ask("game.popEvents", {4}, 6000);
+  EXPECT_EQ(last.took, 700);
+  replay = std::make_unique<Replay>(text, Replay::Pace::AtOnce);
+  ask("topscreen.init", Json::array(), 0);
+  EXPECT_EQ(last.took, 0);
+}
+
 // A service, something that records before it, and a program that only shows what comes back.
 class Record : public testing::Test {
  protected:
@@ -144,8 +187,15 @@ class Record : public testing::Test {
     ASSERT_TRUE(service.start(error)) << error;
     recorder =
       std::make_unique<RecordServer>("/KSL", "http://127.0.0.1:" + std::to_string(service.port()) + "/KSL");
-    ASSERT_TRUE(recorder->open(file));
+    ASSERT_TRUE(recorder->open(file, RecordingWriter::Form::Values));
     ASSERT_TRUE(recorder->start(0));
+  }
+  // What is in the file so far, line by line.
+  std::vector<std::string> linesOfFile() const {
+    std::istringstream lines(contentOf(file));
+    std::vector<std::string> out;
+    for (std::string line; std::getline(lines, line);) out.push_back(line);
+    return out;
   }
   void TearDown() override { std::filesystem::remove_all(std::filesystem::path(file).parent_path()); }
 
@@ -213,9 +263,7 @@ TEST_F(Record, IsReadableText) {
   service.stop();
   EXPECT_EQ(call(recorder->port(), "game.popEvents", ONE), "no answer");
   recorder->stop();
-  std::istringstream lines(contentOf(file));
-  std::vector<std::string> text;
-  for (std::string line; std::getline(lines, line);) text.push_back(line);
+  const std::vector<std::string> text = linesOfFile();
   ASSERT_EQ(text.size(), 4u);
   EXPECT_EQ(text[0].find("{\"what\":\"kslsim recording\",\"version\":1,\"service\":\"http://127.0.0.1:"), 0u);
   const auto rest = [&](size_t i) { return text[i].substr(text[i].find("\"method\"")); };
@@ -223,6 +271,72 @@ TEST_F(Record, IsReadableText) {
   EXPECT_EQ(rest(2), "\"method\":\"game.popEvents\",\"params\":[1],\"answer\":null}");
   EXPECT_EQ(rest(3).find("\"method\":\"game.popEvents\",\"params\":[1],\"error\":\""), 0u);
   EXPECT_EQ(text[1].find("{\"at\":"), 0u);
+}
+
+TEST_F(Record, OfTheWireHoldsCallsAndAnswersToTheByte) {
+  recorder = std::make_unique<RecordServer>("/KSL", "http://127.0.0.1:" + std::to_string(service.port()) + "/KSL");
+  ASSERT_TRUE(recorder->open(file, RecordingWriter::Form::Wire));
+  ASSERT_TRUE(recorder->start(0));
+  const std::string answer = call(recorder->port(), "topscreen.init", INIT);
+  bad("utf8");
+  const std::string noText = call(recorder->port(), "system.volume", "");
+  call(recorder->port(), "game.popEvents", "<param><value><string>\xFF</string></value></param>");
+  recorder->stop();
+  const std::vector<std::string> text = linesOfFile();
+  ASSERT_EQ(text.size(), 4u);
+  const Json init = Json::parse(text[1]);
+  EXPECT_EQ(init["call"],
+            "<methodCall><methodName>topscreen.init</methodName><params>" + INIT + "</params></methodCall>");
+  EXPECT_EQ("200" + init["body"].get<std::string>(), answer);
+  EXPECT_FALSE(init.contains("answer"));
+  EXPECT_TRUE(Json::parse(text[2]).contains("hex"));
+  EXPECT_NE(Json::parse(text[3])["callHex"].get<std::string>().find("ff"), std::string::npos);
+
+  Service played(Service::Options{.port = 0, .controlPort = 0, .replay = contentOf(file)});
+  std::string error;
+  ASSERT_TRUE(played.start(error));
+  EXPECT_EQ(call(played.port(), "topscreen.init", INIT), answer);
+  EXPECT_EQ(call(played.port(), "system.volume", ""), noText);
+}
+
+TEST_F(Record, IsPlayedBackAsSlowlyAsTheServiceWasUnlessAtOnceIsWanted) {
+  using namespace std::chrono_literals;
+  using Clock = std::chrono::steady_clock;
+  service.simulator().apply(
+    {{"do", "bad"}, {"method", "system.volume"}, {"reply", "slow"}, {"ms", 400}, {"calls", 1}});
+  call(recorder->port(), "system.volume", "");
+  service.simulator().apply({{"do", "bad"}, {"method", "platform.state"}, {"reply", "silent"}, {"ms", 400}});
+  EXPECT_EQ(call(recorder->port(), "platform.state", ""), "no answer");
+  recorder->stop();
+  for (const std::string& line : {linesOfFile().at(1), linesOfFile().at(2)})
+    EXPECT_GE(Json::parse(line)["ms"], 400) << line;
+
+  const auto timeOf = [](Service& played, const std::string& method, bool answers) {
+    const auto begin = Clock::now();
+    EXPECT_EQ(call(played.port(), method, "") != "no answer", answers);
+    return Clock::now() - begin;
+  };
+  std::string error;
+  Service slow(Service::Options{.port = 0, .controlPort = 0, .replay = contentOf(file)});
+  ASSERT_TRUE(slow.start(error));
+  EXPECT_GE(timeOf(slow, "system.volume", true), 400ms);
+  EXPECT_GE(timeOf(slow, "platform.state", false), 400ms);
+
+  // A recording of hours: the answers come, or this test does not end in time.
+  std::string hours = contentOf(file);
+  for (size_t at = 0; (at = hours.find("\"ms\":", at)) != std::string::npos; at += 5) hours.insert(at + 5, "99999");
+  Service quick(Service::Options{.port = 0, .controlPort = 0, .replay = hours, .replayAtOnce = true});
+  ASSERT_TRUE(quick.start(error));
+  EXPECT_LT(timeOf(quick, "system.volume", true), 60s);
+  EXPECT_LT(timeOf(quick, "platform.state", false), 60s);
+
+  // Nor do they hold up the end.
+  Service stopped(Service::Options{.port = 0, .controlPort = 0, .replay = hours});
+  ASSERT_TRUE(stopped.start(error));
+  std::thread caller([&] { call(stopped.port(), "system.volume", ""); });
+  while (stopped.simulator().log().since(0).empty()) std::this_thread::sleep_for(2ms);
+  stopped.stop();
+  caller.join();
 }
 
 TEST(RecordServer, WantsAnAddress) {

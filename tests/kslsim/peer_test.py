@@ -246,7 +246,8 @@ class Program(unittest.TestCase):
             simulator = Simulator("--levels", "1")
             self.addCleanup(simulator.end)
             recorder = subprocess.Popen(
-                [PROGRAM, "--port", "0", "--record", file, "--upstream", f"http://127.0.0.1:{simulator.port}/KSL"],
+                [PROGRAM, "--port", "0", "--record", file, "--wire", "--upstream",
+                 f"http://127.0.0.1:{simulator.port}/KSL"],
                 stdout=subprocess.PIPE, text=True)
             self.addCleanup(recorder.stdout.close)
             self.addCleanup(recorder.kill)
@@ -260,7 +261,11 @@ class Program(unittest.TestCase):
             rpc("close")()
             recorder.send_signal(signal.SIGTERM)
             self.assertEqual(recorder.wait(BOUND), 0)
-            player = Simulator("--replay", file)
+            with open(file, encoding="utf-8") as lines:
+                entries = [json.loads(line) for line in lines][1:]
+            self.assertEqual(xmlrpc.client.loads(entries[0]["call"]), (("TopScreen", "1.5.0"), "topscreen.init"))
+            self.assertEqual(xmlrpc.client.loads(entries[0]["body"])[0][0]["ID"], client)
+            player = Simulator("--replay", file, "--at-once")
             self.addCleanup(player.end)
             self.assertEqual(player.rpc.topscreen.init("TopScreen", "1.5.0")["ID"], client)
             self.assertEqual(player.rpc.platform.state(), state)
@@ -277,8 +282,12 @@ class Program(unittest.TestCase):
         done = subprocess.run([PROGRAM, "--record", "/x/y", "--upstream", "nowhere"], capture_output=True, text=True,
                               timeout=BOUND)
         self.assertEqual((done.returncode, done.stderr), (2, "--upstream: expected http://HOST:PORT/PATH\n"))
-        done = subprocess.run([PROGRAM, "--record", "/x/y"], capture_output=True, text=True, timeout=BOUND)
-        self.assertGreater(done.returncode, 100)
+        for arguments in (["--record", "/x/y"], ["--upstream", "http://a/b"], ["--wire"], ["--at-once"], ["--seed", "3"],
+                          ["--record", "/x/y", "--upstream", "http://a/b", "--levels", "1"],
+                          ["--record", "/x/y", "--upstream", "http://a/b", "--control-port", "0"]):
+            done = subprocess.run([PROGRAM, *arguments], capture_output=True, text=True, timeout=BOUND)
+            self.assertGreater(done.returncode, 100, arguments)
+            self.assertIn(arguments[0], done.stderr)
 
     def test_taken_port_is_said(self):
         simulator = Simulator()

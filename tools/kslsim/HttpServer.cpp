@@ -114,26 +114,27 @@ void RpcServer::answer(const httplib::Request& request, httplib::Response& respo
   }
   if (bad) return answerAltered(*bad, method, request, response);
   if (!mReplay) return response.set_content(answerOf(request), XML_TYPE);
-  const WireAnswer answer = replayed(request.body);
+  const WireAnswer answer = replayed(request);
   if (!answer.error.empty()) return Connection(port(), request.remote_port).shut();
   response.status = answer.status;
   response.set_content(answer.body, XML_TYPE);
 }
 
-WireAnswer RpcServer::replayed(const std::string& call) {
+WireAnswer RpcServer::replayed(const httplib::Request& request) {
   std::string method;
   Json params;
-  readCall(call, method, params);
+  readCall(request.body, method, params);
   const WireAnswer answer = mReplay->answer(method, params, mSimulator.now());
   Json entry{{"method", method}, {"params", params}, {"replayed", true}};
   if (!answer.error.empty()) entry["refused"] = answer.error;
   if (const auto value = valueOf(answer)) entry["answer"] = *value;
   mSimulator.log().add(mSimulator.now(), std::move(entry));
+  if (answer.took > 0) linger(answer.took, Connection(port(), request.remote_port));
   return answer;
 }
 
 std::string RpcServer::answerOf(const httplib::Request& request) {
-  if (mReplay) return replayed(request.body).body;
+  if (mReplay) return replayed(request).body;
   std::string out;
   mRegistry.processCall(request.body, &out);
   return out;
@@ -142,7 +143,7 @@ std::string RpcServer::answerOf(const httplib::Request& request) {
 void RpcServer::answerAltered(const BadReply& bad, const std::string& method, const httplib::Request& request,
                               httplib::Response& response) {
   if (bad.bad == Bad::Slow || bad.bad == Bad::Drip) noteBadly(bad, method);
-  if (bad.bad == Bad::Slow) pause(bad.ms);
+  if (bad.bad == Bad::Slow) linger(bad.ms, Connection(port(), request.remote_port));
   std::string out = answerOf(request);
   if (bad.bad == Bad::Drip) return drip(bad.ms, httpAnswer(out), Connection(port(), request.remote_port));
   if (bad.bad != Bad::Slow) {
@@ -190,6 +191,14 @@ void RpcServer::answerBadly(const BadReply& bad, const httplib::Request& request
       return response.set_content(body, XML_TYPE);
     default:
       return response.set_content(body, XML_TYPE);
+  }
+}
+
+void RpcServer::linger(int64_t milliseconds, const Connection& connection) {
+  const auto end = std::chrono::steady_clock::now() + std::chrono::milliseconds(milliseconds);
+  while (!connection.peerGone()) {
+    const auto left = std::chrono::ceil<std::chrono::milliseconds>(end - std::chrono::steady_clock::now()).count();
+    if (left <= 0 || !pause(static_cast<int>(std::min<int64_t>(left, LOOK_MILLISECONDS)))) return;
   }
 }
 

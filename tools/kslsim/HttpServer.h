@@ -69,9 +69,12 @@ class RpcServer : public HttpServer {
   void answerAltered(const BadReply& bad, const std::string& method, const httplib::Request& request,
                      httplib::Response& response);
   void keepSilent(int milliseconds, const Connection& connection);
+  // Waits for so long, as long as the client does and the server is not being stopped.
+  void linger(int64_t milliseconds, const Connection& connection);
   void drip(int milliseconds, const std::string& bytes, const Connection& connection);
 
-  WireAnswer replayed(const std::string& call);
+  // The recording's answer, after the time that it took.
+  WireAnswer replayed(const httplib::Request& request);
 
   Simulator& mSimulator;
   const std::string mPath;

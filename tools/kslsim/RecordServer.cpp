@@ -22,7 +22,9 @@ RecordServer::RecordServer(const std::string& path, const std::string& upstream)
 
 RecordServer::~RecordServer() { stop(); }
 
-bool RecordServer::open(const std::string& file) { return mWriter.open(file, mUpstream); }
+bool RecordServer::open(const std::string& file, RecordingWriter::Form form) {
+  return mWriter.open(file, mUpstream, form);
+}
 
 void RecordServer::addRoutes(httplib::Server& server) {
   server.Post(mPath, [this](const httplib::Request& request, httplib::Response& response) {
@@ -34,7 +36,8 @@ void RecordServer::addRoutes(httplib::Server& server) {
     Exchange exchange;
     exchange.answer = ask(request, contentType);
     exchange.at = milliseconds(begin - mBegin);
-    exchange.took = milliseconds(std::chrono::steady_clock::now() - begin);
+    exchange.answer.took = milliseconds(std::chrono::steady_clock::now() - begin);
+    exchange.call = request.body;
     exchange.params = Json::array();
     if (!readCall(request.body, exchange.method, exchange.params)) exchange.method = methodNameIn(request.body);
     mWriter.add(exchange);

@@ -21,7 +21,7 @@ class RecordServer : public HttpServer {
   ~RecordServer() override;
 
   // False when the file cannot be written. Before start().
-  bool open(const std::string& file);
+  bool open(const std::string& file, RecordingWriter::Form form);
 
  private:
   using Clients = std::vector<std::unique_ptr<httplib::Client>>;

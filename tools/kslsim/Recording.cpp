@@ -84,13 +84,21 @@ WireAnswer answerOf(const xmlrpc_c::rpcOutcome& outcome) {
   return out;
 }
 
+// The bytes under one name where they are a text, under the other in hexadecimal digits where not.
+void putBytes(OrderedJson& line, const char* name, const char* nameOfHex, const std::string& bytes) {
+  if (isText(bytes))
+    line[name] = bytes;
+  else
+    line[nameOfHex] = toHex(bytes);
+}
+
 // The members of a line that tell what came back.
-void describe(OrderedJson& line, const WireAnswer& answer) {
+void describe(OrderedJson& line, const WireAnswer& answer, bool asOnTheWire) {
   if (!answer.error.empty()) {
     line["error"] = answer.error;
     return;
   }
-  if (const auto outcome = outcomeOf(answer)) {
+  if (const auto outcome = asOnTheWire ? nullptr : outcomeOf(answer)) {
     if (!outcome->succeeded()) {
       line["fault"] = {{"code", outcome->getFault().getCode()}, {"text", outcome->getFault().getDescription()}};
       return;
@@ -101,10 +109,7 @@ void describe(OrderedJson& line, const WireAnswer& answer) {
     }
   }
   line["status"] = answer.status;
-  if (isText(answer.body))
-    line["body"] = answer.body;
-  else
-    line["hex"] = toHex(answer.body);
+  putBytes(line, "body", "hex", answer.body);
 }
 
 struct Member {
@@ -157,8 +162,9 @@ Exchange exchangeFrom(const Json& line) {
   for (const char* name : {"at", "ms", "method", "params"})
     if (!line.contains(name)) throw InputError("", std::string("\"") + name + "\" is missing");
   for (const char* name : {"at", "ms"}) check(line[name], Kind::I8, std::string("/") + name);
-  return {line["at"].get<int64_t>(), line["ms"].get<int64_t>(), line["method"].get<std::string>(), line["params"],
-          answerFrom(line)};
+  Exchange out{line["at"].get<int64_t>(), line["method"].get<std::string>(), line["params"], "", answerFrom(line)};
+  out.answer.took = line["ms"].get<int64_t>();
+  return out;
 }
 
 // Calls of one client are answered apart from those of another.
@@ -191,8 +197,9 @@ bool readCall(const std::string& xml, std::string& method, Json& params) {
   }
 }
 
-bool RecordingWriter::open(const std::string& file, const std::string& service) {
+bool RecordingWriter::open(const std::string& file, const std::string& service, Form form) {
   std::lock_guard lock(mMutex);
+  mForm = form;
   mFile.open(file, std::ios::trunc);
   const OrderedJson first{{"what", WHAT}, {"version", VERSION}, {"service", service}, {"begun", wallClock()}};
   mFile << first.dump() << std::endl;
@@ -201,13 +208,15 @@ bool RecordingWriter::open(const std::string& file, const std::string& service) 
 
 void RecordingWriter::add(const Exchange& exchange) {
   OrderedJson line{
-    {"at", exchange.at}, {"ms", exchange.took}, {"method", exchange.method}, {"params", exchange.params}};
-  describe(line, exchange.answer);
+    {"at", exchange.at}, {"ms", exchange.answer.took}, {"method", exchange.method}, {"params", exchange.params}};
+  const bool asOnTheWire = mForm == Form::Wire;
+  if (asOnTheWire) putBytes(line, "call", "callHex", exchange.call);
+  describe(line, exchange.answer, asOnTheWire);
   std::lock_guard lock(mMutex);
   mFile << line.dump(-1, ' ', false, OrderedJson::error_handler_t::replace) << std::endl;
 }
 
-Replay::Replay(const std::string& text) {
+Replay::Replay(const std::string& text, Pace pace) {
   size_t number = 0;
   for (size_t begin = 0; begin < text.size();) {
     const size_t end = std::min(text.find('\n', begin), text.size());
@@ -233,6 +242,7 @@ Replay::Replay(const std::string& text) {
     }
     try {
       mExchanges.push_back(exchangeFrom(json.value));
+      if (pace == Pace::AtOnce) mExchanges.back().answer.took = 0;
     } catch (const InputError& error) {
       throw fail(json.placeOf(error.path()), error.what());
     }
@@ -246,19 +256,29 @@ Replay::Replay(const std::string& text) {
 
 WireAnswer Replay::events(std::vector<size_t>& row, size_t& next, int64_t elapsed) {
   Json all = Json::array();
+  const WireAnswer* only = nullptr;  // that goes out as it was
+  int parts = 0;
+  int64_t took = 0;
   for (; next < row.size() && mExchanges[row[next]].at - mExchanges.front().at <= elapsed; ++next) {
     const Exchange& exchange = mExchanges[row[next]];
     const auto value = valueOf(exchange.answer);
-    if (value && value->is_null()) continue;
-    if (!value || !value->is_array()) {
+    const bool nothing = value && value->is_null();
+    if (!nothing && (!value || !value->is_array())) {
       // Not events: a failure has a call of its own.
-      if (!all.empty()) break;
+      if (parts > 0) break;
       ++next;
       return exchange.answer;
     }
+    took = std::max(took, exchange.answer.took);
+    if (nothing && parts > 0) continue;
+    only = &exchange.answer;
+    if (nothing) continue;
+    ++parts;
     all.insert(all.end(), value->begin(), value->end());
   }
-  return answerWith(all.empty() ? Json() : all);
+  WireAnswer out = parts > 1 ? answerWith(all) : only ? *only : answerWith(Json());
+  out.took = took;
+  return out;
 }
 
 WireAnswer Replay::answer(const std::string& method, const Json& params, int64_t now) {

@@ -14,13 +14,15 @@ struct WireAnswer {
   int status = 200;
   std::string body;
   std::string error;  // not empty: nothing came back, and this is why
+  int64_t took = 0;   // milliseconds that the call had to wait for it
 };
 
-// One call that passed, and its answer. `at` and `took` are milliseconds, `at` from the start of the recording.
+// One call that passed, and its answer.
 struct Exchange {
-  int64_t at = 0, took = 0;
+  int64_t at = 0;  // milliseconds from the start of the recording
   std::string method;
-  Json params;  // list, in the form of the log: an i8 as {"$i8": n}
+  Json params;       // list, in the form of the log: an i8 as {"$i8": n}
+  std::string call;  // as it stood on the wire; only for writing
   WireAnswer answer;
 };
 
@@ -30,14 +32,19 @@ struct Exchange {
 // written through at once.
 class RecordingWriter {
  public:
-  // False when the file cannot be written.
-  bool open(const std::string& file, const std::string& service);
+  // Whether calls and answers are written as they stand on the wire: "call", the text of the call, and "status"
+  // with "body" for every answer.
+  enum class Form { Values, Wire };
+
+  // False when the file cannot be written. Before the first add().
+  bool open(const std::string& file, const std::string& service, Form form);
 
   void add(const Exchange& exchange);
 
  private:
   std::mutex mMutex;  // guards mFile
   std::ofstream mFile;
+  Form mForm = Form::Values;
 };
 
 // Plays a recording back. The clock starts with the first call; events come when they came, however often the
@@ -45,12 +52,14 @@ class RecordingWriter {
 //
 // "topscreen.init" gets its recorded answers one after the other, the last one again and again, so that a client
 // has an identifier of the recording. "game.popEvents" gets what that identifier has been given up to this moment
-// and has not fetched yet. "platform.state" gets the latest answer up to this moment. Every other method gets its
-// answers one after the other.
+// and has not fetched yet; several answers that have come together by then make one. "platform.state" gets the
+// latest answer up to this moment. Every other method gets its answers one after the other.
 class Replay {
  public:
+  enum class Pace { Recorded, AtOnce };  // what `took` of the answers is: what it was, or 0
+
   // Throws ScenarioError with the place of a mistake.
-  explicit Replay(const std::string& text);
+  Replay(const std::string& text, Pace pace);
 
   // The answer to a call at `now`, of any clock. A call that the recording has not gets E_NOT_SUPPORTED.
   WireAnswer answer(const std::string& method, const Json& params, int64_t now);

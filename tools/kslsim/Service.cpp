@@ -15,7 +15,10 @@ Service::Service(const Options& options)
         .count();
     }),
     mScreen(options.display, options.window),
-    mReplay(options.replay.empty() ? nullptr : std::make_unique<Replay>(options.replay)),
+    mReplay(options.replay.empty()
+              ? nullptr
+              : std::make_unique<Replay>(options.replay,
+                                         options.replayAtOnce ? Replay::Pace::AtOnce : Replay::Pace::Recorded)),
     mRpc(mSimulator, options.path, mReplay.get()),
     mControl(mSimulator, mScreen) {}
 

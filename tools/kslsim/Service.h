@@ -17,6 +17,7 @@ class Service {
     std::string replay = {};           // text of a recording that answers instead of the methods; none when empty
     std::string display = {};          // X server of the top screen; that of the environment when empty
     std::string window = "TopScreen";  // title of its window
+    bool replayAtOnce = false;         // answers of the recording do not take the time that they took
   };
 
   // Throws ScenarioError when the recording has a mistake.

@@ -87,10 +87,11 @@ std::string contentOf(const std::string& file) {
 }
 
 // Records until a signal comes. The exit code.
-int record(const kslsim::Service::Options& options, const std::string& upstream, const std::string& file) {
+int record(const kslsim::Service::Options& options, const std::string& upstream, const std::string& file,
+           kslsim::RecordingWriter::Form form) {
   try {
     kslsim::RecordServer server(options.path, upstream);
-    if (!server.open(file)) {
+    if (!server.open(file, form)) {
       std::cerr << "kslsim: cannot write " << file << std::endl;
       return 1;
     }
@@ -114,41 +115,56 @@ int record(const kslsim::Service::Options& options, const std::string& upstream,
 int main(int argc, char** argv) {
   kslsim::Service::Options options;
   std::string scenarioFile, recordFile, upstream, replayFile;
-  bool checkOnly = false;
+  bool checkOnly = false, asOnTheWire = false;
   Wishes wishes;
   CLI::App app("Simulator of the platform service of a gaming terminal");
   app.add_option("--port", options.port, "Port of the service; 0 for any free one")
     ->check(CLI::Range(0, 65535))
     ->capture_default_str();
-  app
-    .add_option("--control-port", options.controlPort, "Port by which the simulator is steered; 0 for any free one")
-    ->check(CLI::Range(0, 65535))
-    ->capture_default_str();
+  auto* controlOption = app
+                          .add_option("--control-port", options.controlPort,
+                                      "Port by which the simulator is steered; 0 for any free one")
+                          ->check(CLI::Range(0, 65535))
+                          ->capture_default_str();
   app.add_option("--path", options.path, "Path of the service")->capture_default_str();
-  app.add_option("--scenario", scenarioFile, "File with the steps to play")->check(CLI::ExistingFile);
-  app.add_option("--levels", wishes.levels, "Levels with guests, whose pots grow, are won and start again")
-    ->check(CLI::Range(1, kslsim::HOUSE_LEVELS));
-  app.add_option("--seed", wishes.seed, "Seed of --levels")->capture_default_str();
-  app
-    .add_option("--set", wishes.fields, "FIELD=VALUE of the state, the value as JSON or text; any number of times")
-    ->allow_extra_args(false);
-  app.add_option("--do", wishes.steps, "A step as JSON, done at the start; any number of times")
-    ->allow_extra_args(false);
+  auto* scenarioOption =
+    app.add_option("--scenario", scenarioFile, "File with the steps to play")->check(CLI::ExistingFile);
+  auto* levelsOption =
+    app.add_option("--levels", wishes.levels, "Levels with guests, whose pots grow, are won and start again")
+      ->check(CLI::Range(1, kslsim::HOUSE_LEVELS));
+  app.add_option("--seed", wishes.seed, "Seed of --levels")->needs(levelsOption)->capture_default_str();
+  auto* setOption = app
+                      .add_option("--set", wishes.fields,
+                                  "FIELD=VALUE of the state, the value as JSON or text; any number of times")
+                      ->allow_extra_args(false);
+  auto* doOption = app.add_option("--do", wishes.steps, "A step as JSON, done at the start; any number of times")
+                     ->allow_extra_args(false);
   app.add_option("--display", options.display, "X server of the top screen, for the console; else DISPLAY");
   app.add_option("--window", options.window, "Title of the top screen's window")->capture_default_str();
-  app.add_option("--log", options.logFile, "File that gets every request as a line of JSON");
-  app.add_flag("--check", checkOnly, "Read the scenario, say what is wrong with it, and end");
+  auto* logOption = app.add_option("--log", options.logFile, "File that gets every request as a line of JSON");
+  auto* checkOption =
+    app.add_flag("--check", checkOnly, "Read the scenario or the recording, say what is wrong with it, and end");
+  auto* replayOption =
+    app.add_option("--replay", replayFile, "Recording that answers the calls")->check(CLI::ExistingFile);
+  app.add_flag("--at-once", options.replayAtOnce, "With --replay: no answer takes the time that it took")
+    ->needs(replayOption);
   auto* recordOption =
     app.add_option("--record", recordFile, "File to write down in what passes between a program and --upstream");
-  recordOption->needs(app.add_option("--upstream", upstream, "The real service, http://HOST:PORT/PATH"));
-  app.add_option("--replay", replayFile, "Recording that answers the calls")
-    ->check(CLI::ExistingFile)
-    ->excludes(recordOption);
+  auto* upstreamOption = app.add_option("--upstream", upstream, "The real service, http://HOST:PORT/PATH");
+  recordOption->needs(upstreamOption);
+  upstreamOption->needs(recordOption);
+  app.add_flag("--wire", asOnTheWire, "With --record: calls and answers as they stand on the wire")
+    ->needs(recordOption);
+  // Whoever stands in between has no state and no control port.
+  for (CLI::Option* option :
+       {controlOption, scenarioOption, levelsOption, setOption, doOption, logOption, checkOption, replayOption})
+    recordOption->excludes(option);
   CLI11_PARSE(app, argc, argv);
 
   blockSignals();
 
-  if (!recordFile.empty()) return record(options, upstream, recordFile);
+  using Form = kslsim::RecordingWriter::Form;
+  if (!recordFile.empty()) return record(options, upstream, recordFile, asOnTheWire ? Form::Wire : Form::Values);
   kslsim::Scenario scenario;
   if (!scenarioFile.empty()) {
     try {
@@ -161,7 +177,7 @@ int main(int argc, char** argv) {
   if (!replayFile.empty()) {
     options.replay = contentOf(replayFile);
     try {
-      const kslsim::Replay trial(options.replay);
+      const kslsim::Replay trial(options.replay, kslsim::Replay::Pace::Recorded);
     } catch (const kslsim::ScenarioError& error) {
       std::cerr << replayFile << ":" << error.what() << std::endl;
       return 2;
