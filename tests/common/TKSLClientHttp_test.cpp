@@ -1,19 +1,13 @@
-// The failures of a real connection: the client over its own HTTP transport against a service on loopback that
-// answers with whatever bytes the test wants. After each of them the client goes on.
-#include <arpa/inet.h>
+// The failures of a real connection: the client over its own HTTP transport against the simulator of the service in
+// this process, which answers badly when told. After each of them the client goes on.
 #include <gtest/gtest.h>
-#include <netinet/in.h>
-#include <sys/socket.h>
-#include <unistd.h>
-
-#include <memory>
-#include <thread>
 
 #include "LinkTestSupport.h"
+#include "tools/kslsim/Service.h"
 
+using kslsim::Json;
 using linktest::errorStruct;
 using linktest::faultXml;
-using linktest::initReply;
 using linktest::memberXml;
 using linktest::Note;
 using linktest::replyXml;
@@ -21,84 +15,23 @@ using linktest::waitFor;
 
 namespace {
 
-std::string http(const std::string& body) {
-  return "HTTP/1.1 200 OK\r\nContent-Type: text/xml\r\nConnection: close\r\nContent-Length: " +
-         std::to_string(body.size()) + "\r\n\r\n" + body;
-}
-
-// Answers one request per connection with raw bytes, then closes it.
-class LoopbackServer {
+// The service on a free port, steered from here.
+class Simulator {
  public:
-  LoopbackServer() : mSocket(socket(AF_INET, SOCK_STREAM, 0)) {
-    sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    socklen_t length = sizeof address;
-    if (bind(mSocket, reinterpret_cast<sockaddr*>(&address), length) == 0 && listen(mSocket, 16) == 0 &&
-        getsockname(mSocket, reinterpret_cast<sockaddr*>(&address), &length) == 0) {
-      mPort = ntohs(address.sin_port);
-    }
-    mThread = std::thread([this] { serve(); });
+  Simulator() {
+    std::string error;
+    EXPECT_TRUE(mService.start(error)) << error;
   }
 
-  ~LoopbackServer() {
-    shutdown(mSocket, SHUT_RDWR);
-    mThread.join();
-    close(mSocket);
-  }
-
-  std::string url() const { return "http://127.0.0.1:" + std::to_string(mPort) + "/KSL"; }
-
-  // The raw bytes that answer a request of this method.
-  void answer(const std::string& method, const std::string& bytes) {
-    const std::lock_guard<std::mutex> lock(mMutex);
-    mAnswers[method] = bytes;
+  std::string url() const { return "http://127.0.0.1:" + std::to_string(mService.port()) + "/KSL"; }
+  void apply(const Json& step) { mService.simulator().apply(step); }
+  bool shutThePort() {
+    apply({{"do", "down"}, {"keep", true}});
+    return waitFor([this] { return !mService.listening(); });
   }
 
  private:
-  void serve() {
-    for (;;) {
-      const int connection = accept(mSocket, nullptr, nullptr);
-      if (connection < 0) {
-        return;
-      }
-      const std::string bytes = answerTo(readRequest(connection));
-      size_t sent = 0;
-      while (sent < bytes.size()) {
-        const ssize_t count = send(connection, bytes.data() + sent, bytes.size() - sent, MSG_NOSIGNAL);
-        if (count <= 0) {
-          break;
-        }
-        sent += static_cast<size_t>(count);
-      }
-      close(connection);
-    }
-  }
-
-  static std::string readRequest(int connection) {
-    std::string request;
-    char buffer[4096];
-    while (request.find("</methodCall>") == std::string::npos) {
-      const ssize_t count = recv(connection, buffer, sizeof buffer, 0);
-      if (count <= 0) {
-        break;
-      }
-      request.append(buffer, static_cast<size_t>(count));
-    }
-    return request;
-  }
-
-  std::string answerTo(const std::string& request) {
-    const std::lock_guard<std::mutex> lock(mMutex);
-    const auto found = mAnswers.find(linktest::methodOf(request));
-    return found != mAnswers.end() ? found->second : http(replyXml("<nil/>"));
-  }
-
-  int mSocket;
-  int mPort = 0;
-  std::mutex mMutex;
-  std::map<std::string, std::string> mAnswers;
-  std::thread mThread;
+  kslsim::Service mService{{.port = 0, .controlPort = 0}};
 };
 
 class HttpClient : public TKSLClient {
@@ -123,7 +56,7 @@ class HttpClient : public TKSLClient {
 
 struct BadReply {
   const char* name;
-  std::string bytes;
+  Json reply;  // as a "bad" step has it
   int code;
   std::string text;
 };
@@ -132,6 +65,10 @@ void PrintTo(const BadReply& reply, std::ostream* out) { *out << reply.name; }
 
 const std::string Failed = "sendInternal(): Connection failed";
 const std::string Refused = "Parsing of platform.state response failed.";
+
+Json simple(const char* reply) { return {{"reply", reply}}; }
+Json raw(const std::string& bytes) { return {{"reply", "raw"}, {"text", bytes}}; }
+Json body(const std::string& text) { return {{"reply", "body"}, {"text", text}}; }
 
 std::string nested(int depth) {
   std::string open;
@@ -146,37 +83,38 @@ std::string nested(int depth) {
 std::string cut(const std::string& bytes, size_t missing) { return bytes.substr(0, bytes.size() - missing); }
 
 const BadReply BadReplies[] = {
-  {"InternalServerError", "HTTP/1.1 500 Oops\r\nContent-Length: 4\r\nConnection: close\r\n\r\noops", 1, Failed},
-  {"NotFound", "HTTP/1.1 404 No\r\nContent-Length: 0\r\nConnection: close\r\n\r\n", 1, Failed},
-  {"Redirect", "HTTP/1.1 301 Away\r\nLocation: /x\r\nContent-Length: 0\r\nConnection: close\r\n\r\n", 1, Failed},
-  {"Html", http("<html><body><p>It works!</p></body></html>"), 1, Failed},
-  {"PlainText", http("hello"), 1, Failed},
-  {"EmptyBody", http(""), 1, Failed},
-  {"NoAnswerAtAll", "", 1, Failed},
-  {"NoHttp", "what?\r\n\r\n", 1, Failed},
-  {"CutInTheHeader", "HTTP/1.1 200 OK\r\nContent-Ty", 1, Failed},
-  {"CutInTheBody", cut(http(replyXml("<int>1</int>")), 20), 1, Failed},
-  {"CutXml", http(cut(replyXml("<int>1</int>"), 20)), 1, Failed},
-  {"WrongEnding", http(replyXml("<int>1</array>")), 1, Failed},
-  {"InvalidUtf8", http(replyXml("<string>\xFF\xFE</string>")), 1, Failed},
-  {"IntTooLarge", http(replyXml("<int>2147483648</int>")), 1, Failed},
-  {"I8OneTooLarge", http(replyXml("<i8>9223372036854775808</i8>")), 1, Failed},
-  {"I8OneTooSmall", http(replyXml("<i8>-9223372036854775809</i8>")), 1, Failed},
-  {"I8Letters", http(replyXml("<i8>abc</i8>")), 1, Failed},
-  {"I8PrefixedTooLarge", http(replyXml("<ex:i8>99999999999999999999</ex:i8>")), 1, Failed},
-  {"SixHundredKilobytes", http(replyXml("<string>" + std::string(600 * 1024, 'x') + "</string>")), 1, Failed},
-  {"Nested200", http(replyXml(nested(200))), 1, Failed},
-  {"Nil", http(replyXml("<nil/>")), E_INTERNAL_ERROR, Refused},
-  {"Int", http(replyXml("<int>5</int>")), E_INTERNAL_ERROR, Refused},
-  {"Array", http(replyXml(linktest::arrayXml({"<int>5</int>"}))), E_INTERNAL_ERROR, Refused},
-  {"EmptyStruct", http(replyXml("<struct></struct>")), E_INTERNAL_ERROR, Refused},
-  {"FaultCodeZero", http(replyXml(errorStruct(0, "fine"))), E_INTERNAL_ERROR, Refused},
-  {"FaultCodeWithoutText", http(replyXml("<struct>" + memberXml("faultCode", "<int>-6</int>") + "</struct>")),
+  {"InternalServerError", {{"reply", "body"}, {"status", 500}, {"text", "oops"}}, 1, Failed},
+  {"NotFound", {{"reply", "body"}, {"status", 404}}, 1, Failed},
+  {"Redirect", raw("HTTP/1.1 301 Away\r\nLocation: /x\r\nContent-Length: 0\r\nConnection: close\r\n\r\n"), 1,
+   Failed},
+  {"Html", simple("html"), 1, Failed},
+  {"PlainText", body("hello"), 1, Failed},
+  {"EmptyBody", body(""), 1, Failed},
+  {"NoAnswerAtAll", simple("refuse"), 1, Failed},
+  {"NoHttp", raw("what?\r\n\r\n"), 1, Failed},
+  {"CutInTheHeader", raw("HTTP/1.1 200 OK\r\nContent-Ty"), 1, Failed},
+  {"CutInTheBody", simple("cut"), 1, Failed},
+  {"CutXml", body(cut(replyXml("<int>1</int>"), 20)), 1, Failed},
+  {"WrongEnding", body(replyXml("<int>1</array>")), 1, Failed},
+  {"InvalidUtf8", body(replyXml("<string>\xFF\xFE</string>")), 1, Failed},
+  {"IntTooLarge", body(replyXml("<int>2147483648</int>")), 1, Failed},
+  {"I8OneTooLarge", body(replyXml("<i8>9223372036854775808</i8>")), 1, Failed},
+  {"I8OneTooSmall", body(replyXml("<i8>-9223372036854775809</i8>")), 1, Failed},
+  {"I8Letters", body(replyXml("<i8>abc</i8>")), 1, Failed},
+  {"I8PrefixedTooLarge", body(replyXml("<ex:i8>99999999999999999999</ex:i8>")), 1, Failed},
+  {"SixHundredKilobytes", simple("large"), 1, Failed},
+  {"Nested200", body(replyXml(nested(200))), 1, Failed},
+  {"Nil", body(replyXml("<nil/>")), E_INTERNAL_ERROR, Refused},
+  {"Int", body(replyXml("<int>5</int>")), E_INTERNAL_ERROR, Refused},
+  {"Array", body(replyXml(linktest::arrayXml({"<int>5</int>"}))), E_INTERNAL_ERROR, Refused},
+  {"EmptyStruct", simple("empty"), E_INTERNAL_ERROR, Refused},
+  {"FaultCodeZero", {{"reply", "fault"}, {"code", 0}, {"text", "fine"}}, E_INTERNAL_ERROR, Refused},
+  {"FaultCodeWithoutText", body(replyXml("<struct>" + memberXml("faultCode", "<int>-6</int>") + "</struct>")),
    E_INTERNAL_ERROR, Refused},
-  {"FaultCode", http(replyXml(errorStruct(-6, "full"))), E_SERVER_FULL, "full"},
-  {"FaultCodeOutOfTheEnumeration", http(replyXml(errorStruct(12345, "odd %s %n"))), 12345, "odd %s %n"},
-  {"Fault", http(faultXml(7, "RPC broken")), E_INTERNAL_ERROR, "RPC broken"},
-  {"FaultThatLooksLikeARefusal", http(faultXml(-1, "not registered")), E_INTERNAL_ERROR, "not registered"},
+  {"FaultCode", {{"reply", "fault"}, {"code", "E_SERVER_FULL"}, {"text", "full"}}, E_SERVER_FULL, "full"},
+  {"FaultCodeOutOfTheEnumeration", body(replyXml(errorStruct(12345, "odd %s %n"))), 12345, "odd %s %n"},
+  {"Fault", {{"reply", "rpcfault"}, {"code", 7}, {"text", "RPC broken"}}, E_INTERNAL_ERROR, "RPC broken"},
+  {"FaultThatLooksLikeARefusal", body(faultXml(-1, "not registered")), E_INTERNAL_ERROR, "not registered"},
 };
 
 class BadReplyOverHttp : public testing::TestWithParam<BadReply> {};
@@ -184,19 +122,24 @@ class BadReplyOverHttp : public testing::TestWithParam<BadReply> {};
 }  // namespace
 
 TEST_P(BadReplyOverHttp, IsOneErrorAndTheClientGoesOn) {
-  LoopbackServer server;
-  server.answer("topscreen.init", http(initReply(7)));
-  server.answer("platform.state", GetParam().bytes);
-  HttpClient client(server.url());
+  Simulator simulator;
+  HttpClient client(simulator.url());
   ASSERT_EQ(0, client.Start(true, 0));
+  const int id = client.ID();
+  Json step = GetParam().reply;
+  // For all calls: the transport asks again by itself where a kept connection is shut.
+  step.update({{"do", "bad"}, {"method", "platform.state"}, {"calls", -1}});
+  simulator.apply(step);
 
   client.SendRequest(M_PLATFORM_STATUS, 0, KSLCallback(), "");
   ASSERT_TRUE(client.pollUntil([&] { return !client.listener.errors.empty(); }));
-  EXPECT_EQ(7, client.ID());
+  EXPECT_LT(0, id);
+  EXPECT_EQ(id, client.ID());
   EXPECT_TRUE(client.CommunicationEnabled());
 
-  server.answer("game.popEvents", http(replyXml(linktest::arrayXml({linktest::eventXml(105, "<nil/>")}))));
+  simulator.apply({{"do", "event"}, {"id", T_GAME_EXITED}});
   EXPECT_TRUE(client.pollUntil([&] { return !client.listener.events.empty(); }));
+  EXPECT_EQ(std::vector<int>{T_GAME_EXITED}, client.listener.events);
   EXPECT_EQ((std::vector<Note>{{M_PLATFORM_STATUS, GetParam().code, GetParam().text}}), client.listener.errors);
 }
 
@@ -204,12 +147,9 @@ INSTANTIATE_TEST_SUITE_P(Replies, BadReplyOverHttp, testing::ValuesIn(BadReplies
                          [](const auto& info) { return std::string(info.param.name); });
 
 TEST(TKSLClientHttp, ARefusedConnectionIsAFailedAttempt) {
-  std::string url;
-  {
-    const LoopbackServer server;
-    url = server.url();
-  }
-  HttpClient client(url);
+  Simulator simulator;
+  HttpClient client(simulator.url());
+  ASSERT_TRUE(simulator.shutThePort());
   EXPECT_EQ(-1, client.Start(true, 1));
   ASSERT_LE(3U, client.listener.inits.size());
   const Note failed{M_INIT, 1, Failed};
@@ -219,23 +159,37 @@ TEST(TKSLClientHttp, ARefusedConnectionIsAFailedAttempt) {
 }
 
 TEST(TKSLClientHttp, AServiceThatGoesAwayKeepsTheRegistration) {
-  auto server = std::make_unique<LoopbackServer>();
-  server->answer("topscreen.init", http(initReply(7)));
-  HttpClient client(server->url());
+  Simulator simulator;
+  HttpClient client(simulator.url());
   ASSERT_EQ(0, client.Start(true, 0));
-  server.reset();
+  const int id = client.ID();
+  ASSERT_TRUE(simulator.shutThePort());
   ASSERT_TRUE(client.pollUntil([&] { return client.listener.errors.size() >= 2; }));
   EXPECT_EQ((Note{M_POPEVENTS, 1, Failed}), client.listener.errors.back());
-  EXPECT_EQ(7, client.ID());
+  EXPECT_LT(0, id);
+  EXPECT_EQ(id, client.ID());
 }
 
 TEST(TKSLClientHttp, NotRegisteredLeadsToANewRegistration) {
-  LoopbackServer server;
-  server.answer("topscreen.init", http(initReply(7)));
-  HttpClient client(server.url());
+  Simulator simulator;
+  HttpClient client(simulator.url());
   ASSERT_EQ(0, client.Start(true, 0));
-  server.answer("topscreen.init", http(initReply(8)));
-  server.answer("game.popEvents", http(replyXml(errorStruct(E_NOT_REGISTERED, "who are you"))));
-  ASSERT_TRUE(client.pollUntil([&] { return client.ID() == 8; }));
+  const int id = client.ID();
+  simulator.apply({{"do", "bad"},
+                   {"method", "game.popEvents"},
+                   {"reply", "fault"},
+                   {"code", "E_NOT_REGISTERED"},
+                   {"text", "who are you"}});
+  ASSERT_TRUE(client.pollUntil([&] { return client.ID() > id; }));
   EXPECT_EQ((Note{M_POPEVENTS, E_NOT_REGISTERED, "who are you"}), client.listener.errors.at(0));
+}
+
+TEST(TKSLClientHttp, AnAnswerOfHttp10WhoseEndIsThatOfTheConnectionIsUnderstood) {
+  Simulator simulator;
+  Json step = raw("HTTP/1.0 200 OK\r\nServer: other\r\nContent-type: text/xml\r\n\r\n" + linktest::initReply(70));
+  step.update({{"do", "bad"}, {"method", "topscreen.init"}});
+  simulator.apply(step);
+  HttpClient client(simulator.url());
+  ASSERT_EQ(0, client.Start(true, 0));
+  EXPECT_EQ(70, client.ID());
 }

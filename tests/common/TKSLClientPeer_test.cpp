@@ -1,70 +1,48 @@
-// The client against a service that shares no code with it: Python's xmlrpc.server (wire_peer.py).
+// The client and a library that shares no code with it, Python's xmlrpc.client: xmlrpc_texts.py writes the answers
+// into a recording, the simulator plays them back byte by byte, a second one in between records what the client
+// asks for, and xmlrpc_texts.py reads that.
 #include <gtest/gtest.h>
-#include <spawn.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include <cstdio>
 #include <cstdlib>
+#include <filesystem>
+#include <fstream>
 
 #include "LinkTestSupport.h"
+#include "tools/kslsim/RecordServer.h"
+#include "tools/kslsim/Service.h"
 #include "vesperatopscreen/InitData.h"
 
 #include "tests/support/TestPaths.h"
-
-extern char** environ;
 
 using linktest::waitFor;
 
 namespace {
 
-// The peer's process; it ends when its standard input is closed.
-class Peer {
- public:
-  Peer() {
-    int input[2];
-    int output[2];
-    if (pipe(input) != 0 || pipe(output) != 0) {
-      return;
-    }
-    posix_spawn_file_actions_t actions;
-    posix_spawn_file_actions_init(&actions);
-    posix_spawn_file_actions_adddup2(&actions, input[0], STDIN_FILENO);
-    posix_spawn_file_actions_adddup2(&actions, output[1], STDOUT_FILENO);
-    for (const int end : {input[0], input[1], output[0], output[1]}) {
-      posix_spawn_file_actions_addclose(&actions, end);
-    }
-    const std::string script = std::string(testpaths::source) + "/tests/common/wire_peer.py";
-    const char* arguments[] = {"python3", script.c_str(), nullptr};
-    if (posix_spawnp(&mProcess, "python3", &actions, nullptr, const_cast<char**>(arguments), environ) != 0) {
-      mProcess = -1;
-    }
-    posix_spawn_file_actions_destroy(&actions);
-    close(input[0]);
-    close(output[1]);
-    mInput = input[1];
-    FILE* lines = fdopen(output[0], "r");
-    char line[32] = "";
-    if (std::fgets(line, sizeof line, lines) != nullptr) {
-      mPort = std::atoi(line);
-    }
-    std::fclose(lines);
+namespace fs = std::filesystem;
+
+// What xmlrpc_texts.py prints.
+std::string python(const char* what, const std::string& file) {
+  const std::string command =
+    "python3 '" + std::string(testpaths::source) + "/tests/common/xmlrpc_texts.py' " + what + " '" + file + "'";
+  FILE* output = popen(command.c_str(), "r");
+  if (output == nullptr) {
+    ADD_FAILURE() << command;
+    return "";
   }
-
-  ~Peer() {
-    close(mInput);
-    if (mProcess > 0) {
-      waitpid(mProcess, nullptr, 0);
-    }
+  std::string text;
+  char buffer[4096];
+  for (size_t count; (count = std::fread(buffer, 1, sizeof buffer, output)) > 0;) {
+    text.append(buffer, count);
   }
+  EXPECT_EQ(0, pclose(output)) << command;
+  return text;
+}
 
-  int port() const { return mPort; }
-
- private:
-  pid_t mProcess = -1;
-  int mInput = -1;
-  int mPort = 0;
-};
+std::string contentOf(const std::string& file) {
+  std::ifstream in(file, std::ios::binary);
+  return std::string(std::istreambuf_iterator<char>(in), {});
+}
 
 class PeerListener : public linktest::NotingListener {
  public:
@@ -82,42 +60,77 @@ class PeerListener : public linktest::NotingListener {
   std::string locale;
 };
 
-}  // namespace
-
 class TKSLClientPeer : public testing::Test {
  protected:
-  TKSLClientPeer() : client("TopScreen", "http://127.0.0.1:" + std::to_string(peer.port()) + "/KSL", 0) {
-    client.SetInitMethod("topscreen.init", ParseInitResponse, DestroyInitObject);
-    client.SetListener(&listener);
-    client.SetPopRequestFrequency(1);
+  static void SetUpTestSuite() {
+    std::string name = (fs::temp_directory_path() / "topscreen-peer-XXXXXX").string();
+    ASSERT_NE(nullptr, mkdtemp(name.data()));
+    folder = name;
+    python("answers", folder + "/answers");
+  }
+  static void TearDownTestSuite() {
+    std::error_code error;
+    fs::remove_all(folder, error);
   }
 
   void SetUp() override {
-    ASSERT_NE(0, peer.port());
-    ASSERT_EQ(0, client.Start(true, 0)) << (listener.inits.empty() ? "" : listener.inits[0].text);
+    std::string error;
+    kslsim::Service::Options options{.port = 0, .controlPort = 0};
+    options.replay = contentOf(folder + "/answers");
+    service = std::make_unique<kslsim::Service>(options);
+    ASSERT_TRUE(service->start(error)) << error;
+    recorder = std::make_unique<kslsim::RecordServer>(
+      "/KSL", "http://127.0.0.1:" + std::to_string(service->port()) + "/KSL");
+    ASSERT_TRUE(recorder->open(recording, kslsim::RecordingWriter::Form::Wire));
+    ASSERT_TRUE(recorder->start(0));
+    client =
+      std::make_unique<TKSLClient>("TopScreen", "http://127.0.0.1:" + std::to_string(recorder->port()) + "/KSL", 0);
+    client->SetInitMethod("topscreen.init", ParseInitResponse, DestroyInitObject);
+    client->SetListener(&listener);
+    client->SetPopRequestFrequency(1);
+    ASSERT_EQ(0, client->Start(true, 0)) << (listener.inits.empty() ? "" : listener.inits[0].text);
   }
 
-  std::string param(const char* name) {
-    std::string text;
-    client.SendRequestSync(
-      M_GETPARAM,
-      [&text](void* data, bool isError) {
-        text = isError ? *static_cast<KSLError*>(data)->errorDescription
-                       : static_cast<std::string>(
-                           xmlrpc_c::value_string(static_cast<GetParamResponseData*>(data)->parameterValue));
-        return 0;
-      },
-      "(s)", name);
-    return text;
+  // The parameters of all calls of the method so far, as Python has read them from the calls' text.
+  std::vector<std::string> calls(const std::string& method) const {
+    std::istringstream lines(python("calls", recording));
+    std::vector<std::string> chosen;
+    for (std::string line; std::getline(lines, line);) {
+      if (line.starts_with(method + " ")) {
+        chosen.push_back(line.substr(method.size() + 1));
+      }
+    }
+    return chosen;
   }
 
-  Peer peer;
+  // Polls until so many calls of the method have been answered.
+  bool answered(const std::string& method, int count) {
+    return waitFor([&] {
+      client->Poll(0);
+      const std::string text = contentOf(recording);
+      int found = 0;
+      for (size_t at = 0; (at = text.find("\"method\":\"" + method, at)) != std::string::npos; ++at) {
+        ++found;
+      }
+      return found >= count;
+    });
+  }
+
+  static std::string folder;
+  const std::string recording = folder + "/recording";
+  std::unique_ptr<kslsim::Service> service;
+  std::unique_ptr<kslsim::RecordServer> recorder;
   PeerListener listener;
-  TKSLClient client;
+  std::unique_ptr<TKSLClient> client;
 };
 
+std::string TKSLClientPeer::folder;
+
+}  // namespace
+
 TEST_F(TKSLClientPeer, Registers) {
-  EXPECT_EQ(7, client.ID());
+  EXPECT_EQ(7, client->ID());
+  EXPECT_EQ(std::vector<std::string>{"['TopScreen', '1.5.0']"}, calls("topscreen.init"));
   EXPECT_EQ("de_DE.UTF-8 de , . 3", listener.locale);
 }
 
@@ -143,20 +156,20 @@ TEST_F(TKSLClientPeer, BringsEventsOfEveryType) {
     seen.push_back(text);
   };
   ASSERT_TRUE(waitFor([&] {
-    client.Poll(0);
+    client->Poll(0);
     return seen.size() >= 6;
   }));
-  seen.resize(6);
   EXPECT_EQ((std::vector<std::string>{"105 9", "104 5000000000 -1 9223372036854775807", "103 gr\u00fc\u00df <dich>",
                                       "102 true", "106 6", "107 3"}),
             seen);
+  EXPECT_EQ("[7]", calls("game.popEvents").at(0));
   EXPECT_TRUE(listener.errors.empty());
 }
 
 TEST_F(TKSLClientPeer, ReadsTheWholeState) {
   PlatformState state;
   std::string failure;
-  client.SendRequestSync(
+  client->SendRequestSync(
     M_PLATFORM_STATUS,
     [&](void* data, bool isError) {
       if (isError) {
@@ -175,11 +188,12 @@ TEST_F(TKSLClientPeer, ReadsTheWholeState) {
   EXPECT_EQ(INT64_MIN, state.JackpotData[1].minBet);
   EXPECT_EQ("\u20ac", state.JackpotData[1].currency);
   EXPECT_EQ(2, state.JackpotData[1].id);
+  EXPECT_EQ(std::vector<std::string>{"[]"}, calls("platform.state"));
 }
 
 TEST_F(TKSLClientPeer, IsUnderstoodWithEveryType) {
   std::string text;
-  client.SendRequestSync(
+  client->SendRequestSync(
     M_GETPARAM,
     [&text](void* data, bool isError) {
       EXPECT_FALSE(isError);
@@ -188,21 +202,29 @@ TEST_F(TKSLClientPeer, IsUnderstoodWithEveryType) {
       return 0;
     },
     "(iIdbns{s:i})", -1, static_cast<xmlrpc_int64>(5000000000), 1.5, static_cast<xmlrpc_bool>(1), "<&>", "key", 2);
-  EXPECT_EQ("[7, -1, 5000000000, 1.5, True, None, '<&>', {'key': 2}]", text);
+  EXPECT_EQ("caf\u00e9 & <more>", text);
+  EXPECT_EQ(std::vector<std::string>{"[7, -1, 5000000000, 1.5, True, None, '<&>', {'key': 2}]"},
+            calls("game.getParam"));
 }
 
 TEST_F(TKSLClientPeer, TakesPackagesOfEvents) {
-  client.BeginEventStack();
-  client.PushEvent(G_GAME_START, "");
-  client.PushEvent(G_BET, "I", static_cast<xmlrpc_int64>(5000000000));
-  client.EndEventStack();
-  ASSERT_TRUE(waitFor([&] { return param("pushed") != "[]"; }));
-  EXPECT_EQ("[[7, 0, [{'eventID': 1, 'context': None}, {'eventID': 200, 'context': 5000000000}]]]",
-            param("pushed"));
+  client->BeginEventStack();
+  client->PushEvent(G_GAME_START, "");
+  client->PushEvent(G_BET, "I", static_cast<xmlrpc_int64>(5000000000));
+  client->EndEventStack();
+  ASSERT_TRUE(answered("game.pushEvents", 1));
+  // The number of the second tells that the answer to the first was understood.
+  client->PushEvent(G_GAME_END, "s", "\u20ac & <end>");
+  ASSERT_TRUE(answered("game.pushEvents", 2));
+  EXPECT_EQ(
+    (std::vector<std::string>{"[7, 0, [{'eventID': 1, 'context': None}, {'eventID': 200, 'context': 5000000000}]]",
+                              "[7, 1, [{'eventID': 2, 'context': '\u20ac & <end>'}]]"}),
+    calls("game.pushEvents"));
+  EXPECT_TRUE(listener.errors.empty());
 }
 
 TEST_F(TKSLClientPeer, AnUnknownMethodIsAFault) {
-  EXPECT_EQ(0, client.SendRequestSync(M_VOLUME, KSLCallback(), "()"));
+  EXPECT_EQ(0, client->SendRequestSync(M_VOLUME, KSLCallback(), "()"));
   ASSERT_EQ(1U, listener.errors.size());
   EXPECT_EQ(E_INTERNAL_ERROR, listener.errors[0].code);
   EXPECT_NE(std::string::npos, listener.errors[0].text.find("system.volume"));
