@@ -3,7 +3,6 @@
 #include <csignal>
 #include <fstream>
 
-#include "tests/system/ConnectionCounter.h"
 #include "tests/system/SystemHarness.h"
 
 namespace systest {
@@ -73,29 +72,31 @@ INSTANTIATE_TEST_SUITE_P(All, PoliteSignal, testing::Values(SIGHUP, SIGINT, SIGQ
 // While nobody answers.
 class SignalDuringTheStart : public SystemTest, public testing::WithParamInterface<int> {
  protected:
-  SignalDuringTheStart() : mAddress("127.0.0.1:" + std::to_string(mNobody.port())) {}
-  ConnectionCounter mNobody;
-  const std::string mAddress;
+  void SetUp() override {
+    SystemTest::SetUp();
+    if (HasFatalFailure()) return;
+    startRefusing();
+  }
 };
 
 TEST_P(SignalDuringTheStart, EndsItAsSoonAsTheHandlerStands) {
-  startProgram(mAddress, Renderer::Software, {});
+  startProgram(mSimulator.address(), Renderer::Software, {});
   ASSERT_TRUE(within(20000, [this] { return handles(GetParam()); }));
   mProgram.signal(GetParam());
   EXPECT_TRUE(exitsWith(EXIT_BOUND, GetParam()));
 }
 
 TEST_P(SignalDuringTheStart, EndsTheLoad) {
-  startProgram(mAddress, Renderer::Software, {});
+  startProgram(mSimulator.address(), Renderer::Software, {});
   ASSERT_TRUE(within(20000, [this] { return !log().empty(); }));
   mProgram.signal(GetParam());
   EXPECT_TRUE(exitsWith(EXIT_BOUND, GetParam()));
 }
 
 TEST_P(SignalDuringTheStart, EndsTheLoader) {
-  startProgram(mAddress, Renderer::Software, {});
+  startProgram(mSimulator.address(), Renderer::Software, {});
   ASSERT_TRUE(within(20000, [this] { return loaderShown(); }));
-  ASSERT_TRUE(within(20000, [&] { return !mNobody.times().empty(); }));
+  ASSERT_TRUE(within(20000, [this] { return !mSimulator.refusals().empty(); }));
   mProgram.signal(GetParam());
   EXPECT_TRUE(exitsWith(EXIT_BOUND, GetParam()));
 }
@@ -136,19 +137,18 @@ TEST_F(Exit, FrequencyOf0IsADivisionFault) {
 // The client registers without end and cannot be stopped meanwhile: that is the one end that waits, for the
 // service.
 TEST_F(Exit, EscapeWhileNobodyAnswersTearsDownAndEndsWith0OnceSomebodyDoes) {
-  std::string address;
-  {
-    ConnectionCounter nobody;
-    address = "127.0.0.1:" + std::to_string(nobody.port());
-    startProgram(address, Renderer::Software, {});
-    ASSERT_TRUE(within(20000, [this] { return loaderShown(); }));
-    ASSERT_TRUE(mX.typeKey("Escape"));
-    ASSERT_TRUE(within(EXIT_BOUND, [this] { return mX.findWindow("TopScreen") == 0; }));
-    const size_t attempts = nobody.times().size();
-    ASSERT_TRUE(within(EXIT_BOUND, [&] { return nobody.times().size() >= attempts + 2; }));
-    ASSERT_TRUE(mProgram.running());
-  }
-  ASSERT_TRUE(mSimulator.start(mFolder, std::stoi(address.substr(address.find(':') + 1))));
+  startRefusing();
+  if (HasFatalFailure()) return;
+  startProgram(mSimulator.address(), Renderer::Software, {});
+  ASSERT_TRUE(within(20000, [this] { return loaderShown(); }));
+  ASSERT_TRUE(mX.typeKey("Escape"));
+  ASSERT_TRUE(within(EXIT_BOUND, [this] { return mX.findWindow("TopScreen") == 0; }));
+  const size_t attempts = mSimulator.refusals().size();
+  ASSERT_TRUE(within(EXIT_BOUND, [&] { return mSimulator.refusals().size() >= attempts + 2; }));
+  ASSERT_TRUE(mProgram.running());
+  const int port = mSimulator.port();
+  mSimulator.process().kill();
+  ASSERT_TRUE(mSimulator.start(mFolder, port));
   EXPECT_TRUE(exitsWith(EXIT_BOUND, 0));
   EXPECT_EQ(mSimulator.calls("topscreen.init"), 1);
   EXPECT_EQ(mSimulator.calls("game.popEvents"), 0);

@@ -1,5 +1,4 @@
 // From the start of the program to its first panel.
-#include "tests/system/ConnectionCounter.h"
 #include "tests/system/SystemHarness.h"
 
 namespace systest {
@@ -9,8 +8,9 @@ INSTANTIATE_TEST_SUITE_P(All, SystemRendererTest, testing::Values(Renderer::Soft
                          rendererName);
 
 TEST_P(SystemRendererTest, LoaderIsShownAsLongAsThereIsNoService) {
-  ConnectionCounter nobody;
-  startProgram("127.0.0.1:" + std::to_string(nobody.port()), GetParam(), {});
+  startRefusing();
+  if (HasFatalFailure()) return;
+  startProgram(mSimulator.address(), GetParam(), {});
   ASSERT_TRUE(within(20000, [this] { return loaderShown(); }));
   // Seven dots of 40 by 40 circle the middle, and a line of text stands below them.
   const Box circle{960 - 130, 540 - 130, 260, 260};
@@ -22,7 +22,7 @@ TEST_P(SystemRendererTest, LoaderIsShownAsLongAsThereIsNoService) {
   // It moves.
   const Picture before = mX.picture(circle);
   EXPECT_TRUE(within(5000, [&] { return mX.picture(circle) != before; }));
-  ASSERT_TRUE(within(20000, [&] { return nobody.times().size() >= 2; }));
+  ASSERT_TRUE(within(20000, [this] { return mSimulator.refusals().size() >= 2; }));
   EXPECT_TRUE(loaderShown());
   EXPECT_TRUE(mProgram.running());
 }

@@ -3,8 +3,7 @@
 #include <httplib.h>
 #include <sys/wait.h>
 #include <filesystem>
-
-#include "tests/system/ConnectionCounter.h"
+#include <random>
 
 namespace systest {
 namespace {
@@ -59,6 +58,16 @@ bool SimulatorProcess::start(const std::string& folder, int port) {
          mProcess.running();
 }
 
+bool SimulatorProcess::startAnywhere(const std::string& folder) {
+  // Below the range from which the kernel serves those who ask for any port: there another test could take it
+  // between the end of one simulator and the start of the next.
+  std::uniform_int_distribution<int> ports(20000, 31999);
+  std::random_device chance;
+  for (int tries = 0; tries < 20; ++tries)
+    if (start(folder, ports(chance))) return true;
+  return false;
+}
+
 void SimulatorProcess::apply(const Json& step) {
   httplib::Client client("127.0.0.1", mControlPort);
   const auto answer = client.Post("/api/do", step.dump(), "application/json");
@@ -80,6 +89,13 @@ Json SimulatorProcess::log(uint64_t n) { return get("/api/log?since=" + std::to_
 int SimulatorProcess::calls(const std::string& method) {
   int out = 0;
   for (const Json& entry : log(0)) out += entry.value("method", "") == method;
+  return out;
+}
+
+std::vector<int64_t> SimulatorProcess::refusals() {
+  std::vector<int64_t> out;
+  for (const Json& entry : log(0))
+    if (entry.value("bad", "") == "refuse") out.push_back(entry["t"].get<int64_t>());
   return out;
 }
 
@@ -115,7 +131,13 @@ void SystemTest::TearDown() {
 }
 
 void SystemTest::startSimulator() {
-  ASSERT_TRUE(mSimulator.start(mFolder, freePort())) << contentOf(mFolder + "/kslsim.txt");
+  ASSERT_TRUE(mSimulator.startAnywhere(mFolder)) << contentOf(mFolder + "/kslsim.txt");
+}
+
+void SystemTest::startRefusing() {
+  startSimulator();
+  if (HasFatalFailure()) return;
+  mSimulator.apply({{"do", "bad"}, {"method", "*"}, {"reply", "refuse"}, {"calls", -1}});
 }
 
 void SystemTest::startProgram(const std::string& address, Renderer renderer,

@@ -25,8 +25,11 @@ bool within(int milliseconds, const std::function<bool()>& condition);
 // A running kslsim with its control port. Used by one thread.
 class SimulatorProcess {
  public:
-  // On the given port, or on a free one for 0.
+  // On the given port, which can be that of an earlier one. False when it is taken.
   bool start(const std::string& folder, int port);
+
+  // On a free port that can be taken again once this one has ended.
+  bool startAnywhere(const std::string& folder);
 
   int port() const { return mPort; }
   std::string address() const { return "127.0.0.1:" + std::to_string(mPort); }
@@ -39,8 +42,11 @@ class SimulatorProcess {
   // What has happened since entry n.
   Json log(uint64_t n);
 
-  // Calls of the method since the start; of all methods that were not answered badly when `well` is set.
+  // Calls of the method since the start, however they were answered.
   int calls(const std::string& method);
+
+  // When each refused call came, in milliseconds since the start.
+  std::vector<int64_t> refusals();
 
   // The "n" of the latest entry.
   uint64_t latest();
@@ -66,6 +72,9 @@ class SystemTest : public testing::Test {
 
   // Starts the simulator on a free port, which can be taken again once it has ended.
   void startSimulator();
+
+  // The same, but every call is refused: as good as no service, and the attempts are counted.
+  void startRefusing();
 
   // Starts the program with this address as its argument; with no argument when empty. The environment adds to and
   // overrides the usual one; a variable with the value "-" is left out.

@@ -1,5 +1,4 @@
 // What the program has to do within a time. These cases have the machine to themselves.
-#include "tests/system/ConnectionCounter.h"
 #include "tests/system/SystemHarness.h"
 
 namespace systest {
@@ -13,14 +12,13 @@ INSTANTIATE_TEST_SUITE_P(All, SystemRendererTest, testing::Values(Renderer::Soft
                          rendererName);
 
 TEST_P(SystemRendererTest, PanelIsShownWithinTwoSecondsOfTheServicesStart) {
-  int port = 0;
-  {
-    ConnectionCounter nobody;
-    port = nobody.port();
-    startProgram("127.0.0.1:" + std::to_string(port), GetParam(), {});
-    ASSERT_TRUE(within(20000, [this] { return loaderShown(); }));
-    ASSERT_TRUE(within(20000, [&] { return nobody.times().size() >= 2; }));
-  }
+  startRefusing();
+  if (HasFatalFailure()) return;
+  startProgram(mSimulator.address(), GetParam(), {});
+  ASSERT_TRUE(within(20000, [this] { return loaderShown(); }));
+  ASSERT_TRUE(within(20000, [this] { return mSimulator.refusals().size() >= 2; }));
+  const int port = mSimulator.port();
+  mSimulator.process().kill();
   ASSERT_TRUE(mSimulator.start(mFolder, port));
   const auto begin = steady_clock::now();
   ASSERT_TRUE(within(2000, [this] { return alike(mX.pixel(5, 1075), TestSkin::BACKGROUND); }))
@@ -31,12 +29,13 @@ TEST_P(SystemRendererTest, PanelIsShownWithinTwoSecondsOfTheServicesStart) {
 class Timing : public SystemTest {};
 
 TEST_F(Timing, RegistersOnceASecondWithoutEnd) {
-  ConnectionCounter nobody;
-  startProgram("127.0.0.1:" + std::to_string(nobody.port()), Renderer::Software, {});
-  ASSERT_TRUE(within(30000, [&] { return nobody.times().size() >= 4; }));
-  const auto times = nobody.times();
+  startRefusing();
+  if (HasFatalFailure()) return;
+  startProgram(mSimulator.address(), Renderer::Software, {});
+  ASSERT_TRUE(within(30000, [this] { return mSimulator.refusals().size() >= 4; }));
+  const std::vector<int64_t> times = mSimulator.refusals();
   for (size_t i = 1; i < 4; ++i) {
-    const auto gap = duration_cast<milliseconds>(times[i] - times[i - 1]).count();
+    const int64_t gap = times[i] - times[i - 1];
     EXPECT_GE(gap, 950) << "attempt " << i;
     EXPECT_LE(gap, bound(1500)) << "attempt " << i;
   }
