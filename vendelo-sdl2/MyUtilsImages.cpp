@@ -6,6 +6,7 @@
 #include <cstring>
 
 #include "vendelo-sdl2/MyUtils.h"
+#include "vendelo-sdl2/PictureHeader.h"
 
 namespace MyUtils {
 namespace {
@@ -13,8 +14,10 @@ namespace {
 // Tried in this order when the path as given does not load.
 constexpr const char* kExtensions[] = {".png", ".jpg", ".jpeg", ".webp", ".tiff", ".gif", ".exif", ".bmp"};
 
-template <typename Load>
-auto loadWithFallback(const std::string& path, const Load& load) {
+// `decode` is not asked for a file that would cost the memory of a picture it cannot hold.
+template <typename Decode>
+auto loadWithFallback(const std::string& path, const Decode& decode) {
+  const auto load = [&decode](const char* file) { return PromisesTooManyPixels(file) ? nullptr : decode(file); };
   // The last dot of the whole path: without an extension it may be one in a directory's name.
   const std::string filename = path.substr(0, path.rfind('.'));
   auto image = load(path.c_str());
@@ -67,7 +70,14 @@ void SDLSurfaces::Destroy() {
 SDL_Surface* SDLSurfaces::CreateNew(const std::string& name) { return LoadSurface(mImageDir + name); }
 
 SDL_Texture* LoadTexture(SDL_Renderer* renderer, const std::string& path) {
-  return loadWithFallback(path, [renderer](const char* file) { return IMG_LoadTexture(renderer, file); });
+  return loadWithFallback(path, [renderer](const char* file) -> SDL_Texture* {
+    SDL_Texture* texture = IMG_LoadTexture(renderer, file);
+    int w = 0, h = 0;
+    if (!texture || SDL_QueryTexture(texture, nullptr, nullptr, &w, &h) != 0) return texture;
+    if (w <= kLongestSide && h <= kLongestSide) return texture;
+    SDL_DestroyTexture(texture);
+    return nullptr;
+  });
 }
 
 SDL_Surface* LoadSurface(const std::string& path) {

@@ -39,7 +39,8 @@ class TAppGuiModule : public TAppModule {
   // The window's size is read again at the next frame.
   virtual void RefreshSize();
   // The device has lost what was drawn into textures: before the next picture the back buffer is made anew, and
-  // every component is told to render its own again. Pictures from files stay as they are. Any thread.
+  // every component is told to render its own again. Pictures from files stay as they are: only renderers of other
+  // systems lose these too, and report it with SDL_RENDER_DEVICE_RESET. Any thread.
   void TexturesLost() { mbTexturesLost = true; }
   // One frame: 0 done, 1 the application terminates, 2 there is no renderer.
   virtual int draw();
@@ -104,7 +105,8 @@ class TAppGuiModule : public TAppModule {
   // A copy of a part, with its alpha as it stands. Null gives null.
   static SDL_Texture* SubImage(SDL_Texture* pSrc, int x, int y, int w, int h);
   static SDL_Surface* SubSurface(SDL_Surface* pSrc, int x, int y, int w, int h);
-  // An empty, transparent render target.
+  // An empty, transparent render target; null when it is longer than MyUtils::kLongestSide or has more
+  // than 2 to the power of 26 pixels.
   static SDL_Texture* CreateLayer(SDL_Texture* pFormatReference, int width, int height, int transparent, int tR,
                                   int tG, int tB, int BitDepth);
   static SDL_Surface* CreateSurface(SDL_Surface* pFormatReference, int width, int height, int transparent, int tR,

@@ -10,6 +10,7 @@
 #include "components/TSpriteAnimation.h"
 #include "vendelo-sdl2/MyUtils.h"
 #include "vendelo-sdl2/TAppGuiModule.h"
+#include "vendelo-sdl2/PictureHeader.h"
 #include "vendelo-sdl2/TApplication.h"
 
 using namespace vendelo_sdl2;
@@ -95,6 +96,11 @@ SDL_Surface* cut(SDL_Surface* image, const TSprite& sprite, Faults& faults) {
   // Larger than the image cannot be meant, and may be larger than the memory.
   if (!any || sprite.width > image->w || sprite.height > image->h) return nullptr;
   const SDL_PixelFormat& f = *image->format;
+  if (std::max(sprite.width, sprite.height) > MyUtils::kLongestSide) {
+    faults.add("sprite " + std::to_string(sprite.id) + " is longer than " + std::to_string(MyUtils::kLongestSide) +
+               " pixels");
+    return nullptr;
+  }
   SDL_Surface* surface =
     SDL_CreateRGBSurface(0, sprite.width, sprite.height, f.BitsPerPixel, f.Rmask, f.Gmask, f.Bmask, f.Amask);
   if (!surface) return nullptr;

@@ -9,6 +9,7 @@
 
 #include "common/ThreadSafeProperty.h"
 #include "components/Tlabel.h"
+#include "vendelo-sdl2/PictureHeader.h"
 #include "vendelo-sdl2/TApplication.h"
 #include "vesperatopscreen/TopScreenApp.h"
 
@@ -134,7 +135,7 @@ void TPaytablesPanel::startLoad(const std::string& game_name, std::vector<ImageI
   auto work = [this, jobs, game_name, toLoad = std::move(toLoad)] {
     std::map<std::string, std::shared_ptr<SDL_Surface>> surfaces;
     for (const ImageInfo& info : toLoad)
-      if (!info.filepath.empty())
+      if (!info.filepath.empty() && !MyUtils::PromisesTooManyPixels(info.filepath))
         surfaces[info.name] = std::shared_ptr<SDL_Surface>(IMG_Load(info.filepath.c_str()), SDL_FreeSurface);
     pApp->DeferToDraw([this, game_name, surfaces] { takeImages(game_name, surfaces); }, false);
     --*jobs;
@@ -147,7 +148,8 @@ void TPaytablesPanel::startLoad(const std::string& game_name, std::vector<ImageI
 void TPaytablesPanel::takeImages(const std::string& game_name,
                                  const std::map<std::string, std::shared_ptr<SDL_Surface>>& surfaces) {
   for (const auto& [page, surface] : surfaces) {
-    SDL_Texture* texture = SDL_CreateTextureFromSurface(GetRenderer(), surface.get());
+    SDL_Texture* texture =
+      MyUtils::IsTooLong(surface.get()) ? nullptr : SDL_CreateTextureFromSurface(GetRenderer(), surface.get());
     SDL_SetTextureBlendMode(texture, SDL_BLENDMODE_BLEND);
     setPage(page, texture);
   }

@@ -195,6 +195,16 @@ TEST_F(SpriteAnimation, RectanglesOutOfTheImage) {
 TEST_F(SpriteAnimation, OffsetsPastAllSenseDrawNothingHere) {
   writeCells("cells.png", 2, 20, 20);
   const Loaded one(write("offsets", R"(<TextureAtlas imagePath="cells.png"><sprite n="a" x="0" y="0" w="20" h="20"
+TEST_F(SpriteAnimation, AFrameLongerThanAnyTextureShowsNothing) {
+  writeCells("long.png", 1, 32768, 1);
+  const Loaded one(write("long", R"(<TextureAtlas imagePath="long.png"><sprite n="a" x="0" y="0" w="32768" h="1"/>
+    <sprite n="b" x="0" y="0" w="32767" h="1"/></TextureAtlas>)"),
+                   20, 20);
+  EXPECT_EQ("Animation " + folder + "long.png: sprite 0 is longer than 32767 pixels\n", one.told);
+  EXPECT_EQ(nullptr, one.sprites->mSprites[0]->surface);
+  EXPECT_NE(nullptr, one.sprites->mSprites[1]->surface);
+}
+
     oX="2147483647" oY="-2147483648" oW="2147483647" oH="9999999999"/></TextureAtlas>)"),
                    20, 20);
   EXPECT_EQ("", one.told);

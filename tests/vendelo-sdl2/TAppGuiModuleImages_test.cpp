@@ -56,6 +56,11 @@ TEST_F(AppGuiModule, ALayerLeavesTargetAndColourAsTheyWere) {
   EXPECT_EQ(SDL_BLENDMODE_BLEND, mode);
   SDL_SetRenderTarget(renderer, nullptr);
   EXPECT_EQ(nullptr, TAppGuiModule::CreateLayer(nullptr, 0, 5, 0, 0, 0, 0, 16));
+  // As large as no screen is, and as no memory is.
+  EXPECT_EQ(nullptr, TAppGuiModule::CreateLayer(nullptr, 8193, 8192, 0, 0, 0, 0, 16));
+  EXPECT_EQ(nullptr, TAppGuiModule::CreateLayer(nullptr, 32768, 1, 0, 0, 0, 0, 16)) << "not to be scaled safely";
+  EXPECT_EQ(nullptr, TAppGuiModule::CreateLayer(nullptr, 1, 32768, 0, 0, 0, 0, 16));
+  EXPECT_EQ(nullptr, TAppGuiModule::CreateLayer(nullptr, 2147483647, 2147483647, 0, 0, 0, 0, 16));
 }
 
 TEST_F(AppGuiModule, SubImageCopiesAlphaAsItStands) {

@@ -1,0 +1,23 @@
+#pragma once
+
+#include <SDL.h>
+#include <string>
+
+namespace MyUtils {
+
+// No texture is longer in pixels, on either side: SDL counts them in 16 bits where it scales by software, and reads
+// outside its memory beyond that. Other renderers end sooner.
+constexpr int kLongestSide = 32767;
+
+// False for null.
+inline bool IsTooLong(const SDL_Surface* picture) {
+  return picture && (picture->w > kLongestSide || picture->h > kLongestSide);
+}
+
+// Whether the header of a PNG or JPEG file promises a picture that must not be given to a decoder, because the
+// decoder takes the memory for all of it before it looks at the pixels: more than any renderer draws, or far more
+// than a file of that length can hold, as a damaged header does. False for everything else, also for a file that
+// cannot be read or is none of the two. Any thread.
+bool PromisesTooManyPixels(const std::string& path);
+
+}  // namespace MyUtils
