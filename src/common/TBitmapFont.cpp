@@ -184,7 +184,8 @@ SDL_Texture* TBitmapFont::RenderText(SDL_Renderer* renderer, const std::string& 
     const TGlyph* glyph = layout.glyphs[i];
     if (!glyph) continue;
     const int64_t x = cursorx + glyph->xoffset + mPaddingLeft, y = cursory + glyph->yoffset + mPaddingTop;
-    if (std::max(std::llabs(x), std::llabs(y)) < kFarAway) {
+    // A renderer takes memory for a glyph of any size, however little of it is seen.
+    if (std::max(std::llabs(x), std::llabs(y)) < kFarAway && int64_t{glyph->width} * glyph->height <= kMaxPixels) {
       const SDL_Rect source{glyph->x, glyph->y, glyph->width, glyph->height};
       const SDL_Rect destination{static_cast<int>(x), static_cast<int>(y), glyph->width, glyph->height};
       SDL_RenderCopy(renderer, mpGlyphTexture, &source, &destination);

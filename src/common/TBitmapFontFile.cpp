@@ -1,7 +1,6 @@
 // The description file of a bitmap font.
 #include <algorithm>
 #include <cstdlib>
-#include <cstring>
 #include <deque>
 #include <fstream>
 #include <locale>
@@ -10,6 +9,7 @@
 #include <unordered_map>
 
 #include "common/TBitmapFont.h"
+#include "common/XmlNesting.h"
 #include "vendelo-sdl2/MyUtils.h"
 #include "vendelo-sdl2/TLogManager.h"
 
@@ -23,21 +23,8 @@ TBitmapFont::TGlyph* newGlyph() {
   return &arena.emplace_back();
 }
 
-// More elements inside each other than this are no font; the parser would run out of stack.
-constexpr int kMaxDepth = 64;
-
-// The text ends with a zero.
-bool isTooDeep(const char* text) {
-  int depth = 0;
-  while ((text = std::strpbrk(text, "</"))) {
-    const char sign = *text++;
-    if (sign == '/' ? *text == '>' : *text == '/')
-      depth = std::max(0, depth - 1);
-    else if (sign == '<' && *text != '!' && *text != '?' && ++depth > kMaxDepth)
-      return true;
-  }
-  return false;
-}
+// Numbers of pixels are kept within what can be added up and multiplied without overflow.
+constexpr int kMaxPixels = 1 << 24;
 
 // Reads numbers out of attributes and remembers what was not there.
 class Reader {
@@ -46,6 +33,8 @@ class Reader {
     const char* value = text(node, name);
     return value ? std::atoi(value) : 0;
   }
+
+  int pixels(const Node* node, const char* name) { return std::clamp(number(node, name), -kMaxPixels, kMaxPixels); }
 
   const char* text(const Node* node, const char* name) {
     const auto* attribute = node ? node->first_attribute(name) : nullptr;
@@ -95,7 +84,7 @@ TBitmapFont::TBitmapFont(SDL_Renderer* renderer, const std::string& name, const 
   std::string problems;
   bool usable = false;
   try {
-    if (isTooDeep(file.data()))
+    if (IsNestedTooDeep(file.data()))
       problems = "its elements are nested too deep";
     else
       usable = parse(renderer, file, problems);
@@ -123,6 +112,7 @@ bool TBitmapFont::parse(SDL_Renderer* renderer, std::vector<char>& file, std::st
   if (const char* padding = reader.text(info, "padding")) {
     int sides[4] = {0, 0, 0, 0};
     reader.numbers(padding, "padding", sides);
+    for (int& side : sides) side = std::clamp(side, -kMaxPixels, kMaxPixels);
     mPaddingTop = sides[0];
     mPaddingRight = sides[1];
     mPaddingBottom = sides[2];
@@ -134,8 +124,8 @@ bool TBitmapFont::parse(SDL_Renderer* renderer, std::vector<char>& file, std::st
     mBackgroundColor = {rgba[0], rgba[1], rgba[2], rgba[3]};
   }
   const Node* common = font->first_node("common");
-  mLineHeight = reader.number(common, "lineHeight");
-  mBase = reader.number(common, "base");
+  mLineHeight = reader.pixels(common, "lineHeight");
+  mBase = reader.pixels(common, "base");
 
   const Node* pages = font->first_node("pages");
   const Node* page = pages ? pages->first_node("page") : nullptr;
@@ -148,13 +138,13 @@ bool TBitmapFont::parse(SDL_Renderer* renderer, std::vector<char>& file, std::st
     for (const Node* c = chars->first_node("char"); c; c = c->next_sibling("char")) {
       TGlyph* glyph = newGlyph();
       glyph->id = reader.number(c, "id");
-      glyph->x = reader.number(c, "x");
-      glyph->y = reader.number(c, "y");
-      glyph->width = reader.number(c, "width");
-      glyph->height = reader.number(c, "height");
-      glyph->xoffset = reader.number(c, "xoffset");
-      glyph->yoffset = reader.number(c, "yoffset");
-      glyph->xadvance = reader.number(c, "xadvance");
+      glyph->x = reader.pixels(c, "x");
+      glyph->y = reader.pixels(c, "y");
+      glyph->width = reader.pixels(c, "width");
+      glyph->height = reader.pixels(c, "height");
+      glyph->xoffset = reader.pixels(c, "xoffset");
+      glyph->yoffset = reader.pixels(c, "yoffset");
+      glyph->xadvance = reader.pixels(c, "xadvance");
       mMaxHeight = std::max(mMaxHeight, glyph->height);
       mMaxWidth = std::max(mMaxWidth, glyph->width);
       mGlyphChars.push_back(glyph);
@@ -166,7 +156,7 @@ bool TBitmapFont::parse(SDL_Renderer* renderer, std::vector<char>& file, std::st
     for (const Node* k = kernings ? kernings->first_node("kerning") : nullptr; k; k = k->next_sibling("kerning")) {
       const auto first = byId.find(reader.number(k, "first"));
       if (first != byId.end())
-        first->second->kernings.push_back({reader.number(k, "second"), reader.number(k, "amount")});
+        first->second->kernings.push_back({reader.number(k, "second"), reader.pixels(k, "amount")});
     }
   }
   const auto complain = [&problems](const std::string& problem) {

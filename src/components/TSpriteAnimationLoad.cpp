@@ -7,10 +7,11 @@
 #include <iterator>
 #include <rapidxml/rapidxml.hpp>
 
+#include "common/XmlNesting.h"
 #include "components/TSpriteAnimation.h"
 #include "vendelo-sdl2/MyUtils.h"
-#include "vendelo-sdl2/TAppGuiModule.h"
 #include "vendelo-sdl2/PictureHeader.h"
+#include "vendelo-sdl2/TAppGuiModule.h"
 #include "vendelo-sdl2/TApplication.h"
 
 using namespace vendelo_sdl2;
@@ -95,12 +96,12 @@ SDL_Surface* cut(SDL_Surface* image, const TSprite& sprite, Faults& faults) {
                " by " + std::to_string(image->h));
   // Larger than the image cannot be meant, and may be larger than the memory.
   if (!any || sprite.width > image->w || sprite.height > image->h) return nullptr;
-  const SDL_PixelFormat& f = *image->format;
   if (std::max(sprite.width, sprite.height) > MyUtils::kLongestSide) {
     faults.add("sprite " + std::to_string(sprite.id) + " is longer than " + std::to_string(MyUtils::kLongestSide) +
                " pixels");
     return nullptr;
   }
+  const SDL_PixelFormat& f = *image->format;
   SDL_Surface* surface =
     SDL_CreateRGBSurface(0, sprite.width, sprite.height, f.BitsPerPixel, f.Rmask, f.Gmask, f.Bmask, f.Amask);
   if (!surface) return nullptr;
@@ -120,6 +121,10 @@ void TSpriteAnimation::parseXML(const std::string& spriteFilenameXML) {
   }
   std::vector<char> text((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
   text.push_back('\0');
+  if (IsNestedTooDeep(text.data())) {
+    std::printf("Animation %s: its elements are nested too deep\n", spriteFilenameXML.c_str());
+    return;
+  }
   rapidxml::xml_document<char> document;
   try {
     document.parse<0>(text.data());

@@ -175,10 +175,13 @@ TEST_F(BadFonts, RectanglesOutsideThePictureAreOneLineAndDrawNothing) {
     {'h', 2147483647, 0, 2147483647, 10, 0, 0, 10},
     {'i', 0, 0, 0, 0, 0, 0, 10},
     {'j', 900, 900, 0, 0, 0, 0, 10},
+    {'k', 2147483647, 0, 8, 10, 0, 0, 10},
+    {'l', 0, 2147483640, 8, 10, 0, 0, 10},
   };
   TBitmapFont* font = make("outside", testfont::toXml(good));
-  EXPECT_EQ("4 Font " + folder + "outside.fnt: 8 of its glyphs lie outside the picture.", written());
-  for (const char* text : {"a", "b", "c", "d", "e", "f", "g", "h", "i", "j", "abcdefghij", "aaaa\nbbbb"}) {
+  EXPECT_EQ("4 Font " + folder + "outside.fnt: 10 of its glyphs lie outside the picture.", written());
+  for (const char* text :
+       {"a", "b", "c", "d", "e", "f", "g", "h", "i", "j", "k", "l", "abcdefghijkl", "aaaa\nbbbb"}) {
     SCOPED_TRACE(text);
     EXPECT_FALSE(draws(font, text));
   }
@@ -224,6 +227,8 @@ TEST_F(BadFonts, NumbersBeyondAllBoundsDoNoHarm) {
     SDL_Texture* texture = font->RenderText(harness.renderer(), "ABAB\nBA", nullptr, nullptr, RIGHT_UP);
     EXPECT_EQ(row.texture, texture != nullptr);
     if (texture) SDL_DestroyTexture(texture);
+    EXPECT_LE(std::abs(font->LineHeight()), 1 << 24);
+    EXPECT_LE(font->MaxGlyphHeight(), 1 << 24) << "to be multiplied by the rows of a digit strip";
     auto* label = harness.add(new TGlyphLabel(nullptr, 0, 0, 50, 20, "ABAB\nBA", row.name, ""));
     label->SetResize(true);
     harness.frame();

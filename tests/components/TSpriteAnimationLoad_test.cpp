@@ -82,6 +82,8 @@ TEST_F(SpriteAnimation, ReadsTheAtlas) {
 
 TEST_F(SpriteAnimation, FilesThatAreNoAtlasGiveNoFramesAndOneLine) {
   const std::string head = "<TextureAtlas imagePath=\"a.png\">";
+  std::string deep = head;
+  for (int i = 0; i < 100000; ++i) deep += "<n>";
   const struct {
     const char* name;
     std::string xml;  // "-": no file at all
@@ -97,6 +99,7 @@ TEST_F(SpriteAnimation, FilesThatAreNoAtlasGiveNoFramesAndOneLine) {
     {"cut in the root", "<TextureAtlas imagePa", "expected ="},
     {"cut in a sprite", head + "<sprite n=\"a\" x=\"0", "expected ' or \""},
     {"cut before the end", head + "<sprite n=\"a\" x=\"0\" y=\"0\" w=\"1\" h=\"1\"/>", "unexpected end of data"},
+    {"deep", deep, "its elements are nested too deep"},
     {"json", "{\"frames\": [1, 2]}", "expected <"}};
   for (const auto& row : rows) {
     SCOPED_TRACE(row.name);
@@ -192,9 +195,6 @@ TEST_F(SpriteAnimation, RectanglesOutOfTheImage) {
   }
 }
 
-TEST_F(SpriteAnimation, OffsetsPastAllSenseDrawNothingHere) {
-  writeCells("cells.png", 2, 20, 20);
-  const Loaded one(write("offsets", R"(<TextureAtlas imagePath="cells.png"><sprite n="a" x="0" y="0" w="20" h="20"
 TEST_F(SpriteAnimation, AFrameLongerThanAnyTextureShowsNothing) {
   writeCells("long.png", 1, 32768, 1);
   const Loaded one(write("long", R"(<TextureAtlas imagePath="long.png"><sprite n="a" x="0" y="0" w="32768" h="1"/>
@@ -205,6 +205,9 @@ TEST_F(SpriteAnimation, AFrameLongerThanAnyTextureShowsNothing) {
   EXPECT_NE(nullptr, one.sprites->mSprites[1]->surface);
 }
 
+TEST_F(SpriteAnimation, OffsetsPastAllSenseDrawNothingHere) {
+  writeCells("cells.png", 2, 20, 20);
+  const Loaded one(write("offsets", R"(<TextureAtlas imagePath="cells.png"><sprite n="a" x="0" y="0" w="20" h="20"
     oX="2147483647" oY="-2147483648" oW="2147483647" oH="9999999999"/></TextureAtlas>)"),
                    20, 20);
   EXPECT_EQ("", one.told);
