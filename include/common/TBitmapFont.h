@@ -13,7 +13,7 @@
 // Ownership: a registered font is deleted by CleanupBitmapFonts and owns its atlas. A second font on the same file
 // borrows the atlas and the glyphs of the first, and is not registered. Glyphs live as long as the process.
 // Bad input: a missing or malformed file gives an empty font that is not registered; a missing number counts as 0.
-// What is wrong with a file that is there makes one line in the log.
+// What is wrong with a file that is there makes one line in the log, and not the same line again.
 class TBitmapFont {
  public:
   struct TGlyph {
@@ -37,6 +37,9 @@ class TBitmapFont {
   TBitmapFont(const TBitmapFont&) = delete;
   TBitmapFont& operator=(const TBitmapFont&) = delete;
 
+  // A new font of that name and file for somebody who does not own it. When the file is missing or broken this is
+  // one font for all that ask for it, however often and for how many years they do: each asks the file again.
+  static TBitmapFont* Open(SDL_Renderer* renderer, const std::string& name, const std::string& XMLfilename);
   // The first registered font of that name, or null.
   static TBitmapFont* FindBitmapFont(const std::string& name);
   // Deletes every registered font; to be called while the renderer lives.
@@ -66,6 +69,8 @@ class TBitmapFont {
  private:
   struct Layout;
   void shareWith(const TBitmapFont& original);
+  void copySizes(const TBitmapFont& original);  // and the background colour
+  bool isRegistered() const;
   // Whether there was a font with glyphs in it; what is wrong goes to `problems`. Throws rapidxml::parse_error.
   bool parse(SDL_Renderer* renderer, std::vector<char>& file, std::string& problems);
   void loadAtlas(SDL_Renderer* renderer, const std::string& image);

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <cstdint>
 #include <cstdlib>
+#include <utility>
 
 #include "vendelo-sdl2/MyUtils.h"
 #include "vendelo-sdl2/TAppGuiModule.h"
@@ -65,6 +66,26 @@ TBitmapFont::~TBitmapFont() {
   std::erase(UnregisteredFonts, this);
 }
 
+bool TBitmapFont::isRegistered() const {
+  return std::find(BitmapFonts.begin(), BitmapFonts.end(), this) != BitmapFonts.end();
+}
+
+TBitmapFont* TBitmapFont::Open(SDL_Renderer* renderer, const std::string& name, const std::string& XMLfilename) {
+  auto* font = new TBitmapFont(renderer, name, XMLfilename);
+  if (font->isRegistered() || !font->mGlyphChars.empty()) return font;
+  for (TBitmapFont* earlier : UnregisteredFonts) {
+    if (earlier == font || earlier->mName != name || earlier->mXML != XMLfilename) continue;
+    if (!earlier->mGlyphChars.empty()) continue;
+    // Whoever has the earlier one keeps it, as it is with what this file has told now.
+    std::swap(earlier->mpGlyphTexture, font->mpGlyphTexture);
+    std::swap(earlier->mOwnsAtlas, font->mOwnsAtlas);
+    earlier->copySizes(*font);
+    delete font;
+    return earlier;
+  }
+  return font;
+}
+
 TBitmapFont* TBitmapFont::FindBitmapFont(const std::string& name) {
   for (TBitmapFont* font : BitmapFonts)
     if (font->mName == name) return font;
@@ -85,6 +106,10 @@ void TBitmapFont::CleanupBitmapFonts() {
 void TBitmapFont::shareWith(const TBitmapFont& original) {
   mpGlyphTexture = original.mpGlyphTexture;
   mGlyphChars = original.mGlyphChars;
+  copySizes(original);
+}
+
+void TBitmapFont::copySizes(const TBitmapFont& original) {
   mMaxHeight = original.mMaxHeight;
   mMaxWidth = original.mMaxWidth;
   mLineHeight = original.mLineHeight;

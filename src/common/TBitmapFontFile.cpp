@@ -26,6 +26,16 @@ TBitmapFont::TGlyph* newGlyph() {
 // Numbers of pixels are kept within what can be added up and multiplied without overflow.
 constexpr int kMaxPixels = 1 << 24;
 
+// Whether this is not what was said of the file last: labels open a broken one again and again.
+bool isNews(const std::string& file, const std::string& problems) {
+  static auto& told = *new std::unordered_map<std::string, std::string>;
+  if (problems.empty()) return told.erase(file), false;
+  std::string& last = told[file];
+  if (last == problems) return false;
+  last = problems;
+  return true;
+}
+
 // Reads numbers out of attributes and remembers what was not there.
 class Reader {
  public:
@@ -91,7 +101,7 @@ TBitmapFont::TBitmapFont(SDL_Renderer* renderer, const std::string& name, const 
   } catch (const rapidxml::parse_error& error) {
     problems = std::string("it is no XML, ") + error.what();
   }
-  if (!problems.empty())
+  if (isNews(mXML, problems))
     logman::WriteLog(4, 0, "Font %s%s: %s.", mXML.c_str(), usable ? "" : " is not usable", problems.c_str());
   if (!usable) return;
   UnregisteredFonts.pop_back();

@@ -15,7 +15,7 @@ TGlyphLabel::TGlyphLabel(SDL_Renderer* pRenderer, int x, int y, int width, int h
   : TGuiComponent(pRenderer, x, y, width, height, std::move(ComponentName)),
     mNewText(std::move(defaultText)),
     mFont(TBitmapFont::FindBitmapFont(bitmapFontXML)) {
-  if (!mFont) mFont = new TBitmapFont(GetRenderer(), bitmapFontXML, bitmapFontXML + ".fnt");
+  if (!mFont) mFont = TBitmapFont::Open(GetRenderer(), bitmapFontXML, bitmapFontXML + ".fnt");
 }
 
 TGlyphLabel::TGlyphLabel(SDL_Renderer* pRenderer, int x, int y, int width, int height, std::string bitmapFontXML,

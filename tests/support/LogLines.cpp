@@ -31,6 +31,11 @@ std::vector<std::string> LogLines::lines() const {
   return mLines;
 }
 
+size_t LogLines::size() const {
+  const std::lock_guard<std::mutex> lock(mMutex);
+  return mLines.size();
+}
+
 int LogLines::count(const std::string& line) const {
   const auto all = lines();
   return static_cast<int>(std::count(all.begin(), all.end(), line));

@@ -15,6 +15,7 @@ class LogLines : public vendelo_sdl2::TLogManager {
 
   int _WriteLog(char color, vendelo_sdl2::TLogType LogType, unsigned long GameId, const std::string& Text) override;
   std::vector<std::string> lines() const;
+  size_t size() const;
   // How many lines are exactly this text.
   int count(const std::string& line) const;
 
