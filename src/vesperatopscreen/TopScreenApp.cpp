@@ -17,6 +17,7 @@ TopScreenApp::TopScreenApp()
   : serverUrl("http://127.0.0.1:9011/KSL"),
     screen(nullptr),
     hasNoData(true),
+    statusIsWanted(false),
     updatedJp(false),
     updatedGame(false),
     gotFirstInit(false) {}
@@ -90,15 +91,26 @@ int TopScreenApp::RunOnce() {
   if (hasNoData) {
     // Cleared whether or not the request can be queued: only a callback asks again.
     hasNoData = false;
-    pKSL->SendRequest(
-      M_PLATFORM_STATUS, 0, [this](void* data, bool isError) { return StatusReceived(data, isError); }, "");
+    statusIsWanted = true;
   }
+  requestStatus();
   updatedJp = false;
   updatedGame = false;
   pKSL->Poll(0);
   if (updatedJp) updateJackpotPanel();
   if (updatedGame) Update();
   return 0;
+}
+
+// One at a time: the requests for events go first, and while these fail slowly, each asking for a status, requests
+// for it would pile up behind them.
+void TopScreenApp::requestStatus() {
+  if (!statusIsWanted || !statusRequest.expired()) return;
+  statusIsWanted = false;
+  const auto request = std::make_shared<int>(0);
+  statusRequest = request;
+  pKSL->SendRequest(
+    M_PLATFORM_STATUS, 0, [this, request](void* data, bool isError) { return StatusReceived(data, isError); }, "");
 }
 
 void TopScreenApp::updateJackpotPanel() {
