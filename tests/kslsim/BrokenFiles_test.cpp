@@ -2,8 +2,8 @@
 #include <gtest/gtest.h>
 #include <algorithm>
 #include <cstdlib>
-#include <random>
 
+#include "tests/support/Mutator.h"
 #include "tools/kslsim/Recording.h"
 #include "tools/kslsim/Scenario.h"
 
@@ -37,42 +37,6 @@ const std::string RECORDING = R"({"what":"kslsim recording","version":1,"service
 {"at":913,"ms":5003,"method":"game.popEvents","params":[1],"error":"Read"}
 )";
 
-// Bytes changed, left out, doubled, numbers and words of the files in wrong places, and files cut off.
-std::string broken(std::string text, std::mt19937& random) {
-  static const char* const WORDS[] = {
-    "null",   "-1",   "99999999999999999999", "1e400",  "\"\\u0000\"", "\"\xff\"", "{}", "[]", "[[[[", "\"do\"",
-    "\"id\"", "true", "-9223372036854775808", "\"$i8\""};
-  for (unsigned changes = 1 + random() % 4; changes > 0; --changes) {
-    const size_t at = random() % (text.size() + 1);
-    switch (random() % 6) {
-      case 0:
-        if (at < text.size()) text[at] = static_cast<char>(random());
-        break;
-      case 1:
-        text.erase(at, random() % 20);
-        break;
-      case 2:
-        text.insert(at, text.substr(random() % (text.size() + 1), random() % 60));
-        break;
-      case 3: {
-        // A whole value where another one stood.
-        const size_t begin =
-          text.find(": ", at) == std::string::npos ? text.find(':', at) : text.find(": ", at) + 1;
-        const size_t end = text.find_first_of(",}]", begin == std::string::npos ? at : begin);
-        if (begin != std::string::npos && end != std::string::npos)
-          text.replace(begin + 1, end - begin - 1, WORDS[random() % std::size(WORDS)]);
-        break;
-      }
-      case 4:
-        text.insert(at, WORDS[random() % std::size(WORDS)]);
-        break;
-      default:
-        if (random() % 4 == 0) text.resize(at);
-    }
-  }
-  return text;
-}
-
 // The variable BROKEN_FILES asks for more of them.
 int files(int usual) {
   const char* wanted = std::getenv("BROKEN_FILES");
@@ -84,8 +48,7 @@ template <typename Read>
 std::pair<int, int> tryAll(const std::string& text, int count, Read read) {
   std::pair<int, int> out{0, 0};
   for (int seed = 0; seed < count; ++seed) {
-    std::mt19937 random(static_cast<unsigned>(seed));
-    const std::string file = broken(text, random);
+    const std::string file = Mutator(static_cast<unsigned>(seed)).broken(text, Mutator::JSON);
     try {
       read(file);
       ++out.first;
@@ -104,7 +67,7 @@ std::pair<int, int> tryAll(const std::string& text, int count, Read read) {
 
 TEST(BrokenFiles, ScenariosAreReadOrRefused) {
   EXPECT_NO_THROW(Scenario::parse(SCENARIO));
-  const auto [good, bad] = tryAll(SCENARIO, files(500), [](const std::string& text) { Scenario::parse(text); });
+  const auto [good, bad] = tryAll(SCENARIO, files(3300), [](const std::string& text) { Scenario::parse(text); });
   EXPECT_GT(good, 10);
   EXPECT_GT(bad, 200);
 }
