@@ -102,7 +102,7 @@ std::string otherCapitals(const std::string& folder, const std::string& name) {
     if (like.empty()) return {};
     found += like + "/";
   }
-  found.pop_back();
+  if (!found.empty() && found.back() == '/') found.pop_back();
   return found == name ? std::string() : found;
 }
 
@@ -117,17 +117,24 @@ void reportUnused(const std::string& folder, const std::vector<std::string>& wel
   for (const std::string& path : findings.used) {
     used.insert(plain(path));
     usedReally.insert(real(path));
-    usedStems[stemOf(plain(path))] = fs::path(path).filename().string();
+    const std::string extension = fs::path(path).extension().string();
+    if (extension != ".fnt" && extension != ".xml")
+      usedStems[stemOf(plain(path))] = fs::path(path).filename().string();
   }
-  for (const std::string& path : welcome) welcomeNames[small(plain(path))] = fs::path(path).filename().string();
+  std::set<std::string> asked;
+  for (const std::string& path : welcome) {
+    asked.insert(plain(path));
+    welcomeNames[small(plain(path))] = fs::path(path).filename().string();
+  }
   for (const std::string& path : filesBelow(folder, findings)) {
     std::error_code code;
     const std::string name = plain(path);
     if (used.count(name) != 0) continue;
     const bool link = fs::is_symlink(path, code);
-    if (!link && usedReally.count(real(path)) != 0) continue;  // asked for by way of a link
+    if (link && !fs::exists(path, code) && asked.count(name) != 0) continue;  // told as missing
+    if (!link && usedReally.count(real(path)) != 0) continue;                 // asked for by way of a link
     std::string why;
-    if (const auto like = welcomeNames.find(small(name)); like != welcomeNames.end())
+    if (const auto like = welcomeNames.find(small(name)); like != welcomeNames.end() && asked.count(name) == 0)
       why = ", but for \"" + like->second + "\"";
     else if (const auto other = usedStems.find(stemOf(name)); other != usedStems.end())
       why = ", the program takes \"" + other->second + "\"";

@@ -73,6 +73,7 @@ int64_t checkFiles(const std::string& icons, std::vector<std::string>& welcome, 
   for (const SkinFile& file : gameFiles()) {
     const size_t before = findings.decoded.size();
     const std::string animation = file.name + ".xml";
+    welcome.push_back(icons + (file.kind == SkinFileKind::Animation ? animation : file.name));
     if (file.kind == SkinFileKind::Animation && isThere(icons + animation))
       checkAtlas(icons + animation, file.width, file.height, findings);
     else if (file.kind == SkinFileKind::Animation)

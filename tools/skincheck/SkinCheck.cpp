@@ -51,16 +51,24 @@ void checkMeant(const std::string& folder, const std::string& root) {
   if (isFolder(root + "Fonts") || isFile(root + "Background.png"))
     throw WrongFolder("\"" + folder + "\" is the folder VESPERA/TOP_SKIN of a skin: give the one that holds " +
                       "VESPERA, as WORKING_DIR names it, \"" + withSlash(root + "../..") + "\"");
-  const std::string like = otherCapitals(root, kSkinFolder);
+  const std::string like = otherCapitals(root, "VESPERA/TOP_SKIN");
   throw WrongFolder("there is no folder VESPERA/TOP_SKIN in \"" + folder + "\"" +
                     (like.empty() ? "" : ", but \"" + like + "\", which has other capitals"));
 }
 
+std::string nameOnDisk(const SkinFile& file) {
+  switch (file.kind) {
+    case SkinFileKind::BitmapFont:
+      return file.name + ".fnt";
+    case SkinFileKind::Animation:
+      return file.name + ".xml";
+    default:
+      return file.name;
+  }
+}
+
 void checkFile(const SkinFile& file, const std::string& skin, Findings& findings) {
-  const char* extension = file.kind == SkinFileKind::BitmapFont  ? ".fnt"
-                          : file.kind == SkinFileKind::Animation ? ".xml"
-                                                                 : "";
-  const std::string name = file.name + extension;
+  const std::string name = nameOnDisk(file);
   const std::string path = fs::path(skin + name).lexically_normal().string();
   if (file.kind == SkinFileKind::Picture) {
     checkPicture(file, skin, Severity::Error, findings);
@@ -150,8 +158,7 @@ CheckReport checkSkin(const CheckOptions& options) {
   part.folder = root + kSkinFolder;
   for (const SkinFile& file : skinFiles()) checkFile(file, part.folder, findings);
   std::vector<std::string> welcome;
-  for (const SkinFile& file : skinFiles())
-    if (file.kind == SkinFileKind::Picture) welcome.push_back(part.folder + file.name);
+  for (const SkinFile& file : skinFiles()) welcome.push_back(part.folder + nameOnDisk(file));
   reportUnused(part.folder, welcome, findings);
   for (const DecodedFile& file : findings.decoded) part.bytes += file.bytes;
   close(report, findings, std::move(part), options.skinBudget, options.fileBudget);
