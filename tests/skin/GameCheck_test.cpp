@@ -71,6 +71,9 @@ TEST(GameCheck, PagesAreFoundAsThePanelFindsThem) {
                 {"larger than the screen",
                  painted(all + "InfoPage_Paytable.png", 1921, 10),
                  {"W size " + all + "InfoPage_Paytable.png: there is room for 1920 x 1080"}},
+                {"too long for any texture",
+                 painted(all + "InfoPage_Paytable.png", 32768, 1),
+                 {"E unreadable " + all + "InfoPage_Paytable.png: cannot be read"}},
                 {"half a page",
                  [=](const std::string& root) { cutShort(root + german + "InfoPage_Paytable.png"); },
                  {"E unreadable " + german + "InfoPage_Paytable.png: cannot be read"}}});

@@ -34,6 +34,9 @@ TEST(SkinCheck, FilesAreFoundAsAskedOrTold) {
      {"half a picture",
       [](const std::string& root) { cutShort(root + kSkin + "Background.png"); },
       {"E unreadable " + kSkin + "Background.png: cannot be read"}},
+     {"a picture that is too long for any texture",
+      painted(kSkin + "splashLogo.png", 32768, 1),
+      {"E unreadable " + kSkin + "splashLogo.png: cannot be read"}},
      {"no picture, and one of another extension",
       [](const std::string& root) {
         writeText(root + kSkin + "GOLD_RIGHT.png", "no picture");

@@ -1,6 +1,5 @@
 #include "PictureCheck.h"
 
-#include <SDL_image.h>
 #include <SDL_ttf.h>
 
 #include <algorithm>
@@ -89,7 +88,7 @@ void checkPicture(const SkinFile& file, const std::string& folder, Severity miss
 
 void checkPictureAt(const std::string& path, Fit fit, int width, int height, Findings& findings) {
   findings.used.push_back(path);
-  const std::unique_ptr<SDL_Surface, decltype(&SDL_FreeSurface)> surface(IMG_Load(path.c_str()), SDL_FreeSurface);
+  const std::shared_ptr<SDL_Surface> surface = decodePicture(path);
   if (!surface) {
     findings.error("unreadable", path, "the file cannot be read as a picture");
     return;

@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <filesystem>
 
+#include "vendelo-sdl2/PictureHeader.h"
+
 namespace {
 
 /// In the order in which the program tries them.
@@ -28,7 +30,7 @@ bool readInto(PictureFile& picture, const std::string& path, bool pixels, Findin
   }
   if (std::find(findings.used.begin(), findings.used.end(), path) == findings.used.end())
     findings.used.push_back(path);
-  picture.surface.reset(IMG_Load(path.c_str()), SDL_FreeSurface);
+  picture.surface = decodePicture(path);
   if (!picture.surface) return false;
   picture.file = path;
   picture.width = picture.surface->w;
@@ -56,6 +58,13 @@ std::string similarName(const std::string& path) {
 }
 
 }  // namespace
+
+std::shared_ptr<SDL_Surface> decodePicture(const std::string& path) {
+  std::shared_ptr<SDL_Surface> surface(MyUtils::PromisesTooManyPixels(path) ? nullptr : IMG_Load(path.c_str()),
+                                       SDL_FreeSurface);
+  if (MyUtils::IsTooLong(surface.get())) surface.reset();
+  return surface;
+}
 
 PictureFile readPicture(const std::string& path, bool pixels, Findings& findings) {
   PictureFile picture;

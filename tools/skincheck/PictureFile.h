@@ -17,6 +17,9 @@ struct PictureFile {
   std::shared_ptr<SDL_Surface> surface;  ///< null also when the picture was decoded by an earlier check
 };
 
+/// The picture of that file, or null for one that the program refuses: it is damaged, or too large for any texture.
+std::shared_ptr<SDL_Surface> decodePicture(const std::string& path);
+
 /// Looks for the picture `path` as the program does, which tries other extensions when it cannot read it, and
 /// decodes it. The file goes to `used` and its size to `decoded`; a picture that stands there already is decoded
 /// again only when `pixels` are wanted. Reports nothing.
