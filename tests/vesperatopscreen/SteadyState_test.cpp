@@ -1,12 +1,7 @@
 // What the screen holds after thousands of scene changes: textures, heap, files and threads stay what they were.
-#include <SDL.h>
-#include <dlfcn.h>
 #include <gtest/gtest.h>
-#include <malloc.h>
-#include <atomic>
-#include <filesystem>
 
-#include "tests/support/TopScreenHarness.h"
+#include "tests/vesperatopscreen/Holdings.h"
 
 using namespace vendelo_sdl2;
 using paneldata::bets;
@@ -21,44 +16,6 @@ using xmlrpc_c::value_int;
 using xmlrpc_c::value_string;
 
 namespace {
-
-std::atomic<long> texturesAlive{0};
-
-template <class F>
-F next(const char* name) {
-  return reinterpret_cast<F>(dlsym(RTLD_NEXT, name));
-}
-
-}  // namespace
-
-// In front of the library's own, which calls itself past these.
-extern "C" SDL_Texture* SDL_CreateTexture(SDL_Renderer* renderer, Uint32 format, int access, int w, int h) {
-  static const auto original = next<SDL_Texture* (*)(SDL_Renderer*, Uint32, int, int, int)>("SDL_CreateTexture");
-  SDL_Texture* texture = original(renderer, format, access, w, h);
-  texturesAlive += texture != nullptr;
-  return texture;
-}
-extern "C" SDL_Texture* SDL_CreateTextureFromSurface(SDL_Renderer* renderer, SDL_Surface* surface) {
-  static const auto original = next<SDL_Texture* (*)(SDL_Renderer*, SDL_Surface*)>("SDL_CreateTextureFromSurface");
-  SDL_Texture* texture = original(renderer, surface);
-  texturesAlive += texture != nullptr;
-  return texture;
-}
-extern "C" void SDL_DestroyTexture(SDL_Texture* texture) {
-  static const auto original = next<void (*)(SDL_Texture*)>("SDL_DestroyTexture");
-  texturesAlive -= texture != nullptr;
-  original(texture);
-}
-
-namespace {
-
-namespace fs = std::filesystem;
-
-long entries(const char* folder) { return std::distance(fs::directory_iterator(folder), fs::directory_iterator{}); }
-
-struct Holdings {
-  long textures, heap, files, threads;
-};
 
 class SteadyState : public testing::Test {
  protected:
@@ -128,21 +85,6 @@ class SteadyState : public testing::Test {
     ++scenes;
     screen.app().forgetLines();
   }
-  // Once no loader runs any more.
-  Holdings holdings() {
-    screen.joinSprites();
-    EXPECT_TRUE(screen.until([] { return entries("/proc/self/task") <= threadsAtRest; }));
-    screen.app().forgetLines();
-    const struct mallinfo2 heap = mallinfo2();
-    return {texturesAlive, static_cast<long>(heap.uordblks + heap.hblkhd), entries("/proc/self/fd"),
-            entries("/proc/self/task")};
-  }
-
-#ifdef __SANITIZE_THREAD__
-  static constexpr long threadsAtRest = 2;  // its own is one of them
-#else
-  static constexpr long threadsAtRest = 1;
-#endif
   TopScreenHarness screen;
   int scenes = 0;
 };
@@ -158,13 +100,13 @@ TEST_F(SteadyState, TwoThousandScenesLeaveNothingBehind) {
   });
   // Each level, colour and language has been seen, and the renderer's own stores have grown to what they need.
   for (int number = 0; number < 12; ++number) round(number);
-  const Holdings before = holdings();
+  const holdings::Holdings before = holdings::now(screen);
   scenes = 0;
   for (int number = 12; scenes < 2000; ++number) {
     round(number);
     if (HasFatalFailure()) return;
   }
-  const Holdings after = holdings();
+  const holdings::Holdings after = holdings::now(screen);
   RecordProperty("scenes", scenes);
   std::printf("%d scenes: textures %ld -> %ld, heap %ld -> %ld bytes, files %ld -> %ld, threads %ld -> %ld\n",
               scenes, before.textures, after.textures, before.heap, after.heap, before.files, after.files,
