@@ -36,6 +36,8 @@ bool comesFromHere(const httplib::Request& request) {
   return origin.empty() || origin == "http://" + host;
 }
 
+const char* const FOREIGN = "only for pages of this address";
+
 const char* typeOf(const std::string& path) {
   if (path.ends_with(".css")) return "text/css; charset=utf-8";
   if (path.ends_with(".js")) return "text/javascript; charset=utf-8";
@@ -46,8 +48,9 @@ const char* typeOf(const std::string& path) {
 
 void ControlServer::addRoutes(httplib::Server& server) {
   server.set_pre_routing_handler([](const httplib::Request& request, httplib::Response& response) {
-    if (comesFromHere(request)) return httplib::Server::HandlerResponse::Unhandled;
-    refuse(response, 403, "only for pages of this address");
+    // A body that is left unread here would be taken for the next request: those that have one are refused later.
+    if (request.method == "POST" || comesFromHere(request)) return httplib::Server::HandlerResponse::Unhandled;
+    refuse(response, 403, FOREIGN);
     return httplib::Server::HandlerResponse::Handled;
   });
   addConsole(server);
@@ -85,6 +88,7 @@ void ControlServer::addSteering(httplib::Server& server) {
     give(response, mSimulator.log().since(*since));
   });
   server.Post("/api/do", [this](const auto& request, auto& response) {
+    if (!comesFromHere(request)) return refuse(response, 403, FOREIGN);
     try {
       const PlacedJson json = PlacedJson::parse(request.body);
       try {
