@@ -1,6 +1,6 @@
 // The terminal as a whole for one test: an X server, the simulator, the top screen and a browser with its console.
 import {spawn} from 'node:child_process';
-import {existsSync, mkdtempSync, mkdirSync, openSync, readFileSync, rmSync} from 'node:fs';
+import {existsSync, mkdtempSync, mkdirSync, openSync, readFileSync, readdirSync, rmSync} from 'node:fs';
 import {createRequire} from 'node:module';
 import {tmpdir} from 'node:os';
 import path from 'node:path';
@@ -23,13 +23,15 @@ export async function until(what, condition, bound = BOUND) {
 
 export class Bench {
   constructor({kslsim, topscreen, skin, modules, chromium}) {
-    Object.assign(this, {kslsim, topscreen, skin, modules, chromium, children: [], failures: []});
+    [this.kslsim, this.topscreen, this.skin, this.modules] =
+      [kslsim, topscreen, skin, modules].map((one) => path.resolve(one));
+    Object.assign(this, {chromium, children: [], failures: [], requests: []});
     this.folder = mkdtempSync(path.join(tmpdir(), 'kslsim-console-'));
   }
 
-  launch(name, program, args, env) {
+  launch(name, program, args, env, cwd) {
     const out = openSync(path.join(this.folder, `${name}.txt`), 'w');
-    const child = spawn(program, args, {stdio: ['ignore', out, out],
+    const child = spawn(program, args, {stdio: ['ignore', out, out], cwd,
       env: {...process.env, DISABLE_REBOOT_ON_EXIT: '1', no_proxy: '127.0.0.1', ...env}});
     child.on('error', (error) => this.failures.push(error));
     this.children.push(child);
@@ -43,32 +45,46 @@ export class Bench {
     while (existsSync(`/tmp/.X${this.display.slice(1)}-lock`));
     this.launch('xvfb', 'Xvfb', [this.display, '-screen', '0', '1920x1080x24', '-nolisten', 'tcp', '-noreset'], {});
     await until('X server', () => existsSync(`/tmp/.X11-unix/X${this.display.slice(1)}`));
-    this.launch('kslsim', this.kslsim, ['--port', '0', '--control-port', '0', '--display', this.display,
-      '--do', '{"do": "init", "set": {"Locale": "C.UTF-8"}}'], {});
-    const lines = await until('ports', () => /^(\d+)\ncontrol (\d+)\n/.exec(this.printed('kslsim')));
-    [this.port, this.address] = [lines[1], `http://127.0.0.1:${lines[2]}`];
-    const home = path.join(this.folder, 'home/');
-    mkdirSync(home);
-    this.program = this.launch('topscreen', this.topscreen, [`127.0.0.1:${this.port}`], {
-      DISPLAY: this.display, WORKING_DIR: path.join(this.skin, '/'), HOME_DIR: home,
-      LOG_FILENAME: path.join(this.folder, 'topscreen.log'), SDL_RENDER_DRIVER: 'software',
-      SDL_FRAMEBUFFER_ACCELERATION: '0', SDL_AUDIODRIVER: 'dummy', FPS: '20'});
+    await this.startSimulator();
+    this.home = path.join(this.folder, 'home/');
+    mkdirSync(this.home);
+    this.startProgram();
     const {chromium} = createRequire(path.join(this.modules, 'x.js'))('playwright-core');
     this.browser = await chromium.launch({executablePath: this.chromium, args: ['--no-sandbox']});
     this.page = await this.browser.newPage({viewport: {width: 1366, height: 768}});
     this.page.setDefaultTimeout(BOUND);
     this.page.on('pageerror', (error) => this.failures.push(error));
+    this.page.on('request', (request) => this.requests.push(request.url()));
     await this.page.goto(this.address);
+  }
+
+  // On any free ports the first time, on the same ones from then on.
+  async startSimulator() {
+    this.simulator = this.launch('kslsim', this.kslsim, ['--port', this.port ?? '0', '--control-port',
+      this.controlPort ?? '0', '--display', this.display], {});
+    [, this.port, this.controlPort] =
+      await until('ports', () => /^(\d+)\ncontrol (\d+)\n/.exec(this.printed('kslsim')));
+    this.address = `http://127.0.0.1:${this.controlPort}`;
+  }
+
+  // In the folder of the skin: it looks for the pictures of the games where it is started.
+  startProgram() {
+    this.program = this.launch('topscreen', this.topscreen, [`127.0.0.1:${this.port}`], {
+      DISPLAY: this.display, WORKING_DIR: path.join(this.skin, '/'), HOME_DIR: this.home,
+      LOG_FILENAME: path.join(this.folder, 'topscreen.log'), SDL_RENDER_DRIVER: 'software',
+      SDL_FRAMEBUFFER_ACCELERATION: '0', SDL_AUDIODRIVER: 'dummy', FPS: '20'}, this.skin);
+  }
+
+  async end(child, signal) {
+    if (child.exitCode !== null || child.signalCode !== null) return;
+    const ended = new Promise((done) => child.once('exit', done));
+    child.kill(signal);
+    await Promise.race([ended, sleep(5000).then(() => child.kill('SIGKILL'))]);
   }
 
   async stop() {
     if (this.browser) await this.browser.close();
-    for (const child of this.children.reverse()) {
-      if (child.exitCode !== null || child.signalCode !== null) continue;
-      const ended = new Promise((done) => child.once('exit', done));
-      child.kill(child === this.program ? 'SIGKILL' : 'SIGTERM');
-      await Promise.race([ended, sleep(5000).then(() => child.kill('SIGKILL'))]);
-    }
+    for (const child of this.children.reverse()) await this.end(child, child === this.program ? 'SIGKILL' : 'SIGTERM');
     rmSync(this.folder, {recursive: true, force: true});
   }
 
@@ -81,19 +97,56 @@ export class Bench {
   async log(since) { return this.get(`/api/log?since=${since}`); }
   async latest() { return (await this.log(0)).pop()?.n ?? 0; }
 
-  // The picture in the page, small and grey.
-  async picture() {
-    return this.page.locator('#screen').evaluate((image) => {
-      const canvas = Object.assign(document.createElement('canvas'), {width: 192, height: 108});
-      const context = canvas.getContext('2d');
-      context.drawImage(image, 0, 0, canvas.width, canvas.height);
-      const data = context.getImageData(0, 0, canvas.width, canvas.height).data;
-      return Array.from({length: data.length / 4}, (_, i) => (data[4 * i] + data[4 * i + 1] + data[4 * i + 2]) / 3);
-    });
+  programLog() {
+    return readdirSync(this.folder).filter((name) => /^topscreen_.*\.log$/.test(name)).sort()
+      .map((name) => readFileSync(path.join(this.folder, name), 'utf8')).join('');
+  }
+
+  // A call as another client makes it; the text of the answer.
+  async call(method, ...parameters) { return (await this.answer(method, ...parameters)).text; }
+
+  async answer(method, ...parameters) {
+    const values = parameters.map((one) => `<param><value>${typeof one === 'number' ? `<int>${one}</int>`
+      : `<string>${one}</string>`}</value></param>`);
+    const body = `<?xml version="1.0"?><methodCall><methodName>${method}</methodName><params>${values.join('')}` +
+      '</params></methodCall>';
+    const answer = await fetch(`http://127.0.0.1:${this.port}/KSL`, {method: 'POST', body,
+      headers: {'Content-Type': 'text/xml'}});
+    return {status: answer.status, text: await answer.text()};
+  }
+
+  // What the page shows of the top screen in this part of its picture of 960 by 540 points, grey.
+  async picture([x, y, width, height]) {
+    const text = await this.page.evaluate(async ([x, y, width, height]) => {
+      const image = document.getElementById('screen');
+      const canvas = new OffscreenCanvas(width, height).getContext('2d', {willReadFrequently: true});
+      canvas.drawImage(image, x, y, width, height, 0, 0, width, height);
+      const data = canvas.getImageData(0, 0, width, height).data;
+      let out = '';
+      for (let i = 0; i < data.length; i += 4) out += String.fromCharCode((data[i] + data[i + 1] + data[i + 2]) / 3);
+      return btoa(out);
+    }, [x, y, width, height]);
+    return Buffer.from(text, 'base64');
+  }
+
+  // Until the page shows another picture. The second one from now on has been taken after the call.
+  async nextPicture() {
+    const source = () => this.page.locator('#screen').getAttribute('src');
+    const before = await source();
+    await until('another picture', async () => await source() !== before);
+    // Where the next one comes meanwhile, the decoding of this one ends with an error; it has been shown by then.
+    await this.page.locator('#screen').evaluate((image) => image.decode().catch(() => {}));
+  }
+
+  async freshPicture() {
+    await this.nextPicture();
+    await this.nextPicture();
   }
 }
 
-// How many of the points differ clearly.
+// The part of the points that differ clearly.
 export function difference(one, other) {
-  return one.filter((value, i) => Math.abs(value - other[i]) > 8).length;
+  let different = 0;
+  for (let i = 0; i < one.length; ++i) if (Math.abs(one[i] - other[i]) > 24) ++different;
+  return different / one.length;
 }
