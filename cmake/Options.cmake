@@ -2,11 +2,34 @@
 # or "thread".
 set(TOPSCREEN_SANITIZER "" CACHE STRING "Sanitizer of this build: empty, address or thread")
 
+# What others wrote is read once and kept; our own headers stay out, so that a change rebuilds what includes them and no
+# more. Off where each file has to show that it includes what it uses: debug, script/check tidy and clang.
+option(TOPSCREEN_PCH "Precompile the headers of the libraries" OFF)
+
 find_program(CCACHE_PROGRAM ccache)
 if(CCACHE_PROGRAM AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
   set(CMAKE_CXX_COMPILER_LAUNCHER ${CCACHE_PROGRAM})
   set(CMAKE_C_COMPILER_LAUNCHER ${CCACHE_PROGRAM})
+  if(TOPSCREEN_PCH)
+    # Without these the cache refuses whatever uses a precompiled header.
+    list(PREPEND CMAKE_CXX_COMPILER_LAUNCHER env CCACHE_SLOPPINESS=pch_defines,time_macros)
+  endif()
 endif()
+
+# topscreen_precompile(<target> <header>...)
+function(topscreen_precompile target)
+  if(TOPSCREEN_PCH)
+    list(TRANSFORM ARGN REPLACE "^(.+)$" "<\\1>")
+    target_precompile_headers(${target} PRIVATE ${ARGN})
+  endif()
+endfunction()
+
+# topscreen_reuse_precompiled(<target> <other>): what <other> has precompiled; both are compiled alike.
+function(topscreen_reuse_precompiled target other)
+  if(TOPSCREEN_PCH)
+    target_precompile_headers(${target} REUSE_FROM ${other})
+  endif()
+endfunction()
 
 add_library(topscreen_options INTERFACE)
 target_compile_options(topscreen_options INTERFACE -Wall -Wextra -Werror -fno-omit-frame-pointer)
