@@ -1,0 +1,153 @@
+#include "tests/vendelo-sdl2/TActionManFixture.h"
+
+#include <pthread.h>
+
+#include <atomic>
+#include <mutex>
+#include <set>
+#include <stdexcept>
+#include <thread>
+#include <vector>
+
+#include "vendelo-sdl2/TAsyncJobs.h"
+
+using namespace bustest;
+
+namespace {
+
+// Threads.
+
+TEST(ActionAsync, RunsOnAThreadOfItsOwnAndMayGenerate) {
+  Bus bus;
+  std::atomic<bool> otherThread{false};
+  std::string asked;
+  const auto self = std::this_thread::get_id();
+  bus.listen("answer", "a");
+  bus.AddActionListener("question",
+                        new TahLambda(
+                          [&](std::string name, void*) {
+                            otherThread = std::this_thread::get_id() != self;
+                            asked = std::move(name);
+                            bus.GenerateAction("answer", nullptr, ACTION_ANY);
+                          },
+                          Handler::ahtExecuteEndless),
+                        ACTION_ASYNC);
+  bus.GenerateAction("question", nullptr, ACTION_ANY);
+  bus.ProcessActions();
+  bus.ExecuteActions(ACTION_ASYNC);
+  ASSERT_TRUE(TAsyncJob::WaitForNone(10000));
+  EXPECT_TRUE(otherThread);
+  EXPECT_EQ(asked, "question");
+  bus.ProcessActions();
+  bus.ExecuteActions(ACTION_NORMAL);
+  EXPECT_EQ(bus.ran, "a");
+}
+
+TEST(ActionAsync, EveryRunOfEveryHandlerHasAThreadOfItsOwnWithTheSameName) {
+  Bus bus;
+  std::mutex mutex;
+  std::set<std::thread::id> threads;
+  std::set<std::string> names;
+  std::atomic<int> started{0};
+  int data = 0;
+  for (int handler = 0; handler < 2; ++handler)
+    bus.AddActionListener("work",
+                          new TahLambda(
+                            [&](std::string, void* d) {
+                              char name[16] = "";
+                              pthread_getname_np(pthread_self(), name, sizeof name);
+                              {
+                                const std::lock_guard lock(mutex);
+                                threads.insert(std::this_thread::get_id());
+                                names.insert(name);
+                                EXPECT_EQ(d, &data);
+                              }
+                              ++started;
+                              while (started < 4) SDL_Delay(1);  // all four are alive at once
+                            },
+                            Handler::ahtExecuteEndless),
+                          ACTION_ASYNC);
+  for (int run = 0; run < 2; ++run) bus.GenerateAction("work", &data, ACTION_ASYNC);
+  bus.ProcessActions();
+  bus.ExecuteActions(ACTION_ASYNC);
+  ASSERT_TRUE(TAsyncJob::WaitForNone(30000));
+  EXPECT_EQ(threads.size(), 4u);
+  EXPECT_EQ(names, std::set<std::string>{"asyncAction"});
+}
+
+TEST(ActionAsync, AOnceHandlerOutlivesItsWrapperUntilItsThreadIsDone) {
+  Bus bus;
+  std::atomic<bool> go{false};
+  std::atomic<int> runs{0};
+  auto payload = std::make_shared<int>(42);
+  bus.AddActionListener("slow",
+                        new TahLambda(
+                          [&go, &runs, payload](std::string, void*) {
+                            while (!go) SDL_Delay(1);
+                            runs += *payload;
+                          },
+                          Handler::ahtExecuteOnce),
+                        ACTION_ASYNC);
+  bus.fire("slow", ACTION_ANY, ACTION_ASYNC);
+  EXPECT_EQ(bus.GetAction("slow")->GetHandlersCount(ACTION_ANY), 0);
+  EXPECT_EQ(TAsyncJob::Running(), 1);
+  EXPECT_FALSE(TAsyncJob::WaitForNone(5));
+  go = true;
+  ASSERT_TRUE(TAsyncJob::WaitForNone(10000));
+  EXPECT_EQ(runs, 42);
+  EXPECT_EQ(payload.use_count(), 1) << "the handler went with its thread";
+}
+
+TEST(ActionAsyncDeathTest, AnExceptionEndsTheProcess) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  EXPECT_DEATH(
+    {
+      Bus bus;
+      bus.AddActionListener(
+        "thrower", new TahLambda([](std::string, void*) { throw 1; }, Handler::ahtExecuteEndless), ACTION_ASYNC);
+      bus.fire("thrower", ACTION_ANY, ACTION_ASYNC);
+      TAsyncJob::WaitForNone(10000);
+      std::exit(0);
+    },
+    "");
+}
+
+TEST(ActionStress, FourThreadsGenerateWhileTwoExecuteAndRegister) {
+  Bus bus;
+  std::atomic<int> runs{0};
+  constexpr int PER_THREAD = 500;
+  for (const auto type : {ACTION_NORMAL, ACTION_DRAW})
+    bus.AddActionListener("count",
+                          new TahLambda([&runs](std::string, void*) { ++runs; }, Handler::ahtExecuteEndless), type);
+  std::atomic<int> generating{4};
+  std::vector<std::thread> threads;
+  for (int i = 0; i < 4; ++i)
+    threads.emplace_back([&] {
+      for (int n = 0; n < PER_THREAD; ++n) bus.GenerateAction("counted", nullptr, ACTION_ANY);
+      --generating;
+    });
+  threads.emplace_back([&] {
+    while (generating > 0) bus.ExecuteActions(ACTION_DRAW);
+  });
+  threads.emplace_back([&] {
+    Target target;
+    for (int n = 0; n < PER_THREAD; ++n) {
+      bus.AddActionListener("count",
+                            new TahMember<Target, int>(&target, &Target::small, Handler::ahtExecuteEndless),
+                            ACTION_THREAD_SAFE);
+      bus.UnregisterAllActionHandlersByRelatedObject(&target, true);
+    }
+  });
+  while (generating > 0) {
+    bus.ProcessActions();
+    bus.ExecuteActions(ACTION_NORMAL);
+  }
+  for (auto& thread : threads) thread.join();
+  bus.ProcessActions();
+  bus.ExecuteActions(ACTION_NORMAL);
+  bus.ExecuteActions(ACTION_DRAW);
+  EXPECT_EQ(runs, 2 * 4 * PER_THREAD);
+  EXPECT_EQ(bus.GetAction("count")->GetHandlersCount(ACTION_THREAD_SAFE), 0);
+}
+
+}  // namespace

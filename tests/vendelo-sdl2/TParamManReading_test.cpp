@@ -1,0 +1,214 @@
+#include "tests/vendelo-sdl2/TParamManFixture.h"
+
+#include <cstdlib>
+
+using namespace paramtest;
+
+namespace {
+
+// Reading.
+
+TEST_F(Params, AMissingNameIsPrintedWithTheMostSpecificAddress) {
+  EXPECT_EQ(Captured([&] { EXPECT_EQ(store.GetParam("gone", PARAM_MASK_ALL), pVoidParam); }),
+            "PARAM: No parameter named 'gone' for ID 'hall_7' exists!\n");
+  EXPECT_EQ(Captured([&] { store.GetParam("gone", PARAM_GROUP | PARAM_GLOBAL); }),
+            "PARAM: No parameter named 'gone' for ID 'hall' exists!\n");
+  EXPECT_EQ(Captured([&] { store.GetExactParam("", "gone", PARAM_MINE); }),
+            "PARAM: No parameter named 'gone' for ID '' exists!\n");
+  EXPECT_EQ(store.requests, (std::vector<std::string>{"hall_7/gone", "hall/gone", "/gone"}));
+}
+
+TEST_F(Params, SomeReadsEndBeforeTheStore) {
+  EXPECT_EQ(Captured([&] {
+              EXPECT_EQ(store.GetParam("", PARAM_MASK_ALL), pVoidParam);
+              EXPECT_EQ(store.GetParam("n", 0), pVoidParam);
+              EXPECT_EQ(store.GetParam("n", 32), pVoidParam);
+              EXPECT_EQ(store.GetParam("n", -3), pVoidParam);
+              EXPECT_EQ(store.GetParam("n", PARAM_CACHE), pVoidParam);
+              EXPECT_EQ(store.GetParamFromCache("", PARAM_MASK_ALL, true), pVoidParam);
+            }),
+            "");
+  EXPECT_TRUE(store.requests.empty());
+  TAppParam* mine = set("n", "1", PARAM_MINE);
+  EXPECT_EQ(store.GetParam("n", PARAM_CACHE), mine);
+  EXPECT_EQ(store.GetParam("n", PARAM_READ_MINE_WRITE_MINE), mine) << "the part to write is dropped";
+  EXPECT_TRUE(store.requests.empty());
+}
+
+TEST_F(Params, AGlobalValueIsFollowedByABoundEntryOfTheClient) {
+  TAppParam* global = set("n", "1", PARAM_GLOBAL);
+  TAppParam* mine = store.GetParam("n", PARAM_MASK_ALL);
+  ASSERT_NE(mine, pVoidParam);
+  EXPECT_NE(mine, global);
+  EXPECT_EQ(mine->GetRawDomain(), "hall_7");
+  EXPECT_TRUE(mine->IsBound());
+  EXPECT_EQ(mine->GetSourceRawDomain(), "GLOBAL");
+  EXPECT_EQ(mine->GetSourceDomain("hall_7"), PARAM_GLOBAL);
+  EXPECT_EQ(mine->Value(), "1");
+  int told = 0;
+  mine->AddListener([&](TAppParam*, int) { ++told; }, 0);
+  set("n", "2", PARAM_GLOBAL);
+  EXPECT_EQ(mine->Value(), "2");
+  EXPECT_EQ(told, 1);
+  EXPECT_EQ(store.GetParam("n", PARAM_MASK_ALL), mine) << "found the next time";
+  mine->Unbind();
+  EXPECT_TRUE(mine->IsNull());
+  EXPECT_FALSE(mine->IsBound());
+  mine->Unbind();
+}
+
+TEST_F(Params, TheMostSpecificDomainWinsAndTheModeChoosesTheDomains) {
+  set("n", "global", PARAM_GLOBAL);
+  TAppParam* group = set("n", "group", PARAM_GROUP);
+  EXPECT_EQ(store.GetParamFromCache("n", PARAM_MASK_ALL, false), group);
+  TAppParam* mine = set("n", "mine", PARAM_MINE);
+  EXPECT_EQ(store.GetParamFromCache("n", PARAM_MASK_ALL, false), mine);
+  EXPECT_EQ(store.GetParamFromCache("n", PARAM_GROUP | PARAM_GLOBAL, true), group);
+  EXPECT_EQ(store.GetParamFromCache("n", PARAM_GLOBAL, true)->Value(), "global");
+  EXPECT_EQ(store.GetParamFromCache("n", PARAM_CACHE, true), mine) << "the cache alone is the client's own";
+  EXPECT_EQ(store.GetExactParamFromCache("hall_8", "n", PARAM_MINE, true), pVoidParam);
+  EXPECT_EQ(store.GetExactParamFromCache("hall_8", "n", PARAM_MINE | PARAM_GROUP, false), group);
+  EXPECT_EQ(store.GetExactParamFromCache("hall_8", "n", PARAM_MINE | PARAM_GROUP, true)->GetRawDomain(), "hall_8");
+  EXPECT_EQ(store.GetExactParamFromCache("plain", "n", PARAM_GROUP, false), group)
+    << "without an underscore the application's own group counts";
+}
+
+TEST_F(Params, TheStoresAnswerIsLoadedWithBindingsDownToTheClient) {
+  store.answerWith("GLOBAL", "far");
+  TAppParam* mine = store.GetParam("n", PARAM_MASK_ALL);
+  ASSERT_NE(mine, pVoidParam);
+  EXPECT_EQ(store.requests, std::vector<std::string>{"hall_7/n"});
+  EXPECT_EQ(mine->GetRawDomain(), "hall_7");
+  EXPECT_EQ(mine->Value(), "far");
+  TAppParam* group = store.GetParamFromCache("n", PARAM_GROUP, false);
+  TAppParam* global = store.GetParamFromCache("n", PARAM_GLOBAL, false);
+  EXPECT_TRUE(group->IsBound());
+  EXPECT_FALSE(global->IsBound());
+  EXPECT_EQ(mine->GetSourceRawDomain(), "GLOBAL");
+  global->SetValue("new");
+  EXPECT_EQ(mine->Value() + group->Value(), "newnew");
+  store.GetParam("n", PARAM_MASK_ALL);
+  EXPECT_EQ(store.requests.size(), 1u) << "the cache answers now";
+  store.answerWith("GLOBAL", "again");
+  EXPECT_EQ(store.GetParam("n", PARAM_MASK_NO_CACHE), mine);
+  EXPECT_EQ(store.requests.size(), 2u) << "without the cache bit the store is asked";
+  EXPECT_EQ(mine->Value(), "again");
+}
+
+TEST_F(Params, AnAnswerForTheAskedAddressIsLoadedIntoTheCachedParameter) {
+  TAppParam* mine = store.SetParam("n", "1", PARAM_MINE, "", "", true);
+  store.answerWith("hall_7", "2");
+  EXPECT_EQ(store.GetParam("n", PARAM_MINE), mine);
+  EXPECT_EQ(mine->Value(), "2");
+  store.answer.SetValue("3");
+  EXPECT_EQ(mine->Value(), "2") << "the same domain copies the content";
+}
+
+TEST_F(Params, AnAnswerOutsideTheModeOrAnExceptionIsNoAnswer) {
+  store.answerWith("hall_8", "foreign");
+  EXPECT_EQ(Captured([&] { EXPECT_EQ(store.GetParam("n", PARAM_MASK_ALL), pVoidParam); }),
+            "PARAM: No parameter named 'n' for ID 'hall_7' exists!\n");
+  store.answerWith("GLOBAL", "1");
+  EXPECT_EQ(Captured([&] { EXPECT_EQ(store.GetParam("n", PARAM_GROUP), pVoidParam); }),
+            "PARAM: No parameter named 'n' for ID 'hall' exists!\n");
+  store.throwOnRequest = true;
+  EXPECT_EQ(Captured([&] { EXPECT_EQ(store.GetParam("n", PARAM_MASK_ALL), pVoidParam); }),
+            "PARAM: No parameter named 'n' for ID 'hall_7' exists!\n");
+}
+
+TEST_F(Params, AnEmptyClientReadsTheGlobalDomainOnly) {
+  store.answerWith("GLOBAL", "1");
+  EXPECT_EQ(store.GetExactParam("", "n", PARAM_MASK_NO_CACHE)->GetRawDomain(), "GLOBAL");
+  EXPECT_EQ(store.requests, std::vector<std::string>{"GLOBAL/n"});
+}
+
+// GetOrSet.
+
+TEST_F(Params, GetOrSetMakesWhatIsMissingWithoutAMessage) {
+  EXPECT_EQ(Captured([&] {
+              TAppParam* param = store.GetOrSetParam("n", "1", "c", "d", PARAM_READ_MINE_WRITE_MINE, true);
+              EXPECT_EQ(param->GetRawDomain(), "hall_7");
+              EXPECT_EQ(param->Value() + param->Caption() + param->Description(), "1cd");
+              EXPECT_TRUE(param->QuietSave);
+              EXPECT_EQ(param->GetPreferedSaveLocation(), PARAM_MINE);
+              EXPECT_EQ(param->GetSaveForAllLocation(), PARAM_MINE);
+            }),
+            "");
+  store.Poll();
+  EXPECT_EQ(store.storeRounds, std::vector<std::string>{"hall_7/n=1;"});
+}
+
+TEST_F(Params, GetOrSetOfAKnownOneOnlyTouchesItsSaving) {
+  TAppParam* known = set("n", "1", PARAM_MINE);
+  TAppParam* param = store.GetOrSetParam("n", "2", "c", "d", PARAM_READ_MINE_OR_GROUP_OR_GLOBAL_WRITE_GLOBAL, true);
+  EXPECT_EQ(param, known);
+  EXPECT_EQ(param->Value() + param->Caption(), "1");
+  EXPECT_TRUE(param->QuietSave);
+  EXPECT_EQ(param->GetPreferedSaveLocation(), PARAM_MINE);
+  EXPECT_EQ(param->GetSaveForAllLocation(), PARAM_GLOBAL);
+}
+
+TEST_F(Params, GetOrSetThatWritesMoreGenerallyThanItReadsAddsABoundEntry) {
+  TAppParam* param = store.GetOrSetParam("n", "1", "", "", PARAM_READ_MINE_OR_GROUP_OR_GLOBAL_WRITE_GLOBAL, true);
+  EXPECT_EQ(param->GetRawDomain(), "hall_7");
+  EXPECT_TRUE(param->IsBound());
+  EXPECT_TRUE(param->QuietSave);
+  EXPECT_EQ(param->GetSourceRawDomain(), "GLOBAL");
+  store.Poll();
+  EXPECT_EQ(store.storeRounds, std::vector<std::string>{"GLOBAL/n=1;"});
+}
+
+TEST_F(Params, GetOrSetIntoTheCacheIsNotStored) {
+  TAppParam* param = store.GetOrSetParam("n", "1", "", "", PARAM_READ_MINE_OR_GROUP_OR_GLOBAL_WRITE_CACHE, false);
+  EXPECT_EQ(param->GetRawDomain(), "hall_7");
+  EXPECT_EQ(param->GetPreferedSaveLocation(), PARAM_CACHE);
+  store.Poll();
+  EXPECT_TRUE(store.storeRounds.empty());
+}
+
+TEST_F(Params, WeirdModesAreLoggedAndRefused) {
+  LogLines log;
+  const auto mode = [](int read, int write) { return static_cast<ParameterReadWriteMode>(write * 16 + read); };
+  EXPECT_EQ(store.GetOrSetParam("n", "1", "", "", mode(PARAM_GLOBAL, PARAM_MINE), false), pVoidParam);
+  EXPECT_EQ(store.GetOrSetParam("n", "1", "", "", mode(PARAM_CACHE | PARAM_MINE, PARAM_GLOBAL), false), pVoidParam);
+  EXPECT_EQ(log.lines(), (std::vector<std::string>{
+                           "0 PARAMS ERROR: Weird GetOrSet for param 'n'-> writing mine but reading something else",
+                           "0 PARAMS ERROR: Weird GetOrSet for param 'n'-> reading only mine but writing global"}));
+}
+
+TEST_F(Params, GetOrSetForAnotherClientUsesItsAddresses) {
+  TAppParam* param =
+    store.GetOrSetExactParam("bar_1", "n", "1", "", "", PARAM_READ_MINE_OR_GROUP_WRITE_GROUP, false);
+  EXPECT_EQ(param->GetRawDomain(), "bar_1");
+  EXPECT_EQ(param->GetSourceRawDomain(), "bar");
+}
+
+// The environment.
+
+TEST_F(Params, TheEnvironmentIsReadTrimmed) {
+  setenv("PARAM_TEST", "  /data/skin  ", 1);
+  EXPECT_EQ(Captured([&] { EXPECT_EQ(store.LoadParamFromEnvironment("PARAM_TEST", "Dir", false), 0); }), "");
+  EXPECT_EQ(store.GetParam("Dir", PARAM_CACHE)->Value(), "/data/skin");
+  store.Poll();
+  EXPECT_TRUE(store.storeRounds.empty());
+}
+
+TEST_F(Params, ABlankVariableIsAnErrorAndStoresNothingness) {
+  setenv("PARAM_TEST", "   ", 1);
+  EXPECT_EQ(Captured([&] { EXPECT_EQ(store.LoadParamFromEnvironment("PARAM_TEST", "Dir", false), 0); }),
+            "PARAMS ERROR: Error reading environment variable 'PARAM_TEST' \n");
+  TAppParam* param = store.GetParam("Dir", PARAM_CACHE);
+  ASSERT_NE(param, pVoidParam);
+  EXPECT_FALSE(param->IsNull());
+  EXPECT_EQ(param->Value(), "");
+}
+
+TEST_F(Params, AMissingVariableIsAnErrorUnlessOptional) {
+  unsetenv("PARAM_TEST");
+  EXPECT_EQ(Captured([&] { EXPECT_EQ(store.LoadParamFromEnvironment("PARAM_TEST", "Dir", true), 0); }), "");
+  EXPECT_EQ(Captured([&] { EXPECT_EQ(store.LoadParamFromEnvironment("PARAM_TEST", "Dir", false), -1); }),
+            "PARAMS ERROR: Please set 'PARAM_TEST' environment variable\n");
+  EXPECT_EQ(store.GetParam("Dir", PARAM_CACHE), pVoidParam);
+}
+
+}  // namespace

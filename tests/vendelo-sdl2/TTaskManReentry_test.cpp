@@ -1,0 +1,168 @@
+#include "tests/vendelo-sdl2/TTaskManFixture.h"
+
+#include <atomic>
+#include <thread>
+#include <vector>
+
+using namespace tasktest;
+
+namespace {
+
+// Tasks that change the sets while they run.
+
+TEST_F(Tasks, ATaskThatRemovesItselfIsInvalidAtOnceAndDiesAfterItsRun) {
+  for (const auto type : {Task::ENDLESS, Task::EXECUTE_ONCE}) {
+    deaths = 0;
+    Probe* probe = add(10, type);
+    probe->onRun = [&, probe] {
+      manager->RemoveTimedTask(probe, true);
+      EXPECT_FALSE(manager->IsTimedTaskValid(probe, TASK_ANY));
+      EXPECT_EQ(deaths, 0);
+    };
+    poll(11);
+    EXPECT_EQ(deaths, 1);
+  }
+}
+
+TEST_F(Tasks, ATaskThatTakesItselfOutBelongsToItsTakerWhateverItsType) {
+  Probe* probe = add(10, Task::EXECUTE_ONCE);
+  probe->onRun = [&, probe] { manager->RemoveTimedTask(probe, false); };
+  poll(11);
+  EXPECT_EQ(deaths, 0);
+  EXPECT_EQ(probe->runs, 1);
+  delete probe;
+}
+
+TEST_F(Tasks, ATaskThatIsTakenOutAndPutBackInItsRunStaysRegistered) {
+  Probe* probe = add(10, Task::EXECUTE_ONCE);
+  probe->onRun = [&, probe] {
+    if (probe->runs > 1) return;
+    manager->RemoveTimedTask(probe, false);
+    manager->AddTimedTask(probe, TASK_NORMAL);
+  };
+  poll(11);
+  EXPECT_EQ(deaths, 0) << "the run's verdict is about the registration before";
+  EXPECT_TRUE(manager->IsTimedTaskValid(probe, TASK_NORMAL));
+  poll(11);
+  EXPECT_EQ(deaths, 1);
+}
+
+TEST_F(Tasks, EachOfManyTasksMayRemoveAllOthers) {
+  constexpr int COUNT = 8;
+  std::vector<Probe*> probes;
+  int runs = 0;
+  for (int i = 0; i < COUNT; ++i) probes.push_back(add(10, Task::ENDLESS));
+  for (auto* probe : probes)
+    probe->onRun = [&, probe] {
+      ++runs;
+      for (auto* other : probes)
+        if (other != probe) manager->RemoveTimedTask(other, true);
+    };
+  poll(11);
+  EXPECT_EQ(runs, 1);
+  EXPECT_EQ(deaths, COUNT - 1);
+}
+
+TEST_F(Tasks, InsertionsDuringAWalkAreHarmless) {
+  Probe* probe = add(10, Task::ENDLESS);
+  probe->onRun = [&] {
+    for (int i = 0; i < 20; ++i) add(0, Task::EXECUTE_ONCE);
+  };
+  poll(11);
+  EXPECT_EQ(probe->runs, 1);
+  poll(1);
+  EXPECT_EQ(deaths, 20);
+}
+
+TEST_F(Tasks, ATaskMayWorkOnAllSetsAndTheWalkGoesOn) {
+  Probe* probe = add(10, Task::ENDLESS);
+  Probe* inDraw = add(10, Task::ENDLESS, TASK_DRAW);
+  Probe* behind[4];
+  for (auto& other : behind) other = add(10, Task::ENDLESS);
+  probe->onRun = [&] {
+    add(10, Task::ENDLESS, TASK_NORMAL);
+    add(10, Task::ENDLESS, TASK_DRAW);
+    manager->RemoveTimedTask(inDraw, true);
+    add(10, Task::ENDLESS, TASK_THREAD_SAFE);
+  };
+  poll(11);
+  EXPECT_EQ(deaths, 1);
+  for (auto* other : behind) EXPECT_EQ(other->runs, 1);
+}
+
+TEST_F(Tasks, ANestedWalkOfTheSameSetMayEndTheTaskOfTheOuterOne) {
+  Probe* probe = add(10, Task::EXECUTE_COUNT);
+  probe->SetExecutionsLimit(1);
+  probe->onRun = [&, probe] {
+    if (probe->runs > 1) return;
+    poll(11);  // runs the same task to its limit
+    EXPECT_EQ(deaths, 0);
+  };
+  poll(11);
+  EXPECT_EQ(deaths, 1);
+}
+
+TEST_F(Tasks, NoThreadHoldsTwoSets) {
+  // A task of one set works on the other while a second thread does the same the other way round.
+  std::atomic<int> done{0};
+  const auto cross = [&](TimedTaskType own, TimedTaskType other) {
+    for (int i = 0; i < 200; ++i) {
+      auto task = std::make_unique<TtthLambda>(
+        [&, other] {
+          int ignored = 0;
+          auto* guest = new Probe(1000000, Task::ENDLESS, ignored);
+          manager->AddTimedTask(guest, other);
+          manager->RemoveTimedTask(guest, true);
+          ++done;
+        },
+        0, Task::ENDLESS, "cross");
+      manager->AddTimedTask(task.get(), own);
+      task->EnableAndExecuteImmediate();
+      manager->ProcessTasks(own);
+      manager->RemoveTimedTask(task.get(), false);
+    }
+  };
+  clock.set(2000);
+  std::atomic<bool> stop{false};
+  std::thread second([&] { cross(TASK_DRAW, TASK_NORMAL); });
+  std::thread ticking([&] {
+    while (!stop) clock.advance(1);
+  });
+  cross(TASK_NORMAL, TASK_DRAW);
+  second.join();
+  stop = true;
+  ticking.join();
+  EXPECT_GE(done, 400);
+}
+
+TEST_F(Tasks, FourThreadsAddAndRemoveWhileTwoProcess) {
+  constexpr int PER_THREAD = 300;
+  std::atomic<int> running{4};
+  std::vector<std::thread> threads;
+  std::atomic<int> made{0};
+  for (int i = 0; i < 4; ++i)
+    threads.emplace_back([&, i] {
+      int mine = 0;
+      for (int n = 0; n < PER_THREAD; ++n) {
+        auto* probe = new Probe(0, Task::ENDLESS, mine);
+        const auto set = static_cast<TimedTaskType>((i + n) % 2);
+        manager->AddTimedTask(probe, set);
+        EXPECT_TRUE(manager->IsTimedTaskValid(probe, TASK_ANY));
+        probe->SetInterval(1);
+        manager->RemoveTimedTask(probe, true);
+      }
+      made += mine;
+      --running;
+    });
+  threads.emplace_back([&] {
+    while (running > 0) manager->ProcessTasks(TASK_DRAW);
+  });
+  while (running > 0) {
+    clock.advance(1);
+    manager->ProcessTasks(TASK_NORMAL);
+  }
+  for (auto& thread : threads) thread.join();
+  EXPECT_EQ(made, 4 * PER_THREAD);
+}
+
+}  // namespace
