@@ -1,8 +1,11 @@
 #pragma once
 
+#include <gtest/gtest.h>
 #include <sys/types.h>
 #include <functional>
+#include <memory>
 #include <string>
+#include <vector>
 
 // A function of the test in a process of its own, made by a fork: several run at the same time, and none can hang
 // the test. The test's process must have one thread when it makes one.
@@ -28,3 +31,16 @@ class ChildProcess {
 
 // How often the text stands in the other one.
 int occurrences(const std::string& text, const std::string& of);
+
+// Makes the children of all rows, so that they run at the same time; then checks each with its row, under whose
+// `name` what fails is shown.
+template <typename Rows, typename Make, typename Check>
+void endAll(const Rows& rows, const Make& make, const Check& check) {
+  std::vector<std::unique_ptr<ChildProcess>> children;
+  for (const auto& row : rows) children.push_back(make(row));
+  auto child = children.begin();
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.name);
+    check(row, **child++);
+  }
+}

@@ -176,18 +176,14 @@ TEST(NormalEnd, IsExit0WhoeverAsksForIt) {
        app.onStartup = [&app] { std::thread([&app] { app.terminate(DEFAULT, false); }).detach(); };
      }},
   };
-  std::vector<std::unique_ptr<ChildProcess>> children;
-  for (const auto& row : rows) children.push_back(program(row.prepare));
-  for (size_t i = 0; i < std::size(rows); ++i) {
-    const auto& row = rows[i];
-    SCOPED_TRACE(row.name);
-    const auto& child = children[i];
-    EXPECT_EQ(child->end(), "exit 0");
-    EXPECT_TRUE(tells(child->output(), {"state 8", "[destroy] on draw", "unload, gui deleted", "state 9",
-                                        "========== APP EXITED SUCCESSFULLY =========="}));
-    EXPECT_EQ(occurrences("request on main", child->output()), 0);
-    EXPECT_EQ(occurrences("[destroy] on draw", child->output()), 1);
-  }
+  const auto make = [](const auto& row) { return program(row.prepare); };
+  endAll(rows, make, [](const auto&, ChildProcess& child) {
+    EXPECT_EQ(child.end(), "exit 0");
+    EXPECT_TRUE(tells(child.output(), {"state 8", "[destroy] on draw", "unload, gui deleted", "state 9",
+                                       "========== APP EXITED SUCCESSFULLY =========="}));
+    EXPECT_EQ(occurrences("request on main", child.output()), 0);
+    EXPECT_EQ(occurrences("[destroy] on draw", child.output()), 1);
+  });
 }
 
 // The real shell runs it: the delayed copy sleeps, here until the direct one has come.
@@ -250,16 +246,12 @@ TEST(FailedInit, IsExit254AtEachOfItsSteps) {
        };
      }},
   };
-  std::vector<std::unique_ptr<ChildProcess>> children;
-  for (const auto& row : rows) children.push_back(program(row.prepare));
-  for (size_t i = 0; i < std::size(rows); ++i) {
-    const auto& row = rows[i];
-    SCOPED_TRACE(row.name);
-    const auto& child = children[i];
-    EXPECT_EQ(child->end(), "exit 254");
-    EXPECT_TRUE(tells(child->output(), {"========== APP EXITED WITH FAILURE =========="}));
-    EXPECT_EQ(occurrences("[startup]", child->output()), 0);
-  }
+  const auto make = [](const auto& row) { return program(row.prepare); };
+  endAll(rows, make, [](const auto&, ChildProcess& child) {
+    EXPECT_EQ(child.end(), "exit 254");
+    EXPECT_TRUE(tells(child.output(), {"========== APP EXITED WITH FAILURE =========="}));
+    EXPECT_EQ(occurrences("[startup]", child.output()), 0);
+  });
 }
 
 TEST(Exception, EndsTheProcessUnderItsThreads) {
@@ -294,16 +286,12 @@ TEST(Exception, EndsTheProcessUnderItsThreads) {
      "exit 250", running},
     {"thrown number", [](TestApplication& app) { app.onStartup = [] { throw 4; }; }, "exit 250", running},
   };
-  std::vector<std::unique_ptr<ChildProcess>> children;
-  for (const auto& row : rows) children.push_back(program(row.prepare));
-  for (size_t i = 0; i < std::size(rows); ++i) {
-    const auto& row = rows[i];
-    SCOPED_TRACE(row.name);
-    const auto& child = children[i];
-    EXPECT_EQ(child->end(), row.end);
-    EXPECT_TRUE(tells(child->output(), {row.message}));
-    EXPECT_EQ(occurrences("APP EXITED", child->output()), 0);
-  }
+  const auto make = [](const auto& row) { return program(row.prepare); };
+  endAll(rows, make, [](const auto& row, ChildProcess& child) {
+    EXPECT_EQ(child.end(), row.end);
+    EXPECT_TRUE(tells(child.output(), {row.message}));
+    EXPECT_EQ(occurrences("APP EXITED", child.output()), 0);
+  });
 }
 
 TEST(Exception, InTheLogicIsPrintedAndTheProgramGoesOn) {

@@ -86,18 +86,14 @@ TEST_F(TopScreenExits, AFailingStepOfInitIsExit254) {
     {"no home directory", [] { unsetenv("HOME_DIR"); }, {"HOME_DIR"}, false},
     {"no fonts", [] { fontsFail = true; }, {"TTF_Init: no fonts\n"}, true},
   };
-  std::vector<std::unique_ptr<ChildProcess>> children;
-  for (const auto& row : rows) children.push_back(program(row.prepare));
-  for (size_t i = 0; i < std::size(rows); ++i) {
-    const auto& row = rows[i];
-    SCOPED_TRACE(row.name);
-    const auto& child = children[i];
-    EXPECT_EQ(child->end(), "exit 254");
-    for (const auto& text : row.texts) EXPECT_EQ(occurrences(text, child->output()), 1) << child->output();
-    EXPECT_EQ(occurrences("[sleep 10]", child->output()), row.waits ? 1 : 0);
-    EXPECT_EQ(occurrences(failure, child->output()), 1);
-    EXPECT_EQ(occurrences("[state 1]", child->output()), 0);
-  }
+  const auto make = [this](const auto& row) { return program(row.prepare); };
+  endAll(rows, make, [](const auto& row, ChildProcess& child) {
+    EXPECT_EQ(child.end(), "exit 254");
+    for (const auto& text : row.texts) EXPECT_EQ(occurrences(text, child.output()), 1) << child.output();
+    EXPECT_EQ(occurrences("[sleep 10]", child.output()), row.waits ? 1 : 0);
+    EXPECT_EQ(occurrences(failure, child.output()), 1);
+    EXPECT_EQ(occurrences("[state 1]", child.output()), 0);
+  });
 }
 
 TEST_F(TopScreenExits, ASignalWhileItWaitsAfterAFailedStartIsItsExitCode) {
