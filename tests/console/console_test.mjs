@@ -71,6 +71,7 @@ describe('levels', () => {
   test('a pot is dragged, and the digits follow', async () => {
     const slider = control(0, 'input[type=range]');
     const since = await bench.latest();
+    let pot = 0;
     await changes('pot', DIGITS[0], async () => {
       const box = await slider.boundingBox();
       await page.mouse.move(box.x + box.width * 0.25, box.y + box.height / 2);
@@ -78,13 +79,14 @@ describe('levels', () => {
       for (let part = 0.3; part <= 0.9; part += 0.05)
         await page.mouse.move(box.x + box.width * part, box.y + box.height / 2, {steps: 5});
       await page.mouse.up();
+      pot = Number(await slider.inputValue());
     });
+    await until('pot', async () => (await level(0)).CurrentPot === pot);
+    assert.ok(pot > 170000000);
     const values = (await bench.log(since)).filter((entry) => entry.step?.do === 'pot').map((entry) => entry.step.value);
     assert.ok(values.length >= 2, 'while it is dragged too');
     assert.deepEqual(values, [...values].sort((one, other) => one - other));
-    await until('pot', async () => (await level(0)).CurrentPot > 170000000);
-    const pot = (await level(0)).CurrentPot;
-    assert.equal(Number(await slider.inputValue()), pot);
+    await until('slider', async () => Number(await slider.inputValue()) === pot);
     await clientKnows('the pot', (state) => state.JackpotData[0].CurrentPot === pot);
   });
 

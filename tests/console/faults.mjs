@@ -56,11 +56,13 @@ export function faults(bench, terminal) {
     test('slow: the digits come late, by themselves', async () => {
       const {page} = bench;
       await page.fill('#fault-ms', '2500');
+      const [before] = await terminal.rest([DIGITS[0]]);
       const since = await bench.latest();
       await on('slow').click();
       await until('slow', async () => await faultsOf(since, 'slow') >= 1);
       const then = (await bench.log(since)).find((entry) => entry.bad === 'slow').t;
-      await changes('late digits', DIGITS[0], raise);
+      await raise();
+      await terminal.changesFrom(before, 'late digits', DIGITS[0]);
       assert.ok((await bench.get('/api/state')).t - then >= 2000);
       await on('slow').click();
       await until('off', async () => await checked(on('slow')) === 'false');

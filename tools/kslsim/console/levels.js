@@ -15,9 +15,16 @@ function makeLevelRow(id) {
     number: element('input', {type: 'number'}),
     win: element('button', {type: 'button', textContent: 'Win', className: 'win'}),
     guests: element('button', {type: 'button', textContent: 'Guests', className: 'guests'}),
-    remove: element('button', {type: 'button', textContent: 'Remove'})};
+    remove: element('button', {type: 'button', textContent: 'Remove'}),
+    dragged: false, sending: 0};
   let sent = 0, timer = 0;
-  const sendPot = (value) => { sent = Date.now(); step({do: 'pot', id, value: Math.round(Number(value))}); };
+  // Until the value has arrived, the slider stays where it was left.
+  const sendPot = async (value) => {
+    sent = Date.now();
+    ++row.sending;
+    await step({do: 'pot', id, value: Math.round(Number(value))});
+    --row.sending;
+  };
   row.slider.oninput = () => {
     row.number.value = row.slider.value;
     clearTimeout(timer);
@@ -62,8 +69,9 @@ function showLevels() {
       ['remove', 'Remove']]) row[part].ariaLabel = `${what} of level ${index + 1}, ${level.Name}`;
     row.name.title = `Id ${level.Id}, ${level.Status}, ${level.NumWins} wins`;
     const [least, most] = potRange(level);
-    if (!row.dragged) Object.assign(row.slider, {min: least, max: most, value: level.CurrentPot});
-    if (document.activeElement !== row.number && !row.dragged) row.number.value = level.CurrentPot;
+    const held = row.dragged || row.sending > 0;
+    if (!held) Object.assign(row.slider, {min: least, max: most, value: level.CurrentPot});
+    if (document.activeElement !== row.number && !held) row.number.value = level.CurrentPot;
     row.win.ariaPressed = String(level.Status === 'WIN');
     row.guests.ariaPressed = String(report.moving.includes(level.Id));
   });
