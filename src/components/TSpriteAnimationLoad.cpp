@@ -145,7 +145,11 @@ void TSpriteAnimation::parseXML(const std::string& spriteFilenameXML) {
     mFileName = spriteFilenameXML.substr(0, spriteFilenameXML.rfind('/') + 1) + imagePath;
   else
     faults.add("the element TextureAtlas has no attribute imagePath");
-  if (const char* blendMode = textOf(*root, "blendMode")) mBlendMode = blendMode;
+  if (const char* blendMode = textOf(*root, "blendMode")) {
+    mBlendMode = blendMode;
+    if (mBlendMode != "BLEND" && mBlendMode != "ADD" && mBlendMode != "MOD" && mBlendMode != "NONE")
+      faults.add("the blend mode \"" + mBlendMode + "\" is none of BLEND, ADD, MOD and NONE");
+  }
 
   for (const Node* node = root->first_node("sprite"); node; node = node->next_sibling("sprite")) {
     mSprites.push_back(readSprite(*node, static_cast<int>(mSprites.size()), faults));

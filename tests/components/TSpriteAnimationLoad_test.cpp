@@ -146,7 +146,9 @@ TEST_F(SpriteAnimation, MissingAttributesFallBackAndAreToldInOneLine) {
     {"height", root + good + "<sprite n=\"a\" x=\"0\" y=\"0\" w=\"20\"/>" + end, "sprite 1 has no attribute h"},
     {"all of one", root + good + "<sprite/>" + end, "sprite 1 has no attribute n, and 4 more faults"},
     {"several", colour + "<sprite n=\"a\" x=\"0\" y=\"0\" w=\"20\"/>" + good + end,
-     "the background colour needs r, g, b and a, and 1 more faults"}};
+     "the background colour needs r, g, b and a, and 1 more faults"},
+    {"blend mode", "<TextureAtlas imagePath=\"cells.png\" blendMode=\"add\">" + good + end,
+     "the blend mode \"add\" is none of BLEND, ADD, MOD and NONE"}};
   for (const auto& row : rows) {
     SCOPED_TRACE(row.name);
     const Loaded one(write("gaps", row.xml), 20, 20);
