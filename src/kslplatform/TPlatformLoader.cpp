@@ -40,7 +40,9 @@ TPlatformLoader::TPlatformLoader(SDL_Renderer* pRenderer, int x, int y, int w, i
   if (mDotShadowTexture) SDL_QueryTexture(mDotShadowTexture, nullptr, nullptr, &dotShadowSize, nullptr);
   mLogoTexture = MyUtils::GetTexture(pRenderer, "splashLogo.png");
 
-  mFont = TTF_OpenFont((MyUtils::ImageDir() + "/AppFont.ttf").c_str(), fontSize);
+  const std::string fontFile = MyUtils::ImageDir() + "/AppFont.ttf";
+  mFont = TTF_OpenFont(fontFile.c_str(), fontSize);
+  if (!mFont) logman::WriteLog(4, 0, "Font %s is not usable: %s.", fontFile.c_str(), TTF_GetError());
   mStatusLabel =
     new Tlabel(pRenderer, 0, h / 2, w, h / 2, "", mFont, SDL_Color{255, 255, 255, 255}, "statusLabelKSLLoader");
   mStatusLabel->SetAlignment(CENTER_CENTER);

@@ -62,6 +62,7 @@ int TopScreenScreen::Load(void*) {
 void TopScreenScreen::loadContents(int w, int h) {
   const std::string fontFile = pApp->GetParam("WorkingDir", PARAM_MASK_ALL)->AsString() + "/AppFontBold.ttf";
   pFont = TTF_OpenFont(fontFile.c_str(), 34);
+  if (!pFont) pApp->WriteLog(4, 0, "Font %s is not usable: %s.", fontFile.c_str(), TTF_GetError());
   DefaultBackground = MyUtils::GetTexture(GetRenderer(), "Background.png");
   DemoBackground = MyUtils::GetTexture(GetRenderer(), "ClientDemo.png");
   SDL_SetTextureBlendMode(DefaultBackground, SDL_BLENDMODE_NONE);

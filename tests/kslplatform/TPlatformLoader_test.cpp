@@ -8,6 +8,7 @@
 #include "components/Tlabel.h"
 #include "tests/components/AllocationCount.h"
 #include "tests/components/WidgetFixture.h"
+#include "tests/support/LogLines.h"
 #include "tests/support/TestFont.h"
 #include "vendelo-sdl2/MyUtils.h"
 #include "vendelo-sdl2/TLogManager.h"
@@ -64,6 +65,7 @@ class PlatformLoader : public WidgetTest {
 }  // namespace
 
 TEST_F(PlatformLoader, StartsAsDocumented) {
+  const LogLines log;
   Loader* loader = make(400, 201);
   EXPECT_FALSE(loader->bUseShadow);
   EXPECT_TRUE(loader->bShowLogo);
@@ -85,7 +87,17 @@ TEST_F(PlatformLoader, StartsAsDocumented) {
   ASSERT_NE(nullptr, font);
   TTF_Font* same = TTF_OpenFont((folder + "AppFont.ttf").c_str(), 34);
   EXPECT_EQ(TTF_FontHeight(same), TTF_FontHeight(font));
+  EXPECT_EQ(0U, log.size());
   TTF_CloseFont(same);
+}
+
+TEST_F(PlatformLoader, AFontThatCannotBeOpenedIsToldInTheLog) {
+  const LogLines log;
+  std::filesystem::remove(folder + "AppFont.ttf");
+  Loader* loader = make(400, 200);
+  drawAt(*loader, 0);
+  ASSERT_EQ(1U, log.size()) << "one line, however often it is drawn";
+  EXPECT_EQ(0U, log.lines()[0].rfind("4 Font " + folder + "/AppFont.ttf is not usable: ", 0)) << log.lines()[0];
 }
 
 TEST_F(PlatformLoader, TheRingBreathesAndTurnsByTheClock) {

@@ -2,6 +2,7 @@
 
 #include <SDL_ttf.h>
 #include <gtest/gtest.h>
+#include <filesystem>
 
 #include "components/TGlyphLabel.h"
 #include "components/Tlabel.h"
@@ -75,6 +76,17 @@ TEST_F(Screen, IsBuiltFromBackToFront) {
   EXPECT_EQ(SDL_BLENDMODE_NONE, mode);
   SDL_GetTextureBlendMode(screen.find("pDemoBackground")->GetTargetTexture(), &mode);
   EXPECT_EQ(SDL_BLENDMODE_BLEND, mode);
+}
+
+TEST(ScreenFont, OneThatCannotBeOpenedIsToldInTheLog) {
+  const auto told = [] {
+    TopScreenHarness screen("screen", 4);
+    return screen.app().linesWith("AppFontBold.ttf is not usable: ");
+  };
+  EXPECT_EQ(0U, told());
+  std::filesystem::rename("AppFontBold.ttf", "elsewhere.ttf");
+  EXPECT_EQ(1U, told());
+  std::filesystem::rename("elsewhere.ttf", "AppFontBold.ttf");
 }
 
 TEST_F(Screen, TheLoaderStandsUntilTheFirstGoodData) {
