@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 
+#include <fstream>
 #include <iostream>
 #include <nlohmann/json.hpp>
 #include <regex>
@@ -95,9 +96,28 @@ TEST_F(SkinCheckTool, LinesNameFileLineAndColumn) {
   ASSERT_EQ(4U, lines.size());
   EXPECT_EQ(0U, lines[0].rfind(root + kSkin + "Fonts/uni_font.fnt:2:17: error: this is no XML: ", 0)) << lines[0];
   EXPECT_NE(std::string::npos, lines[0].find(" [xml]"));
-  EXPECT_EQ(root + kSkin + "Fonts/uni_font.png: warning: nothing asks for the file [unused]", lines[1]);
+  EXPECT_EQ(root + kSkin +
+              "Fonts/uni_font.png: warning: nothing asks for the file, as \"uni_font.fnt\" is missing, cannot " +
+              "be used or names another [unused]",
+            lines[1]);
   EXPECT_EQ(root + kSkin + "a\\x0Ab\\x1B.txt: warning: nothing asks for the file [unused]", lines[2]);
   EXPECT_EQ(0U, lines[3].rfind("1 error, 2 warnings; decoded skin ", 0)) << lines[3];
+}
+
+TEST_F(SkinCheckTool, WhatIsNotToldOneByOneIsCountedBehindTheOthers) {
+  std::ifstream file(root + kSkin + "Fonts/uni_font.fnt");
+  std::ostringstream text;
+  int changed = 0;
+  for (std::string line; std::getline(file, line); text << line << '\n')
+    if (const size_t at = line.find("xoffset=\"0\""); at != std::string::npos && changed++ < 12)
+      line.replace(at, 11, "xoffset=\"x\"");
+  smallskin::writeText(root + kSkin + "Fonts/uni_font.fnt", text.str());
+  const std::vector<std::string> lines = linesOf(skincheck(quoted(root)).text);
+  ASSERT_EQ(12U, lines.size());
+  const std::string name = root + kSkin + "Fonts/uni_font.fnt:";
+  for (int i = 0; i < 10; ++i) EXPECT_EQ(0U, lines[i].rfind(name + std::to_string(i + 2) + ":", 0)) << lines[i];
+  EXPECT_EQ(0U, lines[10].rfind(name + "12:", 0)) << "the place of the first of them: " << lines[10];
+  EXPECT_NE(std::string::npos, lines[10].find("error: and 2 more of this kind in the same file [font-attribute]"));
 }
 
 TEST_F(SkinCheckTool, SizesListEveryPictureBeforeTheLastLine) {

@@ -68,6 +68,17 @@ std::string stemOf(const std::string& path) {
   return (whole.parent_path() / whole.stem()).string();
 }
 
+/// The name of the description that would ask for the picture `path`: it is there, or one of those `asked` for.
+std::string descriptionOf(const std::string& path, const std::set<std::string>& asked) {
+  for (const char* extension : {".fnt", ".xml"}) {
+    const fs::path description = fs::path(path).replace_extension(extension);
+    std::error_code code;
+    if (description != path && (asked.count(description.string()) != 0 || fs::is_regular_file(description, code)))
+      return description.filename().string();
+  }
+  return {};
+}
+
 }  // namespace
 
 std::vector<std::string> filesBelow(const std::string& folder, Findings& findings) {
@@ -138,6 +149,8 @@ void reportUnused(const std::string& folder, const std::vector<std::string>& wel
       why = ", but for \"" + like->second + "\"";
     else if (const auto other = usedStems.find(stemOf(name)); other != usedStems.end())
       why = ", the program takes \"" + other->second + "\"";
+    else if (const std::string description = descriptionOf(name, asked); !description.empty())
+      why = ", as \"" + description + "\" is missing, cannot be used or names another";
     findings.warn("unused", path, "nothing asks for the file" + why);
   }
 }

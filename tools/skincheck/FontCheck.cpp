@@ -128,7 +128,8 @@ void checkCharacters(XmlFile& file, const FontData& font, const std::string& nam
     std::string text = list.size() == 1 ? "a character is missing, " : "characters are missing, ";
     for (size_t i = 0; i < list.size() && i < kNamed; ++i) text += (i == 0 ? "" : ", ") + characterName(list[i]);
     if (list.size() > kNamed) text += " and " + std::to_string(list.size() - kNamed) + " more";
-    text += ": the program leaves them out of texts such as " + oneLine(shownWithout[always]);
+    text += std::string(": the program leaves ") + (list.size() == 1 ? "it" : "them") + " out of texts such as " +
+            oneLine(shownWithout[always]);
     if (always)
       file.error("font-character", text, font.charsPlace);
     else

@@ -87,7 +87,7 @@ XmlFile::XmlFile(std::string path, Findings& findings) : mPath(std::move(path)),
 XmlFile::~XmlFile() {
   for (const auto& [code, count] : mCounts)
     if (count.untold > 0)
-      mFindings.list.push_back({count.worst, code, mPath, 0, 0,
+      mFindings.list.push_back({count.worst, code, mPath, count.firstUntold.line, count.firstUntold.column,
                                 "and " + std::to_string(count.untold) + " more of this kind in the same file"});
 }
 
@@ -150,7 +150,7 @@ void XmlFile::add(Severity severity, const std::string& code, const std::string&
     mFindings.list.push_back({severity, code, mPath, place.line, place.column, readable(cut)});
     return;
   }
-  ++count.untold;
+  if (count.untold++ == 0) count.firstUntold = place;
   if (severity == Severity::Error) count.worst = Severity::Error;
 }
 

@@ -64,6 +64,7 @@ class XmlFile {
   struct Count {
     int told = 0, untold = 0;
     Severity worst = Severity::Warning;
+    TextPlace firstUntold;
   };
   std::map<std::string, Count> mCounts;
 };
