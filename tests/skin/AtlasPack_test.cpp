@@ -179,6 +179,7 @@ TEST(AtlasPackTool, SaysWhatIsWrong) {
   EXPECT_EQ(2, runTool(ATLASPACK).code);
   EXPECT_EQ(2, runTool(ATLASPACK " " + frames).code) << "no output named";
   EXPECT_EQ(2, runTool(ATLASPACK " " + frames + out + " --max 3").code);
+  EXPECT_EQ(2, runTool(ATLASPACK " " + frames + out + " --blend add").code);
   EXPECT_EQ(0, runTool(ATLASPACK " --help").code);
   EXPECT_EQ(1, runTool(ATLASPACK " " + frames + out).code) << "an empty folder";
   EXPECT_EQ(1, runTool(ATLASPACK " '" + (folder + "nowhere") + "'" + out).code);

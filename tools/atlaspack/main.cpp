@@ -46,7 +46,9 @@ int main(int argc, char** argv) {
   app.add_option("DIR", folder, "folder with one PNG for each frame, played in the order of their names")
     ->required();
   app.add_option("-o,--output", name, "path without extension; NAME.png and NAME.xml are written")->required();
-  app.add_option("--blend", blend, "how the frames are drawn: BLEND, ADD, MOD or NONE")->capture_default_str();
+  app.add_option("--blend", blend, "how the frames are drawn")
+    ->capture_default_str()
+    ->check(CLI::IsMember({"BLEND", "ADD", "MOD", "NONE"}));
   app.add_option("--max", maxSize, "longest side of the atlas in pixels")
     ->capture_default_str()
     ->check(CLI::Range(16, 16384));
