@@ -1,8 +1,10 @@
 #include "PlaceLabels.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <stdexcept>
+#include <utility>
 
 namespace {
 
@@ -40,57 +42,34 @@ bool contains(const Area& outer, const Area& inner) { return common(outer, inner
 /// What the paytable of the demo's games brings besides: the page and the fonts' fields are as the platform says.
 constexpr int kPageX = 220, kPageY = 110;  // of 1480 x 860 in the middle
 
+using Places = std::vector<Area>;
+
+SkinFile onPaytable(SkinFileKind kind, const char* name, Fit fit, int width, int height, Places places) {
+  return {kind, name, fit, width, height, Scene::Paytable, std::move(places), {}};
+}
+
+SkinFile page(const char* name) {
+  return onPaytable(SkinFileKind::Picture, name, Fit::Exact, 1480, 860, {{kPageX, kPageY, 1480, 860}});
+}
+
+/// Three fields of one width below each other on the page.
+SkinFile prizes(int x, std::array<int, 3> ys, int width) {
+  Places places;
+  for (const int y : ys) places.push_back({kPageX + x, kPageY + y, width, 56});
+  return onPaytable(SkinFileKind::BitmapFont, "prize.fnt", Fit::OwnSize, width, 56, std::move(places));
+}
+
 const std::vector<SkinFile>& firstPage() {
-  using Kind = SkinFileKind;
-  static const std::vector<SkinFile> files = {{Kind::Picture,
-                                               "paytable/InfoPage_Paytable.png",
-                                               Fit::Exact,
-                                               1480,
-                                               860,
-                                               Scene::Paytable,
-                                               {{kPageX, kPageY, 1480, 860}},
-                                               {}},
-                                              {Kind::BitmapFont,
-                                               "prize.fnt",
-                                               Fit::OwnSize,
-                                               190,
-                                               56,
-                                               Scene::Paytable,
-                                               {{kPageX + 280, kPageY + 202, 190, 56},
-                                                {kPageX + 280, kPageY + 288, 190, 56},
-                                                {kPageX + 280, kPageY + 374, 190, 56}},
-                                               {}},
-                                              {Kind::TrueTypeFont,
-                                               "prize.ttf",
-                                               Fit::OwnSize,
-                                               300,
-                                               34,
-                                               Scene::Paytable,
-                                               {{10, 1036, 300, 34}, {1610, 1036, 300, 34}},
-                                               {}}};
+  static const std::vector<SkinFile> files = {page("paytable/InfoPage_Paytable.png"),
+                                              prizes(280, {202, 288, 374}, 190),
+                                              onPaytable(SkinFileKind::TrueTypeFont, "prize.ttf", Fit::OwnSize, 300,
+                                                         34, {{10, 1036, 300, 34}, {1610, 1036, 300, 34}})};
   return files;
 }
 
 const std::vector<SkinFile>& secondPage() {
-  using Kind = SkinFileKind;
-  static const std::vector<SkinFile> files = {{Kind::Picture,
-                                               "paytable/InfoPage_Paytable_Bonus.png",
-                                               Fit::Exact,
-                                               1480,
-                                               860,
-                                               Scene::Paytable,
-                                               {{kPageX, kPageY, 1480, 860}},
-                                               {}},
-                                              {Kind::BitmapFont,
-                                               "prize.fnt",
-                                               Fit::OwnSize,
-                                               290,
-                                               56,
-                                               Scene::Paytable,
-                                               {{kPageX + 250, kPageY + 470, 290, 56},
-                                                {kPageX + 250, kPageY + 575, 290, 56},
-                                                {kPageX + 250, kPageY + 680, 290, 56}},
-                                               {}}};
+  static const std::vector<SkinFile> files = {page("paytable/InfoPage_Paytable_Bonus.png"),
+                                              prizes(250, {470, 575, 680}, 290)};
   return files;
 }
 
