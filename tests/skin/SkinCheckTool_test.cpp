@@ -77,9 +77,9 @@ TEST_F(SkinCheckTool, ExitCodesAreWhatScriptsRelyOn) {
   addError();
   EXPECT_EQ(1, skincheck(dir).code);
   EXPECT_EQ(0, skincheck("--help").code);
-  for (const std::string& wrong :
-       {std::string(), dir + " --colour", dir + " --budget 0", dir + " --budget x", dir + " " + dir,
-        dir + " --games", quoted(root + "nothing"), quoted(root + kSkin)})
+  for (const std::string& wrong : {std::string(), dir + " --colour", dir + " --budget 0", dir + " --budget x",
+                                   dir + " " + dir, dir + " --games", dir + " --games ''", dir + " >/dev/full",
+                                   dir + " --json >/dev/full", quoted(root + "nothing"), quoted(root + kSkin)})
     EXPECT_EQ(2, skincheck(wrong).code) << wrong;
 }
 
@@ -186,5 +186,8 @@ TEST(SkinCheckOfTheDemoSkin, FindsNothing) {
   const double seconds = childSeconds() - before;
   EXPECT_EQ(0, run.code) << run.text;
   EXPECT_EQ(1U, linesOf(run.text).size()) << run.text;
+#if defined(NDEBUG) && !defined(SANITIZED)
+  EXPECT_LT(seconds, 2);
+#endif
   std::cout << "processor time of the demo skin's check: " << seconds << " s\n";
 }

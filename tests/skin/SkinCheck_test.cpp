@@ -74,6 +74,36 @@ TEST(SkinCheck, FilesAreFoundAsAskedOrTold) {
      {"outlines of the frame rate", removed("AppFontBold.ttf"), {"E missing AppFontBold.ttf: is missing"}}});
 }
 
+TEST(SkinCheck, APictureOfAnotherFormatThanItsEndingSaysIsTold) {
+  const std::string icons = kIcons, page = icons + "paytable_de/InfoPage_Rules.jpg";
+  runTogether(
+    {{"JPEG renamed",
+      renamedAfter(".jpg", kSkin + "buttonE.png", 177, 179),
+      {"W format " + kSkin + "buttonE.png: the file is a JPEG, its ending says PNG: the transparency is lost"}},
+     {"the atlas of an animation",
+      renamedAfter(".jpg", kSkin + "Animation/IdleLeft.png", 8, 8),
+      {"W format " + kSkin + "Animation/IdleLeft.png: the file is a JPEG"}},
+     {"a bitmap as the atlas of a font",
+      [](const std::string& root) {
+        SDL_Surface* picture = SDL_CreateRGBSurfaceWithFormat(0, 16, 20, 32, SDL_PIXELFORMAT_RGBA32);
+        SDL_SaveBMP(picture, (root + kSkin + "Fonts/uni_font.png").c_str());
+        SDL_FreeSurface(picture);
+      },
+      {"W format " + kSkin + "Fonts/uni_font.png: the file is a BMP, its ending says PNG"}},
+     {"found by the list of extensions",
+      [](const std::string& root) {
+        renamedAfter(".png", kSkin + "logo.jpeg", 596, 76)(root);
+        fs::remove(root + kLogo);
+      },
+      {"W fallback " + kLogo + ": the program takes \"logo.jpeg\"",
+       "W format " + kSkin + "logo.jpeg: the file is a PNG, its ending says JPEG"}},
+     {"a page", renamedAfter(".png", page, 200, 100), {"W format " + page + ": a PNG, its ending says JPEG"}},
+     {"without levels",
+      renamedAfter(".png", icons + "topscreen.jpg", 96, 54),
+      {"W format " + icons + "topscreen.jpg: a PNG, its ending says JPEG"}}},
+    true);
+}
+
 TEST(SkinCheck, LinksAreFollowed) {
   runTogether({{"a file and a folder",
                 [](const std::string& root) {
@@ -265,6 +295,10 @@ TEST(SkinCheck, TheWrongFolderIsToldWithTheRightOne) {
               {root + "other", "", "but \"vespera/TOP_SKIN\", which has other capitals"},
               {root + "all", "", "there is no folder VESPERA/TOP_SKIN"},
               {original(), root + "nothing", "there is no folder"},
+              {original(), root + "all/Games/Reels",
+               "the folder of one game: give the one that holds the games, \"" + root + "all/Games/\""},
+              {original(), original() + kIcons,
+               "the folder Icons of a game: give the one that holds the games, \"" + original() + "Games/\""},
               {original(), root + "all", "give \"" + root + "all/Games\""}};
   for (const auto& row : rows) {
     SCOPED_TRACE(row.folder + " " + row.games);

@@ -112,6 +112,14 @@ inline std::function<void(const std::string&)> painted(const std::string& file, 
                                                        Uint8 alpha = 255) {
   return [=](const std::string& root) { paint(root + file, width, height, alpha); };
 }
+/// A picture saved in the format of one extension and renamed.
+inline std::function<void(const std::string&)> renamedAfter(const std::string& extension, const std::string& file,
+                                                            int width, int height) {
+  return [=](const std::string& root) {
+    paint(root + file + extension, width, height);
+    fs::rename(root + file + extension, root + file);
+  };
+}
 inline std::function<void(const std::string&)> written(const std::string& file,
                                                        const std::string& text = "no picture") {
   return [=](const std::string& root) { writeText(root + file, text); };

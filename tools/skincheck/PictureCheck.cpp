@@ -94,6 +94,7 @@ void checkPictureAt(const std::string& path, Fit fit, int width, int height, Fin
     return;
   }
   findings.decoded.push_back({path, surface->w, surface->h, int64_t{surface->w} * surface->h * 4});
+  checkFormat(path, findings);
   checkSize(path, fit, width, height, surface->w, surface->h, findings);
 }
 

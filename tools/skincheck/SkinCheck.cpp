@@ -20,6 +20,7 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr const char* kSkinFolder = "VESPERA/TOP_SKIN/";
+constexpr const char* kPages = "paytable";  ///< in the folder Icons of a game
 constexpr int64_t kMegabyte = 1000 * 1000;
 /// The waiting screen's line, and the two lines of the frame rate with figures as long as they get.
 constexpr const char* kWaiting = "Waiting for KSL connection...";
@@ -116,6 +117,13 @@ void close(CheckReport& report, Findings& findings, CheckedPart part, int budget
 void checkGames(const CheckOptions& options, CheckReport& report) {
   const std::string games = withSlash(options.games);
   if (!isFolder(games)) throw WrongFolder("there is no folder \"" + options.games + "\"");
+  if (isFolder(games + "Icons") && !isFolder(games + "Icons/Icons"))
+    throw WrongFolder("\"" + options.games + "\" is the folder of one game: give the one that holds the games, \"" +
+                      withSlash(games + "..") + "\"");
+  if (isFolder(games + kPages) && !isFolder(games + kPages + "/Icons"))
+    throw WrongFolder("\"" + options.games +
+                      "\" is the folder Icons of a game: give the one that holds the games, \"" +
+                      withSlash(games + "../..") + "\"");
   Findings general;
   const std::vector<std::string> names = foldersIn(games, general);
   if (isFolder(games + "Games") && !isFolder(games + "Games/Icons"))

@@ -1,7 +1,7 @@
 // skincheck DIR [--games DIR]: what is wrong with a skin, before a cabinet shows it.
 #include <CLI/CLI.hpp>
 #include <cstdio>
-#include <exception>
+#include <stdexcept>
 
 #include "Report.h"
 #include "SkinCheck.h"
@@ -24,7 +24,7 @@ Output:   FILE:LINE:COLUMN: error|warning: TEXT [CODE]   sorted by file, then on
            "findings": [{"severity", "code", "file", "line", "column", "text"}],
            "parts": [{"name", "folder", "bytes", "budget", "files": [{"file", "width", "height", "bytes"}]}]}
           "line" and "column" only where there are any; "parts" are the skin and each game.
-Exit:     0 nothing but warnings, 1 errors (with --strict: or warnings), 2 options or folders that are wrong.)";
+Exit:     0 nothing but warnings, 1 errors (with --strict: or warnings), 2 options or folders that are wrong, or no report.)";
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -52,13 +52,17 @@ int main(int argc, char** argv) {
   } catch (const CLI::ParseError& error) {
     return app.exit(error) == 0 ? 0 : 2;
   }
+  if (app.count("--games") > 0 && options.games.empty()) {
+    std::fputs("skincheck: --games names no folder\n", stderr);
+    return 2;
+  }
   try {
     const CheckReport report = checkSkin(options);
-    std::fputs((json ? reportJson(report) : reportText(report, sizes)).c_str(), stdout);
+    const std::string text = json ? reportJson(report) : reportText(report, sizes);
+    if (std::fputs(text.c_str(), stdout) < 0 || std::fflush(stdout) != 0)
+      throw std::runtime_error("the report cannot be written");
     if (report.count(Severity::Error) > 0) return 1;
     return strict && report.count(Severity::Warning) > 0 ? 1 : 0;
-  } catch (const WrongFolder& error) {
-    std::fprintf(stderr, "skincheck: %s\n", error.what());
   } catch (const std::exception& error) {
     std::fprintf(stderr, "skincheck: %s\n", error.what());
   }
