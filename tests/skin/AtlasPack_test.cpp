@@ -161,7 +161,7 @@ TEST(AtlasPackTool, PacksAFolderInTheOrderOfItsNames) {
   for (size_t i = 0; i < std::size(kBoxes); ++i) {
     const Canvas canvas(kWidth, kHeight);
     paint(canvas, kBoxes[i]);
-    canvas.save(folder + "frames/f" + std::to_string(numbers[i]) + ".png");
+    canvas.save(folder + "frames/f" + std::to_string(numbers[i]) + (i == 2 ? ".PNG" : ".png"));
   }
   std::ofstream(folder + "frames/readme.txt") << "no frame";
   const ToolRun run =
@@ -183,9 +183,26 @@ TEST(AtlasPackTool, SaysWhatIsWrong) {
   EXPECT_EQ(0, runTool(ATLASPACK " --help").code);
   EXPECT_EQ(1, runTool(ATLASPACK " " + frames + out).code) << "an empty folder";
   EXPECT_EQ(1, runTool(ATLASPACK " '" + (folder + "nowhere") + "'" + out).code);
+  const auto expectRefused = [](const std::string& arguments, const std::string& text) {
+    SCOPED_TRACE(arguments);
+    const ToolRun run = runTool(ATLASPACK " " + arguments);
+    EXPECT_EQ(1, run.code);
+    EXPECT_NE(std::string::npos, run.text.find(text)) << run.text;
+  };
+  expectRefused(frames + out, "there is no PNG file in the folder");
+  expectRefused("'" + (folder + "nowhere") + "'" + out, "nowhere\" cannot be read: No such file");
   std::ofstream(folder + "frames/a.png") << "this is no picture";
-  const ToolRun run = runTool(ATLASPACK " " + frames + out);
-  EXPECT_EQ(1, run.code);
-  EXPECT_NE(std::string::npos, run.text.find("a.png: ")) << run.text;
+  expectRefused(frames + out, "a.png: cannot be read as a PNG picture");
+  const Canvas canvas(8, 8);
+  canvas.saveJpeg(folder + "frames/a.png", 90);
+  expectRefused(frames + out, "a.png: cannot be read as a PNG picture");
+  canvas.save(folder + "frames/a.png");
+  const std::string before = skinfiles::readFile(folder + "frames/a.png");
+  expectRefused(frames + " -o '" + (folder + "frames/../frames/a") + "'", "among the frames");
+  expectRefused("'" + (folder + "frames/a.png") + "'" + out, "a.png\" cannot be read: Not a directory");
+  for (const char* name : {"", "out.xml", ".hidden", "frames/"})
+    expectRefused(frames + " -o '" + (folder + name) + "'", *name == 'f' ? "among the frames" : "is no name");
+  expectRefused(frames + " -o ''", "is no name");
+  EXPECT_EQ(before, skinfiles::readFile(folder + "frames/a.png"));
   EXPECT_FALSE(fs::exists(folder + "out.xml"));
 }

@@ -140,17 +140,29 @@ TEST_F(FontPackTool, SaysWhatIsWrong) {
     int code;
     const char* text;
   };
-  const Row rows[] = {{"--chars A -o /tmp/x", 2, "--size"},
-                      {"--size 40 --chars A", 2, "--output"},
-                      {"--size 4000 --chars A -o /tmp/x", 2, "4000"},
-                      {"--size 40 --set greek --chars A -o /tmp/x", 2, "greek"},
-                      {"--size 40 -o /tmp/x", 1, "at least one character"},
-                      {"--size 40 --chars A --gradient 12345 -o /tmp/x", 1, "\"12345\" is no colour"},
-                      {"--size 40 --chars A --outline-colour gold -o /tmp/x", 1, "\"gold\" is no colour"},
-                      {"--size 40 --chars A --line 20 --base 30 -o /tmp/x", 1, "below the line"},
-                      {"--size 200 --chars W --width 32 -o /tmp/x", 1, "does not fit into an atlas of 32"},
-                      {"--size 40 --chars \"$(printf '\\377')\" -o /tmp/x", 1, "no UTF-8"},
-                      {"--size 40 --chars A -o /no/such/folder/x", 1, "/no/such/folder/x"}};
+  const Row rows[] = {
+    {"--chars A -o /tmp/x", 2, "--size"},
+    {"--size 40 --chars A", 2, "--output"},
+    {"--size 4000 --chars A -o /tmp/x", 2, "4000"},
+    {"--size 40 --set greek --chars A -o /tmp/x", 2, "greek"},
+    {"--size 40 -o /tmp/x", 1, "at least one character"},
+    {"--size 40 --chars A --gradient 12345 -o /tmp/x", 1, "\"12345\" is no colour"},
+    {"--size 40 --chars A --outline-colour gold -o /tmp/x", 1, "\"gold\" is no colour"},
+    {"--size 40 --chars A --line 20 --base 30 -o /tmp/x", 1, "below the line"},
+    {"--size 200 --chars W --width 32 -o /tmp/x", 1, "does not fit into an atlas of 32"},
+    {"--size 40 --chars \"$(printf '\\377')\" -o /tmp/x", 1, "no UTF-8"},
+    {"--size nan --chars A -o /tmp/x", 2, "nan not in range 4 to 400"},
+    {"--size 40 --outline nan --chars A -o /tmp/x", 2, "nan not in range 0 to 40"},
+    {"--size x --chars A -o /tmp/x", 2, "--size"},
+    {"--size 40 --chars A --wheel-width 30 -o /tmp/x", 2, "--wheel-width requires --wheels"},
+    {"--size 40 --chars A --wheel-advance 30 -o /tmp/x", 2, "--wheel-advance requires --wheels"},
+    {"--size 40 --chars-size 20 --wheels 0 -o /tmp/x", 2, "--chars-size requires --chars or --set"},
+    {"--size 40 --chars A --gradient FF0000, -o /tmp/x", 1, "\"\" is no colour"},
+    {"--size 40 --chars A -o /tmp/x.fnt", 1, "/tmp/x.fnt: give the name without the extension"},
+    {"--size 40 --chars A -o /tmp/x.png", 1, "give the name without the extension"},
+    {"--size 40 --chars A -o /tmp/", 1, "is no name for a font"},
+    {"--size 40 --chars A -o /tmp/.x", 1, "is no name for a font"},
+    {"--size 40 --chars A -o /no/such/folder/x", 1, "/no/such/folder/x"}};
   for (const Row& row : rows) {
     SCOPED_TRACE(row.options);
     const ToolRun run = pack(row.options);
@@ -160,6 +172,28 @@ TEST_F(FontPackTool, SaysWhatIsWrong) {
   const ToolRun run = runTool(FONTPACK " /etc/passwd --size 40 --chars A -o /tmp/x");
   EXPECT_EQ(1, run.code);
   EXPECT_NE(std::string::npos, run.text.find("/etc/passwd: cannot be opened as a font")) << run.text;
+}
+
+TEST_F(FontPackTool, NamesTheCharactersThatAreCut) {
+  EXPECT_EQ(std::string::npos, pack("--size 40 --set latin --wheels 0123" + out("whole")).text.find("cut"));
+  const ToolRun low = pack("--size 40 --chars Axg --line 30 --base 25" + out("low"));
+  EXPECT_EQ(0, low.code) << "they may be meant so";
+  EXPECT_NE(std::string::npos, low.text.find("too small for them: U+0041 U+0067\n")) << low.text;
+  EXPECT_NE(std::string::npos,
+            pack("--size 40 --wheels 81 --wheel-width 14" + out("narrow")).text.find(": U+0038\n"));
+  EXPECT_NE(
+    std::string::npos,
+    pack("--size 40 --chars ABCDEFGHIJKLMN --line 20 --base 18" + out("flat")).text.find(" U+004C and 2 more\n"));
+}
+
+TEST_F(FontPackTool, RefusesAFontWithoutOutlines) {
+  std::ofstream(folder + "dots.bdf") << "STARTFONT 2.1\nFONT dots\nSIZE 8 75 75\nFONTBOUNDINGBOX 8 8 0 0\nCHARS 1\n"
+                                        "STARTCHAR A\nENCODING 65\nSWIDTH 500 0\nDWIDTH 8 0\nBBX 8 2 0 0\n"
+                                        "BITMAP\nFF\nFF\nENDCHAR\nENDFONT\n";
+  const ToolRun run = runTool(FONTPACK " '" + (folder + "dots.bdf") + "' --size 8 --chars A" + out("dots"));
+  EXPECT_EQ(1, run.code);
+  EXPECT_NE(std::string::npos, run.text.find("dots.bdf: has no outlines")) << run.text;
+  EXPECT_FALSE(fs::exists(folder + "dots.fnt"));
 }
 
 TEST_F(FontPackTool, NamesTheCharactersThatTheFontLacks) {

@@ -2,8 +2,8 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cstdio>
-#include <exception>
 #include <filesystem>
+#include <stdexcept>
 
 #include "AtlasPack.h"
 
@@ -13,8 +13,15 @@ namespace {
 /// The frames in playing order: by name, where numbers in the names count as numbers.
 std::vector<fs::path> framesOf(const std::string& folder) {
   std::vector<fs::path> files;
-  for (const auto& entry : fs::directory_iterator(folder))
-    if (entry.is_regular_file() && entry.path().extension() == ".png") files.push_back(entry.path());
+  std::error_code code;
+  const fs::directory_iterator entries(folder, code);
+  if (code) throw std::runtime_error("the folder \"" + folder + "\" cannot be read: " + code.message());
+  for (const auto& entry : entries) {
+    std::string extension = entry.path().extension().string();
+    for (char& c : extension) c = static_cast<char>(c >= 'A' && c <= 'Z' ? c - 'A' + 'a' : c);
+    if (entry.is_regular_file() && extension == ".png") files.push_back(entry.path());
+  }
+  if (files.empty()) throw std::runtime_error("there is no PNG file in the folder \"" + folder + "\"");
   const auto key = [](const fs::path& path) {
     // Digits are led by their count, so that a longer number comes later.
     std::string out;
@@ -36,6 +43,14 @@ std::vector<fs::path> framesOf(const std::string& folder) {
   };
   std::sort(files.begin(), files.end(), [&key](const fs::path& a, const fs::path& b) { return key(a) < key(b); });
   return files;
+}
+
+/// The atlas would be a frame of the next run, or take the place of one.
+void refuseAmongFrames(const std::string& folder, const std::string& name) {
+  const fs::path parent = fs::path(name).parent_path();
+  std::error_code code;
+  if (fs::equivalent(parent.empty() ? "." : parent, folder, code))
+    throw std::runtime_error(name + " would lie among the frames: name another folder for the atlas");
 }
 }  // namespace
 
@@ -59,7 +74,9 @@ int main(int argc, char** argv) {
   }
   try {
     AtlasPack atlas(blend, maxSize);
-    for (const fs::path& file : framesOf(folder)) atlas.add(file.stem().string(), Canvas(file.string()));
+    const std::vector<fs::path> frames = framesOf(folder);
+    refuseAmongFrames(folder, name);
+    for (const fs::path& file : frames) atlas.add(file.stem().string(), Canvas(file.string()));
     const AtlasReport report = atlas.save(name);
     std::printf("%d frames, %d pictures, %d by %d pixels, %lld KB decoded, %.1f %% waste\n", report.frames,
                 report.distinct, report.width, report.height, static_cast<long long>(report.pixels() * 4 / 1000),

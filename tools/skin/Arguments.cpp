@@ -16,6 +16,7 @@ Ramp parseRamp(const std::string& text) {
   std::vector<Colour> colours;
   std::istringstream list(text);
   for (std::string one; std::getline(list, one, ',');) colours.push_back(parseColour(one));
+  if (text.ends_with(',')) parseColour("");
   if (colours.empty()) throw std::runtime_error("a gradient needs at least one colour");
   Ramp ramp;
   for (size_t i = 0; i < colours.size(); ++i)

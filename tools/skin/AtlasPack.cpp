@@ -194,6 +194,9 @@ AtlasReport AtlasPack::save(const std::string& basePath) {
   if (mFrames.empty()) throw std::runtime_error(basePath + ": an atlas needs at least one frame");
   if (basePath.find(".png") != std::string::npos)
     throw std::runtime_error(basePath + ": \".png\" in the name would make the program look for a strip");
+  const std::string name = basePath.substr(basePath.rfind('/') + 1);
+  if (name.empty() || name[0] == '.' || name.ends_with(".xml"))
+    throw std::runtime_error("\"" + basePath + "\" is no name for an atlas: a path without extension is");
   AtlasReport report;
   pack(report);
   report.frames = static_cast<int>(mFrames.size());
@@ -208,7 +211,6 @@ AtlasReport AtlasPack::save(const std::string& basePath) {
   }
   atlas.changed();
   atlas.save(basePath + ".png");
-  const size_t slash = basePath.rfind('/');
-  writeDescription(basePath + ".xml", basePath.substr(slash == std::string::npos ? 0 : slash + 1) + ".png", report);
+  writeDescription(basePath + ".xml", name + ".png", report);
   return report;
 }

@@ -25,7 +25,8 @@ struct AtlasReport {
 ///
 /// One thread. Pixels throughout. The frames are copied on `add`. Whatever the reader could not take throws
 /// `std::runtime_error` with the reason: no frame, frames of different sizes, a blend mode that it does not know, a
-/// name with ".png" in it (that would be read as a strip), an atlas larger than `maxSize`.
+/// name with ".png" in it (that would be read as a strip), one that is empty, hidden or ends in ".xml", an atlas
+/// larger than `maxSize`.
 class AtlasPack {
  public:
   /// `blendMode` is "BLEND", "ADD", "MOD" or "NONE".

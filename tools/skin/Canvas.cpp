@@ -30,7 +30,9 @@ static cairo_surface_t* readPng(const std::string& path) {
   const cairo_status_t status = cairo_surface_status(read);
   if (status == CAIRO_STATUS_SUCCESS) return read;
   cairo_surface_destroy(read);
-  throw std::runtime_error(path + ": " + cairo_status_to_string(status));
+  // For a file of another form the library tells of its memory.
+  throw std::runtime_error(path + (status == CAIRO_STATUS_FILE_NOT_FOUND ? ": there is no such file"
+                                                                         : ": cannot be read as a PNG picture"));
 }
 
 Canvas::Canvas(const std::string& path) : mWidth(0), mHeight(0), mSurface(readPng(path)), mContext(nullptr) {

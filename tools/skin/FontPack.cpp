@@ -15,10 +15,9 @@ constexpr int kGap = 2;  ///< empty pixels between cells, so that scaled drawing
 constexpr int kMaxHeight = 8192;
 constexpr int kMaxPadding = 5;  ///< the program makes a text's texture 5 pixels wider than measured
 
-/// Ink of one glyph around its pen, y downwards from the baseline.
-struct Ink {
-  double left, top, right, bottom;
-};
+constexpr double kUnseen = 1;  ///< pixels of a letter that nobody misses
+
+using Ink = FontPack::Ink;
 
 Ink inkOf(const Typeface& face, char32_t code) {
   Canvas probe(1, 1);
@@ -38,6 +37,17 @@ void FontPack::store(const GlyphCell& cell) {
   mCells.push_back(cell);
 }
 
+std::u32string FontPack::cut() const {
+  std::u32string codes;
+  for (const GlyphCell& cell : mCells)
+    if (cell.cut) codes.push_back(cell.code);
+  return codes;
+}
+
+bool FontPack::leavesLine(const Ink& ink) const {
+  return mBase + ink.top < -kUnseen || mBase + ink.bottom > mLineHeight + kUnseen;
+}
+
 GlyphCell FontPack::naturalCell(const Typeface& face, char32_t code) const {
   GlyphCell cell;
   cell.code = code;
@@ -52,12 +62,19 @@ GlyphCell FontPack::naturalCell(const Typeface& face, char32_t code) const {
   const int right = static_cast<int>(std::ceil(ink.right + margin + shift));
   const int top = std::max(0, static_cast<int>(std::floor(mBase + ink.top - margin)));
   const int bottom = std::min(mLineHeight, static_cast<int>(std::ceil(mBase + ink.bottom + margin)));
+  if (bottom <= top) {
+    char name[16];
+    std::snprintf(name, sizeof name, "U+%04X", static_cast<unsigned>(code));
+    throw std::runtime_error("a line of " + std::to_string(mLineHeight) + " pixels with the baseline at " +
+                             std::to_string(mBase) + " shows nothing of " + name);
+  }
   cell.xOffset = left;
   cell.yOffset = top;
   cell.width = right - left;
   cell.height = bottom - top;
   cell.penX = shift - left;
   cell.baseline = mBase - top;
+  cell.cut = leavesLine(ink);
   return cell;
 }
 
@@ -78,6 +95,7 @@ void FontPack::addFixed(const Typeface& face, const std::u32string& codes, int w
     cell.advance = advance;
     cell.penX = (width - (ink.right - ink.left)) / 2 - ink.left;
     cell.baseline = mBase;
+    cell.cut = leavesLine(ink) || ink.right - ink.left > width + kUnseen;
     store(cell);
   }
 }
@@ -168,7 +186,9 @@ void FontPack::writeDescription(const std::string& path, const std::string& name
 
 void FontPack::save(const std::string& basePath, const std::string& name, int atlasWidth) {
   if (mCells.empty()) throw std::runtime_error(basePath + ": a font needs at least one character");
-  if (name.empty() || name.find_first_of("/<>&\"") != std::string::npos)
+  if (name.ends_with(".fnt") || name.ends_with(".png"))
+    throw std::runtime_error(basePath + ": give the name without the extension");
+  if (name.empty() || name[0] == '.' || name.find_first_of("/<>&\"") != std::string::npos)
     throw std::runtime_error(basePath + ": \"" + name + "\" is no name for a font");
   for (const GlyphCell& cell : mCells)
     if (cell.width + 2 * kGap > atlasWidth)

@@ -21,6 +21,7 @@ struct GlyphCell {
   int xOffset = 0, yOffset = 0, width = 0, height = 0, advance = 0;
   int atlasX = 0, atlasY = 0;
   double penX = 0, baseline = 0;  ///< where the outline is drawn inside the cell
+  bool cut = false;               ///< whether the cell is too small for the outline, without its rim
   const Typeface* face = nullptr;
 };
 
@@ -29,10 +30,16 @@ struct GlyphCell {
 /// Every cell starts at the pen or left of it and stays within the line, as the program measures a line by the sum
 /// of the advances and the last cell's width: a text is then cut on no side. Characters that the typeface does not
 /// have are left out; the first character added wins over a later one with the same code. What the reader could not
-/// take throws `std::runtime_error` with the reason: no character, a name that is no plain file name, an atlas that
-/// is narrower than a cell or higher than 8192 pixels.
+/// take throws `std::runtime_error` with the reason: no character, a name that is no plain file name or has the
+/// ending already, an atlas that is narrower than a cell or higher than 8192 pixels; and, on being added, a
+/// character that lies wholly outside the line.
 class FontPack {
  public:
+  /// What is drawn of one glyph around its pen, y downwards from the baseline.
+  struct Ink {
+    double left, top, right, bottom;
+  };
+
   FontPack(FontStyle style, int lineHeight, int base);
 
   /// Adds characters with their natural cells.
@@ -43,12 +50,15 @@ class FontPack {
   void addHanging(const Typeface& face, char32_t code);
 
   size_t count() const { return mCells.size(); }
+  /// The characters that the line's height or a fixed cell's width cuts by more than a pixel.
+  std::u32string cut() const;
 
   /// Writes `basePath` + ".fnt" and ".png"; the atlas is `atlasWidth` wide and as high as needed.
   void save(const std::string& basePath, const std::string& name, int atlasWidth);
 
  private:
   GlyphCell naturalCell(const Typeface& face, char32_t code) const;
+  bool leavesLine(const Ink& ink) const;
   void store(const GlyphCell& cell);
   int pack(int atlasWidth);
   void drawCell(const Canvas& atlas, const GlyphCell& cell) const;

@@ -73,6 +73,10 @@ int sinkCubic(const FT_Vector* c1, const FT_Vector* c2, const FT_Vector* to, voi
 Typeface::Typeface(const std::string& path, double size) : mSize(size) {
   if (FT_New_Face(library(), path.c_str(), 0, &mFace) != 0)
     throw std::runtime_error(path + ": cannot be opened as a font");
+  if (!FT_IS_SCALABLE(mFace)) {
+    FT_Done_Face(mFace);
+    throw std::runtime_error(path + ": has no outlines, only pictures of letters");
+  }
   FT_Set_Char_Size(mFace, 0, static_cast<FT_F26Dot6>(size * 64), 72, 72);
   mShaper = hb_ft_font_create_referenced(mFace);
   hb_ft_font_set_load_flags(mShaper, kLoadFlags);

@@ -11,7 +11,7 @@ struct FT_FaceRec_;
 /// font package draws the same pixels.
 ///
 /// One thread. Sizes are pixels of the em square. Owns the FreeType face and the HarfBuzz font; a file that cannot
-/// be opened throws `std::runtime_error` with its path.
+/// be opened or has no outlines throws `std::runtime_error` with its path.
 class Typeface {
  public:
   Typeface(const std::string& path, double size);
