@@ -155,21 +155,21 @@ TEST(AtlasPack, WhatTheReaderCouldNotTakeIsRefused) {
 
 TEST(AtlasPackTool, PacksAFolderInTheOrderOfItsNames) {
   const ScratchFolder folder("atlaspack");
-  fs::create_directories(folder + "frames");
+  fs::create_directories(folder + "the frames \xc3\xa4");
   // 2 before 10: numbers count as numbers.
   const int numbers[] = {1, 2, 3, 9, 10, 11};
   for (size_t i = 0; i < std::size(kBoxes); ++i) {
     const Canvas canvas(kWidth, kHeight);
     paint(canvas, kBoxes[i]);
-    canvas.save(folder + "frames/f" + std::to_string(numbers[i]) + (i == 2 ? ".PNG" : ".png"));
+    canvas.save(folder + "the frames \xc3\xa4/f" + std::to_string(numbers[i]) + (i == 2 ? ".PNG" : ".png"));
   }
-  std::ofstream(folder + "frames/readme.txt") << "no frame";
-  const ToolRun run =
-    runTool(ATLASPACK " '" + (folder + "frames") + "' -o '" + (folder + "out") + "' --blend BLEND");
+  std::ofstream(folder + "the frames \xc3\xa4/readme.txt") << "no frame";
+  const ToolRun run = runTool(ATLASPACK " '" + (folder + "the frames \xc3\xa4") + "' -o '" +
+                              (folder + "the atlas \xc3\xa4") + "' --blend BLEND");
   EXPECT_EQ(0, run.code) << run.text;
   EXPECT_NE(std::string::npos, run.text.find("6 frames, 5 pictures, ")) << run.text;
   EXPECT_NE(std::string::npos, run.text.find("% waste")) << run.text;
-  expectBoxesOnScreen(folder + "out");
+  expectBoxesOnScreen(folder + "the atlas \xc3\xa4");
 }
 
 TEST(AtlasPackTool, SaysWhatIsWrong) {

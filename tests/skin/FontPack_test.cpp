@@ -59,6 +59,17 @@ TEST_F(FontPackTool, PairsAreKerned) {
   EXPECT_EQ(font->FindGlyph('H')->xadvance + font->FindGlyph('H')->width + 5, width(font, "HH"));
 }
 
+TEST_F(FontPackTool, AFontWithoutKerningIsReadAllTheSame) {
+  const ToolRun run =
+    runTool(FONTPACK " /usr/share/fonts/truetype/dejavu/DejaVuSansMono.ttf --size 60 --chars 'AV'" +
+            out("a font \xc3\xa4"));
+  ASSERT_EQ(0, run.code) << run.text;
+  EXPECT_EQ(std::string::npos, skinfiles::readFile(folder + "a font \xc3\xa4.fnt").find("<kerning "));
+  TBitmapFont* font = open("a font \xc3\xa4");
+  ASSERT_NE(nullptr, font->FindGlyph('V'));
+  EXPECT_EQ(font->FindGlyph('A')->xadvance + font->FindGlyph('V')->width + 5, width(font, "AV"));
+}
+
 TEST_F(FontPackTool, LettersHaveGradientOutlineAndShadow) {
   ASSERT_EQ(0, pack("--size 80 --chars I --gradient ff0000,0000ff --outline 4 --outline-colour 00ff00 --shadow 3" +
                     out("styled"))

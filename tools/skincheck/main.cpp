@@ -24,7 +24,8 @@ Output:   FILE:LINE:COLUMN: error|warning: TEXT [CODE]   sorted by file, then on
            "findings": [{"severity", "code", "file", "line", "column", "text"}],
            "parts": [{"name", "folder", "bytes", "budget", "files": [{"file", "width", "height", "bytes"}]}]}
           "line" and "column" only where there are any; "parts" are the skin and each game.
-Exit:     0 nothing but warnings, 1 errors (with --strict: or warnings), 2 options or folders that are wrong, or no report.)";
+Exit:     0 nothing but warnings, 1 errors (with --strict: or warnings), 2 options or folders that are wrong, or a
+          report that cannot be written.)";
 }  // namespace
 
 int main(int argc, char** argv) {
