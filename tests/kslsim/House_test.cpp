@@ -101,6 +101,17 @@ TEST(House, WinStandsForItsTime) {
   EXPECT_EQ(level(700)["NumWins"], 2);
 }
 
+TEST(House, SurvivesTheLargestAmountsAndNumbers) {
+  const House::Guests many{300, 100000, 1000000, 1000, 600, 5};
+  const Json wide{{"CurrentPot", INT64_MIN}, {"MinPot", INT64_MIN}, {"MaxPot", INT64_MAX}};
+  const Life life = lifeOf(wide, many, 300);
+  EXPECT_GT(life.pots.back(), life.pots.front());
+  const Json won{{"CurrentPot", 99}, {"MinPot", 1}, {"MaxPot", 100}, {"NumWins", INT32_MAX}};
+  EXPECT_GE(lifeOf(won, many, 300).wins.size(), 2u);
+  EXPECT_EQ(oneMoreWin({{"NumWins", INT32_MAX}}), INT32_MAX);
+  EXPECT_EQ(oneMoreWin({{"NumWins", 4}}), 5);
+}
+
 TEST(House, StopGrowAndRampEndThePlay) {
   for (const char* step :
        {R"({"do": "stop", "id": 0})", R"({"do": "stop"})", R"({"do": "grow", "id": 0, "min": 0, "max": 0})",

@@ -30,6 +30,43 @@ TEST_F(SimulatorMethods, ParametersKeepTheirTypeAndUnknownOnesAreMinusTen) {
   EXPECT_EQ(simulator.report()["params"], Json({{"Speed", 3}}));
 }
 
+TEST_F(SimulatorMethods, AStructThatLooksLikeAnAmountIsKeptAsItIs) {
+  const int client = registered();
+  const xmlrpc_c::value odd = xmlrpc_c::value_struct(xmlrpc_c::cstruct{{"$i8", xmlrpc_c::value_string("five")}});
+  EXPECT_EQ(fromWire(simulator.setParam(client, "Odd", odd)), Json({{"$i8", "five"}}));
+  EXPECT_EQ(fromWire(simulator.getParam(client, "Odd")), Json({{"$i8", "five"}}));
+}
+
+TEST_F(SimulatorMethods, TextsAndKeysThatWouldSpoilTheWholeAnswerAreRefused) {
+  struct {
+    Json step;
+    const char* complaint;
+  } const rows[] = {
+    {{{"do", "set"}, {"state", {{"JackpotErrorString", "a\xFF"}}}}, "expected a text in UTF-8"},
+    {{{"do", "set"}, {"state", {{"Instructions", {"\uFFFF"}}}}},
+     "expected a text without U+FFFE and U+FFFF, which are no characters"},
+    {{{"do", "set"}, {"state", {{"ExtraData", {{"\x01", 1}}}}}}, "expected a text without control characters"},
+    {{{"do", "params"}, {"set", {{"a", {{"\x02", 1}}}}}}, "expected a text without control characters"},
+    {{{"do", "event"}, {"id", 111}, {"raw", {{{"\x03", 1}}}}}, "expected a text without control characters"}};
+  for (const auto& row : rows) {
+    try {
+      simulator.apply(row.step);
+      ADD_FAILURE() << "was accepted: " << row.complaint;
+    } catch (const InputError& error) {
+      EXPECT_STREQ(error.what(), row.complaint);
+    }
+  }
+  apply(R"({"do": "set", "state": {"ExtraData": {"\u00e9": "\ud83d\ude00"}}})");
+}
+
+TEST_F(SimulatorMethods, TheLargestNumberOfWinsStays) {
+  apply(R"({"do": "add", "level": {"NumWins": 2147483646}})");
+  for (int i = 0; i < 2; ++i) {
+    apply(R"({"do": "win", "id": 0})");
+    EXPECT_EQ(simulator.report()["state"]["JackpotData"][0]["NumWins"], INT32_MAX);
+  }
+}
+
 TEST_F(SimulatorMethods, CountersBelongToTheActiveGame) {
   const int client = registered();
   EXPECT_EQ(fromWire(simulator.getCounter(client, "Spins"))["faultCode"], NO_ACTIVE_GAME);

@@ -22,6 +22,12 @@ int64_t arrivals(std::mt19937_64& random, double mean) {
   return std::max<int64_t>(out, 0);
 }
 
+// Above `from`, up to `most`; in unsigned numbers, for the way between the two may not fit a signed one.
+int64_t between(std::mt19937_64& random, int64_t from, int64_t most) {
+  const uint64_t first = static_cast<uint64_t>(from), span = static_cast<uint64_t>(most) - first;
+  return static_cast<int64_t>(first + 1 + random() % span);
+}
+
 std::string amountText(int64_t amount, const Json& level) {
   const int places = std::clamp(level["DecimalPlaces"].get<int>(), 0, 9);
   std::string digits = std::to_string(amount);
@@ -42,6 +48,11 @@ constexpr UsualLevel USUAL[HOUSE_LEVELS] = {{"GOLD", 1, 124837519, 100000000, 20
                                             {"EMERALD", 2, 58975, 20000, 75000, 300, 5}};
 
 }  // namespace
+
+int oneMoreWin(const Json& level) {
+  const int wins = level["NumWins"].get<int>();
+  return wins == INT32_MAX ? wins : wins + 1;
+}
 
 std::vector<Json> houseSteps(int levels, uint64_t seed) {
   std::vector<Json> out;
@@ -88,8 +99,7 @@ void House::look(Table& table, Json& level, Json& part) {
   // A pot that was set beyond the value, or a limit that was moved, calls for a new one.
   if (table.hit < 0 || table.hit > most || (table.hit == 0 && most > pot)) {
     const int64_t from = std::max(pot, least);
-    table.hit =
-      most > from ? from + 1 + static_cast<int64_t>(table.random() % static_cast<uint64_t>(most - from)) : 0;
+    table.hit = most > from ? between(table.random, from, most) : 0;
   }
   const double mean = static_cast<double>(table.guests.bets) * static_cast<double>(table.guests.every) / MINUTE;
   for (int64_t bets = arrivals(table.random, mean); bets > 0; --bets)
@@ -104,7 +114,7 @@ void House::look(Table& table, Json& level, Json& part) {
     if (table.statusBefore == "WIN") table.statusBefore = "ACTIVE";
     table.winLeft = std::max<int64_t>(table.guests.show / table.guests.every, 1);
     set("Status", "WIN");
-    set("NumWins", level["NumWins"].get<int>() + 1);
+    set("NumWins", oneMoreWin(level));
     set("LastWinData", "Last won: " + amountText(pot, level));
   }
   set("CurrentPot", pot);

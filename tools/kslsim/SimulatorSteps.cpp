@@ -259,7 +259,7 @@ void Simulator::doWin(const Json& step) {
   const std::string status = level["Status"].get<std::string>();
   Json part = Json::object();
   if (flag(step, "on", true)) {
-    part = {{"Status", "WIN"}, {"NumWins", level["NumWins"].get<int64_t>() + 1}};
+    part = {{"Status", "WIN"}, {"NumWins", oneMoreWin(level)}};
     if (status != "WIN") mStatusBeforeWin[id] = status;
   } else {
     const auto before = mStatusBeforeWin.find(id);

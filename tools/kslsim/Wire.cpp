@@ -20,11 +20,18 @@ bool fits32(const Json& value) {
 
 bool isTypedI8(const Json& value) { return value.is_object() && value.size() == 1 && value.contains("$i8"); }
 
-// Characters that no XML document can carry would make the peer refuse the whole reply.
-bool isXmlText(const std::string& text) {
+// What no XML document can carry would make the peer refuse the whole reply. Null for a text that can be sent.
+const char* faultOf(const std::string& text) {
   for (unsigned char c : text)
-    if (c < 0x20 && c != '\t' && c != '\n' && c != '\r') return false;
-  return true;
+    if (c < 0x20 && c != '\t' && c != '\n' && c != '\r') return "a text without control characters";
+  for (const char* none : {"\xEF\xBF\xBE", "\xEF\xBF\xBF"})
+    if (text.find(none) != std::string::npos) return "a text without U+FFFE and U+FFFF, which are no characters";
+  try {
+    Json(text).dump();
+  } catch (const Json::exception&) {
+    return "a text in UTF-8";
+  }
+  return nullptr;
 }
 
 const std::vector<Field>* fieldsOf(Kind kind) {
@@ -44,9 +51,14 @@ void demand(bool good, const std::string& path, const char* what) {
   if (!good) throw InputError(path, std::string("expected ") + what);
 }
 
+void checkText(const std::string& text, const std::string& path) {
+  const char* fault = faultOf(text);
+  demand(!fault, path, fault);
+}
+
 void checkString(const Json& value, const std::string& path) {
   demand(value.is_string(), path, "a text");
-  demand(isXmlText(value.get_ref<const std::string&>()), path, "a text without control characters");
+  checkText(value.get_ref<const std::string&>(), path);
 }
 
 std::string below(const std::string& path, const std::string& key) {
@@ -58,13 +70,20 @@ void checkItems(const Json& value, Kind kind, const std::string& path) {
   for (size_t i = 0; i < value.size(); ++i) check(value[i], kind, below(path, std::to_string(i)));
 }
 
+// The keys of these structs go out as they are.
+void checkMembers(const Json& value, const std::string& path) {
+  for (const auto& [key, item] : value.items()) {
+    checkText(key, below(path, key));
+    check(item, Kind::Any, below(path, key));
+  }
+}
+
 void checkAny(const Json& value, const std::string& path) {
   if (isTypedI8(value)) return check(value["$i8"], Kind::I8, below(path, "$i8"));
   if (value.is_string()) return checkString(value, path);
   if (value.is_number() && !value.is_number_float()) demand(fits64(value), path, "a number of 64 bits");
   if (value.is_array()) return checkItems(value, Kind::Any, path);
-  if (value.is_object())
-    for (const auto& [key, item] : value.items()) check(item, Kind::Any, below(path, key));
+  if (value.is_object()) checkMembers(value, path);
 }
 
 xmlrpc_c::value structToWire(const Json& value, const std::vector<Field>& fields) {
@@ -86,7 +105,8 @@ xmlrpc_c::value anyStructToWire(const Json& value) {
 }
 
 xmlrpc_c::value anyToWire(const Json& value) {
-  if (isTypedI8(value)) return toWire(value["$i8"], Kind::I8);
+  // A client may well have sent a struct of that one key.
+  if (isTypedI8(value) && fits64(value["$i8"])) return toWire(value["$i8"], Kind::I8);
   switch (value.type()) {
     case Json::value_t::boolean:
       return toWire(value, Kind::Bool);
@@ -127,8 +147,7 @@ void check(const Json& value, Kind kind, const std::string& path) {
     case Kind::Extra:
     case Kind::Struct:
       demand(value.is_object(), path, "an object");
-      for (const auto& [key, item] : value.items()) check(item, Kind::Any, below(path, key));
-      return;
+      return checkMembers(value, path);
     case Kind::Any:
       return checkAny(value, path);
     case Kind::Game:
