@@ -78,6 +78,14 @@ TEST(Scenario, StepsOfOneTimeKeepTheirOrderAndOthersAreSorted) {
   EXPECT_EQ(scenario.steps()[2].at, 20);
 }
 
+TEST(Scenario, GoesOnWhereTheStepsBeforeItEnd) {
+  const char* win = "[{\"at\": 0, \"do\": \"win\", \"id\": 0}]";
+  EXPECT_THROW(Scenario::parse(win), ScenarioError);
+  EXPECT_EQ(Scenario::parse(win, {Json{{"do", "add"}}}).steps().size(), 1u);
+  EXPECT_THROW(Scenario::parse("[{\"at\": 0, \"do\": \"add\", \"level\": {\"Id\": 0}}]", {Json{{"do", "add"}}}),
+               ScenarioError);
+}
+
 TEST(Scenario, EmptyListIsFine) { EXPECT_TRUE(Scenario::parse("[]").steps().empty()); }
 
 TEST(PlacedJson, KnowsWhereEveryValueBegins) {

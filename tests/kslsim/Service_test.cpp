@@ -55,6 +55,15 @@ TEST_F(ServiceTest, OnlyItsPathIsServed) {
   EXPECT_EQ(rpc->Get("/KSL")->status, 404);
 }
 
+TEST(Service, PathIsNoPattern) {
+  Service service({0, 0, "/K.L(+[", ""});
+  std::string error;
+  ASSERT_TRUE(service.start(error)) << error;
+  httplib::Client rpc("127.0.0.1", service.port());
+  EXPECT_EQ(rpc.Post("/K.L(+[", "x", "text/xml")->status, 200);
+  EXPECT_EQ(rpc.Post("/KSL(+[", "x", "text/xml")->status, 404);
+}
+
 struct WrongCall {
   const char* method;
   const char* params;
@@ -164,6 +173,22 @@ TEST_F(ServiceTest, ControlTellsWhatIsWrongWithAStep) {
   EXPECT_EQ(order("{"), 400);
   EXPECT_EQ(order("[]"), 400);
   EXPECT_EQ(control->Get("/api/log?since=x")->status, 400);
+}
+
+TEST_F(ServiceTest, ControlTakesALongStepHoweverItIsCalledAndSaysWhatIsTooLong) {
+  const auto send = [this](size_t length) {
+    const Json step{{"do", "set"}, {"state", {{"JackpotErrorString", std::string(length, 'x')}}}};
+    return control->Post("/api/do", step.dump(), "application/x-www-form-urlencoded");  // as curl does
+  };
+  EXPECT_EQ(send(100000)->status, 200);
+  EXPECT_EQ(service.simulator().report()["state"]["JackpotErrorString"].get<std::string>().size(), 100000u);
+  // The answer to one that is refused before it is read may be lost with its connection.
+  const auto refused = send(600000);
+  if (refused) {
+    EXPECT_EQ(refused->status, 413);
+    EXPECT_EQ(Json::parse(refused->body)["error"], "a step has at most 512 KiB");
+  }
+  EXPECT_EQ(Json::parse(control->Get("/api/do")->body)["error"], "there is nothing at this address");
 }
 
 TEST_F(ServiceTest, ControlShowsStateAndLog) {

@@ -231,11 +231,17 @@ class Program(unittest.TestCase):
         for arguments, complaint in ((["--set", "DemoMode"], "--set DemoMode: expected FIELD=VALUE\n"),
                                      (["--set", "Demo=1"], '--set Demo=1: unknown field "Demo"\n'),
                                      (["--set", "MinBet=x"], "--set MinBet=x: expected a number of 64 bits\n"),
+                                     (["--set", 'ExtraData={"a":' + "[" * 60000],
+                                      f'--set ExtraData={{"a":{"[" * 60000}: expected an object\n'),
+                                     (["--set", b"JackpotErrorString=\xff"],
+                                      "--set JackpotErrorString=\udcff: expected a text in UTF-8\n"),
                                      (["--do", '{"do":\n"dance"}'], "--do: 2:1: there is no such step\n"),
                                      (["--do", '{"do": "win", "id": 0}'], '--do: 1:21: no level has the "Id" 0\n')):
-            done = subprocess.run([PROGRAM, "--check", *arguments], capture_output=True, text=True, timeout=BOUND)
+            done = subprocess.run([PROGRAM, "--check", *arguments], capture_output=True, text=True, timeout=BOUND,
+                                  errors="surrogateescape")
             self.assertEqual((done.returncode, done.stderr), (2, complaint))
-        for arguments in (["--levels", "5"], ["--port", "x"], ["--odd"]):
+        for arguments in (["--levels", "5"], ["--port", "x"], ["--odd"], ["--seed", "-1", "--levels", "1"],
+                          ["--path", "KSL"], ["--path", "/a b"], ["--path", "/a?b"]):
             done = subprocess.run([PROGRAM, "--check", *arguments], capture_output=True, text=True, timeout=BOUND)
             self.assertGreater(done.returncode, 100)
             self.assertIn(arguments[0], done.stderr)
@@ -283,11 +289,56 @@ class Program(unittest.TestCase):
                               timeout=BOUND)
         self.assertEqual((done.returncode, done.stderr), (2, "--upstream: expected http://HOST:PORT/PATH\n"))
         for arguments in (["--record", "/x/y"], ["--upstream", "http://a/b"], ["--wire"], ["--at-once"], ["--seed", "3"],
+                          ["--replay", __file__, "--levels", "1"], ["--replay", __file__, "--set", "DemoMode=true"],
+                          ["--record", "/x/y", "--upstream", "http://a/b", "--window", "a"],
                           ["--record", "/x/y", "--upstream", "http://a/b", "--levels", "1"],
                           ["--record", "/x/y", "--upstream", "http://a/b", "--control-port", "0"]):
             done = subprocess.run([PROGRAM, *arguments], capture_output=True, text=True, timeout=BOUND)
             self.assertGreater(done.returncode, 100, arguments)
             self.assertIn(arguments[0], done.stderr)
+
+    def test_scenario_goes_on_after_the_command_line(self):
+        with tempfile.NamedTemporaryFile("w", suffix=".json") as file:
+            file.write('[{"at": 0, "do": "win", "id": 3}]')
+            file.flush()
+            for levels, code in ((3, 2), (4, 0)):
+                done = subprocess.run([PROGRAM, "--check", "--levels", str(levels), "--scenario", file.name],
+                                      capture_output=True, text=True, timeout=BOUND)
+                self.assertEqual(done.returncode, code, done.stderr)
+
+    def test_full_disk_is_said_once(self):
+        with tempfile.TemporaryFile("w+") as complaints:
+            process = subprocess.Popen([PROGRAM, "--port", "0", "--control-port", "0", "--log", "/dev/full"],
+                                       stdout=subprocess.PIPE, stderr=complaints, text=True)
+            self.addCleanup(process.stdout.close)
+            self.addCleanup(process.kill)
+            rpc = xmlrpc.client.ServerProxy(f"http://127.0.0.1:{int(process.stdout.readline())}/KSL", allow_none=True)
+            for _ in range(3):
+                self.assertEqual(len(rpc.platform.state()), 13)
+            rpc("close")()
+            process.terminate()
+            self.assertEqual(process.wait(BOUND), 0)
+            complaints.seek(0)
+            self.assertEqual(complaints.read(), "kslsim: the log cannot be written any more\n")
+
+    def test_second_recorder_leaves_the_file_of_the_first_alone(self):
+        with tempfile.TemporaryDirectory() as folder:
+            file = os.path.join(folder, "recording")
+            with open(file, "w", encoding="utf-8") as earlier:
+                earlier.write("what was there\n")
+            simulator = Simulator()
+            self.addCleanup(simulator.end)
+            done = subprocess.run([PROGRAM, "--port", str(simulator.port), "--record", file, "--upstream",
+                                   f"http://127.0.0.1:{simulator.port}/KSL"], capture_output=True, text=True,
+                                  timeout=BOUND)
+            self.assertEqual((done.returncode, done.stderr), (1, f"kslsim: port {simulator.port} is taken\n"))
+            with open(file, encoding="utf-8") as earlier:
+                self.assertEqual(earlier.read(), "what was there\n")
+            for target in ("", folder, "/dev/full"):
+                done = subprocess.run([PROGRAM, "--port", "0", "--record", target, "--upstream",
+                                       f"http://127.0.0.1:{simulator.port}/KSL"], capture_output=True, text=True,
+                                      timeout=BOUND)
+                self.assertEqual((done.returncode, done.stderr), (1, f"kslsim: cannot write {target}\n"))
 
     def test_taken_port_is_said(self):
         simulator = Simulator()

@@ -53,6 +53,13 @@ void ControlServer::addRoutes(httplib::Server& server) {
     refuse(response, 403, FOREIGN);
     return httplib::Server::HandlerResponse::Handled;
   });
+  server.set_error_handler([](const httplib::Request&, httplib::Response& response) {
+    if (!response.body.empty()) return;
+    refuse(response, response.status,
+           response.status == 404   ? "there is nothing at this address"
+           : response.status == 413 ? "a step has at most 512 KiB"
+                                    : "this is no request that can be answered");
+  });
   addConsole(server);
   addSteering(server);
 }

@@ -31,6 +31,15 @@ std::string httpAnswer(const std::string& body) {
 
 }  // namespace
 
+std::string routeOf(const std::string& path) {
+  std::string out;
+  for (char c : path) {
+    if (std::string_view("\\^$.|?*+()[]{}").find(c) != std::string_view::npos) out += '\\';
+    out += c;
+  }
+  return out;
+}
+
 HttpServer::HttpServer() = default;
 HttpServer::~HttpServer() = default;
 
@@ -73,6 +82,7 @@ void HttpServer::stop() {
   std::thread shutter([&] {
     while (!ended) {
       shutConnections(mPort);
+      breakOff();
       std::this_thread::sleep_for(std::chrono::milliseconds(2));
     }
   });
@@ -98,7 +108,7 @@ void RpcServer::addRoutes(httplib::Server& server) {
     Connection(port(), request.remote_port).shut();
     return httplib::Server::HandlerResponse::Handled;
   });
-  server.Post(mPath,
+  server.Post(routeOf(mPath),
               [this](const httplib::Request& request, httplib::Response& response) { answer(request, response); });
 }
 

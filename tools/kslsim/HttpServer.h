@@ -17,6 +17,9 @@ struct Response;
 
 namespace kslsim {
 
+// The pattern of a route that is this path and no other.
+std::string routeOf(const std::string& path);
+
 // A listening HTTP server on the loopback interface with threads of its own. start() and stop() are called by one
 // thread and may follow each other any number of times; each start makes a new server. What the routes do runs on
 // the server's threads.
@@ -40,6 +43,10 @@ class HttpServer {
 
  protected:
   virtual void addRoutes(httplib::Server& server) = 0;
+
+  // Ends what the routes wait for, other than in pause(). Called again and again while the server is being stopped,
+  // until no route runs any more.
+  virtual void breakOff() {}
 
   // Waits so long on the calling thread. False at once when the server is being stopped.
   bool pause(int milliseconds);

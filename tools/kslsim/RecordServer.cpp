@@ -7,6 +7,7 @@ namespace {
 
 // Longer than any client waits: a service that is silent has to look silent.
 constexpr int PATIENCE_SECONDS = 3600;
+constexpr int CONNECT_SECONDS = 10;
 
 }  // namespace
 
@@ -23,14 +24,22 @@ RecordServer::RecordServer(const std::string& path, const std::string& upstream)
 RecordServer::~RecordServer() { stop(); }
 
 bool RecordServer::open(const std::string& file, RecordingWriter::Form form) {
-  return mWriter.open(file, mUpstream, form);
+  mOpen = mWriter.open(file, mUpstream, form);
+  return mOpen;
+}
+
+void RecordServer::breakOff() {
+  std::lock_guard lock(mClientsMutex);
+  for (httplib::Client* client : mBusy) client->stop();
 }
 
 void RecordServer::addRoutes(httplib::Server& server) {
-  server.Post(mPath, [this](const httplib::Request& request, httplib::Response& response) {
+  server.Post(routeOf(mPath), [this](const httplib::Request& request, httplib::Response& response) {
     const auto milliseconds = [](std::chrono::steady_clock::duration time) {
       return std::chrono::duration_cast<std::chrono::milliseconds>(time).count();
     };
+    while (!mOpen)
+      if (!pause(1)) return;
     const auto begin = std::chrono::steady_clock::now();
     std::string contentType;
     Exchange exchange;
@@ -60,10 +69,17 @@ WireAnswer RecordServer::ask(const httplib::Request& request, std::string& conte
     client = std::make_unique<httplib::Client>(mHost);
     client->set_keep_alive(true);
     client->set_tcp_nodelay(true);
+    client->set_connection_timeout(CONNECT_SECONDS);
     client->set_read_timeout(PATIENCE_SECONDS);
+  }
+  {
+    std::lock_guard lock(mClientsMutex);
+    mBusy.insert(client.get());
   }
   WireAnswer out;
   const auto answer = client->Post(mUpstreamPath, request.body, request.get_header_value("Content-Type"));
+  std::lock_guard lock(mClientsMutex);
+  mBusy.erase(client.get());
   if (!answer) {
     out.error = httplib::to_string(answer.error());
     return out;
@@ -71,7 +87,6 @@ WireAnswer RecordServer::ask(const httplib::Request& request, std::string& conte
   out.status = answer->status;
   out.body = answer->body;
   contentType = answer->get_header_value("Content-Type");
-  std::lock_guard lock(mClientsMutex);
   mIdle.push_back(std::move(client));
   return out;
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <set>
 #include <vector>
 
 #include "tools/kslsim/HttpServer.h"
@@ -20,21 +21,25 @@ class RecordServer : public HttpServer {
   RecordServer(const std::string& path, const std::string& upstream);
   ~RecordServer() override;
 
-  // False when the file cannot be written. Before start().
+  // False when the file cannot be written. Calls wait until it is open, so that whoever does not get the port first
+  // leaves the file of another alone.
   bool open(const std::string& file, RecordingWriter::Form form);
 
  private:
   using Clients = std::vector<std::unique_ptr<httplib::Client>>;
 
   void addRoutes(httplib::Server& server) override;
+  void breakOff() override;
   WireAnswer ask(const httplib::Request& request, std::string& contentType);
 
   const std::string mPath, mUpstream;
   std::string mHost, mUpstreamPath;
   const std::chrono::steady_clock::time_point mBegin;
   RecordingWriter mWriter;
-  std::mutex mClientsMutex;  // guards mIdle
-  Clients mIdle;             // connections to the service that wait for a call
+  std::atomic<bool> mOpen{false};  // the file
+  std::mutex mClientsMutex;        // guards the rest
+  Clients mIdle;                   // connections to the service that wait for a call
+  std::set<httplib::Client*> mBusy;
 };
 
 }  // namespace kslsim

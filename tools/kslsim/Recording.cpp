@@ -1,6 +1,7 @@
 #include "tools/kslsim/Recording.h"
 
 #include <algorithm>
+#include <iostream>
 #include <memory>
 #include <nlohmann/json.hpp>
 #include <xmlrpc-c/xml.hpp>
@@ -144,6 +145,7 @@ WireAnswer answerFrom(const Json& line) {
   } else if (line.contains("status") && (line.contains("body") || line.contains("hex"))) {
     check(line["status"], Kind::Int, "/status");
     out.status = line["status"].get<int>();
+    if (out.status < 100 || out.status > 999) throw InputError("/status", "expected a status of HTTP, 100 to 999");
     const std::string hex = line.value("hex", "");
     if (hex.size() % 2 != 0 || hex.find_first_not_of("0123456789abcdefABCDEF") != std::string::npos)
       throw InputError("/hex", "expected hexadecimal digits");
@@ -213,7 +215,9 @@ void RecordingWriter::add(const Exchange& exchange) {
   if (asOnTheWire) putBytes(line, "call", "callHex", exchange.call);
   describe(line, exchange.answer, asOnTheWire);
   std::lock_guard lock(mMutex);
+  const bool good = mFile.good();
   mFile << line.dump(-1, ' ', false, OrderedJson::error_handler_t::replace) << std::endl;
+  if (good && !mFile) std::cerr << "kslsim: the recording cannot be written any more" << std::endl;
 }
 
 Replay::Replay(const std::string& text, Pace pace) {

@@ -39,6 +39,7 @@ class RecordingWriter {
   // False when the file cannot be written. Before the first add().
   bool open(const std::string& file, const std::string& service, Form form);
 
+  // A line that cannot be written is said once, on the standard error.
   void add(const Exchange& exchange);
 
  private:

@@ -1,6 +1,7 @@
 #include "tools/kslsim/RequestLog.h"
 
 #include <chrono>
+#include <iostream>
 
 namespace kslsim {
 
@@ -27,7 +28,10 @@ void RequestLog::add(int64_t now, Json entry) {
   entry["n"] = ++mLast;
   entry["t"] = now;
   entry["time"] = wallClock();
-  if (mFile.is_open()) mFile << entry.dump(-1, ' ', false, Json::error_handler_t::replace) << std::endl;
+  if (mFile.is_open() && mFile.good()) {
+    mFile << entry.dump(-1, ' ', false, Json::error_handler_t::replace) << std::endl;
+    if (!mFile) std::cerr << "kslsim: the log cannot be written any more" << std::endl;
+  }
   mEntries.push_back(std::move(entry));
   if (mEntries.size() > LIMIT) mEntries.pop_front();
 }

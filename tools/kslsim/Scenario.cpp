@@ -149,7 +149,9 @@ Place PlacedJson::placeOf(std::string pointer) const {
   }
 }
 
-Scenario Scenario::parse(const std::string& text) {
+Scenario Scenario::parse(const std::string& text) { return parse(text, {}); }
+
+Scenario Scenario::parse(const std::string& text, const std::vector<Json>& before) {
   PlacedJson json = PlacedJson::parse(text);
   if (!json.value.is_array()) throw ScenarioError(json.placeOf(""), "expected a list of steps");
   Scenario out;
@@ -171,6 +173,7 @@ Scenario Scenario::parse(const std::string& text) {
                    [&](size_t a, size_t b) { return out.mSteps[a].at < out.mSteps[b].at; });
 
   Simulator trial([] { return int64_t(0); });
+  for (const Json& step : before) trial.apply(step);
   std::vector<Step> sorted;
   for (size_t index : order) {
     try {

@@ -53,6 +53,9 @@ class Scenario {
   // found now and not in the middle of a run.
   static Scenario parse(const std::string& text);
 
+  // The same for a platform that has done these steps before.
+  static Scenario parse(const std::string& text, const std::vector<Json>& before);
+
   const std::vector<Step>& steps() const { return mSteps; }
 
  private:

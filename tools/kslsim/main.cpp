@@ -1,5 +1,6 @@
 // kslsim: a platform service to run the top screen against. docs/SIMULATOR.md tells how to use it.
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <csignal>
 #include <cstdio>
 #include <iostream>
@@ -15,42 +16,63 @@ struct Wishes {
   std::vector<std::string> steps;   // JSON
   std::vector<std::string> fields;  // FIELD=VALUE of the state
   int levels = 0;
-  uint64_t seed = 1;
+  int64_t seed = 1;
+};
+
+// The simulator, and what it has been told.
+struct Told {
+  kslsim::Simulator& simulator;
+  std::vector<kslsim::Json> steps = {};
+
+  // Throws InputError.
+  void apply(const kslsim::Json& step) {
+    simulator.apply(step);
+    steps.push_back(step);
+  }
 };
 
 // Throws ScenarioError.
-void applyText(kslsim::Simulator& simulator, const std::string& text) {
+void applyText(Told& told, const std::string& text) {
   const kslsim::PlacedJson json = kslsim::PlacedJson::parse(text);
   try {
-    simulator.apply(json.value);
+    told.apply(json.value);
   } catch (const kslsim::InputError& error) {
     throw kslsim::ScenarioError(json.placeOf(error.path()), error.what());
   }
 }
 
-// The value is JSON where it can be read so, and else a text. Throws InputError.
-void applyField(kslsim::Simulator& simulator, const std::string& wish) {
+// As JSON where it can be read so, and else as a text.
+kslsim::Json valueOf(const std::string& text) {
+  try {
+    return kslsim::PlacedJson::parse(text).value;
+  } catch (const kslsim::ScenarioError&) {
+    return text;
+  }
+}
+
+// Throws InputError.
+void applyField(Told& told, const std::string& wish) {
   const size_t equals = wish.find('=');
   if (equals == std::string::npos) throw kslsim::InputError("", "expected FIELD=VALUE");
   const std::string field = wish.substr(0, equals), text = wish.substr(equals + 1);
   const kslsim::Field* known = kslsim::findField(kslsim::stateFields(), field);
-  kslsim::Json value = kslsim::Json::parse(text, nullptr, false);
-  if (value.is_discarded() || (known && known->kind == kslsim::Kind::String)) value = text;
-  simulator.apply({{"do", "set"}, {"state", {{field, value}}}});
+  const kslsim::Json value = known && known->kind == kslsim::Kind::String ? kslsim::Json(text) : valueOf(text);
+  told.apply({{"do", "set"}, {"state", {{field, value}}}});
 }
 
 // False, with a line on the standard error, when a wish cannot be done.
-bool applyWishes(kslsim::Simulator& simulator, const Wishes& wishes) {
+bool applyWishes(Told& told, const Wishes& wishes) {
   std::string at;
   try {
-    for (const kslsim::Json& step : kslsim::houseSteps(wishes.levels, wishes.seed)) simulator.apply(step);
+    for (const kslsim::Json& step : kslsim::houseSteps(wishes.levels, static_cast<uint64_t>(wishes.seed)))
+      told.apply(step);
     for (const std::string& field : wishes.fields) {
       at = "--set " + field + ": ";
-      applyField(simulator, field);
+      applyField(told, field);
     }
     for (const std::string& step : wishes.steps) {
       at = "--do: ";
-      applyText(simulator, step);
+      applyText(told, step);
     }
   } catch (const std::runtime_error& error) {
     std::cerr << at << error.what() << std::endl;
@@ -79,6 +101,13 @@ void waitForSignal() {
   sigwait(&signals, &signal);
 }
 
+// Whether a call can ask for it just so.
+bool isPath(const std::string& path) {
+  return path.starts_with('/') && std::all_of(path.begin(), path.end(), [](unsigned char c) {
+           return c > ' ' && c < 0x7F && c != '?' && c != '#' && c != '%';
+         });
+}
+
 std::string contentOf(const std::string& file) {
   std::ifstream in(file, std::ios::binary);
   std::stringstream text;
@@ -91,12 +120,12 @@ int record(const kslsim::Service::Options& options, const std::string& upstream,
            kslsim::RecordingWriter::Form form) {
   try {
     kslsim::RecordServer server(options.path, upstream);
-    if (!server.open(file, form)) {
-      std::cerr << "kslsim: cannot write " << file << std::endl;
-      return 1;
-    }
     if (!server.start(options.port)) {
       std::cerr << "kslsim: port " << options.port << " is taken" << std::endl;
+      return 1;
+    }
+    if (!server.open(file, form)) {
+      std::cerr << "kslsim: cannot write " << file << std::endl;
       return 1;
     }
     std::cout << server.port() << std::endl;
@@ -126,21 +155,29 @@ int main(int argc, char** argv) {
                                       "Port by which the simulator is steered; 0 for any free one")
                           ->check(CLI::Range(0, 65535))
                           ->capture_default_str();
-  app.add_option("--path", options.path, "Path of the service")->capture_default_str();
+  app.add_option("--path", options.path, "Path of the service")
+    ->check(
+      [](const std::string& path) { return isPath(path) ? "" : "expected /, and what a URL can hold: " + path; })
+    ->capture_default_str();
   auto* scenarioOption =
     app.add_option("--scenario", scenarioFile, "File with the steps to play")->check(CLI::ExistingFile);
   auto* levelsOption =
     app.add_option("--levels", wishes.levels, "Levels with guests, whose pots grow, are won and start again")
       ->check(CLI::Range(1, kslsim::HOUSE_LEVELS));
-  app.add_option("--seed", wishes.seed, "Seed of --levels")->needs(levelsOption)->capture_default_str();
+  app.add_option("--seed", wishes.seed, "Seed of --levels")
+    ->needs(levelsOption)
+    ->check(CLI::Range(int64_t{0}, INT64_MAX))
+    ->capture_default_str();
   auto* setOption = app
                       .add_option("--set", wishes.fields,
                                   "FIELD=VALUE of the state, the value as JSON or text; any number of times")
                       ->allow_extra_args(false);
   auto* doOption = app.add_option("--do", wishes.steps, "A step as JSON, done at the start; any number of times")
                      ->allow_extra_args(false);
-  app.add_option("--display", options.display, "X server of the top screen, for the console; else DISPLAY");
-  app.add_option("--window", options.window, "Title of the top screen's window")->capture_default_str();
+  auto* displayOption =
+    app.add_option("--display", options.display, "X server of the top screen, for the console; else DISPLAY");
+  auto* windowOption =
+    app.add_option("--window", options.window, "Title of the top screen's window")->capture_default_str();
   auto* logOption = app.add_option("--log", options.logFile, "File that gets every request as a line of JSON");
   auto* checkOption =
     app.add_flag("--check", checkOnly, "Read the scenario or the recording, say what is wrong with it, and end");
@@ -155,25 +192,19 @@ int main(int argc, char** argv) {
   upstreamOption->needs(recordOption);
   app.add_flag("--wire", asOnTheWire, "With --record: calls and answers as they stand on the wire")
     ->needs(recordOption);
+  // A recording has the state that it has.
+  for (CLI::Option* option : {levelsOption, setOption}) replayOption->excludes(option);
   // Whoever stands in between has no state and no control port.
-  for (CLI::Option* option :
-       {controlOption, scenarioOption, levelsOption, setOption, doOption, logOption, checkOption, replayOption})
+  for (CLI::Option* option : {controlOption, scenarioOption, levelsOption, setOption, doOption, logOption,
+                              checkOption, replayOption, displayOption, windowOption})
     recordOption->excludes(option);
   CLI11_PARSE(app, argc, argv);
 
   blockSignals();
 
   using Form = kslsim::RecordingWriter::Form;
-  if (!recordFile.empty()) return record(options, upstream, recordFile, asOnTheWire ? Form::Wire : Form::Values);
-  kslsim::Scenario scenario;
-  if (!scenarioFile.empty()) {
-    try {
-      scenario = kslsim::Scenario::parse(contentOf(scenarioFile));
-    } catch (const kslsim::ScenarioError& error) {
-      std::cerr << scenarioFile << ":" << error.what() << std::endl;
-      return 2;
-    }
-  }
+  if (recordOption->count() > 0)
+    return record(options, upstream, recordFile, asOnTheWire ? Form::Wire : Form::Values);
   if (!replayFile.empty()) {
     options.replay = contentOf(replayFile);
     try {
@@ -185,7 +216,17 @@ int main(int argc, char** argv) {
   }
 
   kslsim::Service service(options);
-  if (!applyWishes(service.simulator(), wishes)) return 2;
+  Told told{service.simulator()};
+  if (!applyWishes(told, wishes)) return 2;
+  kslsim::Scenario scenario;
+  if (!scenarioFile.empty()) {
+    try {
+      scenario = kslsim::Scenario::parse(contentOf(scenarioFile), told.steps);
+    } catch (const kslsim::ScenarioError& error) {
+      std::cerr << scenarioFile << ":" << error.what() << std::endl;
+      return 2;
+    }
+  }
   if (checkOnly) return 0;
 
   service.simulator().play(scenario);
