@@ -225,7 +225,8 @@ void checkDigits(XmlFile& file, const FontData& font, const PictureFile& picture
   const std::shared_ptr<SDL_Surface> rgba(
     picture.surface ? SDL_ConvertSurfaceFormat(picture.surface.get(), SDL_PIXELFORMAT_RGBA32, 0) : nullptr,
     SDL_FreeSurface);
-  for (const int code : {'0', '1', '2', '3', '4', '5', '6', '7', '8', '9', '.', ','}) {
+  for (const char digit : std::string("0123456789.,")) {
+    const int code = static_cast<unsigned char>(digit);
     const FontGlyph* glyph = font.find(code);
     if (!glyph || showsNothing(*glyph)) continue;
     const Ink ink = inkOf(rgba.get(), *glyph);

@@ -21,7 +21,7 @@ namespace {
 
 constexpr const char* kSkinFolder = "VESPERA/TOP_SKIN/";
 constexpr const char* kPages = "paytable";  ///< in the folder Icons of a game
-constexpr int64_t kMegabyte = 1000 * 1000;
+constexpr int64_t kMegabyte = 1000000;
 /// The waiting screen's line, and the two lines of the frame rate with figures as long as they get.
 constexpr const char* kWaiting = "Waiting for KSL connection...";
 constexpr const char* kFrameRate = "Loop freq.: FPS: 0123456789.()";
