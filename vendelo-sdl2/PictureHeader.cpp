@@ -16,7 +16,7 @@ constexpr uint64_t kOrdinaryPixels = uint64_t{1} << 24;
 // Deflate makes at most 1032 bytes of one.
 constexpr uint64_t kDeflateRatio = 1032;
 // A block of at least eight by eight pixels costs a bit or more; four times as much for odd samplings.
-constexpr uint64_t kJpegPixelsPerByte = 8 * 64 * 4;
+constexpr uint64_t kJpegPixelsPerByte = uint64_t{8} * 64 * 4;
 
 uint32_t number(const unsigned char* bytes, int size) {
   uint32_t value = 0;
