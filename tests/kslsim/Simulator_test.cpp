@@ -147,7 +147,7 @@ TEST_F(SimulatorTest, StateHasEveryKeyInItsWireType) {
     "IntegrityCheckData": "", "ActiveGame": {"ID": 0, "Name": "", "Type": 1}, "IsLoading": false,
     "ShowingPaytable": 0, "DemoMode": false, "Instructions": [], "CurrentBet": {"$i8": 0}, "MinBet": {"$i8": 0},
     "MaxBet": {"$i8": 0}, "ExtraData": null, "JackpotErrorString": "",
-    "LanguageMessages": ["PAYTABLE", "Minimum bet", "Maximum bet",
+    "LanguageMessages": ["en", "Minimum bet", "Maximum bet",
       "Select bet per line with BET+/- and press SPIN button to start new game.",
       "Prizes are shown for the current bet."],
     "JackpotData": [{"Name": "Gold", "Id": 0, "Status": "ACTIVE", "Mode": 2, "CurrentPot": {"$i8": 5},

@@ -42,7 +42,7 @@ const std::vector<Field>& stateFields() {
     {"IsLoading", Kind::Bool, false},
     {"ShowingPaytable", Kind::Int, 0},
     {"LanguageMessages", Kind::Strings,
-     Json::array({"PAYTABLE", "Minimum bet", "Maximum bet",
+     Json::array({"en", "Minimum bet", "Maximum bet",
                   "Select bet per line with BET+/- and press SPIN button to start new game.",
                   "Prizes are shown for the current bet."})},
     {"DemoMode", Kind::Bool, false},
