@@ -53,17 +53,22 @@ export function faults(bench, terminal) {
         await clientKnows('the pot', (state) => state.JackpotData[0].CurrentPot === pot);
       });
 
-    test('slow: the digits come late, by themselves', async () => {
+    test('slow: what has happened comes late, by itself, and the digits with it', async () => {
       const {page} = bench;
       await page.fill('#fault-ms', '2500');
       const [before] = await terminal.rest([DIGITS[0]]);
       const since = await bench.latest();
       await on('slow').click();
       await until('slow', async () => await faultsOf(since, 'slow') >= 1);
-      const then = (await bench.log(since)).find((entry) => entry.bad === 'slow').t;
       await raise();
+      const pot = (await level(0)).CurrentPot;
+      const told = (entry) => entry.answer?.some?.((event) => event.eventID === 110);
+      await until('told', async () => (await bench.log(since)).some(told));
+      const calls = (await bench.log(since)).filter((entry) => entry.method === 'game.popEvents');
+      const asked = calls.filter((entry, i) => i < calls.findIndex(told) && entry.bad === 'slow').at(-1);
+      assert.ok(calls.find(told).t - asked.t >= 2500);
+      await clientKnows('the pot', (state) => state.JackpotData[0].CurrentPot === pot);
       await terminal.changesFrom(before, 'late digits', DIGITS[0]);
-      assert.ok((await bench.get('/api/state')).t - then >= 2000);
       await on('slow').click();
       await until('off', async () => await checked(on('slow')) === 'false');
       await page.fill('#fault-ms', '1000');
