@@ -119,6 +119,9 @@ export class Bench {
   async picture([x, y, width, height]) {
     const text = await this.page.evaluate(async ([x, y, width, height]) => {
       const image = document.getElementById('screen');
+      // One that is not decoded yet would be drawn as nothing; where the next comes meanwhile, that one is meant.
+      for (let ready = false; !ready && image.getAttribute('src');)
+        ready = await image.decode().then(() => true, () => new Promise((done) => setTimeout(done, 5)));
       const canvas = new OffscreenCanvas(width, height).getContext('2d', {willReadFrequently: true});
       canvas.drawImage(image, x, y, width, height, 0, 0, width, height);
       const data = canvas.getImageData(0, 0, width, height).data;
