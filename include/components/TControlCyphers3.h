@@ -17,7 +17,8 @@ float cosFunction(float t);
 
 // Shows a whole number as a row of counter wheels, 18 at most, with group and decimal separators. A new final value
 // is approached along a spin function, and each wheel turns by a cosine ease towards the digit that the running
-// value has at that moment. Values in the smallest unit of money, times in milliseconds of the tick clock; the
+// value has at that moment. What a draw has once seen over stays over, also when the tick clock comes round to the
+// same numbers after 49.7 days. Values in the smallest unit of money, times in milliseconds of the tick clock; the
 // height of the rectangle sets the scale of the digits, and the digits are set from its right edge.
 // draw and SetFont belong to the draw thread; the other setters only store, under the draw mutex. Owns the digit
 // strip and the separators, not the font, which may go after SetFont. A font without some digit or separator leaves
@@ -33,6 +34,7 @@ class TControlCyphers3 : public vendelo_sdl2::TGuiComponent {
     float lastTransition;  // phase, 0 to 0.5, at which the current turn starts
     Uint32 lastChange;     // tick of the turn's start; 0 means at rest, never moved
     int targetDigit;       // digit that the wheel turns to
+    Uint32 over = 0;       // the lastChange of a turn that a draw has seen over; 0 for a turn under way
   };
 
   // cyphersCount is not used: all 18 wheels exist.
@@ -49,7 +51,7 @@ class TControlCyphers3 : public vendelo_sdl2::TGuiComponent {
   long FinalValue() const;
   // Sets the value from which the present run started.
   void SetCurrentValue(long value);
-  // The running value at a tick.
+  // The running value at a tick, the final one from the draw on that has seen the run over.
   double CurrentValue(Uint32 time) const;
   // Ends the run: the next draw shows the final value, the wheels without a turn.
   void ResetAnimation();
@@ -120,12 +122,16 @@ class TControlCyphers3 : public vendelo_sdl2::TGuiComponent {
  private:
   // What one frame has worked out before its first digit.
   struct Frame;
+  bool runIsOver() const { return mRunOver != 0 && mRunOver == mLastChangeTime; }
+  // Notes what is over by now.
+  void noteRest(Uint32 now);
   void updateWheels(long value, Uint32 now);
   void drawWheel(int n, float position, const Frame& frame);
   void drawSeparator(SDL_Texture* texture, const SDL_Rect& source, int n, const Frame& frame);
   void swapSeparators();
   void releaseTextures();
 
+  Uint32 mRunOver = 0;              // the mLastChangeTime of a run that a draw has seen over; 0 for one under way
   std::string mFontName;            // of the bitmap font behind the strip; empty for another one
   bool mSeparatorsSwapped = false;  // against what the font calls them
 };

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <SDL.h>
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -8,7 +9,8 @@
 
 // A ticker: a horizontal strip of children that waits on each child and slides on to the next, endlessly. The strip
 // goes through a texture of its own, which clips it to the rectangle. Its place is computed anew from the clock at
-// each frame, so a ticker that was hidden goes on where the clock says.
+// each frame, so a ticker that was hidden goes on where the clock says, also after the clock has come round (every
+// 49.7 days; of the rounds of a ticker that is hidden all the while nothing is known).
 // Drawing on the draw thread; contents and setters for the owner under the draw mutex. Times in milliseconds of the
 // tick clock. Owns its children, and its texture. A width, speed or total of zero means no slide.
 class TScrollingComponent : public vendelo_sdl2::TGuiComponent {
@@ -69,7 +71,14 @@ class TScrollingComponent : public vendelo_sdl2::TGuiComponent {
 
  private:
   double currentSpacing() const;
+  // Milliseconds since mFirstDraw, the rounds of the clock included.
+  uint64_t elapsedAt(Uint32 now) const;
   // Pixels by which the strip stands away from its start at a tick; 0 for a ticker that does not scroll.
   double slideOffset(Uint32 now) const;
   void drawStrip(double offset);
+
+  // What the last draw saw: its tick, the mFirstDraw of that time, and how long ago that was.
+  Uint32 mSeenAt = 0;
+  Uint32 mSeenFirstDraw = 0;
+  uint64_t mSeenElapsed = 0;
 };

@@ -22,6 +22,10 @@ float partDone(Uint32 now, Uint32 begin, float duration) {
   return std::clamp(static_cast<float>(now - begin) / duration, 0.0f, 1.0f);
 }
 
+// A tick of the start of something, for which 0 has another meaning: where the clock comes round, a millisecond
+// early.
+Uint32 startTick(Uint32 now) { return now != 0 ? now : now - 1; }
+
 }  // namespace
 
 struct TControlCyphers3::Frame {
@@ -72,7 +76,8 @@ void TControlCyphers3::SetFinalValue(long value) {
   mLastValue = CurrentValue(now);
   mFinalValue = value;
   mIsMovingUp = static_cast<double>(mFinalValue) > mLastValue;
-  mLastChangeTime = now;
+  mLastChangeTime = startTick(now);
+  mRunOver = 0;
 }
 
 long TControlCyphers3::FinalValue() const { return mFinalValue; }
@@ -85,8 +90,13 @@ void TControlCyphers3::SetCurrentValue(long value) {
 double TControlCyphers3::CurrentValue(Uint32 time) const {
   const double finalValue = static_cast<double>(mFinalValue);
   if (mLastChangeTime == 0) return finalValue;
-  const double t = partDone(time, mLastChangeTime, mChangeDuration);
-  double s = mfSpinFunction ? mfSpinFunction(t, static_cast<double>(time - mLastChangeTime)) : t;
+  double t = partDone(time, mLastChangeTime, mChangeDuration);
+  double elapsed = static_cast<double>(time - mLastChangeTime);
+  if (runIsOver()) {
+    t = 1.0;
+    elapsed = std::max(elapsed, static_cast<double>(mChangeDuration));
+  }
+  double s = mfSpinFunction ? mfSpinFunction(t, elapsed) : t;
   // A result that is no number would stay in mLastValue for good; one a rounding error short of the end would miss
   // the last digits of a large value.
   if (!std::isfinite(s)) s = t;
@@ -126,7 +136,8 @@ void TControlCyphers3::SetResizeFactor(double x, double y) {
 }
 
 float TControlCyphers3::cypherPos(const Cypher& cypher, const Uint32& now) const {
-  float t = cypher.lastChange == 0 ? 1.0f : partDone(now, cypher.lastChange, mDigitChangeDuration);
+  const bool atRest = cypher.lastChange == 0 || cypher.over == cypher.lastChange;
+  float t = atRest ? 1.0f : partDone(now, cypher.lastChange, mDigitChangeDuration);
   const float target = static_cast<float>(cypher.targetDigit);
   if (t >= 1.0f) return target;  // exactly: a position a rounding error above 0 would show a leading zero
   t = cosFunction(cypher.lastTransition + t * (1.0f - cypher.lastTransition));
@@ -141,6 +152,13 @@ float TControlCyphers3::cypherPos(const Cypher& cypher, const Uint32& now) const
   return cypher.digit * (1.0f - t) + target * t;
 }
 
+void TControlCyphers3::noteRest(Uint32 now) {
+  if (mLastChangeTime != 0 && partDone(now, mLastChangeTime, mChangeDuration) >= 1.0f) mRunOver = mLastChangeTime;
+  for (Cypher& cypher : mCypherPositions)
+    if (cypher.lastChange != 0 && partDone(now, cypher.lastChange, mDigitChangeDuration) >= 1.0f)
+      cypher.over = cypher.lastChange;
+}
+
 void TControlCyphers3::updateWheels(long value, Uint32 now) {
   const unsigned long digits =
     value < 0 ? 0UL - static_cast<unsigned long>(value) : static_cast<unsigned long>(value);
@@ -151,15 +169,17 @@ void TControlCyphers3::updateWheels(long value, Uint32 now) {
     if (cypher.lastChange != 0 && cypher.targetDigit == currentDigit) continue;
     if (cypher.lastChange != 0) {
       cypher.digit = cypherPos(cypher, now);
-      const float c = partDone(now, cypher.lastChange, mDigitChangeDuration);
+      const float c =
+        cypher.over == cypher.lastChange ? 1.0f : partDone(now, cypher.lastChange, mDigitChangeDuration);
       cypher.lastTransition = 0.5f - std::abs(0.5f - c);
     } else {
       // A wheel at rest takes its digit without a turn, so that a reset snaps to the final value.
       cypher.digit = static_cast<float>(currentDigit);
       cypher.lastTransition = 0.0f;
     }
-    cypher.lastChange = now;
+    cypher.lastChange = startTick(now);
     cypher.targetDigit = currentDigit;
+    cypher.over = 0;
   }
 }
 
@@ -178,6 +198,7 @@ void TControlCyphers3::draw() {
     frame.scaleFactor = static_cast<float>(static_cast<double>(frame.parentRect.h) / mGlyphHeight);
 
   const Uint32 now = SDL_GetTicks();
+  noteRest(now);
   const double currentValue = CurrentValue(now);
   const long currentValueRounded =
     currentValue == static_cast<double>(mFinalValue) ? mFinalValue : std::lround(currentValue);

@@ -10,6 +10,9 @@ using namespace vendelo_sdl2;
 
 namespace {
 float defaultMovementFunction(float t, float) { return t; }
+
+// A tick for which 0 means none: where the clock comes round, a millisecond early.
+Uint32 tickOrBefore(Uint32 tick) { return tick != 0 ? tick : tick - 1; }
 }  // namespace
 
 TScrollingComponent::TScrollingComponent(SDL_Renderer* pRenderer, int x, int y, int width, int height,
@@ -106,16 +109,23 @@ void TScrollingComponent::SetWaitDuration(float seconds) {
     mWaitDuration = wanted;
     mWaitChange = 0;
     mWaitChangeAt = 0;
-    mFirstDraw = now;
+    mFirstDraw = tickOrBefore(now);
     return;
   }
-  const double iteration = std::floor(static_cast<double>(now - mFirstDraw) / static_cast<double>(total));
-  mWaitChangeAt = mFirstDraw + static_cast<Uint32>(std::floor((iteration + 1.0) * static_cast<double>(total)));
+  const uint64_t loop = static_cast<uint64_t>(total);
+  const uint64_t iteration = elapsedAt(now) / loop;
+  mWaitChangeAt = tickOrBefore(mFirstDraw + static_cast<Uint32>((iteration + 1) * loop));
   mWaitChange = wanted;
 }
 
 double TScrollingComponent::currentSpacing() const {
   return mIsRelativeSpacing ? mSpacing * static_cast<double>(mDestRect.w) * 0.01 : static_cast<double>(mSpacing);
+}
+
+uint64_t TScrollingComponent::elapsedAt(Uint32 now) const {
+  const Uint32 step = now - mSeenAt;
+  const bool goesOn = mSeenFirstDraw == mFirstDraw && static_cast<Sint32>(step) >= 0;
+  return goesOn ? mSeenElapsed + step : now - mFirstDraw;
 }
 
 double TScrollingComponent::slideOffset(Uint32 now) const {
@@ -131,7 +141,7 @@ double TScrollingComponent::slideOffset(Uint32 now) const {
     totalLoopDuration += wait + (content.component->getWidth() + spacing) * duration / width;
   if (!(totalLoopDuration > 0.0)) return 0.0;
 
-  const double elapsed = std::fmod(static_cast<double>(now - mFirstDraw), totalLoopDuration);
+  const double elapsed = std::fmod(static_cast<double>(elapsedAt(now)), totalLoopDuration);
   double offset = 0.0;
   int64_t mWaitStart = 0;
   for (const Content& content : mpContent) {
@@ -161,13 +171,16 @@ void TScrollingComponent::draw() {
     destRect.y = mOrigPosY + mpParent->getY();
   }
   const Uint32 now = SDL_GetTicks();
-  if (mFirstDraw == 0) mFirstDraw = now;
-  if (mWaitChangeAt != 0 && now >= mWaitChangeAt) {
+  if (mFirstDraw == 0) mFirstDraw = tickOrBefore(now);
+  if (mWaitChangeAt != 0 && static_cast<Sint32>(now - mWaitChangeAt) >= 0) {
     mFirstDraw = mWaitChangeAt;
     mWaitDuration = mWaitChange;
     mWaitChange = 0;
     mWaitChangeAt = 0;
   }
+  mSeenElapsed = elapsedAt(now);
+  mSeenFirstDraw = mFirstDraw;
+  mSeenAt = now;
   const double slid = slideOffset(now);
   const double offset = (std::isfinite(slid) ? slid : 0.0) + mPadding;
 
