@@ -50,7 +50,8 @@ class TBitmapFont {
 
   // A new texture, owned by the caller, 5 pixels wider than the widest line; the sizes go through the pointers if
   // given. Null (and sizes of 0) for an empty text and for one that broken numbers make larger than any texture.
-  // Only "\n" breaks a line; the vertical part of the alignment has no effect.
+  // Only "\n" breaks a line; the vertical part of the alignment has no effect. The height counts the bytes "\n",
+  // also those inside a broken sequence of a text that is no UTF-8, which break nothing.
   SDL_Texture* RenderText(SDL_Renderer* renderer, const std::string& text, int* widthOut, int* heightOut,
                           vendelo_sdl2::TAlignment textAlignment) const;
 

@@ -131,7 +131,6 @@ TBitmapFont::TGlyph* TBitmapFont::FindGlyph(int id) const {
 // drawing moves the pen by its advance: the two differ by design.
 TBitmapFont::Layout TBitmapFont::measure(const std::string& text) const {
   Layout layout;
-  int64_t lines = 1;
   int64_t line_height = mLineHeight;
   size_t position = 0;
   do {
@@ -154,9 +153,10 @@ TBitmapFont::Layout TBitmapFont::measure(const std::string& text) const {
     }
     layout.lineWidths.push_back(line_width);
     layout.max_width = std::max(layout.max_width, line_width);
-    if (codePoint == '\n') ++lines;
   } while (position < text.size());
-  if (static_cast<int64_t>(layout.lineWidths.size()) < lines) layout.lineWidths.push_back(0);  // behind a last "\n"
+  layout.lineWidths.push_back(0);  // of what stands behind a last "\n"
+  // By the bytes: in a text that is no UTF-8 a broken sequence may have swallowed one, which still makes its line.
+  const int64_t lines = 1 + std::count(text.begin(), text.end(), '\n');
   layout.max_width += kSpareWidth;
   layout.max_height = lines * mLineHeight + (line_height - mLineHeight);
   return layout;
