@@ -24,6 +24,9 @@ void freeSurface(TSprite& sprite) {
   if (SDL_Surface* surface = sprite.surface.exchange(nullptr, std::memory_order_acq_rel)) SDL_FreeSurface(surface);
 }
 
+// A tick to count from, for which 0 means none: where the clock comes round, a millisecond early.
+Uint32 startTick(Uint32 now) { return now != 0 ? now : now - 1; }
+
 int rounded(double value) { return static_cast<int>(roundf(static_cast<float>(value))); }
 
 }  // namespace
@@ -151,7 +154,7 @@ void TSpriteAnimation::stepFrames(Uint32 now) {
   const float framesElapsed = millisecondsElapsed / 1000.0f * mRefreshRate + mBuffer;
   const float wholeFrames = std::floor(framesElapsed);
   mBuffer = framesElapsed - wholeFrames;
-  mLastRefresh = now;
+  mLastRefresh = startTick(now);
   if (!(wholeFrames > 0.0f)) return;
   const int wholeFramesElapsed = static_cast<int>(std::min(wholeFrames, 1e9f));
 
