@@ -25,8 +25,11 @@ class LabelChangedListener {
 // store, under the draw mutex; textures are built in draw, on the draw thread; the slide runs among the normal
 // tasks of the main thread. Times in milliseconds, places in pixels relative to the parent. Owns its textures; the
 // text's own goes only with the renderer once the label is deleted. Font and listener are the caller's and must
-// outlive the label. A missing font or a text that cannot be rendered leaves
-// an empty label; nothing is reported.
+// outlive the label. Without a font the former picture stays, whatever the text, also an empty one, until there is
+// a font again and something changes; a text that cannot be rendered leaves an empty label. Nothing is reported.
+// Two lines have no shadow, and they do not know the slide: a new text of one line goes back to the slide's start,
+// one of two lines stands at its place by the alignment at once, and the slide goes on from there between the ends
+// that it had. So SetAnimation on a label of two lines lasts only until its next draw.
 class Tlabel : public vendelo_sdl2::TGuiComponent {
  public:
   // The direction of the slide in: LEFT comes in from the right edge moving left.
@@ -45,6 +48,7 @@ class Tlabel : public vendelo_sdl2::TGuiComponent {
   TTF_Font* GetFont() const;
   // A negative offset puts the shadow to the left, and still below.
   void SetShadow(bool shadow, int offset, SDL_Color color);
+  // Holds from the next change on: the present picture stays.
   void SplitText(bool split);
   // Places the present picture in the label's rectangle, also when the alignment is the one in force.
   void SetAlignment(vendelo_sdl2::TAlignment alignment);

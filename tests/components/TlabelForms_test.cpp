@@ -1,0 +1,245 @@
+// The label in two lines, and what the form of one line leaves behind or does not.
+#include <thread>
+
+#include "tests/components/LabelFixture.h"
+
+using namespace labeltest;
+
+namespace {
+
+const SDL_Color red{255, 0, 0, 255};
+
+class LabelForms : public LabelTest {
+ protected:
+  Label* split(const char* text) {
+    Label* label = make(text);
+    label->SplitText(true);
+    return label;
+  }
+  int alphaOf(SDL_Texture* texture) {
+    Uint8 alpha = 0;
+    EXPECT_EQ(0, SDL_GetTextureAlphaMod(texture, &alpha));
+    return alpha;
+  }
+};
+
+}  // namespace
+
+TEST_F(LabelForms, TwoLinesKeepNoShadowOfTheFormerSingleLine) {
+  Label* label = split("Minimum");
+  label->SetShadow(true, 2, red);
+  drawn(*label);
+  ASSERT_NE(nullptr, label->mpShadowTexture);
+  label->SetText("Minimum bet");
+  const SDL_Rect both = drawn(*label);
+  EXPECT_EQ(nullptr, label->mpShadowTexture);
+  label->SetShadow(false, 2, red);
+  EXPECT_EQ(both, drawn(*label)) << "nor is one drawn";
+  label->SetShadow(true, 2, red);
+  label->SetText("Minimum");
+  drawn(*label);
+  EXPECT_NE(nullptr, label->mpShadowTexture) << "a single line has its own again";
+}
+
+TEST_F(LabelForms, TwoLinesLeaveTheSlideAlone) {
+  Label* label = split("slide");
+  label->SetAnimation(Tlabel::LEFT);
+  drawn(*label);
+  label->_setVisible(false);
+  label->ShowFor(600);
+  for (int i = 0; i < 5; ++i) {
+    clock.advance(31);
+    pApp->ProcessTasks(TASK_NORMAL);
+  }
+  ASSERT_EQ(390, label->mOrigPosX);
+  const SDL_Rect start = label->mAnimationStartRect, rest = label->mAnimationDestRect;
+  label->SetText("two lines");
+  drawn(*label);
+  // Unlike a single line: it stands at its alignment's place, and neither end of the slide is taken anew.
+  EXPECT_EQ(start, label->mAnimationStartRect);
+  EXPECT_EQ(rest, label->mAnimationDestRect);
+  EXPECT_EQ(50, label->mOrigPosX);
+  EXPECT_EQ(40 + 30 - label->mSrcRect.h / 2, label->mOrigPosY);
+  EXPECT_TRUE(label->mIsShowing);
+  EXPECT_TRUE(label->pAniTask->IsEnabled());
+  EXPECT_FALSE(label->mSomethingChanged);
+  // There the way in ends with its next step, and the way out goes to the former start.
+  EXPECT_EQ(1, slideThrough(*label));
+  EXPECT_EQ(50, label->mOrigPosX);
+  clock.advance(601);
+  pApp->ProcessTasks(TASK_NORMAL);
+  EXPECT_FALSE(label->mIsShowing);
+  slideThrough(*label);
+  EXPECT_EQ(start.x, label->mOrigPosX);
+  EXPECT_FALSE(label->isVisible());
+}
+
+TEST_F(LabelForms, ANewSlideOfTwoLinesLastsUntilTheNextDraw) {
+  Label* label = split("two lines");
+  drawn(*label);
+  label->SetAnimation(Tlabel::LEFT);
+  EXPECT_EQ(400, label->mOrigPosX);
+  drawn(*label);
+  EXPECT_EQ(50, label->mOrigPosX) << "the rebuild that a new slide asks for places by the alignment alone";
+  EXPECT_EQ(400, label->mAnimationStartRect.x);
+}
+
+TEST_F(LabelForms, TwoLinesTakeTheAlphaOfTheLabel) {
+  Label* label = split("two lines");
+  label->setAlpha(77);
+  label->updateCachedTextures();
+  EXPECT_EQ(77, alphaOf(label->mpTargetTexture));
+  clear(0, 0, 0);
+  label->setAlpha(255);
+  label->draw();
+  EXPECT_GT(77u, pixel(inked(0).x + 10, inked(0).y + 10)  // each line was copied with the alpha of the time
+                   & 255u);
+}
+
+TEST_F(LabelForms, ASingleLineTakesTheAlphaOfTheLabel) {
+  Label* label = make("line");
+  label->setAlpha(77);
+  label->updateCachedTextures();
+  EXPECT_EQ(77, alphaOf(label->mpTargetTexture));
+  EXPECT_EQ(77, alphaOf(label->mpShadowTexture));
+  label->SetShadow(true, 2, red);
+  label->setAlpha(256 + 99);
+  drawn(*label);
+  EXPECT_EQ(99, alphaOf(label->mpShadowTexture));
+}
+
+TEST_F(LabelForms, OnlyTheNextTextIsSplit) {
+  Label* label = make("two lines");
+  drawn(*label);
+  const int h = label->mSrcRect.h;
+  label->SplitText(true);
+  drawn(*label);
+  EXPECT_EQ(h, label->mSrcRect.h);
+  label->SetText("two more");
+  drawn(*label);
+  EXPECT_EQ(2 * h, label->mSrcRect.h);
+  label->SetText("three more lines");
+  drawn(*label);
+  EXPECT_EQ(sizeOf("more lines").x, label->mSrcRect.w) << "at the first space";
+}
+
+// ---- Fonts and texts that are missing
+
+TEST_F(LabelForms, WithoutAFontTheFormerPictureStaysWhateverTheText) {
+  Label* label = make("former");
+  label->SetShadow(true, 2, red);
+  const SDL_Rect former = drawn(*label);
+  label->SetFont(nullptr);
+  EXPECT_EQ(former, drawn(*label));
+  for (const char* text : {"another, longer text", "", "former"}) {
+    label->SetText(text);
+    EXPECT_EQ(former, drawn(*label)) << text;
+    EXPECT_EQ(text, label->mText);
+    EXPECT_FALSE(label->mSomethingChanged);
+  }
+  label->SetText("new");
+  drawn(*label);
+  label->SetFont(font);
+  drawn(*label);
+  EXPECT_EQ(sizeOf("new").x, label->mSrcRect.w) << "with a font the text of now is made";
+}
+
+TEST_F(LabelForms, AnEmptyTextMovesNothing) {
+  Label* label = make("text");
+  label->SetAlignment(RIGHT_DOWN);
+  drawn(*label);
+  const SDL_Rect place = label->mDestRect;
+  label->SetText("");
+  drawn(*label);
+  EXPECT_EQ(place.w, label->mSrcRect.w);
+  EXPECT_EQ(place, label->mDestRect);
+}
+
+// ---- Places
+
+TEST_F(LabelForms, CentredPlacesHalveBoxAndTextEachOnItsOwn) {
+  // Odd and even boxes with odd and even texts: 61 / 2 - 29 / 2 is 16, (61 - 28) / 2 is 16 and (60 - 29) / 2 is 15.
+  bool oddHeight = false, oddWidth = false;
+  for (int size = 20; size < 28; ++size) {
+    TTF_Font* other = TTF_OpenFont(fontFile, size);
+    for (const int more : {0, 1}) {
+      Label label(51, 41, 200 + more, 60 + more, "Agq", other, white);
+      label.SetAlignment(CENTER_CENTER);
+      label.updateCachedTextures();
+      const SDL_Rect s = label.mSrcRect;
+      EXPECT_EQ(51 + 100 - s.w / 2, label.mDestRect.x) << size << ", " << more;
+      EXPECT_EQ(41 + 30 - s.h / 2, label.mDestRect.y) << size << ", " << more;
+      oddHeight = oddHeight || s.h % 2 != 0;
+      oddWidth = oddWidth || s.w % 2 != 0;
+    }
+    TTF_CloseFont(other);
+  }
+  EXPECT_TRUE(oddHeight && oddWidth) << "or this test tells nothing";
+}
+
+TEST_F(LabelForms, ARootIsPlacedInItsRectangleOnly) {
+  Label label(50, 40, 200, 60, "text", font, white);
+  label.SetAlignment(RIGHT_DOWN);
+  label.updateCachedTextures();
+  EXPECT_EQ(250 - label.mSrcRect.w, label.mDestRect.x);
+  EXPECT_EQ(100 - label.mSrcRect.h, label.mDestRect.y);
+  EXPECT_EQ(50, label.mOrigPosX) << "the place relative to a parent is for labels that have one";
+  EXPECT_EQ(40, label.mOrigPosY);
+}
+
+TEST_F(LabelForms, ThePlaceGoesThroughTheVirtualSetters) {
+  struct Moved : Label {
+    using Label::Label;
+    void setX(int x) override { Label::setX(x + 1000); }
+    void setY(int y) override { Label::setY(y + 2000); }
+  };
+  Moved label(50, 40, 200, 60, "text", font, white);
+  label.SetAlignment(LEFT_UP);
+  EXPECT_EQ(1050, label.mDestRect.x);
+  EXPECT_EQ(2040, label.mDestRect.y);
+}
+
+// ---- Showing
+
+TEST_F(LabelForms, OnShowWaitsForTheDrawThread) {
+  Label* label = make("text");
+  label->Hide();
+  std::thread([&] { label->ShowFor(0); }).join();
+  EXPECT_TRUE(label->isVisible());
+  EXPECT_EQ(0, label->shown) << "not before the deferred methods of the draw thread";
+  pApp->ExecuteDeferredMethods();
+  EXPECT_EQ(0, label->shown) << "nor among those of the main thread";
+  pApp->ExecuteDeferredDrawMethods(renderer);
+  EXPECT_EQ(1, label->shown);
+}
+
+TEST_F(LabelForms, OneMillisecondIsTheShortestSlide) {
+  for (const int time : {1, 0, -1}) {
+    Label* label = make("slide");
+    label->SetAnimation(Tlabel::DOWN);
+    drawn(*label);
+    label->_setVisible(false);
+    label->setY(7);
+    label->ShowFor(time);
+    EXPECT_EQ(time == 1, label->mIsShowing) << time;
+    EXPECT_EQ(time == 1 ? label->mAnimationStartRect.y : 7, label->mOrigPosY) << time;
+    EXPECT_EQ(time == 1 ? 1u : 0u, label->mTimeUntilHide) << time;
+    EXPECT_EQ(time == 1, label->pAniTask != nullptr) << time;
+    parent.RemoveComponent(label, true);
+  }
+}
+
+TEST_F(LabelForms, TheTaskIsMadeOnceAndSwitched) {
+  Label* label = make("slide");
+  label->SetAnimation(Tlabel::RIGHT);
+  drawn(*label);
+  label->Hide();
+  TTimedTaskHandler* const task = label->pAniTask;
+  ASSERT_NE(nullptr, task);
+  slideThrough(*label);
+  EXPECT_FALSE(task->IsEnabled());
+  EXPECT_FALSE(label->isVisible());
+  label->ShowFor(100);
+  EXPECT_EQ(task, label->pAniTask);
+  EXPECT_TRUE(task->IsEnabled());
+}
