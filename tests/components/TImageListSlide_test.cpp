@@ -104,6 +104,52 @@ TEST_F(ImageList, ANewImageDuringASlideDoesNotRestartIt) {
   EXPECT_EQ(-95, list->mOrigPosX);
 }
 
+TEST_F(ImageList, TheDataCountOnlyAlongTheSlide) {
+  for (const auto direction : {TImageList::UP, TImageList::DOWN}) {
+    List* list = make(12, 31);
+    list->SetAnimation(direction);
+    list->DisplayImage(0, 700, solid(10, 10, blue), 4, 50);
+    slideThrough(*list);
+    list->Hide();
+    slideThrough(*list);
+    EXPECT_EQ(12, list->mOrigPosX);
+    EXPECT_EQ(direction == TImageList::UP ? 200 : -60, list->mOrigPosY) << "the start, whatever the data's offset";
+    EXPECT_EQ(-1, list->getCurrentImageIndex());
+    EXPECT_EQ(0, list->mDataOffsetX);
+    EXPECT_EQ(0, list->mDataOffsetY);
+    parent.RemoveComponent(list, true);
+  }
+}
+
+TEST_F(ImageList, OnlyATimeStartsASlide) {
+  List* list = make(12, 31);
+  list->SetAnimation(TImageList::LEFT);
+  list->DisplayImage(0, 0);
+  EXPECT_EQ(nullptr, list->pAniTask);
+  EXPECT_EQ(12, list->mOrigPosX);
+  EXPECT_FALSE(list->mIsShowing);
+  list->DisplayImage(1, 1);
+  ASSERT_NE(nullptr, list->pAniTask);
+  EXPECT_EQ(1u, list->mTimeUntilHide);
+  EXPECT_EQ(400, list->mOrigPosX);
+}
+
+TEST_F(ImageList, TheSlidesTaskIsMadeOnce) {
+  List* list = make(12, 31);
+  list->SetAnimation(TImageList::DOWN);
+  list->DisplayImage(0, 700);
+  TTimedTaskHandler* const task = list->pAniTask;
+  slideThrough(*list);
+  list->Hide();
+  EXPECT_EQ(task, list->pAniTask);
+  EXPECT_TRUE(task->IsEnabled());
+  slideThrough(*list);
+  list->DisplayImage(0, 700);
+  EXPECT_EQ(task, list->pAniTask);
+  EXPECT_TRUE(task->IsEnabled());
+  EXPECT_EQ(-60, list->mOrigPosY);
+}
+
 TEST_F(ImageList, HideInSlideModeGoesOutFromTheRestingPlace) {
   List* list = make(12, 31);
   list->SetAnimation(TImageList::RIGHT);

@@ -178,6 +178,78 @@ TEST_F(ImageList, ProportionalFit) {
   }
 }
 
+TEST_F(ImageList, AFittedSizeIsRounded) {
+  const struct {
+    int w, h;  // of the image, in a box of 100 by 60
+    SDL_Rect expected;
+  } rows[] = {{150, 70, {40, 50, 100, 47}},  // 46.67
+              {150, 71, {40, 50, 100, 47}},  // 47.33
+              {110, 90, {67, 50, 73, 60}},   // 73.33, at the right
+              {112, 90, {65, 50, 75, 60}}};  // 74.67
+  List list(40, 50, 100, 60);
+  for (const auto& row : rows) list.pushImage(solid(row.w, row.h, red));
+  for (int i = 0; i < 4; ++i) {
+    list.SetFitProportionally(true, TImageList::ARIGHT);
+    list.DisplayImage(i, 0);
+    clear(0, 0, 0);
+    list.draw();
+    EXPECT_EQ(rows[i].expected, inked(0)) << i;
+  }
+  list.SetFitProportionally(true, TImageList::ADOWN);
+  list.DisplayImage(0, 0);
+  clear(0, 0, 0);
+  list.draw();
+  EXPECT_EQ((SDL_Rect{40, 63, 100, 47}), inked(0)) << "placed by the rounded size";
+}
+
+TEST_F(ImageList, AResizedSizeIsRoundedAfterTheFit) {
+  List* list = make(40, 50);
+  list->SetFitProportionally(true, TImageList::ALEFT);
+  list->DisplayImage(0, 0);           // 30 by 20
+  list->SetResizeFactor(0.92, 1.13);  // 27.6 by 22.6, at 36.8 and 46
+  clear(0, 0, 0);
+  list->draw();
+  EXPECT_EQ((SDL_Rect{36, 46, 28, 23}), inked(0));
+}
+
+TEST_F(ImageList, ANegativePlaceIsCutTowardsNothing) {
+  List* list = make(-15, -5);
+  list->DisplayImage(0, 0);
+  list->SetResizeFactor(0.5, 1.0);  // -7.5 and -2.5
+  clear(0, 0, 0);
+  list->draw();
+  EXPECT_EQ((SDL_Rect{0, 0, 50 - 7, 60 - 2}), inked(0));
+}
+
+TEST_F(ImageList, AnExceptionEndsTheDrawInSilence) {
+  struct Thrower : TGuiComponent {
+    Thrower() : TGuiComponent(nullptr, 0, 0, 400, 200, "thrower") {}
+    short getX() override { throw 7; }
+  } thrower;
+  auto* list = new List(10, 10, 100, 60);
+  thrower.AddComponent(list);
+  list->pushImage(solid(30, 20, red));
+  list->DisplayImage(0, 0);
+  clear(0, 0, 0);
+  testing::internal::CaptureStdout();
+  EXPECT_NO_THROW(list->draw());
+  EXPECT_EQ("", testing::internal::GetCapturedStdout());
+  EXPECT_EQ(0, inked(0).w);
+}
+
+TEST_F(ImageList, AnAngleOfNothingDoesNotTurn) {
+  List* list = make(100, 70);
+  list->DisplayImage(0, 0);
+  list->setAngle(0.0);
+  clear(0, 0, 0);
+  list->draw();
+  EXPECT_EQ((SDL_Rect{100, 70, 100, 60}), inked(0));
+  list->setAngle(90.0);
+  clear(0, 0, 0);
+  list->draw();
+  EXPECT_EQ((SDL_Rect{120, 50, 60, 100}), inked(0)) << "about its centre";
+}
+
 TEST_F(ImageList, TheResizeFactorOfXPlacesBothAxes) {
   const struct {
     double x, y;

@@ -102,6 +102,14 @@ TEST_F(ProgressBar, ARiseFromNothingMayJump) {
   EXPECT_EQ(60.0, bar.mCurrentPos);
   bar.SetPosition(80, true);
   EXPECT_EQ(60.0, bar.mCurrentPos) << "only from exactly 0";
+  for (const double level : {1e-9, 0.4, -1e-9, -1.0}) {
+    bar.mCurrentPos = level;
+    bar.SetPosition(50, true);
+    EXPECT_EQ(level, bar.mCurrentPos);
+  }
+  bar.mCurrentPos = -0.0;
+  bar.SetPosition(50, true);
+  EXPECT_EQ(50.0, bar.mCurrentPos);
 }
 
 TEST_F(ProgressBar, EveryFrameClosesATwentyFifth) {
@@ -171,7 +179,8 @@ TEST_F(ProgressBar, FilledWidth) {
   const struct {
     double level;
     int width;
-  } rows[] = {{-3, 0}, {0, 0}, {0.4, 0}, {0.6, 1}, {50, 100}, {99, 198}, {99.5, 200}, {100, 200}, {150, 200}};
+  } rows[] = {{-3, 0},   {0, 0},       {0.4, 0},    {0.6, 1},   {50, 100}, {98.9, 197},
+              {99, 198}, {99.01, 200}, {99.5, 200}, {100, 200}, {150, 200}};
   Bar bar(0, 0);
   dress(bar);
   EXPECT_EQ(200, bar.mTextureBarW);
@@ -180,6 +189,9 @@ TEST_F(ProgressBar, FilledWidth) {
     showAt(bar, row.level);
     EXPECT_EQ(row.width, bar.widthON) << row.level;
   }
+  bar.mTextureBarW = 2000;
+  showAt(bar, 0.25);  // 0.24 after the frame's step
+  EXPECT_EQ(4, bar.widthON);
 }
 
 TEST_F(ProgressBar, RunsToTheRight) {
@@ -194,6 +206,53 @@ TEST_F(ProgressBar, RunsToTheRight) {
   EXPECT_EQ(0xff0000u, pixel(180, 45));
   EXPECT_EQ((SDL_Rect{30, 40, 200, 20}), inked(0));
   EXPECT_GOLDEN(renderer, "components/bar_right");
+}
+
+TEST_F(ProgressBar, TheLeadingPartIsCutToPixels) {
+  Bar bar(30, 40);
+  dress(bar);
+  const struct {
+    double level;
+    int lead;
+  } rows[] = {{0, 200}, {0.3, 199}, {25.2, 149}, {99.7, 0}, {100, 0}};
+  for (const auto& row : rows) {
+    showAt(bar, row.level);
+    EXPECT_EQ((SDL_Rect{0, 0, row.lead, 20}), bar.SourceRectEmpty) << row.level;
+    EXPECT_EQ((SDL_Rect{row.lead, 0, 200 - row.lead, 20}), bar.SourceRectFull) << row.level;
+    EXPECT_EQ(30 + row.lead, bar.OutputRectFull.x) << row.level;
+  }
+}
+
+TEST_F(ProgressBar, ATargetIsNotOvershotFromEitherSide) {
+  Bar bar(0, 0);
+  for (const double level : {40.0, 60.0}) {
+    bar.mCurrentPos = level;
+    bar.SetPosition(50, true);
+    double before = level;
+    for (int i = 0; i < 2000; ++i) {
+      bar.AnimateTask();
+      EXPECT_TRUE(level < 50 ? bar.mCurrentPos >= before && bar.mCurrentPos <= 50.0
+                             : bar.mCurrentPos <= before && bar.mCurrentPos >= 50.0)
+        << bar.mCurrentPos;
+      before = bar.mCurrentPos;
+    }
+  }
+}
+
+TEST_F(ProgressBar, TheBlinkParameterTogglesOverTheEndOfTheClock) {
+  Bar bar(0, 0);
+  bar.blinkTreshold = 10;
+  bar.SetPosition(5, true);
+  clock.set(0xfffffffcu);
+  bar.AnimateTask();
+  EXPECT_FALSE(bar._blinkParameter);
+  clock.set(5);  // 9 ms
+  bar.AnimateTask();
+  EXPECT_TRUE(bar._blinkParameter);
+  clock.set(6);
+  bar.AnimateTask();
+  EXPECT_FALSE(bar._blinkParameter);
+  EXPECT_EQ(6u, bar.blikTimestamp);
 }
 
 TEST_F(ProgressBar, RunsToTheLeft) {

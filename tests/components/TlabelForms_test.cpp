@@ -211,6 +211,9 @@ TEST_F(LabelForms, OnShowWaitsForTheDrawThread) {
   EXPECT_EQ(0, label->shown) << "nor among those of the main thread";
   pApp->ExecuteDeferredDrawMethods(renderer);
   EXPECT_EQ(1, label->shown);
+  label->Hide();
+  label->ShowFor(0);
+  EXPECT_EQ(2, label->shown) << "and on the draw thread at once";
 }
 
 TEST_F(LabelForms, OneMillisecondIsTheShortestSlide) {
