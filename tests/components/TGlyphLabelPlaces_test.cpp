@@ -87,6 +87,21 @@ TEST_F(GlyphLabelPlaces, FactorsRoundTheSizeAndHalveTheDifference) {
   EXPECT_EQ(20, r.h);
 }
 
+TEST_F(GlyphLabelPlaces, FactorsRoundTheSizeUnderAParentToo) {
+  const struct {
+    double x, y;
+    int w, h;
+  } rows[] = {{0.503, 0.66, 101, 26}, {0.502, 0.69, 100, 28}};  // 100.6 by 26.4, 100.4 by 27.6
+  Label* label = under(0, 0, {0, 0, 200, 40}, "A");
+  label->SetAlignment(RIGHT_UP);  // the ink ends with the texture
+  for (const auto& row : rows) {
+    label->SetResizeFactor(row.x, row.y);
+    const SDL_Rect r = drawn();
+    EXPECT_EQ(row.w, r.x + r.w);
+    EXPECT_EQ(row.h, r.h);
+  }
+}
+
 TEST_F(GlyphLabelPlaces, OffsetsComeAfterTheAlignmentAndBeforeTheFactors) {
   Label* label = make({100, 100, 30, 40}, "B");
   label->SetAlignment(RIGHT_UP);

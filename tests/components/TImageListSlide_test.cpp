@@ -2,6 +2,19 @@
 
 using namespace imagelisttest;
 
+namespace {
+// Nobody has set "ScreenW" and "ScreenH".
+class ImageListWithoutScreenSize : public WidgetTest {};
+}  // namespace
+
+TEST_F(ImageListWithoutScreenSize, SlidesBeginBehindTheScreenOfTheTerminal) {
+  List list(10, 20, 100, 60);
+  list.SetAnimation(TImageList::LEFT);
+  EXPECT_EQ((SDL_Rect{1920, 20, 100, 60}), list.mAnimationStartRect);
+  list.SetAnimation(TImageList::UP);
+  EXPECT_EQ((SDL_Rect{10, 1080, 100, 60}), list.mAnimationStartRect);
+}
+
 TEST_F(ImageList, WithoutSlideModeTheTimeIsIgnored) {
   List* list = make(10, 10);
   list->DisplayImage(0, 500);

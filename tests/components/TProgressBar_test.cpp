@@ -246,6 +246,9 @@ TEST_F(ProgressBar, TheBlinkParameterTogglesOverTheEndOfTheClock) {
   clock.set(0xfffffffcu);
   bar.AnimateTask();
   EXPECT_FALSE(bar._blinkParameter);
+  clock.set(0xffffffffu);
+  bar.AnimateTask();
+  EXPECT_TRUE(bar._blinkParameter);
   clock.set(5);  // 9 ms
   bar.AnimateTask();
   EXPECT_TRUE(bar._blinkParameter);
