@@ -18,6 +18,27 @@ constexpr int kBlendModeCount = 4;
 
 }  // namespace
 
+// A child's own alpha, kept while its parent draws it with the multiplied one. The child may leave its parent in
+// its draw, or die: only then nothing is put back.
+struct TGuiComponent::OwnAlpha {
+  explicit OwnAlpha(TGuiComponent* child) : mpChild(child), mValue(child->alpha()), mpOuter(child->mpOwnAlpha) {
+    child->mpOwnAlpha = this;
+  }
+  ~OwnAlpha() {
+    if (mpChild) mpChild->mpOwnAlpha = mpOuter;
+  }
+  OwnAlpha(const OwnAlpha&) = delete;
+  OwnAlpha& operator=(const OwnAlpha&) = delete;
+
+  void putBack() {
+    if (mpChild) mpChild->setAlpha(mValue);
+  }
+
+  TGuiComponent* mpChild;  // null once it is gone
+  int mValue;
+  OwnAlpha* mpOuter;
+};
+
 TGuiComponent::TGuiComponent(SDL_Renderer*, int x, int y, int w, int h, std::string ComponentName)
   : mOrigPosX(x),
     mOrigPosY(y),
@@ -28,7 +49,10 @@ TGuiComponent::TGuiComponent(SDL_Renderer*, int x, int y, int w, int h, std::str
     mDestPosY(y),
     mName(std::move(ComponentName)) {}
 
-TGuiComponent::~TGuiComponent() { GuiComponentList.clear(); }
+TGuiComponent::~TGuiComponent() {
+  for (OwnAlpha* own = mpOwnAlpha; own; own = own->mpOuter) own->mpChild = nullptr;
+  GuiComponentList.clear();
+}
 
 int TGuiComponent::load() { return 0; }
 
@@ -48,15 +72,15 @@ void TGuiComponent::draw() {
     }
     for (TComponentList::Walk walk(GuiComponentList); TGuiComponent* child = walk.next();) {
       if (!child->isVisible()) continue;
-      const int own = child->alpha();
-      child->setAlpha(static_cast<int>(static_cast<float>(mAlpha) / 255.0f * static_cast<float>(own)));
+      OwnAlpha own(child);
       try {
+        child->setAlpha(static_cast<int>(static_cast<float>(mAlpha) / 255.0f * static_cast<float>(own.mValue)));
         child->draw();
       } catch (...) {
-        if (walk.current()) child->setAlpha(own);
+        own.putBack();
         throw;
       }
-      if (walk.current()) child->setAlpha(own);
+      own.putBack();
     }
   } catch (...) {
     // A broken component costs its own picture, not the frame.

@@ -130,9 +130,13 @@ class TGuiComponent {
   std::string mName;
 
  private:
+  struct OwnAlpha;
+
   int relativeX() const;
   int relativeY() const;
   void startFade(bool reverse);
+
+  OwnAlpha* mpOwnAlpha = nullptr;  // while its parent draws it
 };
 
 }  // namespace vendelo_sdl2

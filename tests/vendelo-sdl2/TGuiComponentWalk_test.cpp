@@ -108,26 +108,110 @@ TEST_F(GuiComponent, AChildThatDeletesItselfInItsDrawIsNotTouchedAgain) {
   EXPECT_EQ((Names{"draw root 255", "draw b 255"}), take());
 }
 
-TEST_F(GuiComponent, ReorderingDuringAWalkSkipsNobodyElse) {
+// ---- A child that leaves its parent in its draw
+
+TEST_F(GuiComponent, AChildThatLeavesItsParentInItsDrawKeepsItsOwnAlpha) {
   Probe* a = child("a");
-  Probe* b = child("b");
-  child("c");
-  a->mOnLogic = [&] { root.BringComponentToFront(b); };
+  a->setAlpha(200);
+  a->mOnDraw = [&] { root.RemoveComponent(a, false); };
+  root.setAlpha(128);
   take();
-  root.drawLogic();
-  EXPECT_EQ((Names{"logic root", "logic a", "logic c", "logic b"}), take());
-  EXPECT_EQ((Names{"a", "c", "b"}), root.children());
+  printed([&] { root.draw(); });
+  EXPECT_EQ((Names{"draw root 128", "draw a 100"}), take());
+  EXPECT_EQ(200, a->alpha());
+  EXPECT_TRUE(root.children().empty());
+  delete a;
 }
 
-TEST_F(GuiComponent, AnAddedChildIsVisitedInTheSameWalk) {
-  Probe* a = child("a");
-  child("b");
-  a->mOnLogic = [&] {
-    if (!root.FindComponentByName("new")) child("new");
+TEST_F(GuiComponent, AChildThatMovesToAnotherParentInItsDrawKeepsItsOwnAlpha) {
+  Probe* left = child("left");
+  Probe* right = child("right");
+  Probe* a = probe("a");
+  left->AddComponent(a);
+  a->setAlpha(200);
+  right->setAlpha(51);
+  a->mOnDraw = [&] {
+    if (a->getParent() != left) return;
+    left->RemoveComponent(a, false);
+    right->AddComponent(a);
   };
   take();
-  root.drawLogic();
-  EXPECT_EQ((Names{"logic root", "logic a", "load new", "logic b", "logic new"}), take());
+  printed([&] { root.draw(); });
+  EXPECT_EQ((Names{"draw root 255", "draw left 255", "draw a 200", "load a", "draw right 51", "draw a 40"}),
+            take());
+  EXPECT_EQ(200, a->alpha());
+}
+
+TEST_F(GuiComponent, AChildThatLeavesAndThrowsKeepsItsOwnAlpha) {
+  Probe* a = child("a");
+  a->setAlpha(200);
+  a->mOnDraw = [&] {
+    root.RemoveComponent(a, false);
+    throw 42;
+  };
+  root.setAlpha(128);
+  printed([&] { EXPECT_NO_THROW(root.draw()); });
+  EXPECT_EQ(200, a->alpha());
+  delete a;
+}
+
+TEST_F(GuiComponent, AChildThatIsDrawnWithinItsOwnDrawKeepsItsOwnAlpha) {
+  Probe* a = child("a");
+  a->setAlpha(200);
+  root.setAlpha(128);
+  bool inside = false;
+  a->mOnDraw = [&] {
+    if (inside) return;
+    inside = true;
+    root.draw();
+  };
+  take();
+  root.draw();
+  EXPECT_EQ((Names{"draw root 128", "draw a 100", "draw root 128", "draw a 50"}), take());
+  EXPECT_EQ(200, a->alpha());
+}
+
+TEST_F(GuiComponent, AChildThatDiesInADrawWithinItsOwnIsNotTouchedAgain) {
+  struct Draws : TGuiComponent {
+    Draws() : TGuiComponent(nullptr, 0, 0, 1, 1, "") {}
+    void setAlpha(int) override { ++calls(); }
+    void draw() override {
+      if (++depth == 1)
+        mpParent->draw();
+      else
+        mpParent->RemoveComponent(this, true);
+    }
+    static int& calls() {
+      static int count = 0;
+      return count;
+    }
+    int depth = 0;
+  };
+  root.AddComponent(new Draws);
+  child("b");
+  take();
+  printed([&] { root.draw(); });
+  EXPECT_EQ((Names{"draw root 255", "draw root 255", "draw b 255", "draw b 255"}), take());
+  EXPECT_EQ(2, Draws::calls());  // for each of the two draws, and nothing put back
+}
+
+TEST_F(GuiComponent, AChildThatLeavesAndDiesInItsDrawIsNotTouchedAgain) {
+  struct Leaves : TGuiComponent {
+    explicit Leaves(int& calls) : TGuiComponent(nullptr, 0, 0, 1, 1, ""), mCalls(calls) {}
+    void setAlpha(int) override { ++mCalls; }
+    void draw() override {
+      mpParent->RemoveComponent(this, false);
+      delete this;
+    }
+    int& mCalls;
+  };
+  int calls = 0;
+  root.AddComponent(new Leaves(calls));
+  child("b");
+  take();
+  printed([&] { root.draw(); });
+  EXPECT_EQ((Names{"draw root 255", "draw b 255"}), take());
+  EXPECT_EQ(1, calls);
 }
 
 TEST_F(GuiComponent, AParentMayDieInsideItsChildsLogic) {
