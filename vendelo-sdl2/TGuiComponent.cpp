@@ -5,6 +5,7 @@
 
 #include "vendelo-sdl2/TAppGuiModule.h"
 #include "vendelo-sdl2/TApplication.h"
+#include "vendelo-sdl2/TLogManager.h"
 
 namespace vendelo_sdl2 {
 namespace {
@@ -252,6 +253,7 @@ SDL_Renderer* TGuiComponent::GetRenderer() {
 TGuiComponent* TGuiComponent::AddComponent(TGuiComponent* pNewComponent) {
   if (pNewComponent == this) {
     std::printf("application::Component \"%s\" cannot be added to itself.", mName.c_str());
+    logman::WriteLog(4, 0, "Component \"%s\" cannot be added to itself.", mName.c_str());
     return nullptr;
   }
   return GuiComponentList.add(pNewComponent, this, mName);

@@ -1,5 +1,6 @@
 #include "vendelo-sdl2/TGuiComponent.h"
 
+#include "tests/support/LogLines.h"
 #include "tests/vendelo-sdl2/TGuiComponentFixture.h"
 
 using namespace guitest;
@@ -66,10 +67,22 @@ TEST_F(GuiComponent, NamelessChildrenNeverClash) {
   EXPECT_EQ(nullptr, root.FindComponentByName(""));
 }
 
-TEST_F(GuiComponent, AddingItselfOrAChildTwiceIsRefused) {
+TEST_F(GuiComponent, AddingItselfIsRefusedWithALineInTheLog) {
+  LogLines log_;
   TGuiComponent* added = &root;
-  EXPECT_NE("", printed([&] { added = root.AddComponent(&root); }));
+  printed([&] { added = root.AddComponent(&root); });
   EXPECT_EQ(nullptr, added);
+  EXPECT_EQ((Names{"4 Component \"root\" cannot be added to itself."}), log_.lines());
+  EXPECT_TRUE(root.children().empty());
+  EXPECT_EQ(nullptr, root.getParent());
+  EXPECT_TRUE(take().empty());  // not loaded
+  EXPECT_EQ(nullptr, root.AddComponent(nullptr));
+  child("a");
+  EXPECT_EQ(1u, log_.size());
+}
+
+TEST_F(GuiComponent, AddingAChildTwiceIsRefused) {
+  TGuiComponent* added = &root;
   Probe* nameless = child("");
   EXPECT_NE("", printed([&] { added = root.AddComponent(nameless); }));
   EXPECT_EQ(nullptr, added);
