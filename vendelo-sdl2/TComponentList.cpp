@@ -1,11 +1,18 @@
 #include "vendelo-sdl2/TComponentList.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cstdio>
 
 #include "vendelo-sdl2/TGuiComponent.h"
 
 namespace vendelo_sdl2 {
+namespace {
+
+// Passes begun so far, over whatever list.
+std::atomic<uint64_t> passes{0};
+
+}  // namespace
 
 TComponentList::~TComponentList() {
   clear();
@@ -20,6 +27,9 @@ TGuiComponent* TComponentList::add(TGuiComponent* component, TGuiComponent* pare
     return nullptr;
   }
   component->setParent(parent);
+  component->mPassMark.added = passes;
+  for (const Walk* walk = mpWalks; walk; walk = walk->mpOuter)
+    if (walk->mServesNewcomer) markServed(component, walk);
   mComponents.push_back(component);
   if (component->load() != 0)
     std::printf("application::load() error for %s while adding on \"%s\".", component->getName().c_str(),
@@ -32,8 +42,6 @@ bool TComponentList::remove(TGuiComponent* component, bool deleteInstance, const
   if (found == mComponents.end()) return false;
   std::printf("application::Dropping component %s from %s", component->getName().c_str(), ownerName.c_str());
   skip(found);
-  for (Walk* walk = mpWalks; walk; walk = walk->mpOuter)
-    if (walk->mpCurrent == component) walk->mpCurrent = nullptr;
   mComponents.erase(found);
   if (deleteInstance) delete component;
   return true;
@@ -68,10 +76,7 @@ bool TComponentList::sendToBack(TGuiComponent* component) {
 }
 
 void TComponentList::clear() {
-  for (Walk* walk = mpWalks; walk; walk = walk->mpOuter) {
-    walk->mNext = mComponents.end();
-    walk->mpCurrent = nullptr;
-  }
+  for (Walk* walk = mpWalks; walk; walk = walk->mpOuter) walk->mNext = mComponents.end();
   while (!mComponents.empty()) {
     TGuiComponent* component = mComponents.front();
     mComponents.pop_front();
@@ -89,8 +94,22 @@ void TComponentList::skip(iterator leaving) {
     if (walk->mNext == leaving) ++walk->mNext;
 }
 
+// The component has had its turn in `by`; what other passes under way know of it stays.
+void TComponentList::markServed(TGuiComponent* component, const Walk* by) {
+  uint32_t served = 0;
+  for (const Walk* walk = mpWalks; walk; walk = walk->mpOuter)
+    if (walk == by || walk->hasServed(component)) served |= walk->mBit;
+  component->mPassMark.served = served;
+  component->mPassMark.pass = mpWalks->mPass;
+}
+
+// The bits are enough for any passes of a tree inside each other; deeper ones share the last.
 TComponentList::Walk::Walk(TComponentList& list)
-  : mpList(&list), mNext(list.mComponents.begin()), mpOuter(list.mpWalks) {
+  : mpList(&list),
+    mNext(list.mComponents.begin()),
+    mpOuter(list.mpWalks),
+    mPass(++passes),
+    mBit(mpOuter ? std::max(mpOuter->mBit, mpOuter->mBit << 1) : 1) {
   list.mpWalks = this;
 }
 
@@ -98,10 +117,22 @@ TComponentList::Walk::~Walk() {
   if (mpList) mpList->mpWalks = mpOuter;
 }
 
+bool TComponentList::Walk::hasServed(const TGuiComponent* component) const {
+  const TPassMark& mark = component->mPassMark;
+  return mark.pass >= mPass && (mark.served & mBit) != 0;
+}
+
 TGuiComponent* TComponentList::Walk::next() {
-  mpCurrent = nullptr;
-  if (mpList && mNext != mpList->mComponents.end()) mpCurrent = *mNext++;
-  return mpCurrent;
+  if (!mpList) return nullptr;
+  auto& components = mpList->mComponents;
+  const auto waits = [this](const TGuiComponent* component) { return !hasServed(component); };
+  mNext = std::find_if(mNext, components.end(), waits);
+  if (mNext == components.end()) mNext = std::find_if(components.begin(), components.end(), waits);
+  if (mNext == components.end()) return nullptr;
+  TGuiComponent* const component = *mNext++;
+  mServesNewcomer = component->mPassMark.added >= mPass;
+  mpList->markServed(component, this);
+  return component;
 }
 
 }  // namespace vendelo_sdl2

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <list>
 #include <string>
 
@@ -44,9 +45,11 @@ class TComponentList {
   // Deletes all.
   void clear();
 
-  // One pass over the list, rear to front, without copies and without memory. A component that is removed before
-  // its turn is not visited, one that is added in front of the list's end is; the end of the list itself ends the
-  // pass.
+  // One pass over the list, rear to front, without copies and without memory. Each component has its turn once,
+  // whatever is reordered meanwhile: one that has had it has none again, also when it leaves the list and comes
+  // back, and one that was sent behind the place reached has it last. A component that is removed before its turn
+  // has none. One that is added has its turn in the same pass, unless it is added while such a newcomer has its
+  // own: that one waits for the next pass, so that every pass ends.
   //   for (TComponentList::Walk walk(list); TGuiComponent* c = walk.next();) ...
   class Walk {
    public:
@@ -55,22 +58,34 @@ class TComponentList {
     Walk(const Walk&) = delete;
     Walk& operator=(const Walk&) = delete;
 
+    // Null at the end of the pass, and once the list is gone.
     TGuiComponent* next();
-    // The component that next() gave last, or null if it has left the list since.
-    TGuiComponent* current() const { return mpCurrent; }
 
    private:
     friend class TComponentList;
+    bool hasServed(const TGuiComponent* component) const;
+
     TComponentList* mpList;
     std::list<TGuiComponent*>::iterator mNext;
-    TGuiComponent* mpCurrent = nullptr;
     Walk* mpOuter;  // the passes under way over one list, innermost first
+    uint64_t mPass;
+    uint32_t mBit;  // its own in TPassMark::served
+    bool mServesNewcomer = false;
+  };
+
+  // What the passes note on a component. Passes are counted over all lists, so that a note of a former pass, or of
+  // another list's, is known by its number.
+  struct TPassMark {
+    uint64_t pass = 0;    // under way when the component was served last
+    uint32_t served = 0;  // which passes under way at that time have served it, a bit each
+    uint64_t added = 0;   // begun last when the component was added
   };
 
  private:
   using iterator = std::list<TGuiComponent*>::iterator;
   iterator find(const TGuiComponent* component);
   void skip(iterator leaving);
+  void markServed(TGuiComponent* component, const Walk* by);
 
   std::list<TGuiComponent*> mComponents;
   Walk* mpWalks = nullptr;

@@ -130,12 +130,14 @@ class TGuiComponent {
   std::string mName;
 
  private:
+  friend class TComponentList;
   struct OwnAlpha;
 
   int relativeX() const;
   int relativeY() const;
   void startFade(bool reverse);
 
+  TComponentList::TPassMark mPassMark;
   OwnAlpha* mpOwnAlpha = nullptr;  // while its parent draws it
 };
 

@@ -3,6 +3,7 @@
 #include <atomic>
 #include <cstdlib>
 #include <new>
+#include <vector>
 
 #include "components/TGlyphLabel.h"
 #include "tests/support/FakeClock.h"
@@ -59,6 +60,44 @@ TEST(Frame, AllocatesNothingOnceThePictureStands) {
   }
   EXPECT_EQ(before, allocations);
   EXPECT_FALSE(harness.module().FindComponentByName("a panel with a long name 2")->isVisible());
+}
+
+// One that puts itself in front of its neighbours in every frame, as a picture that flies over them does.
+class Climber : public TGuiComponent {
+ public:
+  explicit Climber(TAppGuiModule* roots) : TGuiComponent(nullptr, 0, 0, 4, 4, ""), mpRoots(roots) {}
+  void drawLogic() override {
+    ++turns;
+    mpRoots ? mpRoots->BringComponentToFront(this) : mpParent->BringComponentToFront(this);
+    mpRoots ? mpRoots->SendComponentToBack(this) : mpParent->SendComponentToBack(this);
+    mpRoots ? mpRoots->BringComponentToFront(this) : mpParent->BringComponentToFront(this);
+    TGuiComponent::drawLogic();
+  }
+  int turns = 0;
+
+ private:
+  TAppGuiModule* mpRoots;
+};
+
+TEST(Frame, AllocatesNothingWhileComponentsChangeTheirOrder) {
+  WidgetHarness harness(20, 20);
+  FakeClock clock(1000);
+  auto* panel = harness.add(new TGuiComponent(nullptr, 0, 0, 20, 20, "panel"));
+  std::vector<Climber*> climbers;
+  for (int i = 0; i < 4; ++i) {
+    climbers.push_back(harness.add(new Climber(&harness.module())));
+    climbers.push_back(static_cast<Climber*>(panel->AddComponent(new Climber(nullptr))));
+  }
+  harness.application().setStatus(TApplication::APP_RUNNING);
+  harness.module().draw();
+  const long before = allocations;
+  for (int i = 0; i < 40; ++i) {
+    clock.advance(16);
+    EXPECT_EQ(0, harness.module().draw());
+    harness.module().mainLogic();
+  }
+  EXPECT_EQ(before, allocations);
+  for (const Climber* climber : climbers) EXPECT_EQ(41, climber->turns);
 }
 
 }  // namespace
