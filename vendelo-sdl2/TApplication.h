@@ -312,6 +312,8 @@ class TApplication : public TLogManager,
 };
 
 extern TApplication* pApp;
+// Asserts that the draw thread calls; nothing without an application.
+void checkDrawThread();
 extern TFlavour TerminalFlavour;
 // What LoadGUI was given and what the GUI module's Load returned, handed over by the change of state.
 extern void* GUI_LoadData;

@@ -259,4 +259,8 @@ void TApplication::ThreadCheck(Threads thread) {
   if (!right) SignalHandler(SIGABRT);
 }
 
+void checkDrawThread() {
+  if (pApp) pApp->ThreadCheck(THREAD_DRAW);
+}
+
 }  // namespace vendelo_sdl2

@@ -52,7 +52,7 @@ std::vector<SDL_Texture*>* TImageList::getImages() const { return pImages; }
 int TImageList::getCurrentImageIndex() const { return current_image_index; }
 
 void TImageList::DisplayImage(int imageNumber, Uint32 time) {
-  if (pApp) pApp->ThreadCheck(THREAD_DRAW);
+  checkDrawThread();
   select(imageNumber, time, false, nullptr, 0, 0);
 }
 
@@ -134,7 +134,7 @@ void TImageList::startAniTask() {
 }
 
 void TImageList::AnimateTask() {
-  if (pApp) pApp->ThreadCheck(THREAD_DRAW);
+  checkDrawThread();
   static const int num_pix = 5;
   SDL_Point goal{mAnimationDestRect.x, mAnimationDestRect.y};
   if (!mIsShowing) {

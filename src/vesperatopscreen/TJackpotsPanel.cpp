@@ -165,7 +165,7 @@ void TJackpotsPanel::removeLoaded(TImageList* list) {
 }
 
 void TJackpotsPanel::ClearJackpotPanel() {
-  if (pApp) pApp->ThreadCheck(THREAD_DRAW);
+  checkDrawThread();
   if (!mIsPanelCreated) return;
   StopIdleAnimation();
   ClearOverlay();

@@ -43,10 +43,6 @@ bool leavesTheGameFolders(const std::string& name) {
   return name.find('/') != std::string::npos || name.find("..") != std::string::npos;
 }
 
-void checkDrawThread() {
-  if (pApp) pApp->ThreadCheck(THREAD_DRAW);
-}
-
 // A label leaves its text's texture to whoever may have taken it; of these two nobody has.
 void destroyBetLabelText(Tlabel* label) {
   SDL_Texture* text = label->GetTargetTexture();

@@ -77,10 +77,6 @@ SDL_Color shadowOf(const SDL_Color& color) {
   return luminance >= 0.5 ? SDL_Color{0, 0, 0, 255} : SDL_Color{128, 128, 128, 255};
 }
 
-void checkDrawThread() {
-  if (pApp) pApp->ThreadCheck(THREAD_DRAW);
-}
-
 }  // namespace
 
 int paytableWin(const PaytableText& text, int64_t currentBet, int betCost) {
