@@ -124,6 +124,158 @@ TEST_F(GuiComponent, AHiddenFadeEndsOnlyWhenItIsShownAgain) {
   EXPECT_FALSE(a->isVisible());
 }
 
+TEST_F(GuiComponent, AFadeThatIsOverButNotYetEndedIsNoFadeToTakeOverFrom) {
+  FakeClock clock(1000);
+  root.fadeOut();
+  clock.set(1501);  // no drawLogic since
+  root.fadeIn();
+  EXPECT_EQ(1501, root.fade().beginTimestampMs());
+  EXPECT_FALSE(root.fadingOut());
+  clock.set(1601);
+  root.drawLogic();
+  EXPECT_EQ(51, root.alpha());
+}
+
+TEST_F(GuiComponent, AFadeAtItsVeryEndIsTakenOverAtTheFullLength) {
+  FakeClock clock(1000);
+  root.fadeIn();
+  clock.set(1500);  // still running, and a whole interval has passed
+  root.fadeOut();
+  EXPECT_EQ(1500 - 500, root.fade().beginTimestampMs());
+}
+
+TEST_F(GuiComponent, APausedFadeIsStartedAnew) {
+  FakeClock clock(1000);
+  root.fadeIn();
+  clock.set(1200);
+  root.fade().pause();
+  root.fadeOut();
+  EXPECT_EQ(1200, root.fade().beginTimestampMs());
+}
+
+TEST_F(GuiComponent, TheChildrensLogicFollowsTheEndOfTheFade) {
+  FakeClock clock(1000);
+  Probe* a = child("a");
+  EAnimationState seen = ASTATE_RUNNING;
+  bool fading = true;
+  a->mOnLogic = [&] {
+    seen = root.fade().state();
+    fading = root.fadingIn();
+  };
+  root.fadeIn();
+  clock.set(2000);
+  root.drawLogic();
+  EXPECT_EQ(ASTATE_READY, seen);
+  EXPECT_FALSE(fading);
+}
+
+// ---- What the hooks of a fade see, and in which order they act
+
+// Writes down each step with what stands at that moment.
+class Steps : public TGuiComponent {
+ public:
+  Steps() : TGuiComponent(nullptr, 0, 0, 10, 10, "steps") {}
+  void setAlpha(int alpha) override {
+    TGuiComponent::setAlpha(alpha);
+    note("alpha " + std::to_string(alpha));
+  }
+  void onShow() override { note("show"); }
+  void onHide() override { note("hide"); }
+  void OnFadeInStart() override {
+    hook("in start", [this] { TGuiComponent::OnFadeInStart(); });
+  }
+  void OnFadeInEnd() override {
+    hook("in end", [this] { TGuiComponent::OnFadeInEnd(); });
+  }
+  void OnFadeOutStart() override {
+    hook("out start", [this] { TGuiComponent::OnFadeOutStart(); });
+  }
+  void OnFadeOutEnd() override {
+    hook("out end", [this] { TGuiComponent::OnFadeOutEnd(); });
+  }
+  Names take() {
+    Names taken;
+    taken.swap(mNotes);
+    return taken;
+  }
+
+ private:
+  template <class Base>
+  void hook(const std::string& name, const Base& base) {
+    note(name);
+    base();
+    note("done");
+  }
+  void note(const std::string& what) {
+    mNotes.push_back(what + (mVisible ? " visible" : " hidden") + " mode " + std::to_string(getBlendMode()) +
+                     (mFadingIn ? " in" : "") + (mFadingOut ? " out" : "") +
+                     (mFadeAnimation.reverse() ? " reverse" : ""));
+  }
+  Names mNotes;
+};
+
+TEST(GuiComponentDrawing, TheHooksOfAFadeActInOrder) {
+  WidgetHarness harness(10, 10);
+  FakeClock clock(1000);
+  auto* c = static_cast<Steps*>(harness.add(new Steps));
+  c->SetTargetTexture(harness.makeTexture(10, 10, {255, 0, 0, 255}));
+  c->setBlendMode(2);
+  c->_setVisible(false);
+  c->fadeIn();
+  EXPECT_EQ(
+    (Names{"in start hidden mode 2", "alpha 0 hidden mode 1", "show hidden mode 1", "done visible mode 1 in"}),
+    c->take());
+  clock.set(1501);
+  c->drawLogic();
+  EXPECT_EQ((Names{"in end visible mode 1 in", "alpha 255 visible mode 2 in", "done visible mode 2"}), c->take());
+  c->setBlendMode(3);
+  c->fadeOut();
+  EXPECT_EQ((Names{"out start visible mode 3", "alpha 0 visible mode 1", "done visible mode 1 out"}), c->take());
+  clock.set(1501 + 250);
+  c->drawLogic();
+  EXPECT_EQ((Names{"alpha 127 visible mode 1 out reverse"}), c->take());
+  clock.set(1501 + 501);
+  c->drawLogic();
+  EXPECT_EQ((Names{"out end visible mode 1 out reverse", "hide visible mode 1 out reverse",
+                   "alpha 0 hidden mode 3 out reverse", "done hidden mode 3 reverse"}),
+            c->take());
+  c->drawLogic();  // the animation is at rest
+  EXPECT_TRUE(c->take().empty());
+}
+
+TEST(GuiComponentDrawing, AFadeOutDuringAFadeInSavesTheModeOfThatMoment) {
+  WidgetHarness harness(10, 10);
+  FakeClock clock(1000);
+  auto* c = static_cast<Steps*>(harness.add(new Steps));
+  c->SetTargetTexture(harness.makeTexture(10, 10, {255, 0, 0, 255}));
+  c->setBlendMode(2);
+  c->fadeIn();
+  clock.set(1200);
+  c->drawLogic();
+  c->take();
+  c->fadeOut();
+  EXPECT_EQ((Names{"out start visible mode 1 in", "alpha 102 visible mode 1 in", "done visible mode 1 out"}),
+            c->take());
+  clock.set(1300);
+  c->drawLogic();
+  c->take();
+  c->fadeIn();
+  EXPECT_EQ((Names{"in start visible mode 1 out reverse", "alpha 0 visible mode 1 out reverse",
+                   "done visible mode 1 in reverse"}),
+            c->take());
+}
+
+TEST(GuiComponentDrawing, WithoutAStartTheEndOfAFadeLeavesItBlending) {
+  WidgetHarness harness(10, 10);
+  auto* c = harness.add(new TGuiComponent(nullptr, 0, 0, 10, 10, "c"));
+  c->SetTargetTexture(harness.makeTexture(10, 10, {255, 0, 0, 255}));
+  c->setBlendMode(2);
+  c->setAlpha(3);
+  c->OnFadeInEnd();
+  EXPECT_EQ(1, c->getBlendMode());
+  EXPECT_EQ(255, c->alpha());
+}
+
 TEST(GuiComponentDrawing, AFadeBlendsAndPutsTheModeBack) {
   WidgetHarness harness(10, 10);
   FakeClock clock(1000);

@@ -173,26 +173,28 @@ TEST_F(GuiComponent, AChildThatIsDrawnWithinItsOwnDrawKeepsItsOwnAlpha) {
 
 TEST_F(GuiComponent, AChildThatDiesInADrawWithinItsOwnIsNotTouchedAgain) {
   struct Draws : TGuiComponent {
-    Draws() : TGuiComponent(nullptr, 0, 0, 1, 1, "") {}
-    void setAlpha(int) override { ++calls(); }
+    Draws(bool diesInside, int& calls)
+      : TGuiComponent(nullptr, 0, 0, 1, 1, ""), mDiesInside(diesInside), mCalls(calls) {}
+    void setAlpha(int) override { ++mCalls; }
     void draw() override {
-      if (++depth == 1)
-        mpParent->draw();
-      else
-        mpParent->RemoveComponent(this, true);
+      const bool inside = ++mDepth > 1, dies = inside == mDiesInside;
+      if (!inside) mpParent->draw();
+      if (dies) mpParent->RemoveComponent(this, true);
     }
-    static int& calls() {
-      static int count = 0;
-      return count;
-    }
-    int depth = 0;
+    bool mDiesInside;
+    int& mCalls;
+    int mDepth = 0;
   };
-  root.AddComponent(new Draws);
-  child("b");
-  take();
-  printed([&] { root.draw(); });
-  EXPECT_EQ((Names{"draw root 255", "draw root 255", "draw b 255", "draw b 255"}), take());
-  EXPECT_EQ(2, Draws::calls());  // for each of the two draws, and nothing put back
+  for (const bool diesInside : {false, true}) {
+    SCOPED_TRACE(diesInside);
+    Probe parent("parent", log);
+    int calls = 0;
+    parent.AddComponent(new Draws(diesInside, calls));
+    parent.AddComponent(probe("b"));
+    printed([&] { parent.draw(); });
+    // One for each draw, and one when the inner one puts back.
+    EXPECT_EQ(diesInside ? 2 : 3, calls);
+  }
 }
 
 TEST_F(GuiComponent, AChildThatLeavesAndDiesInItsDrawIsNotTouchedAgain) {

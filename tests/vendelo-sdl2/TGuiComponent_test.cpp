@@ -2,6 +2,7 @@
 
 #include "tests/support/LogLines.h"
 #include "tests/vendelo-sdl2/TGuiComponentFixture.h"
+#include "vendelo-sdl2/TAlignment.h"
 
 using namespace guitest;
 
@@ -188,6 +189,96 @@ TEST_F(GuiComponent, AChildFollowsItsParentAtTheNextDraw) {
   EXPECT_EQ(52, a->getDestRect().y);
   EXPECT_EQ(3, a->getDestRect().w);
   EXPECT_EQ(4, a->getDestRect().h);
+}
+
+TEST_F(GuiComponent, AChildIsPlacedByWhatItsParentsGettersSay) {
+  struct Elsewhere : TGuiComponent {
+    Elsewhere() : TGuiComponent(nullptr, 100, 200, 1, 1, "") {}
+    short getX() override { return 1000; }
+    short getY() override { return 2000; }
+  } parent;
+  auto* a = new TGuiComponent(nullptr, 7, 8, 1, 1, "a");
+  parent.AddComponent(a);
+  parent.draw();
+  EXPECT_EQ(1007, a->getDestRect().x);
+  EXPECT_EQ(2008, a->getDestRect().y);
+  Probe* b = child("b");
+  b->setX(0x7fff);
+  root.setX(65536 + 5);  // 5 in 16 bits
+  root.setY(-65536 - 6);
+  root.draw();
+  EXPECT_EQ(0x7fff + 5, b->getDestRect().x);
+  EXPECT_EQ(2 - 6, b->getDestRect().y);
+}
+
+TEST_F(GuiComponent, ARootKeepsThePlaceRelativeToAParentThatItWasBuiltWith) {
+  auto* a = new TGuiComponent(nullptr, 10, 20, 1, 1, "a");
+  a->setX(99);
+  a->setY(98);
+  a->draw();
+  EXPECT_EQ(99, a->getX());
+  EXPECT_EQ(98, a->getY());
+  root.AddComponent(a);
+  root.draw();
+  EXPECT_EQ(1 + 10, a->getX());
+  EXPECT_EQ(2 + 20, a->getY());
+}
+
+TEST_F(GuiComponent, LoadFindsTheChildInItsPlace) {
+  struct Loads : TGuiComponent {
+    Loads() : TGuiComponent(nullptr, 0, 0, 1, 1, "loads") {}
+    int load() override {
+      parentKnows = mpParent && mpParent->FindComponentByName("loads") == this;
+      return 0;
+    }
+    bool parentKnows = false;
+  };
+  auto* loads = new Loads;
+  root.AddComponent(loads);
+  EXPECT_TRUE(loads->parentKnows);
+}
+
+TEST_F(GuiComponent, RemovalTakesTheInstanceAndNoNamesake) {
+  auto* first = new TGuiComponent(nullptr, 0, 0, 1, 1, "");
+  auto* second = new TGuiComponent(nullptr, 0, 0, 1, 1, "");
+  root.AddComponent(first);
+  root.AddComponent(second);
+  EXPECT_TRUE(root.RemoveComponent(second, false));
+  EXPECT_TRUE(root.FindComponent(first));
+  EXPECT_FALSE(root.FindComponent(second));
+  delete second;
+}
+
+TEST_F(GuiComponent, WhatIsStoredIsReadBack) {
+  root.setAngle(-12.5);
+  EXPECT_EQ(-12.5, root.getAngle());
+  root.setSrcRect({1, 2, 3, 4});
+  const SDL_Rect source = root.getSrcRect(), expected{1, 2, 3, 4};
+  EXPECT_TRUE(SDL_RectEquals(&expected, &source));
+  TGuiComponent parent(nullptr, 0, 0, 1, 1, "");
+  root.setParent(&parent);
+  EXPECT_EQ(&parent, root.getParent());
+  EXPECT_FALSE(parent.FindComponent(&root));  // only the pointer is stored
+  root.setParent(nullptr);
+  root.setWidth(5);
+  root.setHeight(6);
+  EXPECT_EQ(5, root.getDestRect().w);
+  EXPECT_EQ(6, root.getDestRect().h);
+  EXPECT_EQ(3, root.getSrcRect().w);
+}
+
+TEST_F(GuiComponent, WithoutADestinationNothingMoves) {
+  root.moveToDestPos();
+  EXPECT_EQ(1, root.getX());
+  EXPECT_EQ(2, root.getY());
+  EXPECT_FALSE(root.increaseX());
+  EXPECT_FALSE(root.increaseY());
+}
+
+TEST(Alignment, NineByNumber) {
+  const TAlignment all[] = {LEFT_UP,      CENTER_UP, RIGHT_UP,    LEFT_CENTER, CENTER_CENTER,
+                            RIGHT_CENTER, LEFT_DOWN, CENTER_DOWN, RIGHT_DOWN};
+  for (int i = 0; i < 9; ++i) EXPECT_EQ(i, all[i]);
 }
 
 TEST_F(GuiComponent, SetDestRectGoesThroughTheVirtualSetters) {
