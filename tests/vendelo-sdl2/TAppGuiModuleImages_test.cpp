@@ -1,8 +1,23 @@
 // The static image helpers of the GUI module.
+#include <SDL_image.h>
+#include <dlfcn.h>
+
 #include "tests/support/TestFont.h"
 #include "tests/vendelo-sdl2/TAppGuiModuleFixture.h"
+#include "vendelo-sdl2/MyUtils.h"
 
 using namespace guitest;
+
+namespace {
+std::vector<SDL_Texture*> loaded;
+}  // namespace
+
+// Linked in front of the library's, to know what it gave.
+extern "C" SDL_Texture* IMG_LoadTexture(SDL_Renderer* renderer, const char* file) {
+  static const auto img = reinterpret_cast<decltype(&IMG_LoadTexture)>(dlsym(RTLD_NEXT, "IMG_LoadTexture"));
+  loaded.push_back(img(renderer, file));
+  return loaded.back();
+}
 
 namespace {
 
@@ -180,6 +195,83 @@ TEST_F(AppGuiModule, SurfacesAreKeyedAndFilled) {
   EXPECT_EQ(2, part->w);
   EXPECT_EQ(0x000000u, static_cast<Uint32*>(part->pixels)[0]);
   EXPECT_EQ(0x00ff00u, static_cast<Uint32*>(part->pixels)[1]);
+  SDL_FreeSurface(part);
+  SDL_FreeSurface(source);
+}
+
+TEST_F(AppGuiModule, LoadImageKeepsTheLoadedTextureAndMakesAnotherEachTime) {
+  const std::string folder = testfont::freshFolder("AppGuiModule_LoadImageTwice");
+  testfont::writePicture(folder + "a.png", 6, 4, {10, 20, 30, 128});
+  MyUtils::SetImageDir("/nowhere/");  // the path counts as it is given
+  loaded.clear();
+  SDL_Texture* one = TAppGuiModule::LoadImage((folder + "a.png").c_str(), 0, 1, 9, 9, 9);
+  SDL_Texture* two = TAppGuiModule::LoadImage((folder + "a.png").c_str(), 1, 0, 0, 0, 0);
+  SDL_Surface* first = TAppGuiModule::LoadSurface((folder + "a.png").c_str(), 0, 1, 10, 20, 30);
+  SDL_Surface* second = TAppGuiModule::LoadSurface((folder + "a.png").c_str(), 1, 0, 0, 0, 0);
+  MyUtils::SetImageDir("");
+  ASSERT_EQ(2u, loaded.size());
+  for (SDL_Texture* texture : loaded) {
+    SDL_BlendMode mode = SDL_BLENDMODE_NONE;
+    ASSERT_EQ(0, SDL_GetTextureBlendMode(texture, &mode)) << "it lives with the renderer";
+    EXPECT_EQ(SDL_BLENDMODE_BLEND, mode);
+    EXPECT_NE(one, texture);
+    EXPECT_NE(two, texture);
+  }
+  EXPECT_NE(loaded[0], loaded[1]);
+  EXPECT_NE(one, two);
+  EXPECT_EQ(at(one, 5, 3), at(two, 5, 3));
+  ASSERT_NE(nullptr, first);
+  EXPECT_NE(first, second);
+  EXPECT_EQ(SDL_FALSE, SDL_HasColorKey(first));
+  SDL_FreeSurface(first);
+  SDL_FreeSurface(second);
+}
+
+TEST_F(AppGuiModule, ALayerIsClearedWhateverItsMemoryHeld) {
+  SDL_SetRenderDrawColor(renderer, 200, 100, 50, 255);
+  SDL_Texture* layer = TAppGuiModule::CreateLayer(nullptr, 5, 3, 1, 1, 2, 3, 8);
+  EXPECT_EQ(0u, at(layer, 0, 0));
+  EXPECT_EQ(0u, at(layer, 4, 2));
+  TerminalFlavour = VESPERA_FLAVOUR;
+  SDL_Texture* part = TAppGuiModule::SubImage(layer, 0, 0, 2, 2);
+  EXPECT_EQ(0u, at(part, 1, 1));
+}
+
+TEST_F(AppGuiModule, SurfacesHaveTheirSizeMasksAndKey) {
+  SDL_Surface* surface = TAppGuiModule::CreateSurface(nullptr, 5, 3, 0, 10, 20, 30, 8);
+  ASSERT_NE(nullptr, surface);
+  EXPECT_EQ(5, surface->w);
+  EXPECT_EQ(3, surface->h);
+  EXPECT_EQ(0xff0000u, surface->format->Rmask);
+  EXPECT_EQ(0xff00u, surface->format->Gmask);
+  EXPECT_EQ(0xffu, surface->format->Bmask);
+  EXPECT_EQ(0u, surface->format->Amask);
+  Uint32 key = 0;
+  EXPECT_EQ(SDL_TRUE, SDL_HasColorKey(surface));
+  SDL_GetColorKey(surface, &key);
+  EXPECT_EQ(0x0a141eu, key);
+  const auto* last = reinterpret_cast<const Uint32*>(static_cast<Uint8*>(surface->pixels) + 2 * surface->pitch) + 4;
+  EXPECT_EQ(0x0a141eu, *last);
+  SDL_FreeSurface(surface);
+}
+
+TEST_F(AppGuiModule, APartOfASurfaceIsKeyedInMagenta) {
+  SDL_Surface* source = SDL_CreateRGBSurfaceWithFormat(0, 8, 8, 32, SDL_PIXELFORMAT_ARGB8888);
+  SDL_FillRect(source, nullptr, 0x00000000);
+  const SDL_Rect square{4, 4, 1, 1};
+  SDL_FillRect(source, &square, 0xff00ff00);
+  SDL_Surface* part = TAppGuiModule::SubSurface(source, 3, 4, 3, 2);
+  ASSERT_NE(nullptr, part);
+  EXPECT_EQ(3, part->w);
+  EXPECT_EQ(2, part->h);
+  Uint32 key = 0;
+  ASSERT_EQ(0, SDL_GetColorKey(part, &key));
+  EXPECT_EQ(0xff00ffu, key);
+  const auto* pixels = static_cast<const Uint32*>(part->pixels);
+  EXPECT_EQ(0xff00ffu, pixels[0] & 0xffffff);  // what is transparent in the source shows the key
+  EXPECT_EQ(0x00ff00u, pixels[1] & 0xffffff);
+  EXPECT_EQ(0xff00ffu, pixels[2] & 0xffffff);
+  EXPECT_EQ(0xff00ffu, pixels[part->pitch / 4 + 1] & 0xffffff);
   SDL_FreeSurface(part);
   SDL_FreeSurface(source);
 }

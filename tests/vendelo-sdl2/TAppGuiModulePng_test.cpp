@@ -1,5 +1,6 @@
 // SavePNG and GetPNGInfo of the GUI module.
 #include <SDL_image.h>
+#include <dlfcn.h>
 #include <gtest/gtest.h>
 #include <png.h>
 #include <cstring>
@@ -11,6 +12,49 @@
 #include "vendelo-sdl2/TAppGuiModule.h"
 
 using namespace vendelo_sdl2;
+
+namespace {
+bool writerFails = false, infoFails = false, memoryFails = false;
+std::string version;  // that the writer was made for
+int compression = 0;
+
+template <class F>
+F real(const char* name) {
+  return reinterpret_cast<F>(dlsym(RTLD_NEXT, name));
+}
+}  // namespace
+
+// Linked in front of the libraries', to fail on request.
+extern "C" {
+
+png_structp png_create_write_struct(png_const_charp ver, png_voidp error, png_error_ptr onError,
+                                    png_error_ptr onWarning) {
+  version = ver;
+  EXPECT_TRUE(!error && !onError && !onWarning);
+  static const auto png = real<decltype(&png_create_write_struct)>("png_create_write_struct");
+  return writerFails ? nullptr : png(ver, error, onError, onWarning);
+}
+
+png_infop png_create_info_struct(png_const_structrp png) {
+  static const auto create = real<decltype(&png_create_info_struct)>("png_create_info_struct");
+  return infoFails ? nullptr : create(png);
+}
+
+void png_set_compression_level(png_structrp png, int level) {
+  compression = level;
+  static const auto set = real<decltype(&png_set_compression_level)>("png_set_compression_level");
+  set(png, level);
+}
+
+// A surface for which nobody has memory.
+SDL_Surface* SDL_ConvertSurface(SDL_Surface* source, const SDL_PixelFormat* format, Uint32 flags) {
+  static const auto sdl = real<decltype(&SDL_ConvertSurface)>("SDL_ConvertSurface");
+  SDL_Surface* converted = sdl(source, format, flags);
+  if (memoryFails) converted->h = -1;
+  return converted;
+}
+
+}  // extern "C"
 
 namespace {
 
@@ -73,6 +117,42 @@ TEST(Png, FailuresHaveTheirCodes) {
   EXPECT_EQ(-4, TAppGuiModule::SavePNG(source, "/dev/full", nullptr, 0));
   testing::internal::GetCapturedStderr();
   SDL_FreeSurface(source);
+}
+
+TEST(Png, WithoutMemoryOrAWriterNoFileIsMade) {
+  const std::string file = testfont::freshFolder("Png") + "none.png";
+  SDL_Surface* source = picture();
+  memoryFails = true;
+  EXPECT_EQ("OUT OF MEMORY!!!!",
+            printed([&] { EXPECT_EQ(-2, TAppGuiModule::SavePNG(source, file.c_str(), nullptr, 0)); }));
+  memoryFails = false;
+  for (bool* fails : {&writerFails, &infoFails}) {
+    *fails = true;
+    EXPECT_EQ("", printed([&] { EXPECT_EQ(-5, TAppGuiModule::SavePNG(source, file.c_str(), nullptr, 0)); }));
+    *fails = false;
+  }
+  EXPECT_FALSE(std::ifstream(file).good());
+  EXPECT_EQ(0, TAppGuiModule::SavePNG(source, file.c_str(), nullptr, 0));
+  EXPECT_EQ("1.6.34", version);
+  SDL_FreeSurface(source);
+}
+
+TEST(Png, TheFileIs8BitRgbAtTheThirdLevelOfCompression) {
+  const std::string file = testfont::freshFolder("Png") + "head.png";
+  SDL_Surface* source = picture();
+  ASSERT_EQ(0, TAppGuiModule::SavePNG(source, file.c_str(), nullptr, 0));
+  SDL_FreeSurface(source);
+  std::ifstream stream(file, std::ios::binary);
+  const std::string bytes{std::istreambuf_iterator<char>(stream), {}};
+  const size_t head = bytes.find("IHDR"), data = bytes.find("IDAT");
+  ASSERT_NE(std::string::npos, head);
+  ASSERT_NE(std::string::npos, data);
+  // Width, height, bit depth, colour type, compression, filter, interlace.
+  EXPECT_EQ((std::string{0, 0, 0, 5, 0, 0, 0, 3, 8, PNG_COLOR_TYPE_RGB, 0, 0, PNG_INTERLACE_NONE}),
+            bytes.substr(head + 4, 13));
+  EXPECT_EQ(3, compression);
+  EXPECT_EQ(1, static_cast<unsigned char>(bytes[data + 5]) >> 6);  // as the data say of levels 2 to 5
+  EXPECT_EQ(std::string::npos, bytes.find("tEXt"));
 }
 
 TEST(Png, TextsComeBack) {
