@@ -12,11 +12,18 @@ namespace {
 std::vector<SDL_Texture*> loaded;
 }  // namespace
 
-// Linked in front of the library's, to know what it gave.
+// Linked in front of the library's, to know what it gave. The blend mode is none that the helpers leave.
 extern "C" SDL_Texture* IMG_LoadTexture(SDL_Renderer* renderer, const char* file) {
   static const auto img = reinterpret_cast<decltype(&IMG_LoadTexture)>(dlsym(RTLD_NEXT, "IMG_LoadTexture"));
   loaded.push_back(img(renderer, file));
+  if (loaded.back()) SDL_SetTextureBlendMode(loaded.back(), SDL_BLENDMODE_ADD);
   return loaded.back();
+}
+extern "C" SDL_Surface* IMG_Load(const char* file) {
+  static const auto img = reinterpret_cast<decltype(&IMG_Load)>(dlsym(RTLD_NEXT, "IMG_Load"));
+  SDL_Surface* surface = img(file);
+  if (surface) SDL_SetSurfaceBlendMode(surface, SDL_BLENDMODE_ADD);
+  return surface;
 }
 
 namespace {
