@@ -42,8 +42,8 @@ class TKSLClient {
   static constexpr int NUM_BASE_METHODS = 9;  // nothing reads it: the table's size comes from M_NULL
   static constexpr int TOP_PRIORITY = 100;
 
-  // The address is the service's URL. Makes the HTTP transport, which serves all calls and has no time-out: on the
-  // main thread, before any other thread of the program uses HTTP.
+  // The address is the service's URL. Makes the HTTP transport, which serves all calls, has no time-out and uses no
+  // proxy, whatever the environment names: on the main thread, before any other thread of the program uses HTTP.
   TKSLClient(const std::string& Name, const std::string& address, unsigned int numExtraMethods);
 
   // The same over a transport of the caller's.

@@ -1,5 +1,7 @@
 #include "common/TKSLClient.h"
 
+#include <xmlrpc-c/client_transport.hpp>
+
 #include "common/GuardedTransport.h"
 #include "common/KSLResponseParsers.h"
 #include "common/XmlRpcSupport.h"
@@ -32,12 +34,17 @@ const TKSLClient::MethodInfo NoMethod = {"", nullptr, nullptr};
 constexpr Uint32 DefaultPopInterval = 100;
 constexpr int RestartRetries = 3;
 
+// Straight to the service: given an empty name, the library does not look for a proxy in the environment.
+xmlrpc_c::clientXmlTransportPtr makeTransport() {
+  const xmlrpc_c::clientXmlTransportPtr http(
+    new xmlrpc_c::clientXmlTransport_curl(xmlrpc_c::clientXmlTransport_curl::constrOpt().proxy("")));
+  return xmlrpc_c::clientXmlTransportPtr(new GuardedTransport(http));
+}
+
 }  // namespace
 
 TKSLClient::TKSLClient(const std::string& Name, const std::string& address, unsigned int numExtraMethods)
-  : TKSLClient(Name, address, numExtraMethods,
-               xmlrpc_c::clientXmlTransportPtr(new GuardedTransport(xmlrpc_c::clientXmlTransport_http::create()))) {
-}
+  : TKSLClient(Name, address, numExtraMethods, makeTransport()) {}
 
 TKSLClient::TKSLClient(const std::string& Name, const std::string& address, unsigned int numExtraMethods,
                        const xmlrpc_c::clientXmlTransportPtr& transport)

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "LinkTestSupport.h"
+#include "tests/support/TestApplication.h"
 #include "tools/kslsim/Service.h"
 
 using kslsim::Json;
@@ -50,6 +51,8 @@ class HttpClient : public TKSLClient {
       return condition();
     });
   }
+
+  using TKSLClient::mLastPopResponse;
 
   linktest::NotingListener listener;
 };
@@ -192,4 +195,36 @@ TEST(TKSLClientHttp, AnAnswerOfHttp10WhoseEndIsThatOfTheConnectionIsUnderstood) 
   HttpClient client(simulator.url());
   ASSERT_EQ(0, client.Start(true, 0));
   EXPECT_EQ(70, client.ID());
+}
+
+// A terminal's environment may name a proxy for other programs.
+TEST(TKSLClientHttp, TheServiceIsAskedDirectlyWhateverProxyTheEnvironmentNames) {
+  const ScopedEnvironment exceptions[] = {{"no_proxy", nullptr}, {"NO_PROXY", nullptr}};
+  for (const char* name : {"http_proxy", "HTTP_PROXY", "all_proxy", "ALL_PROXY"}) {
+    for (const char* dead : {"http://127.0.0.1:1", "127.0.0.1:1", "socks5://127.0.0.1:1"}) {
+      SCOPED_TRACE(std::string(name) + "=" + dead);
+      const ScopedEnvironment proxy(name, dead);
+      Simulator simulator;
+      HttpClient client(simulator.url());
+      EXPECT_EQ(0, client.Start(true, 0));
+      EXPECT_LT(0, client.ID());
+      client.SendRequest(M_BYE, 0, KSLCallback(), "");
+      ASSERT_TRUE(client.pollUntil([&] { return client.mLastPopResponse != 0; }));
+      EXPECT_TRUE(client.listener.errors.empty()) << testing::PrintToString(client.listener.errors);
+    }
+  }
+}
+
+TEST(TKSLClientHttp, ANewAddressIsThatOfAllFurtherCalls) {
+  Simulator first;
+  Simulator second;
+  HttpClient client(first.url());
+  ASSERT_EQ(0, client.Start(true, 0));
+  ASSERT_TRUE(first.shutThePort());
+  client.SetAddress(second.url());
+  EXPECT_TRUE(client.IsRegistered());
+  client.listener.errors.clear();
+  second.apply({{"do", "event"}, {"id", T_GAME_EXITED}});
+  EXPECT_TRUE(client.pollUntil([&] { return !client.listener.events.empty(); }));
+  EXPECT_TRUE(client.listener.errors.empty()) << testing::PrintToString(client.listener.errors);
 }
