@@ -16,6 +16,8 @@
 #include "common/KSLTypes.h"
 #include "common/ThreadSafeProperty.h"
 
+class SdlMutexGuard;
+
 // The program's one link to the platform service. The main thread queues calls and never waits for the network; a
 // communication thread ("KSLClient:RPC") registers with the service, sends the calls one by one, the highest
 // priority first, and queues the replies; everything that the application sees of the service arrives inside Poll.
@@ -207,8 +209,11 @@ class TKSLClient {
   // Communication thread.
   struct ThreadState;
   void communicationPass(ThreadState& state);
-  bool takeCall(ThreadState& state);
+  bool takeCall(MethodCall& thisCall);
   bool registerWithService();
+  // Releases the lock once the service has answered. Leaves a call in hand that is to be sent again.
+  void sendCall(MethodCall& thisCall, const std::string& serveraddress, SdlMutexGuard& sendLock);
+  void queueTimedOut();
   void postStarted(ThreadState& state);
   void queueResponse(const MethodResponse& response);
   static void finishCall(MethodCall& call);

@@ -1,5 +1,6 @@
 // The ways to make a call: through the queue, around it, and events in packages.
 #include <cmath>
+#include <limits>
 
 #include "common/TKSLClient.h"
 #include "common/XmlRpcSupport.h"
@@ -215,5 +216,7 @@ unsigned int TKSLClient::calculateApproximateWaitTime(int position) {
       sum += (*mAverageMethodResponseTimes.operator->())[methodID];
     }
   }
-  return static_cast<unsigned int>(std::roundf(sum));
+  const double rounded = std::roundf(sum);
+  constexpr unsigned int longest = std::numeric_limits<unsigned int>::max();
+  return rounded < longest ? static_cast<unsigned int>(rounded) : longest;
 }

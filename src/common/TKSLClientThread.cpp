@@ -1,6 +1,7 @@
 // The communication thread: registration, and the one place that talks to the service.
 #include <cstdio>
 #include <cstdlib>
+#include <utility>
 #include <xmlrpc-c/girerr.hpp>
 
 #include "common/TKSLClient.h"
@@ -44,8 +45,6 @@ void readFaultStruct(const xmlrpc_c::value& result, int& errorCode, std::string&
 }  // namespace
 
 struct TKSLClient::ThreadState {
-  bool requestsEnabled = false;
-  bool sendSuccess = true;
   bool started = false;
   MethodCall thisCall = NULL_CALL;
   std::string serveraddress;  // of the start: a change takes effect through a restart
@@ -63,63 +62,53 @@ int TKSLClient::KSL_communication_thread(void* data) {
 }
 
 void TKSLClient::communicationPass(ThreadState& state) {
-  if (!RegisterRequired || Registered) {
-    if (state.thisCall.methodID == M_NULL && !takeCall(state)) {
-      return;
-    }
-    ++state.thisCall.sendingAttempts;
-  }
-
-  MethodCall& thisCall = state.thisCall;
-  int errorCode = 0;
-  bool initTimedOut = false;
-  bool sending = false;
-  state.sendSuccess = false;
-  SdlMutexGuard sendLock(KSL_send_mutex);
-  try {
-    if (!registerWithService()) {
-      initTimedOut = true;
-      throw "Init timed out!";
-    }
-    if (!state.started) {
-      postStarted(state);
-      return;
-    }
-    if (thisCall.methodID == M_NULL) {
-      return;
-    }
-    sending = true;
-    xmlrpc_env env;
-    void* responseData = sendInternal(&env, state.serveraddress.c_str(), thisCall, errorCode);
-    state.sendSuccess = true;
-    sendLock.release();
-    queueResponse(
-      MethodResponse{thisCall.methodID, thisCall.callback, responseData, errorCode != 0, thisCall.requestUID});
-
-    const bool tryAgain =
-      errorCode != 0 && thisCall.methodID == M_PUSHEVENTS && thisCall.sendingAttempts <= MaxPushAttempts;
-    if (!tryAgain) {
-      finishCall(thisCall);
-    }
-  } catch (...) {
-    if (!state.sendSuccess) {
-      sendLock.release();
-    }
-    queueResponse(MethodResponse{M_INIT, KSLCallback(),
-                                 new KSLError(E_COMMUNICATION_ERROR, "Client timed out and stopped!"), true,
-                                 mMethodCallUID});
-    // The thread goes on all the same; whatever the text says, only Stop ends it.
-    std::printf("!!!! KSLCLIENT:: ERROR in communication thread!\n");
-    if (sending) {
-      finishCall(thisCall);  // it must not fail in every pass from now on
-    }
-    if (initTimedOut) {
-      // Behind the response, which a blocking Start then delivers.
-      postStarted(state);
-    }
+  const bool noCall = state.thisCall.methodID == M_NULL;
+  if ((!RegisterRequired || Registered) && noCall && !takeCall(state.thisCall)) {
     return;
   }
+  try {
+    SdlMutexGuard sendLock(KSL_send_mutex);
+    if (!registerWithService()) {
+      sendLock.release();
+      queueTimedOut();
+      postStarted(state);  // behind the response, which a blocking Start then delivers
+    } else if (!state.started) {
+      postStarted(state);
+    } else if (state.thisCall.methodID != M_NULL) {
+      sendCall(state.thisCall, state.serveraddress, sendLock);
+    }
+  } catch (...) {
+    queueTimedOut();
+  }
+}
 
+bool TKSLClient::takeCall(MethodCall& thisCall) {
+  const SdlMutexGuard lock(KSL_call_mutex);
+  if (mCallQueue.empty()) {
+    return false;
+  }
+  thisCall = mCallQueue.front();
+  mCallQueue.pop_front();
+  // A call that communication is closed to loses this pass only: the next one finds it in hand and sends it.
+  return mRPCEnabled || thisCall.priority >= TOP_PRIORITY;
+}
+
+void TKSLClient::sendCall(MethodCall& thisCall, const std::string& serveraddress, SdlMutexGuard& sendLock) {
+  struct TFinishAtEnd {
+    MethodCall call;
+    ~TFinishAtEnd() { finishCall(call); }
+  };
+  TFinishAtEnd sent{std::exchange(thisCall, NULL_CALL)};
+  MethodCall& call = sent.call;
+  ++call.sendingAttempts;  // of a package in hand also across registrations: it must not hold up the rest for ever
+  int errorCode = 0;
+  xmlrpc_env env;
+  void* responseData = sendInternal(&env, serveraddress.c_str(), call, errorCode);
+  sendLock.release();
+  queueResponse(MethodResponse{call.methodID, call.callback, responseData, errorCode != 0, call.requestUID});
+  if (errorCode != 0 && call.methodID == M_PUSHEVENTS && call.sendingAttempts <= MaxPushAttempts) {
+    std::swap(thisCall, call);
+  }
   if (errorCode == E_COMMUNICATION_ERROR) {
     TogglePopRequests(false);
     RegisterID(-1);
@@ -127,17 +116,12 @@ void TKSLClient::communicationPass(ThreadState& state) {
   }
 }
 
-bool TKSLClient::takeCall(ThreadState& state) {
-  const SdlMutexGuard lock(KSL_call_mutex);
-  if (mCallQueue.empty()) {
-    return false;
-  }
-  finishCall(state.thisCall);
-  state.thisCall = mCallQueue.front();
-  mCallQueue.pop_front();
-  state.requestsEnabled = mRPCEnabled;
-  // A call that communication is closed to loses this pass only: the next one finds it in hand and sends it.
-  return state.requestsEnabled || state.thisCall.priority >= TOP_PRIORITY;
+// The thread goes on all the same; whatever the text says, only Stop ends it.
+void TKSLClient::queueTimedOut() {
+  queueResponse(MethodResponse{M_INIT, KSLCallback(),
+                               new KSLError(E_COMMUNICATION_ERROR, "Client timed out and stopped!"), true,
+                               mMethodCallUID});
+  std::printf("!!!! KSLCLIENT:: ERROR in communication thread!\n");
 }
 
 void TKSLClient::postStarted(ThreadState& state) {
