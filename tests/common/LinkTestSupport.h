@@ -77,6 +77,37 @@ inline xmlrpc_c::value parseValue(const std::string& valueXml) {
   return value == nullptr ? xmlrpc_c::value() : xmlrpc_c::value(value);
 }
 
+// The value as the library writes it, without white space between the elements.
+inline std::string textOf(const xmlrpc_c::value& value) {
+  XmlRpcEnv env;
+  xmlrpc_mem_block* block = xmlrpc_mem_block_new(env.get(), 0);
+  const XmlRpcReference reference(value.cValue());
+  xmlrpc_serialize_value2(env.get(), block, reference.get(), xmlrpc_dialect_i8);
+  std::string text(static_cast<const char*>(xmlrpc_mem_block_contents(block)), xmlrpc_mem_block_size(block));
+  xmlrpc_mem_block_free(block);
+  for (size_t at; (at = text.find("\r\n")) != std::string::npos;) {
+    text.erase(at, 2);
+  }
+  return text;
+}
+
+// Whether another thread could take the mutex now: no level of it is left.
+inline bool unlocked(SDL_mutex* mutex) {
+  SDL_Thread* thread = SDL_CreateThread(
+    [](void* data) {
+      auto* probed = static_cast<SDL_mutex*>(data);
+      if (SDL_TryLockMutex(probed) != 0) {
+        return 0;
+      }
+      SDL_UnlockMutex(probed);
+      return 1;
+    },
+    "probe", mutex);
+  int status = 0;
+  SDL_WaitThread(thread, &status);
+  return status == 1;
+}
+
 // A request exactly as the library writes it.
 inline std::string requestXml(const std::string& method, const std::vector<std::string>& params) {
   std::string xml = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\r\n<methodCall>\r\n<methodName>" + method +
@@ -265,9 +296,13 @@ class TestClient : public TKSLClient {
 
   using TKSLClient::handleInitResponse;
   using TKSLClient::handleResponse;
+  using TKSLClient::InitSemaphore;
   using TKSLClient::KSL_call_mutex;
+  using TKSLClient::KSL_response_mutex;
+  using TKSLClient::KSL_send_mutex;
   using TKSLClient::mAverageMethodResponseTimes;
   using TKSLClient::mCallQueue;
+  using TKSLClient::mDelay;
   using TKSLClient::Methods;
   using TKSLClient::mEventPackageNumber;
   using TKSLClient::mLastGoodResponse;
@@ -279,6 +314,7 @@ class TestClient : public TKSLClient {
   using TKSLClient::mNumMethods;
   using TKSLClient::mPopEnabled;
   using TKSLClient::mResponseQueue;
+  using TKSLClient::NumRetries;
   using TKSLClient::queueMethodCall;
   using TKSLClient::Registered;
   using TKSLClient::sendInternal;

@@ -185,6 +185,164 @@ TEST(TKSLClientPoll, OnlyAGoodPopFeedsTheTimeout) {
   EXPECT_EQ(9000U, client.mLastPopResponse);
 }
 
+TEST(TKSLClientPoll, AGoodPopFeedsTheTimeoutAlsoWithoutAListener) {
+  FakeClock clock(9000);
+  TestClient client(0);
+  client.SetListener(nullptr);
+  KSLError error(E_UNSYNC, "");
+  EXPECT_EQ(0, client.popResponse(&error, true));
+  EXPECT_EQ(0, client.pushResponse(&error, true));
+  EXPECT_EQ(0U, client.mLastPopResponse);
+  client.TogglePopRequests(true);
+  client.Poll(0);
+  EXPECT_TRUE(client.mLockedTimeout);
+  PopResponseData nothing;
+  EXPECT_EQ(0, client.popResponse(&nothing, false));
+  EXPECT_EQ(9000U, client.mLastPopResponse);
+  client.Poll(0);
+  EXPECT_FALSE(client.mLockedTimeout);
+}
+
+TEST(TKSLClientPoll, NoOtherAnswerFeedsTheTimeout) {
+  FakeClock clock(9000);
+  TestClient client(0);
+  client.handleResponse(MethodResponse{M_PLATFORM_STATUS, KSLCallback(), new PlatformState, false, 1});
+  client.handleResponse(MethodResponse{M_INIT, KSLCallback(), new linktest::TestInitData, false, 1});
+  PushResponseData pushed{1};
+  client.pushResponse(&pushed, false);
+  EXPECT_EQ(0U, client.mLastPopResponse);
+}
+
+TEST(TKSLClientPoll, ANoteToTheListenerIsZeroWhateverItAnswers) {
+  struct Answering : linktest::NotingListener {
+    using linktest::NotingListener::handleError;
+    int handleError(MethodType, ErrorTypes, const std::string&) override { return 5; }
+    int handleInitResponse(ErrorTypes, void*) override { return 6; }
+    int handlePlatformEvent(const Event&) override { return 7; }
+  };
+  TestClient client(0);
+  Answering listener;
+  client.SetListener(&listener);
+  EXPECT_EQ(0, client.handleResponse(failure(M_VOLUME, -3, "x")));
+  EXPECT_EQ(6, client.handleResponse(failure(M_INIT, -3, "x")));
+  EXPECT_EQ(0, client.handleResponse(events(client, {eventXml(1, "<nil/>")})));
+  KSLError error(E_UNSYNC, "");
+  EXPECT_EQ(0, client.popResponse(&error, true));
+  EXPECT_EQ(0, client.pushResponse(&error, true));
+}
+
+TEST(TKSLClientPoll, EveryRecordIsDestroyedOnceByItsMethod) {
+  static int destroyed;
+  destroyed = 0;
+  TestClient client(0);
+  client.SetInitMethod("topscreen.init", linktest::parseTestInit, [](void* data) {
+    ++destroyed;
+    linktest::destroyTestInit(data);
+  });
+  const auto record = [] { return MethodResponse{M_INIT, KSLCallback(), new linktest::TestInitData, false, 1}; };
+  client.handleResponse(record());
+  EXPECT_EQ(1, destroyed);
+  MethodResponse withCallback = record();
+  withCallback.callback = [](void*, bool) {
+    EXPECT_EQ(1, destroyed) << "the callback may still read it";
+    return 0;
+  };
+  client.handleResponse(withCallback);
+  EXPECT_EQ(2, destroyed);
+  MethodResponse throwing = record();
+  throwing.callback = [](void*, bool) -> int { throw 5; };
+  EXPECT_THROW(client.handleResponse(throwing), int);
+  EXPECT_EQ(3, destroyed);
+  client.SetListener(nullptr);
+  client.handleResponse(record());
+  EXPECT_EQ(4, destroyed);
+  client.handleResponse(failure(M_INIT, -3, "x"));
+  client.handleResponse(MethodResponse{M_INIT, KSLCallback(), nullptr, false, 1});
+  EXPECT_EQ(4, destroyed);
+}
+
+TEST(TKSLClientPoll, NoQueueIsHeldDuringACallback) {
+  TestClient client(0);
+  bool free = false;
+  MethodResponse response = failure(M_VOLUME, -3, "x");
+  response.callback = [&](void*, bool) {
+    free = linktest::unlocked(client.KSL_response_mutex) && linktest::unlocked(client.KSL_call_mutex) &&
+           linktest::unlocked(client.KSL_send_mutex);
+    return 0;
+  };
+  client.mResponseQueue.push(response);
+  EXPECT_EQ(1, client.Poll(0));
+  EXPECT_TRUE(free);
+  EXPECT_TRUE(linktest::unlocked(client.KSL_response_mutex));
+  response = failure(M_VOLUME, -3, "x");
+  response.callback = [](void*, bool) -> int { throw 5; };
+  client.mResponseQueue.push(response);
+  testing::internal::CaptureStdout();
+  EXPECT_EQ(-1, client.Poll(0));
+  testing::internal::GetCapturedStdout();
+  EXPECT_TRUE(linktest::unlocked(client.KSL_response_mutex));
+}
+
+TEST(TKSLClientPoll, SilenceIsJudgedBeforeTheAnswersAreHandedOut) {
+  FakeClock clock(6000);
+  TestClient client(0);
+  client.TogglePopRequests(true);
+  client.mResponseQueue.push(events(client, {}));
+  client.Poll(0);
+  EXPECT_EQ((std::vector<bool>{true}), client.listener.timeouts);
+  client.Poll(0);
+  EXPECT_EQ((std::vector<bool>{true, false}), client.listener.timeouts);
+}
+
+TEST(TKSLClientPoll, EventsAreAskedForAfterTheAnswersWereHandedOut) {
+  FakeClock clock(1000);
+  TestClient client(0);
+  MethodResponse response = failure(M_VOLUME, -3, "x");
+  response.callback = [&client](void*, bool) {
+    client.TogglePopRequests(true);
+    return 0;
+  };
+  client.mResponseQueue.push(response);
+  client.Poll(0);
+  EXPECT_EQ(1U, client.dropCalls());
+  response = failure(M_VOLUME, -3, "x");
+  response.callback = [&client](void*, bool) {
+    client.TogglePopRequests(false);
+    return 0;
+  };
+  client.mResponseQueue.push(response);
+  clock.advance(5000);
+  client.Poll(0);
+  EXPECT_EQ(0U, client.dropCalls());
+}
+
+TEST(TKSLClientPoll, TheIntervalRunsFromTheLastRequest) {
+  FakeClock clock(10000);
+  TestClient client(0);
+  client.SetPopRequestFrequency(300);
+  client.TogglePopRequests(true);
+  client.Poll(0);
+  EXPECT_EQ(10000U, client.mLastPopRequest);
+  EXPECT_EQ(1U, client.dropCalls());
+  clock.advance(290);
+  PopResponseData nothing;
+  client.popResponse(&nothing, false);  // a slow answer does not put the next request off
+  clock.advance(11);
+  client.Poll(0);
+  EXPECT_EQ(10301U, client.mLastPopRequest);
+  EXPECT_EQ(1U, client.dropCalls());
+}
+
+TEST(TKSLClientPoll, RequestsForEventsHaveNoParametersOfTheirOwn) {
+  FakeClock clock(1000);
+  TestClient client(0);
+  client.TogglePopRequests(true);
+  client.Poll(0);
+  ASSERT_EQ(1U, client.mCallQueue.size());
+  EXPECT_EQ("<value><array><data></data></array></value>",
+            linktest::textOf(xmlrpc_c::value(client.mCallQueue[0].parameters)));
+}
+
 TEST(TKSLClientPoll, EventsAreAskedForOncePerInterval) {
   FakeClock clock(10000);
   TestClient client(0);

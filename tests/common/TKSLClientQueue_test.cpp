@@ -1,6 +1,7 @@
 // The order of the calls' queue, and the merging of event packages. No thread runs here.
 #include <gtest/gtest.h>
 
+#include <limits>
 #include <utility>
 
 #include "LinkTestSupport.h"
@@ -49,24 +50,7 @@ std::vector<int> packageSizes(const TestClient& client) {
   return sizes;
 }
 
-bool unlocked(TestClient& client) {
-  // Another thread can take the mutex only when no level is left.
-  bool taken = false;
-  SDL_Thread* thread = SDL_CreateThread(
-    [](void* data) {
-      auto* mutex = static_cast<SDL_mutex*>(data);
-      if (SDL_TryLockMutex(mutex) != 0) {
-        return 0;
-      }
-      SDL_UnlockMutex(mutex);
-      return 1;
-    },
-    "probe", client.KSL_call_mutex);
-  int status = 0;
-  SDL_WaitThread(thread, &status);
-  taken = status == 1;
-  return taken;
-}
+bool unlocked(const TestClient& client) { return linktest::unlocked(client.KSL_call_mutex); }
 
 }  // namespace
 
@@ -116,6 +100,36 @@ TEST(TKSLClientQueue, APopDirectlyInFrontOfAPopIsDropped) {
   EXPECT_EQ((std::vector<Entry>{{M_BYE, 5}, {M_POPEVENTS, 2}}), order(client));
 }
 
+TEST(TKSLClientQueue, APopBehindAPopInTheMiddleIsDropped) {
+  for (const int last : {0, 1}) {
+    TestClient client(0);
+    send(client, M_BYE, 5);
+    send(client, M_POPEVENTS, 2);
+    send(client, M_PLATFORM_STATUS, last);
+    EXPECT_EQ(0, send(client, M_POPEVENTS, 2));
+    EXPECT_EQ((std::vector<Entry>{{M_BYE, 5}, {M_POPEVENTS, 2}, {M_PLATFORM_STATUS, last}}), order(client));
+    EXPECT_TRUE(unlocked(client));
+  }
+}
+
+TEST(TKSLClientQueue, APopBetweenTwoOthersIsKept) {
+  TestClient client(0);
+  send(client, M_BYE, 5);
+  send(client, M_PLATFORM_STATUS, 0);
+  send(client, M_POPEVENTS, 0);
+  EXPECT_EQ(0, send(client, M_POPEVENTS, 2));
+  EXPECT_EQ((std::vector<Entry>{{M_BYE, 5}, {M_POPEVENTS, 2}, {M_PLATFORM_STATUS, 0}, {M_POPEVENTS, 0}}),
+            order(client));
+}
+
+TEST(TKSLClientQueue, OnlyPopsAreDroppedBesideTheirLike) {
+  TestClient client(0);
+  for (const int priority : {1, 1, 3, 2}) {
+    send(client, M_PLATFORM_STATUS, priority);
+  }
+  EXPECT_EQ(4U, client.mCallQueue.size());
+}
+
 TEST(TKSLClientQueue, APopThatWouldLeadTheQueueBeforeAPopIsDropped) {
   TestClient client(0);
   send(client, M_POPEVENTS, 2);
@@ -136,6 +150,41 @@ TEST(TKSLClientQueue, PopsGoInFrontOfLesserCallsOnly) {
   send(client, M_PLATFORM_STATUS, 0);
   send(client, M_POPEVENTS, 2);
   EXPECT_EQ((std::vector<Entry>{{M_POPEVENTS, 2}, {M_PLATFORM_STATUS, 0}}), order(client));
+}
+
+TEST(TKSLClientQueue, EventsGoBehindRequestsForEventsAndInFrontOfTheStatus) {
+  TestClient client(0);
+  send(client, M_PLATFORM_STATUS, 0);
+  send(client, M_POPEVENTS, 2);
+  client.PushEvent(G_GAME_START, "");
+  EXPECT_EQ((std::vector<Entry>{{M_POPEVENTS, 2}, {M_PUSHEVENTS, 1}, {M_PLATFORM_STATUS, 0}}), order(client));
+}
+
+TEST(TKSLClientQueue, AStackOfEventsIsOnePackageUpToTwenty) {
+  TestClient client(0);
+  client.BeginEventStack();
+  for (int n = 0; n < 21; ++n) {
+    client.PushEvent(G_LOG, "i", n);
+  }
+  client.EndEventStack();
+  EXPECT_EQ((std::vector<int>{20, 1}), packageSizes(client));
+}
+
+TEST(TKSLClientQueue, MergedEventsKeepTheirOrder) {
+  TestClient client(0);
+  for (int n = 0; n < 20; ++n) {
+    client.PushEvent(static_cast<KSLGameEvent>(300 - n), "i", n);
+  }
+  ASSERT_EQ(1U, client.mCallQueue.size());
+  const xmlrpc_c::carray items =
+    xmlrpc_c::value_array(xmlrpc_c::value(client.mCallQueue[0].parameters)).vectorValueValue();
+  ASSERT_EQ(20U, items.size());
+  for (int n = 0; n < 20; ++n) {
+    const xmlrpc_c::cstruct event = xmlrpc_c::value_struct(items[static_cast<size_t>(n)]);
+    EXPECT_EQ(2U, event.size());
+    EXPECT_EQ(300 - n, xmlrpc_c::value_int(event.at("eventID")).cvalue());
+    EXPECT_EQ(n, xmlrpc_c::value_int(event.at("context")).cvalue());
+  }
 }
 
 TEST(TKSLClientQueue, TwentyEventsMergeIntoOnePackage) {
@@ -262,4 +311,16 @@ TEST(TKSLClientQueue, TheWaitIsTheSumOfTheAveragesInFront) {
   EXPECT_EQ(61U, client.calculateApproximateWaitTime(3));
   EXPECT_EQ(61U, client.calculateApproximateWaitTime(4));
   EXPECT_EQ(61U, client.calculateApproximateWaitTime(-1));
+  EXPECT_EQ(61U, client.calculateApproximateWaitTime(std::numeric_limits<int>::min()));
+  EXPECT_EQ(61U, client.calculateApproximateWaitTime(std::numeric_limits<int>::max()));
+}
+
+TEST(TKSLClientQueue, AWaitBeyondAllNumbersIsTheLongestOne) {
+  TestClient client(0);
+  send(client, M_VOLUME, 3);
+  send(client, M_VOLUME, 3);
+  const ScopedLock lock(client.mAverageMethodResponseTimes);
+  client.mAverageMethodResponseTimes->at(M_VOLUME) = 4294967295.0F;
+  EXPECT_EQ(4294967295U, client.calculateApproximateWaitTime(1));
+  EXPECT_EQ(4294967295U, client.calculateApproximateWaitTime(2));
 }

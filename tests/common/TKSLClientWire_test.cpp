@@ -211,14 +211,7 @@ TEST(TKSLClientWire, AStructThatIsNoErrorReportGoesToTheParser) {
 TEST(TKSLClientWire, AFullStatusWithoutFaultCodeReachesItsParser) {
   PlatformState state;
   state.ActiveGame = GAME_MENU;
-  XmlRpcEnv env;
-  xmlrpc_mem_block* xml = xmlrpc_mem_block_new(env.get(), 0);
-  const xmlrpc_c::value_struct value = state.toXml();
-  xmlrpc_value* raw = value.cValue();
-  xmlrpc_serialize_value2(env.get(), xml, raw, xmlrpc_dialect_i8);
-  xmlrpc_DECREF(raw);
-  const std::string text(static_cast<const char*>(xmlrpc_mem_block_contents(xml)), xmlrpc_mem_block_size(xml));
-  xmlrpc_mem_block_free(xml);
+  const std::string text = linktest::textOf(state.toXml());
   const std::string inner = text.substr(text.find("<struct>"), text.rfind("</value>") - text.find("<struct>"));
   const Outcome outcome = callWithReply(M_PLATFORM_STATUS, replyXml(inner));
   EXPECT_EQ(0, outcome.code) << outcome.text;

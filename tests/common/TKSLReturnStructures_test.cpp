@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <map>
 #include <xmlrpc-c/girerr.hpp>
 
@@ -283,4 +284,141 @@ TEST(PlatformState, PrintsItself) {
     "Active game: Fruit (ID: 42, Type: 4)\nIs loading: true\nShowing paytable: 0\n"
     "Active game: Fruit (ID: 42, Type: 4)\nIs loading: false\nShowing paytable: 3\n",
     testing::internal::GetCapturedStdout());
+}
+
+namespace {
+
+// Each member of the struct as the library writes it.
+Members written(const xmlrpc_c::value_struct& value) {
+  Members members;
+  for (const auto& member : static_cast<xmlrpc_c::cstruct>(value)) {
+    members[member.first] = linktest::textOf(member.second);
+  }
+  return members;
+}
+
+Members asWritten(const Members& members) {
+  Members texts;
+  for (const auto& member : members) {
+    texts[member.first] = linktest::textOf(parseValue(member.second));
+  }
+  return texts;
+}
+
+// Reads into a fresh record with one key after the other left out: in this order, what stands in front of it has
+// been read, it and what stands behind has not.
+template <class Record>
+void expectOrder(const std::vector<std::string>& order, const Members& full,
+                 const std::function<void(Record&, const xmlrpc_c::value&)>& read) {
+  ASSERT_EQ(full.size(), order.size());
+  const Members after = asWritten(full);
+  const Members before = written(Record().toXml());
+  for (size_t broken = 0; broken < order.size(); ++broken) {
+    Record record;
+    EXPECT_THROW(read(record, parseValue(structXml(without(full, order[broken])))), girerr::error);
+    const Members left = written(record.toXml());
+    for (size_t n = 0; n < order.size(); ++n) {
+      EXPECT_EQ((n < broken ? after : before).at(order[n]), left.at(order[n]))
+        << order[n] << " without " << order[broken];
+    }
+  }
+}
+
+}  // namespace
+
+TEST(PlatformState, EverythingIsWrittenAsItWasRead) {
+  PlatformState state;
+  state.parse(parseValue(structXml(State)));
+  EXPECT_EQ(asWritten(State), written(state.toXml()));
+  JackpotsData level;
+  level.fromXml(parseValue(structXml(Level)));
+  EXPECT_EQ(asWritten(Level), written(level.toXml()));
+}
+
+TEST(PlatformState, AReplyIsReadInThisOrder) {
+  expectOrder<PlatformState>(
+    {"ActiveGame", "IsLoading", "CurrentBet", "MinBet", "MaxBet", "JackpotErrorString", "JackpotData",
+     "ShowingPaytable", "Instructions", "DemoMode", "IntegrityCheckData", "LanguageMessages"},
+    without(State, "ExtraData"), [](PlatformState& state, const xmlrpc_c::value& value) { state.parse(value); });
+}
+
+TEST(PlatformState, ExtraDataAreReadLast) {
+  PlatformState state;
+  EXPECT_THROW(state.parse(parseValue(structXml(without(State, "LanguageMessages")))), girerr::error);
+  EXPECT_TRUE(state.ExtraData.empty());
+}
+
+TEST(PlatformState, ALevelIsReadInThisOrder) {
+  expectOrder<JackpotsData>(
+    {"Name", "Id", "Mode", "Status", "CurrentPot", "MinPot", "MaxPot", "MinBet", "MaxBet", "Currency",
+     "DecimalPlaces", "ShowCurrencySign", "NumWins", "LastWinData", "TimeFrom", "TimeTo"},
+    Level, [](JackpotsData& level, const xmlrpc_c::value& value) { level.fromXml(value); });
+}
+
+TEST(PlatformState, AFreshLevelIsZeroed) {
+  const Members fresh = written(JackpotsData().toXml());
+  for (const auto& member : Level) {
+    const std::string type = member.second.substr(1, member.second.find('>') - 1);
+    EXPECT_EQ(linktest::textOf(parseValue("<" + type + ">" + (type == "string" ? "" : "0") + "</" + type + ">")),
+              fresh.at(member.first))
+      << member.first;
+  }
+}
+
+TEST(PlatformState, LevelsThatAreNoArrayLeaveTheOldOnes) {
+  PlatformState state;
+  state.JackpotData.resize(3);
+  for (const char* xml : {"<nil/>", "<int>1</int>", "<string>x</string>", "<struct></struct>"}) {
+    EXPECT_THROW(state.parseJackpotData(parseValue(xml)), girerr::error) << xml;
+    EXPECT_EQ(3U, state.JackpotData.size()) << xml;
+  }
+}
+
+TEST(PlatformState, NumbersOfOneWidthAreNotTakenForTheOther) {
+  for (const auto& member : Level) {
+    if (member.second.rfind("<int>", 0) != 0) {
+      continue;
+    }
+    EXPECT_FALSE(parses(with(State, "JackpotData", arrayXml({structXml(with(Level, member.first, "<i8>1</i8>"))}))))
+      << member.first;
+  }
+  EXPECT_FALSE(
+    parses(with(State, "JackpotData", arrayXml({structXml(with(Level, "ShowCurrencySign", "<int>1</int>"))}))));
+  for (const char* key : {"ID", "Type"}) {
+    EXPECT_FALSE(parses(with(State, "ActiveGame", structXml(with(Game, key, "<i8>1</i8>"))))) << key;
+  }
+  for (const char* key : {"CurrentBet", "MinBet", "MaxBet"}) {
+    EXPECT_FALSE(parses(with(State, key, "<int>1</int>"))) << key;
+  }
+}
+
+TEST(PlatformState, NumbersAtTheEndsOfTheirRangesAreKept) {
+  for (const std::string number : {"-2147483648", "-1", "0", "2147483647"}) {
+    const std::string xml = "<int>" + number + "</int>";
+    Members level = Level;
+    for (const char* key : {"Id", "Mode", "DecimalPlaces", "NumWins"}) {
+      level[key] = xml;
+    }
+    Members state = with(State, "JackpotData", arrayXml({structXml(level)}));
+    state["ShowingPaytable"] = xml;
+    state["ActiveGame"] = structXml(with(with(Game, "ID", xml), "Type", xml));
+    PlatformState record;
+    record.parse(parseValue(structXml(state)));
+    EXPECT_EQ(asWritten(state), written(record.toXml())) << number;
+    record.printMe();
+  }
+  for (const std::string number : {"-9223372036854775808", "-1", "0", "9223372036854775807"}) {
+    const std::string xml = "<i8>" + number + "</i8>";
+    Members level = Level;
+    for (const char* key : {"CurrentPot", "MinPot", "MaxPot", "MinBet", "MaxBet"}) {
+      level[key] = xml;
+    }
+    Members state = with(State, "JackpotData", arrayXml({structXml(level)}));
+    for (const char* key : {"CurrentBet", "MinBet", "MaxBet"}) {
+      state[key] = xml;
+    }
+    PlatformState record;
+    record.parse(parseValue(structXml(state)));
+    EXPECT_EQ(asWritten(state), written(record.toXml())) << number;
+  }
 }

@@ -1,6 +1,7 @@
 #include "vesperatopscreen/InitData.h"
 
 #include <gtest/gtest.h>
+#include <limits>
 #include <map>
 #include <memory>
 
@@ -59,6 +60,29 @@ TEST(InitData, AReplyThatIsNoStructGivesCodeOne) {
   Parsed parsed{xmlrpc_c::value_string("welcome")};
   EXPECT_EQ(1, parsed.errorCode);
   ASSERT_TRUE(parsed.data);
+}
+
+TEST(InitData, NumbersAtTheEndsOfTheirRangeAreKept) {
+  for (int number : {std::numeric_limits<int>::min(), -1, 0, std::numeric_limits<int>::max()}) {
+    auto reply = completeReply();
+    for (const char* key : {"ID", "ThousandGrouping"}) {
+      reply.erase(key);
+      reply.emplace(key, xmlrpc_c::value_int(number));
+    }
+    Parsed parsed{xmlrpc_c::value_struct(reply)};
+    EXPECT_EQ(0, parsed.errorCode);
+    EXPECT_EQ(number, parsed.data->ID);
+    EXPECT_EQ(number, parsed.data->ThousandGrouping);
+  }
+}
+
+TEST(InitData, NumbersOfSixtyFourBitsAreOfAWrongType) {
+  for (const char* key : {"ID", "ThousandGrouping"}) {
+    auto reply = completeReply();
+    reply.erase(key);
+    reply.emplace(key, xmlrpc_c::value_i8(1));
+    EXPECT_EQ(1, Parsed(xmlrpc_c::value_struct(reply)).errorCode) << key;
+  }
 }
 
 TEST(InitData, NullMayBeDestroyed) { DestroyInitObject(nullptr); }

@@ -1,0 +1,213 @@
+// Replies of the service on their whole way, from the wire to the listener, and numbers at the ends of their
+// ranges.
+#include <gtest/gtest.h>
+
+#include <limits>
+
+#include "LinkTestSupport.h"
+#include "tests/support/FakeClock.h"
+
+using linktest::arrayXml;
+using linktest::errorStruct;
+using linktest::eventXml;
+using linktest::faultXml;
+using linktest::memberXml;
+using linktest::Note;
+using linktest::replyXml;
+using linktest::TestClient;
+using linktest::waitFor;
+
+namespace {
+
+const char* const Numbers[] = {"-2147483648", "-32769", "-1", "0", "1", "32768", "65536", "2147483647"};
+const char* const LongNumbers[] = {"-9223372036854775808", "-2147483649",        "-1", "0",
+                                   "2147483648",           "9223372036854775807"};
+
+// A registered client whose service answers requests for events so from then on. The clock stands still behind
+// its time of silence, so that one request is made and it counts.
+class Popping {
+ public:
+  explicit Popping(const std::string& reply) : mClock(20000) {
+    client.wire.answer("game.popEvents", reply);
+    EXPECT_TRUE(client.startRegistered());
+    EXPECT_TRUE(waitFor([&] { return client.wire.requests("game.popEvents").size() == 1; }));
+    client.Stop();
+    client.Poll(0);
+  }
+
+  TestClient client{0};
+
+ private:
+  FakeClock mClock;
+};
+
+Note answered(MethodType method, const std::string& reply) {
+  TestClient client(0);
+  client.RegisterID(7);
+  client.Registered = true;
+  client.wire.answer(client.getMethodInfo(method).Address, reply);
+  uint64_t uid = 0;
+  int code = 0;
+  void* data = client.SendRequestSyncRaw(method, KSLCallback(), uid, code, "()");
+  Note note{method, code, ""};
+  if (code != 0) {
+    note.text = *static_cast<KSLError*>(data)->errorDescription;
+  }
+  client.handleResponse(MethodResponse{method, [](void*, bool) { return 0; }, data, code != 0, uid});
+  EXPECT_EQ(code == E_NOT_REGISTERED ? -1 : 7, client.ID());
+  EXPECT_EQ(code != E_NOT_REGISTERED, client.Registered);
+  return note;
+}
+
+}  // namespace
+
+TEST(TKSLClientReplies, AnEmptyArrayOfEventsIsASignOfLife) {
+  for (const std::string& reply : {arrayXml({}), std::string("<nil/>")}) {
+    const Popping popping(replyXml(reply));
+    EXPECT_TRUE(popping.client.listener.events.empty());
+    EXPECT_TRUE(popping.client.listener.errors.empty());
+    EXPECT_EQ(20000U, popping.client.mLastPopResponse);
+  }
+}
+
+TEST(TKSLClientReplies, AThirdEventWithoutAContextCostsAllAndIsNoSignOfLife) {
+  const Popping popping(replyXml(arrayXml({eventXml(1, "<nil/>"), eventXml(2, "<nil/>"),
+                                           "<struct>" + memberXml("eventID", "<int>3</int>") + "</struct>"})));
+  EXPECT_TRUE(popping.client.listener.events.empty());
+  EXPECT_EQ((std::vector<Note>{{M_POPEVENTS, E_INTERNAL_ERROR, "Parsing of game.popEvents response failed."}}),
+            popping.client.listener.errors);
+  EXPECT_EQ(0U, popping.client.mLastPopResponse);
+  EXPECT_EQ(20000U, popping.client.mLastGoodResponse.getCopy());
+}
+
+TEST(TKSLClientReplies, OnlyTheAnswerThatSomebodyIsNotRegisteredEndsTheRegistration) {
+  for (int n = 0; n < M_NULL; ++n) {
+    const auto method = static_cast<MethodType>(n);
+    for (const int code : {-1, -2, -3, -4, -5, -6, -7, -8, -9, -10, -101, -500, -501, 1, 12345,
+                           std::numeric_limits<int>::min(), std::numeric_limits<int>::max()}) {
+      EXPECT_EQ((Note{method, code, "text"}), answered(method, replyXml(errorStruct(code, "text"))));
+    }
+  }
+}
+
+TEST(TKSLClientReplies, OfTheFaultsOnlyTwoCountAsTheNetwork) {
+  for (const int code : {-1, -500, -501, -502, -503, -506, -507, 0, 1, 504, 505, std::numeric_limits<int>::min(),
+                         std::numeric_limits<int>::max()}) {
+    EXPECT_EQ((Note{M_VOLUME, E_INTERNAL_ERROR, "broken"}), answered(M_VOLUME, faultXml(code, "broken")));
+  }
+  for (const int code : {-504, -505}) {
+    EXPECT_EQ((Note{M_VOLUME, E_COMMUNICATION_ERROR, "broken"}), answered(M_VOLUME, faultXml(code, "broken")));
+  }
+}
+
+TEST(TKSLClientReplies, AFaultCodeOfSixtyFourBitsIsNoErrorReport) {
+  for (const char* number : LongNumbers) {
+    const std::string reply = replyXml("<struct>" + memberXml("faultCode", std::string("<i8>") + number + "</i8>") +
+                                       memberXml("faultString", "<string>x</string>") + "</struct>");
+    EXPECT_EQ((Note{M_GETPARAM, 0, ""}), answered(M_GETPARAM, reply)) << number;
+    EXPECT_EQ(E_INTERNAL_ERROR, answered(M_POPEVENTS, reply).code) << number;
+  }
+}
+
+TEST(TKSLClientReplies, EventsOfAnyNumberReachTheListener) {
+  std::vector<std::string> items;
+  std::vector<int> expected;
+  for (const char* number : Numbers) {
+    items.push_back("<struct>" + memberXml("eventID", std::string("<i4>") + number + "</i4>") +
+                    memberXml("context", "<nil/>") + "</struct>");
+    expected.push_back(std::stoi(number));
+  }
+  const Popping popping(replyXml(arrayXml(items)));
+  EXPECT_EQ(expected, popping.client.listener.events);
+}
+
+TEST(TKSLClientReplies, ANumberOfSixtyFourBitsIsNoEventsNumber) {
+  for (const char* number : LongNumbers) {
+    const std::string item = "<struct>" + memberXml("eventID", std::string("<i8>") + number + "</i8>") +
+                             memberXml("context", "<nil/>") + "</struct>";
+    EXPECT_EQ(E_INTERNAL_ERROR, answered(M_POPEVENTS, replyXml(arrayXml({item}))).code) << number;
+  }
+}
+
+TEST(TKSLClientReplies, ContextsOfAnyNumberAreReadable) {
+  std::vector<std::string> items;
+  for (const char* number : Numbers) {
+    items.push_back(eventXml(1, std::string("<int>") + number + "</int>"));
+  }
+  for (const char* number : LongNumbers) {
+    items.push_back(eventXml(2, std::string("<i8>") + number + "</i8>"));
+  }
+  for (const char* number : {"0", "-0.0", "-0.000000001", "123456789012345678901234567890"}) {
+    items.push_back(eventXml(3, std::string("<double>") + number + "</double>"));
+  }
+  std::vector<std::string> seen;
+  TestClient client(0);
+  client.listener.onEvent = [&seen](const Event& event) {
+    // Each reader on each type: the wrong ones read nothing.
+    EXPECT_EQ(event.id() == 1 ? std::to_string(event.asInt()) : "0", std::to_string(event.asInt()));
+    EXPECT_EQ("", event.asString());
+    EXPECT_FALSE(event.asBool());
+    if (event.id() != 3) {
+      EXPECT_EQ(0.0, event.asDouble());
+      seen.push_back(std::to_string(event.id() == 1 ? event.asInt() : event.asLong()));
+    } else {
+      EXPECT_EQ(0, event.asLong());
+    }
+  };
+  int status = 0;
+  void* data = client.Methods[M_POPEVENTS].ResponseParser(linktest::parseValue(arrayXml(items)), status);
+  ASSERT_EQ(0, status);
+  client.handleResponse(
+    MethodResponse{M_POPEVENTS, [&client](void* d, bool e) { return client.popResponse(d, e); }, data, false, 1});
+  std::vector<std::string> expected(std::begin(Numbers), std::end(Numbers));
+  expected.insert(expected.end(), std::begin(LongNumbers), std::end(LongNumbers));
+  EXPECT_EQ(expected, seen);
+  EXPECT_EQ(items.size(), client.listener.events.size());
+}
+
+TEST(TKSLClientReplies, APackageMayBeAcknowledgedWithAnyNumber) {
+  for (const char* number : Numbers) {
+    EXPECT_EQ(0, answered(M_PUSHEVENTS, replyXml(std::string("<int>") + number + "</int>")).code) << number;
+  }
+}
+
+TEST(TKSLClientReplies, AnyIdentifierTravelsAsItCame) {
+  for (const char* number : Numbers) {
+    TestClient client(0);
+    client.RegisterID(std::stoi(number));
+    uint64_t uid = 0;
+    int code = 0;
+    client.SendRequestSyncRaw(M_BYE, KSLCallback(), uid, code, "()");
+    EXPECT_EQ(linktest::requestXml("game.bye", {std::string("<i4>") + number + "</i4>"}),
+              client.wire.requests().at(0));
+  }
+}
+
+TEST(TKSLClientReplies, TheCodeOfAnErrorIsZeroForAGoodAnswer) {
+  TestClient client(0);
+  int code = 99;
+  uint64_t uid = 0;
+  EXPECT_EQ(nullptr, client.SendRequestSyncRaw(M_BYE, KSLCallback(), uid, code, "()"));
+  EXPECT_EQ(0, code);
+}
+
+TEST(TKSLClientReplies, TheAverageIsKeptForEachMethod) {
+  FakeClock clock(1000);
+  TestClient client(0);
+  client.wire.answer("game.bye", [&clock](const std::string&) {
+    clock.advance(40);
+    return replyXml("<nil/>");
+  });
+  client.wire.answer("system.volume", [&clock](const std::string&) -> std::string {
+    clock.advance(7);
+    throw 5;
+  });
+  client.SendRequestSync(M_BYE, KSLCallback(), "()");
+  client.SendRequestSync(M_VOLUME, KSLCallback(), "()");
+  const std::vector<float> averages = client.mAverageMethodResponseTimes.getCopy();
+  ASSERT_EQ(12U, averages.size());
+  for (int n = 0; n < M_NULL; ++n) {
+    EXPECT_FLOAT_EQ(n == M_BYE ? 40 : n == M_VOLUME ? 7 : 0, averages[static_cast<size_t>(n)]) << n;
+    EXPECT_EQ(n == M_BYE || n == M_VOLUME ? 1U : 0U, client.mMethodCalls[static_cast<size_t>(n)]) << n;
+  }
+}
