@@ -183,6 +183,52 @@ TEST(TKSLClientReplies, AnyIdentifierTravelsAsItCame) {
   }
 }
 
+// What the parser made of a reply that it refuses goes at once; nobody else hears of it.
+TEST(TKSLClientReplies, TheRecordOfARefusedReplyIsDestroyed) {
+  static std::vector<void*> destroyed;
+  const DestroyDataObjectFunction destroy = [](void* data) {
+    destroyed.push_back(data);
+    linktest::destroyTestInit(data);
+  };
+  struct Parser {
+    ResponseParser parse;
+    size_t destroyed;
+    bool error;
+  };
+  const Parser parsers[] = {{[](const xmlrpc_c::value&, int& status) -> void* {
+                               status = 1;
+                               return new linktest::TestInitData;
+                             },
+                             1, true},
+                            {[](const xmlrpc_c::value&, int& status) -> void* {
+                               status = -1;
+                               return nullptr;
+                             },
+                             0, true},
+                            {[](const xmlrpc_c::value&, int& status) -> void* {
+                               EXPECT_EQ(0, status) << "it starts at 0, for not all parsers write it";
+                               return nullptr;
+                             },
+                             0, false}};
+  for (const Parser& parser : parsers) {
+    destroyed.clear();
+    TestClient client(0);
+    client.SetInitMethod("topscreen.init", parser.parse, destroy);
+    uint64_t uid = 0;
+    int code = 0;
+    auto* error =
+      static_cast<KSLError*>(client.SendRequestSyncRaw(M_INIT, KSLCallback(), uid, code, "(ss)", "name", "1.5.0"));
+    EXPECT_EQ(parser.destroyed, destroyed.size());
+    EXPECT_EQ(parser.error ? E_INTERNAL_ERROR : E_NO_ERROR, code);
+    ASSERT_EQ(parser.error, error != nullptr);
+    if (error != nullptr) {
+      EXPECT_EQ(E_INTERNAL_ERROR, error->errorCode);
+      EXPECT_EQ("Parsing of topscreen.init response failed.", *error->errorDescription);
+    }
+    delete error;
+  }
+}
+
 TEST(TKSLClientReplies, TheCodeOfAnErrorIsZeroForAGoodAnswer) {
   TestClient client(0);
   int code = 99;
