@@ -67,8 +67,7 @@ void ParameterData::Changed(int changes) {
 void ParameterData::BeginEdit() { mAccumulatedChanges = 0; }
 
 int ParameterData::EndEdit() {
-  // Below 0: the edit was begun on other data, or ended through another handle on this one.
-  const int changes = std::max(mAccumulatedChanges.exchange(-1), 0);
+  const int changes = mAccumulatedChanges.exchange(-1);
   Changed(changes);
   return changes;
 }
@@ -353,7 +352,14 @@ void Parameter::UpdateOldValue() {
 }
 
 void Parameter::Reset() {
-  if (const auto data = Data()) SetValue(std::string(data->oldValue));
+  if (const auto data = Data()) {
+    std::string saved;
+    {
+      const std::lock_guard lock(data->mFieldsMutex);
+      saved = data->oldValue;
+    }
+    SetValue(saved);
+  }
   mChangesRelativeToDB = NONE;
 }
 

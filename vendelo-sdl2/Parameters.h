@@ -107,7 +107,8 @@ class ParameterData {
   /// gone is not called any more.
   void Changed(int changes);
   void BeginEdit();
-  /// Ends the edit, reports and returns what it collected.
+  /// Ends the edit, reports and returns what it collected. Without an edit (it was begun on other data, or has been
+  /// ended through another handle on this one) that is -1: nobody knows what changed, so everything may have.
   int EndEdit();
   /// The bits of what differs in value, caption, description and restrictions.
   int Compare(const ParameterData& other) const;
@@ -195,7 +196,7 @@ class Parameter : public ParamChangeListener {
 
   bool IsValueOK(const std::string& value) const;
   /// From the outermost BeginEdit to its EndEdit the changes are collected and reported once. EndEdit returns them;
-  /// 0 for an inner one.
+  /// 0 for an inner one and for one too many. Where other data came in between, it returns and reports -1.
   void BeginEdit();
   int EndEdit();
   /// Calls the function within an edit, which ends also when it throws; returns what EndEdit does.

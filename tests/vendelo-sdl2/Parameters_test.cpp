@@ -1,36 +1,13 @@
-#include "vendelo-sdl2/Parameters.h"
+#include "tests/vendelo-sdl2/ParametersFixture.h"
 
-#include <gtest/gtest.h>
-
-#include <functional>
+#include <limits>
 #include <locale>
 #include <stdexcept>
-#include <string>
 #include <thread>
-#include <vector>
 
-namespace vendelo_sdl2 {
+using namespace parametertest;
+
 namespace {
-
-// Writes the reports down.
-class Watcher : public Parameter {
- public:
-  using Parameter::Parameter;
-  Watcher() = default;
-  Watcher(const Watcher& other) : Parameter(other) {}  // without its record
-  Watcher& operator=(const Watcher& other) {
-    Parameter::operator=(other);
-    return *this;
-  }
-  void OnValueChanged(int changes) override {
-    reports.push_back(changes);
-    if (onChange) onChange();
-  }
-  std::vector<int> reports;
-  std::function<void()> onChange;
-};
-
-using Reports = std::vector<int>;
 
 TEST(ParameterValue, ANullParameterReadsAsEmptyAndIgnoresTexts) {
   Parameter parameter;
@@ -113,6 +90,21 @@ TEST(ParameterValue, ARefusedValueLeavesNoTrace) {
   EXPECT_TRUE(parameter.IsValueOK("3")) << "a strict bound never refuses";
 }
 
+TEST(ParameterValue, GoingBackToTheSavedValueReportsAndObeysTheLimits) {
+  Watcher parameter;
+  parameter.SetValue("1");
+  parameter.SetValue("2");
+  parameter.reports.clear();
+  parameter.Reset();
+  EXPECT_EQ(parameter.reports, Reports{ParamChangeListener::VALUE});
+  parameter.SetValue("7");
+  parameter.SetLimits(">=5");
+  parameter.Reset();
+  EXPECT_EQ(parameter.Value(), "7") << "the saved value breaks the new limits";
+  EXPECT_EQ(parameter.OldValue(), "1");
+  EXPECT_EQ(parameter.Changes(), 0);
+}
+
 TEST(ParameterValue, TextsAndRestrictionsReportTheirOwnBits) {
   Watcher parameter;
   parameter.SetValue("x");
@@ -157,7 +149,12 @@ INSTANTIATE_TEST_SUITE_P(
                   NumberCase{"0.1", 0, static_cast<double>(0.1f), false, true},
                   NumberCase{"16777217", 16777217, 16777216.0, true, true},
                   NumberCase{"99999999999999999999", 0, static_cast<double>(1e20f), true, true},
-                  NumberCase{"1e60", 1, 7.5, false, true}));
+                  NumberCase{"1e60", 1, 7.5, false, true}, NumberCase{" 5", 5, 5.0, true, true},
+                  NumberCase{"5 ", 5, 5.0, false, false}, NumberCase{"+8", 8, 8.0, true, true},
+                  NumberCase{"2.5x", 2, 2.5, false, false}, NumberCase{"0x10", 0, 16.0, false, true},
+                  NumberCase{"-9223372036854775808", std::numeric_limits<long>::min(), -9223372036854775808.0, true,
+                             true},
+                  NumberCase{"-9223372036854775809", 0, -9223372036854775808.0, true, true}));
 
 struct GroupedDigits : std::numpunct<char> {
   char do_decimal_point() const override { return ','; }
@@ -231,6 +228,84 @@ TEST(ParameterSharing, OtherDataReportsOnlyWhatDiffers) {
   EXPECT_EQ(sink.StealFrom(source), ParamChangeListener::ALL);
 }
 
+TEST(ParameterSharing, EachFieldHasItsBitOfTheDifference) {
+  const struct {
+    const char* field;
+    std::function<void(Parameter&)> set;
+    int bits;
+  } rows[] = {{"value", [](Parameter& p) { p.SetValue("2"); }, ParamChangeListener::VALUE},
+              {"caption", [](Parameter& p) { p.SetCaption("c"); }, ParamChangeListener::CAPTION},
+              {"description", [](Parameter& p) { p.SetDescription("d"); }, ParamChangeListener::DESCRIPTION},
+              {"restrictions", [](Parameter& p) { p.SetRestrictions(4); }, ParamChangeListener::RESTRICTION},
+              {"limits", [](Parameter& p) { p.SetLimits("=1"); }, ParamChangeListener::NONE},
+              {"old value",
+               [](Parameter& p) {
+                 p.SetValue("0");
+                 p.UpdateOldValue();
+                 p.SetValue("1");
+               },
+               ParamChangeListener::NONE}};
+  for (const auto& row : rows) {
+    Parameter plain;
+    plain.SetValue("1");
+    Parameter other;
+    other.SetValue("1");
+    row.set(other);
+    EXPECT_EQ(plain.StealFrom(other), row.bits) << row.field;
+  }
+}
+
+TEST(ParameterSharing, ACopyHasNotChangedItself) {
+  Parameter one;
+  one.SetValue("1");
+  EXPECT_EQ(Parameter(one).Changes(), 0);
+  EXPECT_EQ(one.Changes(), ParamChangeListener::ALL);
+}
+
+TEST(ParameterSharing, TheDataGoWithTheirLastHandle) {
+  const int before = ParameterData::GetNumInstances();
+  auto one = std::make_unique<Parameter>();
+  one->Instantiate();
+  auto two = std::make_unique<Parameter>(*one);
+  EXPECT_EQ(ParameterData::GetNumInstances(), before + 1);
+  one.reset();
+  EXPECT_EQ(ParameterData::GetNumInstances(), before + 1);
+  two->Clear();
+  EXPECT_EQ(ParameterData::GetNumInstances(), before);
+}
+
+TEST(ParameterSharing, InstantiatingGivesEmptyDataOnceAndSilently) {
+  Watcher parameter;
+  parameter.Instantiate();
+  EXPECT_FALSE(parameter.IsNull());
+  EXPECT_EQ(parameter.Value(), "");
+  EXPECT_TRUE(parameter.reports.empty());
+  EXPECT_EQ(parameter.Changes(), 0);
+  parameter.SetValue("1");
+  parameter.Instantiate();
+  EXPECT_EQ(parameter.Value(), "1");
+  EXPECT_EQ(parameter.OldValue(), "") << "it had a value already, the empty one";
+}
+
+// The copied value has to please the limits that are there, not those that come with it.
+TEST(ParameterSharing, CopyFromSetsTheValueBeforeTheLimits) {
+  Parameter source;
+  source.SetValue("6");
+  source.SetLimits(">=5");
+  Parameter strict;
+  strict.SetValue("20");
+  strict.SetLimits(">=10");
+  strict.CopyFrom(source);
+  EXPECT_EQ(strict.Value(), "20") << "refused by the former limits";
+  EXPECT_EQ(strict.Limits().OriginalString(), ">=5");
+  source.SetLimits(">=9");  // which its own value breaks
+  Parameter open;
+  open.SetValue("1");
+  open.CopyFrom(source);
+  EXPECT_EQ(open.Value(), "6");
+  EXPECT_EQ(open.Limits().OriginalString(), ">=9");
+}
+
 TEST(ParameterSharing, CopyFromKeepsTheOwnDataAndReportsOnce) {
   Parameter source;
   source.SetValue("6");
@@ -255,110 +330,6 @@ TEST(ParameterSharing, CopyFromKeepsTheOwnDataAndReportsOnce) {
   EXPECT_EQ(fresh.CopyFrom(source) & ParamChangeListener::VALUE, ParamChangeListener::VALUE);
   EXPECT_EQ(fresh.reports.size(), 1u);
   EXPECT_EQ(fresh.Value(), "8");
-}
-
-TEST(ParameterEdit, CollectsUntilTheOutermostEnd) {
-  Watcher parameter;
-  parameter.SetValue("1");
-  parameter.UpdateOldValue();
-  parameter.reports.clear();
-  parameter.BeginEdit();
-  parameter.BeginEdit();
-  parameter.SetValue("2");
-  parameter.SetCaption("c");
-  EXPECT_EQ(parameter.EndEdit(), 0);
-  EXPECT_TRUE(parameter.reports.empty());
-  EXPECT_EQ(parameter.EndEdit(), ParamChangeListener::VALUE | ParamChangeListener::CAPTION);
-  EXPECT_EQ(parameter.reports, Reports{ParamChangeListener::VALUE | ParamChangeListener::CAPTION});
-  EXPECT_EQ(parameter.EndEdit(), 0) << "one end too many";
-  parameter.SetValue("3");
-  EXPECT_EQ(parameter.reports.size(), 2u) << "and the next change is reported at once";
-  EXPECT_EQ(parameter.Changes(), ParamChangeListener::VALUE | ParamChangeListener::CAPTION);
-}
-
-TEST(ParameterEdit, ACopyTakesTheEditAlong) {
-  Watcher parameter;
-  parameter.SetValue("1");
-  parameter.reports.clear();
-  parameter.BeginEdit();
-  parameter.SetValue("2");
-  Watcher copy(parameter);
-  EXPECT_EQ(copy.EndEdit(), ParamChangeListener::VALUE);
-  EXPECT_EQ(parameter.reports, Reports{ParamChangeListener::VALUE});
-  EXPECT_EQ(parameter.EndEdit(), 0) << "the data's edit is over";
-}
-
-// The data collect for one edit only: a second one through another handle begins anew.
-TEST(ParameterEdit, ASecondEditOfTheSameDataForgetsWhatTheFirstCollected) {
-  Watcher one;
-  one.SetValue("1");
-  Watcher two(one);
-  one.reports.clear();
-  one.BeginEdit();
-  one.SetValue("2");
-  two.BeginEdit();
-  two.SetCaption("c");
-  EXPECT_EQ(two.EndEdit(), ParamChangeListener::CAPTION);
-  EXPECT_EQ(one.reports, Reports{ParamChangeListener::CAPTION});
-  EXPECT_EQ(one.EndEdit(), 0);
-}
-
-TEST(ParameterEdit, AnEditThatThrowsIsOverAndHasReported) {
-  Watcher parameter;
-  parameter.SetValue("1");
-  parameter.reports.clear();
-  EXPECT_THROW(parameter.InEdit([&] {
-    parameter.SetCaption("c");
-    throw 1;
-  }),
-               int);
-  EXPECT_EQ(parameter.reports, Reports{ParamChangeListener::CAPTION});
-  parameter.SetValue("2");
-  EXPECT_EQ(parameter.reports.size(), 2u);
-}
-
-TEST(ParameterEdit, AnEditOfNothingReportsNothing) {
-  Watcher parameter;
-  parameter.SetValue("1");
-  parameter.reports.clear();
-  parameter.BeginEdit();
-  EXPECT_EQ(parameter.EndEdit(), 0);
-  EXPECT_TRUE(parameter.reports.empty());
-}
-
-TEST(ParameterEdit, ANullParameterThatGetsItsValueInAnEditReportsAtTheEnd) {
-  Watcher parameter;
-  parameter.BeginEdit();
-  parameter.SetValue("1");
-  EXPECT_TRUE(parameter.reports.empty());
-  EXPECT_EQ(parameter.EndEdit(), ParamChangeListener::ALL);
-  EXPECT_EQ(parameter.reports, Reports{ParamChangeListener::ALL});
-}
-
-TEST(ParameterEdit, OtherDataInAnEditEndsTheOldDatasEdit) {
-  Parameter source;
-  source.SetValue("2");
-  Watcher parameter;
-  parameter.SetValue("1");
-  Watcher beside(parameter);
-  parameter.BeginEdit();
-  parameter.SetCaption("c");
-  EXPECT_TRUE(beside.reports.empty());
-  parameter.StealFrom(source);
-  EXPECT_EQ(beside.reports, Reports{ParamChangeListener::CAPTION});
-  EXPECT_EQ(parameter.EndEdit(), 0);
-  beside.SetValue("5");
-  EXPECT_EQ(beside.reports.back(), ParamChangeListener::VALUE);
-}
-
-TEST(ParameterEdit, NullDataIntoAnEditBeginsItThere) {
-  auto data = std::make_shared<ParameterData>();
-  Watcher parameter;
-  parameter.BeginEdit();
-  EXPECT_EQ(parameter.SetData(data), ParamChangeListener::ALL);
-  EXPECT_TRUE(parameter.reports.empty());
-  EXPECT_EQ(parameter.EndEdit(), ParamChangeListener::ALL);
-  EXPECT_EQ(parameter.reports.size(), 1u);
 }
 
 TEST(ParameterListeners, MayComeAndGoDuringAReport) {
@@ -419,4 +390,3 @@ TEST(ParameterListeners, ThreadsThatCopyAndDropHandlesDoNotDisturbReports) {
 }
 
 }  // namespace
-}  // namespace vendelo_sdl2
