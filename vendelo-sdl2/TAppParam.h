@@ -18,7 +18,10 @@ namespace vendelo_sdl2 {
 ///
 /// Owned by TParamMan; a pointer is valid until the parameter is dropped or deleted, or its client id is replaced.
 /// The lock is taken around value changes; a listener runs under it, on the thread that made the change, and must
-/// not delete its parameter. All writers are without effect (one log line) on the sentinel pVoidParam.
+/// not delete its parameter. Nor may it look up or set parameters by name: that takes the lock of the list, which a
+/// TParamMan::SetParam of another thread holds while it waits for this one's, and both would wait for ever. A
+/// listener defers such work; the parameter that it is given, and pointers taken before, it may read and write.
+/// All writers are without effect (one log line) on the sentinel pVoidParam.
 class TAppParam : public Parameter, public Lockable<std::recursive_mutex> {
  public:
   using ParamChangeListener = std::function<void(TAppParam*, int changeFlag)>;
@@ -92,20 +95,21 @@ class TAppParam : public Parameter, public Lockable<std::recursive_mutex> {
   bool IsSentinel(const char* Operation) const;
 
   const std::string mName;
-  ParameterDomain mPreferedSaveLocation = PARAM_CACHE;
-  ParameterDomain mSaveForAllLocation = PARAM_GROUP;
+  // How it is saved: read by any thread; TParamMan sets all three at once, under the lock of its list.
+  std::atomic<ParameterDomain> mPreferedSaveLocation{PARAM_CACHE};
+  std::atomic<ParameterDomain> mSaveForAllLocation{PARAM_GROUP};
   // Of its own: listeners are told with the lock of the data held, and the parameter's lock is taken before that
   // one.
   mutable std::mutex mListenersMutex;
   std::list<ListenerStruct> mListeners;  // under mListenersMutex, as is mLastListenerID
-  bool bReadOnly = false;
+  std::atomic<bool> bReadOnly{false};
   const bool bParamChangedAction;
   std::atomic<const TAppParam*> pBoundTo{nullptr};
   uint mLastListenerID = 0;
 
  public:
   /// The application wants no message about the saving of this parameter.
-  bool QuietSave = false;
+  std::atomic<bool> QuietSave{false};
 };
 
 /// What every lookup returns instead of null: a parameter "NULL" with an empty domain that never has a value.

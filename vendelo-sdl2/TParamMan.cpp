@@ -295,6 +295,12 @@ TAppParam* TParamMan::SetExactParam(const std::string& ClientID, const std::stri
   return param;
 }
 
+std::optional<std::string> TParamMan::CachedValue(const std::string& RawDomain, const std::string& ParamName) {
+  TMutexGuard lock(pParamListMutex);
+  const TAppParam* const param = GetExactParamFromCache(RawDomain, ParamName, PARAM_MINE, false);
+  return param->IsNull() ? std::nullopt : std::optional(param->Value());
+}
+
 TAppParam* TParamMan::GetOrSetParam(const std::string& ParamName, const std::string& DefaultValue,
                                     const std::string& Caption, const std::string& Description,
                                     ParameterReadWriteMode mode, bool quietSave) {
@@ -307,18 +313,23 @@ TAppParam* TParamMan::GetOrSetExactParam(const std::string& ClientID, const std:
                                          bool quietSave) {
   const int readMask = mode & READ_MASK;
   const auto writeDomain = static_cast<ParameterDomain>(mode >> DOMAIN_BITS);
+  const std::string writeAddress = TAppParam::GetAddressOf(writeDomain, ClientID);
+  const std::optional<std::string> before = CachedValue(writeAddress, ParamName);
   TAppParam* const found = [&] {
     // The store's answer may break the limits of a value in a way that throws.
     const TFlagScope quiet(isInGetOrSet);
     return GetExactParam(ClientID, ParamName, mode);
   }();
   const int highest = highestOrderBit(readMask);
-  if (found != pVoidParam) {
-    found->QuietSave = quietSave;
-    found->SetPreferedSaveLocation(found->Domain(ClientID));
-    found->SetSaveForAllLocation(writeDomain);
-    return found;
-  }
+  const auto asFound = [&](TAppParam* param) {
+    param->QuietSave = quietSave;
+    param->SetPreferedSaveLocation(param->Domain(ClientID));
+    param->SetSaveForAllLocation(writeDomain);
+    return param;
+  };
+  // Held to the end, so that what is made, and how it is saved, are one thread's.
+  TMutexGuard lock(pParamListMutex);
+  if (found != pVoidParam) return asFound(found);
   if (highest != PARAM_MINE && writeDomain == PARAM_MINE) {
     logman::WriteLog(0, 0, "PARAMS ERROR: Weird GetOrSet for param '%s'-> writing mine but reading something else",
                      ParamName.c_str());
@@ -329,8 +340,13 @@ TAppParam* TParamMan::GetOrSetExactParam(const std::string& ClientID, const std:
                      ParamName.c_str());
     return VoidParam();
   }
-  TAppParam* const made = SetExactParam(TAppParam::GetAddressOf(writeDomain, ClientID), ParamName, DefaultValue,
-                                        writeDomain == PARAM_CACHE, Caption, Description, quietSave);
+  // The persistent store was asked without the lock: a value that came meanwhile is not the default's to overwrite.
+  if (const auto now = CachedValue(writeAddress, ParamName); now && now != before) {
+    TAppParam* const read = GetExactParamFromCache(ClientID, ParamName, readMask, true);
+    return asFound(read != pVoidParam ? read : GetExactParamFromCache(writeAddress, ParamName, PARAM_MINE, false));
+  }
+  TAppParam* const made = SetExactParam(writeAddress, ParamName, DefaultValue, writeDomain == PARAM_CACHE, Caption,
+                                        Description, quietSave);
   if (made == pVoidParam) return made;
   made->SetPreferedSaveLocation(writeDomain);
   made->SetSaveForAllLocation(writeDomain);

@@ -6,6 +6,7 @@
 #include <functional>
 #include <list>
 #include <locale>
+#include <optional>
 #include <set>
 #include <sstream>
 #include <string>
@@ -94,7 +95,8 @@ class TParamMan {
                            bool cacheOnly, const std::string& Caption, const std::string& Description,
                            bool quietSave);
 
-  /// Reads by the low four bits of `mode`; a parameter that does not exist is made in the domain above them.
+  /// Reads by the low four bits of `mode`; a parameter that does not exist is made in the domain above them. A
+  /// value that another thread gives it meanwhile stands: the default is not written over it.
   TAppParam* GetOrSetParam(const std::string& ParamName, const std::string& DefaultValue,
                            const std::string& Caption, const std::string& Description, ParameterReadWriteMode mode,
                            bool quietSave);
@@ -181,6 +183,8 @@ class TParamMan {
   /// `cacheMode` is the mode as it was asked for, `readMode` what is left of it for this client.
   TAppParam* LoadAnswer(const std::string& ClientIP, const std::string& ParamName, int readMode, int cacheMode,
                         const Parameter& Answer);
+  /// The value that the cache has at exactly this address; null for none.
+  std::optional<std::string> CachedValue(const std::string& RawDomain, const std::string& ParamName);
   /// A parameter of this raw domain that is bound to the source, a new one or the one that was there; the source
   /// when the cache refuses it.
   TAppParam* AddBound(TAppParam* pSource, const std::string& RawDomain, bool quietSave);

@@ -42,10 +42,10 @@ void TParamMan::UpdateClientID(const std::string& NewClientID, const std::string
       made->Load(*old);
       made->AddListenersOf(old);
       made->pBoundTo = old->pBoundTo.load();
-      made->mPreferedSaveLocation = old->mPreferedSaveLocation;
-      made->mSaveForAllLocation = old->mSaveForAllLocation;
-      made->bReadOnly = old->bReadOnly;
-      made->QuietSave = old->QuietSave;
+      made->mPreferedSaveLocation = old->mPreferedSaveLocation.load();
+      made->mSaveForAllLocation = old->mSaveForAllLocation.load();
+      made->bReadOnly = old->bReadOnly.load();
+      made->QuietSave = old->QuietSave.load();
       TMutexGuard storeLock(pStoreListMutex);
       std::replace(ToStore.begin(), ToStore.end(), old, made.get());
     }

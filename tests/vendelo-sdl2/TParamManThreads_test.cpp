@@ -1,0 +1,187 @@
+// Several threads at one store.
+#include "tests/vendelo-sdl2/TParamManFixture.h"
+
+#include <atomic>
+#include <mutex>
+#include <set>
+#include <thread>
+
+using namespace paramtest;
+
+namespace {
+
+constexpr ParameterReadWriteMode MINE = PARAM_READ_MINE_WRITE_MINE;
+constexpr ParameterReadWriteMode ASKING = PARAM_READ_NOCACHE_MINE_WRITE_MINE;
+constexpr ParameterReadWriteMode DOWN_TO_MINE = PARAM_READ_MINE_OR_GROUP_OR_GLOBAL_WRITE_GLOBAL;
+
+// A store whose persistent side has nothing, and lets others in while it is asked.
+struct Asked : Store {
+  Parameter OnRequestValue(const std::string& address, const std::string& name) override {
+    std::function<void()> meanwhile;
+    {
+      const std::lock_guard lock(mutex);
+      requests.push_back(address + "/" + name);
+      meanwhile = std::exchange(onRequest, nullptr);
+    }
+    if (meanwhile) std::thread(meanwhile).join();
+    return Parameter();
+  }
+  void OnStoreValues(const std::list<TAppParam*>& params) override { Store::OnStoreValues(params); }
+
+  std::mutex mutex;
+  std::function<void()> onRequest;
+};
+
+class ParamsAtOnce : public testing::Test {
+ protected:
+  TAppParam* getOrSet(const char* value, ParameterReadWriteMode mode, bool quiet = false) {
+    return store.GetOrSetParam("n", std::string(value), "cap", "desc", mode, quiet);
+  }
+  Asked store;
+};
+
+// Between the question to the persistent store, which has nothing, and the writing of the default.
+
+TEST_F(ParamsAtOnce, AValueThatComesDuringTheQuestionIsKept) {
+  for (const auto mode : {MINE, ASKING}) {
+    TAppParam* theirs = nullptr;
+    store.onRequest = [&] { theirs = store.SetParam("n", "theirs", PARAM_MINE, "", "", false); };
+    TAppParam* const ours = getOrSet("default", mode, true);
+    EXPECT_EQ(ours, theirs);
+    EXPECT_EQ(ours->Value() + ours->Caption(), "theirs");
+    EXPECT_TRUE(ours->QuietSave);
+    EXPECT_EQ(ours->GetPreferedSaveLocation(), PARAM_MINE);
+    EXPECT_EQ(ours->GetSaveForAllLocation(), PARAM_MINE);
+    store.Poll();
+    EXPECT_EQ(store.storeRounds, std::vector<std::string>{"hall_7/n=theirs;"}) << "the default was never written";
+    store.storeRounds.clear();
+    store.DropParamFromCache(ours);
+  }
+}
+
+TEST_F(ParamsAtOnce, AValueThatChangesDuringTheQuestionIsKept) {
+  TAppParam* const param = store.SetParam("n", "before", PARAM_MINE, "", "", false);
+  store.onRequest = [&] { param->SetValue("theirs"); };
+  EXPECT_EQ(getOrSet("default", ASKING), param);
+  EXPECT_EQ(param->Value(), "theirs");
+  // Nobody in between: a read that leaves the cache out writes the default, whatever the cache has.
+  EXPECT_EQ(getOrSet("default", ASKING), param);
+  EXPECT_EQ(param->Value(), "default");
+}
+
+TEST_F(ParamsAtOnce, AValueThatGoesDuringTheQuestionIsMadeAnew) {
+  TAppParam* const param = store.SetParam("n", "before", PARAM_MINE, "", "", false);
+  store.onRequest = [&] { store.DropParamFromCache(param); };
+  EXPECT_EQ(getOrSet("default", ASKING)->Value(), "default");
+}
+
+TEST_F(ParamsAtOnce, OfTwoThatAskAtOnceTheSecondDefaultCounts) {
+  TAppParam* theirs = nullptr;
+  store.onRequest = [&] { theirs = getOrSet("theirs", DOWN_TO_MINE, false); };
+  TAppParam* const ours = getOrSet("ours", DOWN_TO_MINE, true);
+  EXPECT_EQ(ours, theirs);
+  EXPECT_EQ(ours->GetRawDomain(), "hall_7");
+  EXPECT_EQ(ours->GetSourceRawDomain(), "GLOBAL");
+  EXPECT_EQ(ours->Value(), "theirs");
+  EXPECT_TRUE(ours->QuietSave) << "but the saving is as the last one said";
+  EXPECT_EQ(ours->GetPreferedSaveLocation(), PARAM_MINE);
+  EXPECT_EQ(ours->GetSaveForAllLocation(), PARAM_GLOBAL);
+  store.Poll();
+  EXPECT_EQ(store.storeRounds, std::vector<std::string>{"GLOBAL/n=theirs;"});
+}
+
+TEST_F(ParamsAtOnce, AMoreGeneralValueThatComesDuringTheQuestionGetsItsBoundEntry) {
+  store.onRequest = [&] { store.SetParam("n", "theirs", PARAM_GLOBAL, "", "", false); };
+  TAppParam* const ours = getOrSet("default", DOWN_TO_MINE);
+  EXPECT_EQ(ours->GetRawDomain(), "hall_7");
+  EXPECT_TRUE(ours->IsBound());
+  EXPECT_EQ(ours->Value(), "theirs");
+}
+
+TEST_F(ParamsAtOnce, AValueAtAnAddressThatIsNotReadIsKeptToo) {
+  const auto mode = static_cast<ParameterReadWriteMode>(PARAM_GLOBAL * 16 + (PARAM_GROUP | PARAM_CACHE));
+  TAppParam* theirs = nullptr;
+  store.onRequest = [&] { theirs = store.SetParam("n", "theirs", PARAM_GLOBAL, "", "", false); };
+  TAppParam* const ours = getOrSet("default", mode);
+  EXPECT_EQ(ours, theirs);
+  EXPECT_EQ(theirs->Value(), "theirs");
+}
+
+TEST_F(ParamsAtOnce, OneNameIsMadeOnceByHoweverManyAndIsSavedAsOneOfThemSaid) {
+  constexpr int THREADS = 4;
+  constexpr int ROUNDS = 50;
+  const ParameterReadWriteMode modes[] = {MINE, PARAM_READ_MINE_OR_GROUP_OR_GLOBAL_WRITE_MINE,
+                                          PARAM_READ_MINE_OR_GROUP_WRITE_MINE,
+                                          PARAM_READ_MINE_OR_GROUP_OR_GLOBAL_WRITE_CACHE};
+  for (int round = 0; round < ROUNDS; ++round) {
+    const std::string name = "n" + std::to_string(round);
+    TAppParam* got[THREADS] = {};
+    std::atomic<int> ready{0};
+    std::vector<std::thread> threads;
+    for (int i = 0; i < THREADS; ++i)
+      threads.emplace_back([&, i] {
+        ++ready;
+        while (ready < THREADS) std::this_thread::yield();
+        got[i] = store.GetOrSetParam(name, i, "", "", modes[i], i % 2 == 0);
+        // Read while the others still write.
+        EXPECT_NE(got[i]->GetPreferedSaveLocation(), PARAM_OTHER);
+        EXPECT_NE(got[i]->GetSaveForAllLocation(), PARAM_OTHER);
+        EXPECT_FALSE(got[i]->ReadOnly());
+        (void)got[i]->QuietSave.load();
+      });
+    for (auto& thread : threads) thread.join();
+    for (const auto* param : got) EXPECT_EQ(param, got[0]);
+    const long maker = got[0]->AsInteger(-1);
+    EXPECT_TRUE(maker >= 0 && maker < THREADS) << maker;
+    // The last one of them: its quietness and its domain belong together.
+    const std::pair<bool, ParameterDomain> saving{got[0]->QuietSave, got[0]->GetSaveForAllLocation()};
+    std::set<std::pair<bool, ParameterDomain>> told;
+    for (int i = 0; i < THREADS; ++i) told.insert({i % 2 == 0, static_cast<ParameterDomain>(modes[i] >> 4)});
+    EXPECT_TRUE(told.contains(saving));
+  }
+}
+
+TEST_F(ParamsAtOnce, AWrittenValueIsNeverLostToADefault) {
+  constexpr int ROUNDS = 2000;
+  std::atomic<int> arrived{0};
+  const auto together = [&arrived](int round) {
+    ++arrived;
+    while (arrived < 2 * (round + 1)) std::this_thread::yield();
+  };
+  std::thread writer([&] {
+    for (int round = 0; round < ROUNDS; ++round) {
+      together(round);
+      store.SetParam("n" + std::to_string(round), "written", PARAM_MINE, "", "", false);
+    }
+  });
+  for (int round = 0; round < ROUNDS; ++round) {
+    together(round);
+    store.GetOrSetParam("n" + std::to_string(round), std::string("default"), "", "", MINE, false);
+  }
+  writer.join();
+  int lost = 0;
+  for (int round = 0; round < ROUNDS; ++round)
+    lost += store.GetParam("n" + std::to_string(round), PARAM_CACHE)->Value() != "written";
+  EXPECT_EQ(lost, 0);
+}
+
+TEST_F(ParamsAtOnce, TwoHandlesOfOneValueAreWrittenResetAndSavedAtOnce) {
+  TAppParam* const global = store.SetParam("n", "0", PARAM_GLOBAL, "", "", false);
+  TAppParam* const mine = store.GetParam("n", PARAM_MASK_ALL);
+  std::thread other([&] {
+    for (int i = 0; i < 200; ++i) {
+      mine->SetValue(static_cast<long>(i));
+      mine->UpdateOldValue();
+      mine->Reset();
+    }
+  });
+  for (int i = 0; i < 200; ++i) {
+    store.SetParam("n", -i, PARAM_GLOBAL, "", "", false);
+    global->Reset();
+  }
+  other.join();
+  EXPECT_EQ(mine->Value(), global->Value());
+  EXPECT_LT(mine->AsInteger(1000), 200);
+}
+
+}  // namespace
