@@ -197,23 +197,26 @@ int TAction::UnregisterActionHandler(TActionHandler* pHandler, bool DeleteInstan
   return 0;
 }
 
-int TAction::UnregisterActionHandlersByRelatedObject(void* pRelatedObject, bool DeleteInstance) {
+int TAction::TakeByRelatedObject(const void* pRelatedObject, std::set<TActionHandler*>& Gone) {
   int removed = 0;
-  std::set<TActionHandler*> gone;
-  {
-    std::lock_guard<std::recursive_mutex> lock(mMutex);
-    for (int type = ACTION_NORMAL; type <= ACTION_ASYNC; ++type) {
-      for (auto it = Handlers[type].begin(); it != Handlers[type].end();) {
-        if ((*it)->GetRelatedObject() != pRelatedObject) {
-          ++it;
-          continue;
-        }
-        gone.insert(*it);
-        ++removed;
-        it = Erase(static_cast<ActionHandleType>(type), it);
+  std::lock_guard<std::recursive_mutex> lock(mMutex);
+  for (int type = ACTION_NORMAL; type <= ACTION_ASYNC; ++type) {
+    for (auto it = Handlers[type].begin(); it != Handlers[type].end();) {
+      if ((*it)->GetRelatedObject() != pRelatedObject) {
+        ++it;
+        continue;
       }
+      Gone.insert(*it);
+      ++removed;
+      it = Erase(static_cast<ActionHandleType>(type), it);
     }
   }
+  return removed;
+}
+
+int TAction::UnregisterActionHandlersByRelatedObject(void* pRelatedObject, bool DeleteInstance) {
+  std::set<TActionHandler*> gone;
+  const int removed = TakeByRelatedObject(pRelatedObject, gone);
   if (DeleteInstance)
     for (auto* handler : gone) TActionHandler::Discard(handler);
   return removed;

@@ -198,9 +198,8 @@ void TActionMan::ForgetQueuedRuns(const TAction* pAction) {
 
 void TActionMan::UnregisterAction(TAction* pAction, bool DeleteInstance) {
   if (pAction == nullptr) return;
-  UnregisterAction(pAction->GetName(), false);
   {
-    // An action without a name is not found by it.
+    // By the pointer: another action of this name stays, and one without a name is not found by it.
     TMutexGuard lock(ActionListMutex);
     ActionList.remove(pAction);
   }
@@ -233,8 +232,14 @@ int TActionMan::UnregisterAllActionHandlers(TActionHandler* pHandler, bool Delet
 }
 
 int TActionMan::UnregisterAllActionHandlersByRelatedObject(void* pRelatedObject, bool DeleteInstance) {
-  TMutexGuard lock(ActionListMutex);
-  for (auto* action : ActionList) action->UnregisterActionHandlersByRelatedObject(pRelatedObject, DeleteInstance);
+  std::set<TActionHandler*> gone;
+  {
+    TMutexGuard lock(ActionListMutex);
+    for (auto* action : ActionList) action->TakeByRelatedObject(pRelatedObject, gone);
+  }
+  // Only now: one that stands on several actions was asked for its object on each of them.
+  if (DeleteInstance)
+    for (auto* handler : gone) TActionHandler::Discard(handler);
   return 0;
 }
 

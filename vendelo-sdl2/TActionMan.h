@@ -8,6 +8,7 @@
 #include <list>
 #include <mutex>
 #include <queue>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -151,6 +152,8 @@ class TAction {
 
   /// Deletes the action now, or at the end of the last use that is under way.
   static void Discard(TAction* pAction);
+  /// Takes every handler of this related object out of the lists and puts it into `Gone`; returns how many nodes.
+  int TakeByRelatedObject(const void* pRelatedObject, std::set<TActionHandler*>& Gone);
   /// Takes a node out, moving the walks that stand on it to the next one. Under mMutex.
   THandlerList::iterator Erase(ActionHandleType Type, THandlerList::iterator Node);
 
@@ -206,13 +209,15 @@ class TActionMan {
   void ExecuteActions(ActionHandleType ExecType);
 
   /// Takes the action from the list, drops its waiting runs and, with `DeleteInstance`, deletes it, found or not;
-  /// the delete of one that runs waits for the end of the run. Null does nothing.
+  /// the delete of one that runs waits for the end of the run. Null does nothing, and one that only bears the name
+  /// of a registered action leaves that one alone.
   void UnregisterAction(TAction* pAction, bool DeleteInstance);
   /// -1 for an empty or unknown name, otherwise 0.
   int UnregisterAction(std::string ActionName, bool DeleteInstance);
   /// Takes the handler from every action and, with `DeleteInstance`, deletes it once. Returns 0.
   int UnregisterAllActionHandlers(TActionHandler* pHandler, bool DeleteInstance);
-  /// Takes the handlers of this related object from every action. Returns 0.
+  /// Takes the handlers of this related object from every action and, with `DeleteInstance`, deletes each of them
+  /// once. Returns 0.
   int UnregisterAllActionHandlersByRelatedObject(void* pRelatedObject, bool DeleteInstance);
 
   /// The sample of a handler that forwards an action: generates "OnActionHandlerExecute" with the same data.
@@ -234,16 +239,17 @@ class TActionMan {
   int ActionGenerated(const std::string& ActionName, void* hActionData, ActionHandleType Filter,
                       bool executeImmediately);
 
- private:
-  std::list<TAction*>::iterator FindAction(const std::string& ActionName);
-  void ForgetQueuedRuns(const TAction* pAction);
-
   std::list<TAction*> ActionList;  // under ActionListMutex
   SDL_mutex* ActionListMutex;
   std::queue<TGeneratedAction*> GeneratedActionQueue;  // under ActionQueueMutex
   SDL_mutex* ActionQueueMutex;
   std::array<std::queue<TGeneratedSkippedAction>, 4> ToRunActionQueue;  // each under its ToRunMutex
   std::array<SDL_mutex*, 4> ToRunMutex;
+
+ private:
+  std::list<TAction*>::iterator FindAction(const std::string& ActionName);
+  void ForgetQueuedRuns(const TAction* pAction);
+
   std::array<bool, 4> Executing{};  // each under its ToRunMutex
 };
 

@@ -4,6 +4,7 @@
 
 #include <functional>
 #include <string>
+#include <thread>
 
 #include "tests/support/LogLines.h"
 #include "vendelo-sdl2/TActionMan.h"
@@ -19,6 +20,8 @@ using Handler = TActionHandler;
 class Bus : public TActionMan {
  public:
   using TActionMan::ActionGenerated;
+  using TActionMan::ActionListMutex;
+  using TActionMan::ToRunMutex;
 
   // A handler that adds `mark` to the record.
   TAction* listen(const std::string& name, const std::string& mark, ActionHandleType type = ACTION_NORMAL,
@@ -41,7 +44,7 @@ class Bus : public TActionMan {
 // Tells its death.
 class Mortal : public Handler {
  public:
-  Mortal(int& deaths, TAHType kind) : Handler(nullptr, kind), mDeaths(deaths) {}
+  Mortal(int& deaths, TAHType kind, void* object = nullptr) : Handler(object, kind), mDeaths(deaths) {}
   ~Mortal() override { ++mDeaths; }
   void execute(std::string, void*) override {
     ++runs;
@@ -55,6 +58,16 @@ class Mortal : public Handler {
  private:
   int& mDeaths;
 };
+
+// Whether another thread could not take the mutex now.
+inline bool IsHeld(SDL_mutex* mutex) {
+  bool held = false;
+  std::thread([&] {
+    held = SDL_TryLockMutex(mutex) != 0;
+    if (!held) SDL_UnlockMutex(mutex);
+  }).join();
+  return held;
+}
 
 struct Target {
   int small() { return ++calls; }

@@ -81,9 +81,18 @@ TEST(Unregister, AHandlerOfOneActionEveryOccurrenceByFilter) {
   EXPECT_EQ(action.UnregisterActionHandler(handler, true, ACTION_ANY), 0);
   EXPECT_EQ(action.GetHandlersCount(ACTION_ANY), 0);
   EXPECT_EQ(deaths, 1);
-  // Deleted although it was found nowhere.
-  EXPECT_EQ(action.UnregisterActionHandler(new Mortal(deaths, Handler::ahtExecuteOnce), true, ACTION_ANY), 0);
+  // One type alone is enough for the deletion.
+  handler = new Mortal(deaths, Handler::ahtExecuteEndless);
+  action.RegisterActionHandler(handler, ACTION_DRAW);
+  EXPECT_EQ(action.UnregisterActionHandler(handler, true, ACTION_DRAW), 0);
+  EXPECT_EQ(action.GetHandlersCount(ACTION_ANY), 0);
   EXPECT_EQ(deaths, 2);
+  EXPECT_EQ(action.UnregisterActionHandler(nullptr, true, ACTION_DRAW), 0);
+  // Deleted although it was found nowhere.
+  EXPECT_EQ(action.UnregisterActionHandler(new Mortal(deaths, Handler::ahtExecuteOnce), true, ACTION_NORMAL), 0);
+  EXPECT_EQ(deaths, 3);
+  EXPECT_EQ(action.UnregisterActionHandler(new Mortal(deaths, Handler::ahtExecuteOnce), true, ACTION_ANY), 0);
+  EXPECT_EQ(deaths, 4);
 }
 
 TEST(Unregister, HandlersByTheirRelatedObject) {
@@ -141,6 +150,97 @@ TEST(Unregister, TheManagersEndDeletesHandlersOfEveryType) {
     bus.GenerateAction("abcd", nullptr, ACTION_ANY);
   }
   EXPECT_EQ(deaths, 4);
+}
+
+TEST(Unregister, AHandlerOnTwoActionsIsDeletedOnceByItsObject) {
+  for (const bool deleted : {true, false}) {
+    Bus bus;
+    int deaths = 0;
+    int object = 0;
+    auto* handler = new Mortal(deaths, Handler::ahtExecuteEndless, &object);
+    auto* second = new Mortal(deaths, Handler::ahtExecuteEndless, &object);
+    bus.AddActionListener("abcd", handler, ACTION_NORMAL);
+    bus.AddActionListener("efgh", handler, ACTION_DRAW);
+    bus.AddActionListener("efgh", second, ACTION_THREAD_SAFE);
+    bus.listen("efgh", "stays");
+    EXPECT_EQ(bus.UnregisterAllActionHandlersByRelatedObject(&object, deleted), 0);
+    EXPECT_EQ(deaths, deleted ? 2 : 0);
+    EXPECT_EQ(bus.GetAction("abcd")->GetHandlersCount(ACTION_ANY), 0);
+    EXPECT_EQ(bus.GetAction("efgh")->GetHandlersCount(ACTION_ANY), 1);
+    EXPECT_EQ(bus.fire("efgh"), "stays");
+    if (deleted) continue;
+    delete handler;
+    delete second;
+  }
+}
+
+TEST(Unregister, AHandlerOfAllActionsWithoutItsInstanceIsTheCallers) {
+  Bus bus;
+  int deaths = 0;
+  auto* handler = new Mortal(deaths, Handler::ahtExecuteEndless);
+  bus.AddActionListener("abcd", handler, ACTION_NORMAL);
+  bus.AddActionListener("efgh", handler, ACTION_DRAW);
+  EXPECT_EQ(bus.UnregisterAllActionHandlers(handler, false), 0);
+  EXPECT_EQ(deaths, 0);
+  EXPECT_EQ(bus.GetAction("abcd")->GetHandlersCount(ACTION_ANY), 0);
+  EXPECT_EQ(bus.GetAction("efgh")->GetHandlersCount(ACTION_ANY), 0);
+  delete handler;
+}
+
+TEST(Unregister, AForeignActionOfARegisteredNameLeavesTheRegisteredOneAlone) {
+  Bus bus;
+  TAction* const registered = bus.listen("abcd", "x");
+  bus.GenerateAction("abcd", nullptr, ACTION_ANY);
+  bus.ProcessActions();
+  int deaths = 0;
+  auto* foreign = new TAction("abcd");
+  foreign->RegisterActionHandler(new Mortal(deaths, Handler::ahtExecuteEndless), ACTION_NORMAL);
+  bus.UnregisterAction(foreign, false);
+  EXPECT_EQ(deaths, 0);
+  EXPECT_EQ(bus.GetAction("abcd"), registered);
+  bus.UnregisterAction(foreign, true);
+  EXPECT_EQ(deaths, 1) << "deleted, though it was not in the list";
+  EXPECT_EQ(bus.GetAction("abcd"), registered);
+  bus.ExecuteActions(ACTION_NORMAL);
+  EXPECT_EQ(bus.ran, "x") << "what waited for the registered one still runs";
+  EXPECT_EQ(bus.fire("abcd"), "x");
+}
+
+TEST(Unregister, AnActionGoesWithItsHandlersOnlyWhenAsked) {
+  for (const bool byName : {true, false}) {
+    Bus bus;
+    int deaths = 0;
+    TAction* action = bus.AddActionListener("abcd", new Mortal(deaths, Handler::ahtExecuteEndless), ACTION_NORMAL);
+    bus.AddActionListener("efgh", new Mortal(deaths, Handler::ahtExecuteEndless), ACTION_NORMAL);
+    if (byName) {
+      EXPECT_EQ(bus.UnregisterAction("abcd", false), 0);
+    } else {
+      bus.UnregisterAction(action, false);
+    }
+    EXPECT_EQ(deaths, 0);
+    EXPECT_EQ(bus.GetAction("abcd"), nullptr);
+    bus.fire("abcd");
+    EXPECT_EQ(action->GetHandlersCount(ACTION_ANY), 1) << "the caller's now";
+    delete action;
+    EXPECT_EQ(deaths, 1);
+    if (byName) {
+      EXPECT_EQ(bus.UnregisterAction("efgh", true), 0);
+    } else {
+      bus.UnregisterAction(bus.GetAction("efgh"), true);
+    }
+    EXPECT_EQ(deaths, 2);
+  }
+}
+
+TEST(Unregister, QueuedRunsOfAnActionThatWasOnlyTakenOutAreDroppedToo) {
+  Bus bus;
+  TAction* action = bus.listen("gone", "g", ACTION_DRAW);
+  bus.GenerateAction("gone", nullptr, ACTION_ANY);
+  bus.ProcessActions();
+  bus.UnregisterAction(action, false);
+  bus.ExecuteActions(ACTION_DRAW);
+  EXPECT_EQ(bus.ran, "");
+  delete action;
 }
 
 }  // namespace

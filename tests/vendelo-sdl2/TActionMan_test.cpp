@@ -240,20 +240,92 @@ TEST(ActionMan, LookupsAreExact) {
   EXPECT_EQ(bus.listen("abcd", "2"), action) << "one action for one name";
 }
 
-TEST(ActionMan, TheSampleHandlerForwardsItsAction) {
+TEST(ActionMan, TheSampleHandlerForwardsEveryOneOfItsActionsToAllTypes) {
   Bus bus;
-  int data = 0;
-  void* seen = nullptr;
-  bus.AddActionListener("OnActionHandlerExecute",
-                        new TahLambda([&](std::string, void* d) { seen = d; }, Handler::ahtExecuteEndless),
-                        ACTION_THREAD_SAFE);
-  EXPECT_NE(bus.GetAction("SACalculateWinsCreate"), nullptr);
-  bus.GenerateAction("SACalculateWinsCreate", &data, ACTION_ANY);
+  const TAction* const sample = bus.GetAction("SACalculateWinsCreate");
+  ASSERT_NE(sample, nullptr);
+  EXPECT_EQ(sample->GetHandlersCount(ACTION_NORMAL), 1);
+  EXPECT_EQ(sample->GetHandlersCount(ACTION_ANY), 1);
+  std::vector<void*> seen;
+  for (const auto type : {ACTION_NORMAL, ACTION_DRAW, ACTION_THREAD_SAFE})
+    bus.AddActionListener(
+      "OnActionHandlerExecute",
+      new TahLambda([&](std::string, void* d) { seen.push_back(d); }, Handler::ahtExecuteEndless), type);
+  int data[2] = {};
+  for (auto& one : data) {
+    seen.clear();
+    bus.GenerateAction("SACalculateWinsCreate", &one, ACTION_ANY);
+    bus.ProcessActions();
+    bus.ExecuteActions(ACTION_NORMAL);
+    bus.ProcessActions();
+    for (const auto type : {ACTION_NORMAL, ACTION_DRAW, ACTION_THREAD_SAFE}) bus.ExecuteActions(type);
+    EXPECT_EQ(seen, (std::vector<void*>(3, &one)));
+  }
+}
+
+TEST(ActionMan, ItsRunQueueIsLockedWhileTheHandlersRunAndTheOthersAreNot) {
+  for (int type = ACTION_NORMAL; type <= ACTION_THREAD_SAFE; ++type) {
+    Bus bus;
+    int asked = 0;
+    bus.AddActionListener("abcd",
+                          new TahLambda(
+                            [&](std::string, void*) {
+                              ++asked;
+                              for (int other = ACTION_NORMAL; other <= ACTION_ASYNC; ++other)
+                                EXPECT_EQ(IsHeld(bus.ToRunMutex[other]), other == type) << other;
+                              EXPECT_FALSE(IsHeld(bus.ActionListMutex));
+                            },
+                            Handler::ahtExecuteEndless),
+                          static_cast<ActionHandleType>(type));
+    for (int run = 0; run < 2; ++run) bus.GenerateAction("abcd", nullptr, ACTION_ANY);
+    bus.ProcessActions();
+    bus.ExecuteActions(static_cast<ActionHandleType>(type));
+    EXPECT_EQ(asked, 2);
+    EXPECT_FALSE(IsHeld(bus.ToRunMutex[type]));
+  }
+}
+
+TEST(ActionMan, TheListIsLockedWhileImmediateHandlersRun) {
+  Bus bus;
+  bool asked = false;
+  bus.AddActionListener("abcd",
+                        new TahLambda(
+                          [&](std::string, void*) {
+                            asked = true;
+                            EXPECT_TRUE(IsHeld(bus.ActionListMutex));
+                            EXPECT_FALSE(IsHeld(bus.ToRunMutex[ACTION_NORMAL]));
+                          },
+                          Handler::ahtExecuteEndless),
+                        ACTION_NORMAL);
+  bus.GenerateAction_immediate("abcd", nullptr, ACTION_ANY);
+  EXPECT_TRUE(asked);
+  EXPECT_FALSE(IsHeld(bus.ActionListMutex));
+}
+
+TEST(ActionMan, HandlersAreCountedByTheirType) {
+  Bus bus;
+  int count = 0;
+  for (const auto type : {ACTION_NORMAL, ACTION_DRAW, ACTION_THREAD_SAFE, ACTION_ASYNC}) {
+    ++count;
+    for (int i = 0; i < count; ++i) bus.listen("abcd", "x", type);
+  }
+  const TAction* const action = bus.GetAction("abcd");
+  EXPECT_EQ(action->GetHandlersCount(ACTION_NORMAL), 1);
+  EXPECT_EQ(action->GetHandlersCount(ACTION_DRAW), 2);
+  EXPECT_EQ(action->GetHandlersCount(ACTION_THREAD_SAFE), 3);
+  EXPECT_EQ(action->GetHandlersCount(ACTION_ASYNC), 4);
+  EXPECT_EQ(action->GetHandlersCount(ACTION_ANY), 10);
+}
+
+TEST(ActionMan, EachTypeRunsInItsOwnTurnAndOnce) {
+  Bus bus;
+  bus.listen("abcd", "n", ACTION_NORMAL);
+  bus.listen("abcd", "t", ACTION_THREAD_SAFE);
+  bus.listen("abcd", "d", ACTION_DRAW);
+  bus.GenerateAction("abcd", nullptr, ACTION_ANY);
   bus.ProcessActions();
-  bus.ExecuteActions(ACTION_NORMAL);
-  bus.ProcessActions();
-  bus.ExecuteActions(ACTION_THREAD_SAFE);
-  EXPECT_EQ(seen, &data);
+  for (const auto type : {ACTION_THREAD_SAFE, ACTION_NORMAL, ACTION_DRAW, ACTION_NORMAL}) bus.ExecuteActions(type);
+  EXPECT_EQ(bus.ran, "tnd") << "each type when its own turn comes, and once";
 }
 
 // Messages.
