@@ -244,75 +244,112 @@ TEST_F(Params, BindingsIgnoreNothingnessAndCircles) {
   EXPECT_EQ(a->Value(), "2");
 }
 
-// Removal.
-
-TEST_F(Params, ADroppedSourceLeavesItsFollowersWithTheValue) {
-  TAppParam* global = set("n", "1", PARAM_GLOBAL);
-  TAppParam* mine = store.GetParam("n", PARAM_MASK_ALL);
-  EXPECT_EQ(store.DropParamFromCache(global), 0);
-  EXPECT_EQ(mine->Value(), "1");
-  EXPECT_FALSE(mine->IsBound());
-  EXPECT_EQ(mine->GetSourceRawDomain(), "hall_7");
-  EXPECT_EQ(store.DropParamFromCache(global), -2) << "no second time";
-  store.Poll();
-  EXPECT_TRUE(store.storeRounds.empty()) << "its pending write went with it";
-}
-
-TEST_F(Params, ADroppedMiddleHandsItsFollowersToItsOwnSource) {
-  store.answerWith("GLOBAL", "1");
-  TAppParam* mine = store.GetParam("n", PARAM_MASK_ALL);
-  EXPECT_EQ(store.DropParamFromCache("n", PARAM_GROUP), 0);
-  EXPECT_TRUE(mine->IsBound());
-  EXPECT_EQ(mine->GetSourceRawDomain(), "GLOBAL");
-  EXPECT_EQ(store.DropParamFromCache("missing", PARAM_GROUP), -1);
-}
-
-TEST_F(Params, DroppingWarnsOfNoHeldLock) {
+TEST_F(Params, SavingAsksForReadOnlyFirst) {
   TAppParam* param = set("n", "1", PARAM_MINE);
-  const std::string out = Captured([&] { store.DropParamFromCache(param); });
-  EXPECT_EQ(out.find("Mutex destroyed while locked!"), std::string::npos);
+  param->SetReadOnly(true);
+  param->Delete();
+  ASSERT_TRUE(param->IsNull());
+  try {
+    param->Save(0);
+    ADD_FAILURE();
+  } catch (const char* text) {
+    EXPECT_STREQ(text, "Parameter is read only!");
+  }
+  EXPECT_TRUE(store.stored.empty());
 }
 
-TEST_F(Params, DeletingGoesToTheStoreAndTheCacheForgets) {
+TEST(ParamsOrder, TheStoreSeesTheValueAsItIsBeforeItCountsAsSavedOrGoes) {
+  struct Watching : Store {
+    void OnStoreValue(TAppParam* param, int) override { modified = param->Modified(); }
+    void OnDeleteValue(const TAppParam* param) override { value = param->Value(); }
+    bool modified = false;
+    std::string value;
+  } store;
+  TAppParam* param = store.SetParam("n", "1", PARAM_MINE, "", "", false);
+  param->SetValue("2");
+  param->Save(0);
+  EXPECT_TRUE(store.modified);
+  EXPECT_FALSE(param->Modified());
+  param->Delete();
+  EXPECT_EQ(store.value, "2");
+  EXPECT_TRUE(param->IsNull());
+}
+
+TEST_F(Params, ItsLockIsHeldWhileItsValueChangesAndNotOtherwise) {
+  TAppParam* source = set("source", "9", PARAM_GLOBAL);
   TAppParam* param = set("n", "1", PARAM_MINE);
-  store.DeleteParam(param);
-  EXPECT_EQ(store.deleted, std::vector<std::string>{"n"});
-  EXPECT_EQ(store.GetParam("n", PARAM_CACHE), pVoidParam);
-  set("m", "1", PARAM_MINE);
-  store.DeleteParam("m", PARAM_MASK_ALL);
-  EXPECT_EQ(store.deleted.back(), "m");
-  EXPECT_EQ(store.GetParam("m", PARAM_CACHE), pVoidParam);
+  // From another thread, as the record of the owner is one slot and a nested edit has cleared it.
+  const auto isHeld = [param] {
+    bool held = false;
+    std::thread([&] {
+      held = !param->native().try_lock();
+      if (!held) param->native().unlock();
+    }).join();
+    return held;
+  };
+  std::string held;
+  param->AddListener([&](TAppParam*, int) { held += isHeld() ? "y" : "n"; }, 0);
+  param->SetValue("2");
+  Parameter answer("hall_7");
+  answer.SetValue("3");
+  param->Load(answer);
+  EXPECT_EQ(held, "yy");
+  param->Bind(source);
+  EXPECT_EQ(held, "yyy");
+  param->Delete();
+  EXPECT_EQ(held.find('n'), std::string::npos) << held;
+  EXPECT_FALSE(isHeld());
 }
 
-TEST_F(Params, ANewIdentifierKeepsValuesListenersFollowersAndPendingWrites) {
-  TAppParam* old = store.SetParam("n", "1", PARAM_MINE, "c", "", true);
-  old->SetReadOnly(true);
-  set("n", "0", PARAM_GLOBAL);
-  set("n", "2", PARAM_MINE);
-  set("a", "3", PARAM_MINE);
-  TAppParam* follower = set("follower", "x", PARAM_GLOBAL);
-  follower->Bind(old);
-  int told = 0;
-  old->AddListener([&](TAppParam*, int) { ++told; }, 0);
-  store.id = "bar_1";
-  store.UpdateClientID("bar_1", "hall_7");
-  TAppParam* renamed = store.GetParamFromCache("n", PARAM_MINE, false);
-  ASSERT_NE(renamed, pVoidParam);
-  EXPECT_EQ(renamed->GetRawDomain(), "bar_1");
-  EXPECT_EQ(renamed->Value() + renamed->Caption(), "2c");
-  EXPECT_TRUE(renamed->ReadOnly());
-  EXPECT_EQ(follower->GetSourceRawDomain(), "bar_1");
-  EXPECT_EQ(store.GetExactParamFromCache("hall_7", "n", PARAM_MINE, false), pVoidParam);
-  EXPECT_EQ(store.GetParamFromCache("n", PARAM_GLOBAL, false)->Value(), "0");
-  told = 0;
-  renamed->SetValue("9");
-  EXPECT_EQ(told, 1);
-  EXPECT_EQ(follower->Value(), "9");
-  store.Poll();
-  EXPECT_EQ(store.storeRounds,
-            std::vector<std::string>{"bar_1/n=9;GLOBAL/n=0;bar_1/n=9;bar_1/a=3;GLOBAL/follower=9;"});
-  store.UpdateClientID("bar_1", "bar_1");
-  EXPECT_EQ(store.GetParamFromCache("n", PARAM_MINE, false), renamed);
+TEST_F(Params, ListenersAreNumberedFromOneAlsoWhenTheyAreCopied) {
+  TAppParam* from = set("from", "1", PARAM_MINE);
+  std::string order;
+  EXPECT_EQ(from->AddListener([&](TAppParam*, int) { order += "a"; }, 0), 1u);
+  EXPECT_EQ(from->AddConsumingListener([&](TAppParam*, int) { return order += "b", false; }, 0), 2u);
+  EXPECT_EQ(from->AddListener([&](TAppParam*, int) { order += "c"; }, 7), 3u);
+  from->TriggerListener(2, 5);
+  from->TriggerListener(4, 5);
+  EXPECT_EQ(order, "b") << "that one alone, and nobody for a number that was not given";
+  from->RemoveListener(3);
+  EXPECT_EQ(from->AddListener([](TAppParam*, int) {}, 0), 4u) << "a number is not given twice";
+  TAppParam* to = set("to", "1", PARAM_MINE);
+  to->AddListener([&](TAppParam*, int) { order += "own"; }, 0);
+  to->AddListenersOf(from);
+  order.clear();
+  to->TriggerListener(2, 0);
+  EXPECT_EQ(order, "a") << "copies get numbers of their new parameter";
+}
+
+TEST_F(Params, AnUpdateWhoseAnswerComesFromElsewhereTellsOfEverything) {
+  TAppParam* param = set("n", "1", PARAM_MINE);
+  std::vector<int> changes;
+  param->AddListener([&](TAppParam*, int flag) { changes.push_back(flag); }, 0);
+  store.answerWith("GLOBAL", "2");
+  param->Update();
+  EXPECT_EQ(param->Value(), "2");
+  EXPECT_EQ(changes, (std::vector<int>{TAppParam::VALUE, -1})) << "the shared data's edit was never begun";
+}
+
+TEST_F(Params, WritesThatComeWhileOthersAreStoredWaitForTheNextPoll) {
+  struct Busy : Store {
+    void OnStoreValues(const std::list<TAppParam*>& params) override {
+      Store::OnStoreValues(params);
+      if (storeRounds.size() == 1) {
+        SetParam("late", "1", PARAM_MINE, "", "", false);
+        AddToStoreQueue(params.front());
+        Poll();  // finds what came, and nothing of what is being stored
+      } else if (storeRounds.size() == 2) {
+        SetParam("later", "1", PARAM_MINE, "", "", false);
+      }
+    }
+  } busy;
+  busy.SetParam("n", "1", PARAM_MINE, "", "", false);
+  EXPECT_EQ(busy.Poll(), 0);
+  EXPECT_EQ(busy.storeRounds, (std::vector<std::string>{"hall_7/n=1;", "hall_7/late=1;hall_7/n=1;"}));
+  busy.Poll();
+  EXPECT_EQ(busy.storeRounds.back(), "hall_7/later=1;");
+  busy.Poll();
+  EXPECT_EQ(busy.storeRounds.size(), 3u);
 }
 
 }  // namespace

@@ -122,6 +122,70 @@ TEST_F(Params, AnEmptyClientReadsTheGlobalDomainOnly) {
   EXPECT_EQ(store.requests, std::vector<std::string>{"GLOBAL/n"});
 }
 
+TEST_F(Params, AGroupReadThatFindsTheGlobalValueGetsABoundEntryOfTheGroup) {
+  TAppParam* global = set("n", "1", PARAM_GLOBAL);
+  EXPECT_EQ(store.GetParamFromCache("n", PARAM_GROUP | PARAM_GLOBAL, false), global) << "only when it is wished";
+  EXPECT_EQ(store.GetParamFromCache("n", PARAM_GROUP, true), pVoidParam);
+  TAppParam* group = store.GetParam("n", PARAM_GROUP | PARAM_GLOBAL | PARAM_CACHE);
+  EXPECT_NE(group, global);
+  EXPECT_EQ(group->GetRawDomain(), "hall");
+  EXPECT_TRUE(group->IsBound());
+  EXPECT_EQ(group->GetSourceRawDomain(), "GLOBAL");
+  set("n", "2", PARAM_GLOBAL);
+  EXPECT_EQ(group->Value(), "2");
+  EXPECT_EQ(store.GetParamFromCache("n", PARAM_GROUP, true), group);
+  EXPECT_EQ(store.GetParamFromCache("n", PARAM_MINE, true), pVoidParam) << "and the client nothing";
+  EXPECT_TRUE(store.requests.empty());
+}
+
+TEST_F(Params, AGlobalReadMakesNoOtherEntry) {
+  TAppParam* global = set("n", "1", PARAM_GLOBAL);
+  EXPECT_EQ(store.GetParam("n", PARAM_GLOBAL | PARAM_CACHE), global);
+  EXPECT_EQ(store.GetParamFromCache("n", PARAM_GROUP, false), pVoidParam);
+}
+
+TEST_F(Params, AnAnswersEntryHandsItsQuietnessDownTheChain) {
+  for (const bool quiet : {true, false}) {
+    const std::string name = quiet ? "quiet" : "loud";
+    store.SetParam(name, "1", PARAM_GLOBAL, "", "", quiet);
+    store.answerWith("GLOBAL", "2");
+    EXPECT_EQ(store.GetParam(name, PARAM_GLOBAL | PARAM_GROUP | PARAM_MINE)->QuietSave, false)
+      << "the client's own entry was made by the lookup";
+    EXPECT_EQ(store.GetParamFromCache(name, PARAM_GROUP, false)->QuietSave, quiet);
+  }
+}
+
+TEST_F(Params, ANewAnswersEntryTakesTheQuietnessOfWhatWasCached) {
+  for (const bool quiet : {true, false}) {
+    const std::string name = quiet ? "quiet" : "loud";
+    store.SetParam(name, "1", PARAM_MINE, "", "", quiet);
+    store.answerWith("GLOBAL", "2");
+    TAppParam* mine = store.GetParam(name, PARAM_MASK_NO_CACHE);
+    EXPECT_EQ(mine->Value(), "2");
+    EXPECT_EQ(mine->QuietSave, quiet);
+    EXPECT_EQ(store.GetParamFromCache(name, PARAM_GLOBAL, false)->QuietSave, quiet);
+    EXPECT_EQ(store.GetParamFromCache(name, PARAM_GROUP, false)->QuietSave, quiet);
+  }
+}
+
+TEST_F(Params, ANewAnswersEntryWithoutAPredecessorIsNotQuiet) {
+  store.answerWith("GLOBAL", "2");
+  EXPECT_FALSE(store.GetParam("n", PARAM_MASK_ALL)->QuietSave);
+  EXPECT_FALSE(store.GetParamFromCache("n", PARAM_GLOBAL, false)->QuietSave);
+}
+
+TEST_F(Params, AGroupAnswerIsFollowedByTheClientOnly) {
+  store.answerWith("hall", "2");
+  TAppParam* mine = store.GetParam("n", PARAM_MASK_ALL);
+  EXPECT_EQ(mine->GetRawDomain(), "hall_7");
+  EXPECT_EQ(mine->GetSourceRawDomain(), "hall");
+  EXPECT_EQ(mine->GetSourceDomain("hall_7"), PARAM_GROUP);
+  EXPECT_EQ(store.GetParamFromCache("n", PARAM_GLOBAL, false), pVoidParam);
+  store.answerWith("hall_7", "3");
+  EXPECT_EQ(store.GetParam("m", PARAM_MASK_ALL)->GetSourceRawDomain(), "hall_7");
+  EXPECT_EQ(store.GetParamFromCache("m", PARAM_GROUP, false), pVoidParam);
+}
+
 // GetOrSet.
 
 TEST_F(Params, GetOrSetMakesWhatIsMissingWithoutAMessage) {
@@ -174,6 +238,42 @@ TEST_F(Params, WeirdModesAreLoggedAndRefused) {
   EXPECT_EQ(log.lines(), (std::vector<std::string>{
                            "0 PARAMS ERROR: Weird GetOrSet for param 'n'-> writing mine but reading something else",
                            "0 PARAMS ERROR: Weird GetOrSet for param 'n'-> reading only mine but writing global"}));
+}
+
+TEST_F(Params, TheCacheIsNoDomainToReadAClientsOwnWriteFrom) {
+  LogLines log;
+  const auto mode = static_cast<ParameterReadWriteMode>(PARAM_MINE * 16 + PARAM_CACHE);
+  EXPECT_EQ(store.GetOrSetParam("n", "1", "", "", mode, false), pVoidParam);
+  EXPECT_EQ(log.lines(),
+            std::vector<std::string>{
+              "0 PARAMS ERROR: Weird GetOrSet for param 'n'-> writing mine but reading something else"});
+  EXPECT_EQ(store.GetParam("n", PARAM_CACHE), pVoidParam);
+  TAppParam* known = set("n", "1", PARAM_MINE);
+  EXPECT_EQ(store.GetOrSetParam("n", "2", "", "", mode, true), known) << "what is there is found all the same";
+  EXPECT_EQ(known->Value(), "1");
+}
+
+TEST_F(Params, OnlyMineAndGlobalDoNotGoTogether) {
+  LogLines log;
+  const auto mode = [](int read, int write) { return static_cast<ParameterReadWriteMode>(write * 16 + read); };
+  EXPECT_EQ(store.GetOrSetParam("a", "1", "", "", mode(PARAM_MINE, PARAM_GLOBAL), false), pVoidParam);
+  EXPECT_EQ(log.size(), 1u);
+  EXPECT_NE(store.GetOrSetParam("b", "1", "", "", mode(PARAM_MINE, PARAM_GROUP), false), pVoidParam);
+  EXPECT_NE(store.GetOrSetParam("c", "1", "", "", mode(PARAM_MINE | PARAM_GLOBAL, PARAM_GLOBAL), false),
+            pVoidParam);
+  EXPECT_NE(store.GetOrSetParam("d", "1", "", "", mode(PARAM_MINE | PARAM_GROUP, PARAM_GLOBAL), false), pVoidParam);
+  EXPECT_NE(store.GetOrSetParam("e", "1", "", "", mode(PARAM_GLOBAL, PARAM_GROUP), false), pVoidParam);
+  EXPECT_EQ(log.size(), 1u);
+}
+
+TEST_F(Params, AWrittenDefaultIsSavedWhereItWasWritten) {
+  TAppParam* bound = store.GetOrSetParam("n", "1", "", "", PARAM_READ_MINE_OR_GROUP_WRITE_GROUP, false);
+  EXPECT_TRUE(bound->IsBound());
+  EXPECT_EQ(bound->GetPreferedSaveLocation(), PARAM_CACHE) << "a bound entry has the start values";
+  EXPECT_EQ(bound->GetSaveForAllLocation(), PARAM_GROUP);
+  TAppParam* group = store.GetParamFromCache("n", PARAM_GROUP, false);
+  EXPECT_EQ(group->GetPreferedSaveLocation(), PARAM_GROUP);
+  EXPECT_EQ(group->GetSaveForAllLocation(), PARAM_GROUP);
 }
 
 TEST_F(Params, GetOrSetForAnotherClientUsesItsAddresses) {

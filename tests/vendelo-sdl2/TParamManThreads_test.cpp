@@ -165,6 +165,26 @@ TEST_F(ParamsAtOnce, AWrittenValueIsNeverLostToADefault) {
   EXPECT_EQ(lost, 0);
 }
 
+TEST_F(ParamsAtOnce, EveryQueuedWriteIsStoredOnceWhoeverWritesWhileOthersAreStored) {
+  struct Counting : Store {
+    void OnStoreValues(const std::list<TAppParam*>& params) override { count += params.size(); }
+    size_t count = 0;
+  } counting;
+  constexpr size_t WRITES = 2000;
+  TAppParam* const param = counting.SetParam("n", "1", PARAM_CACHE, "", "", false);
+  std::atomic<int> writing{2};
+  const auto write = [&] {
+    for (size_t i = 0; i < WRITES; ++i) counting.AddToStoreQueue(param);
+    --writing;
+  };
+  std::thread first(write), second(write);
+  while (writing > 0) counting.Poll();
+  first.join();
+  second.join();
+  counting.Poll();
+  EXPECT_EQ(counting.count, 2 * WRITES);
+}
+
 TEST_F(ParamsAtOnce, TwoHandlesOfOneValueAreWrittenResetAndSavedAtOnce) {
   TAppParam* const global = store.SetParam("n", "0", PARAM_GLOBAL, "", "", false);
   TAppParam* const mine = store.GetParam("n", PARAM_MASK_ALL);

@@ -1,5 +1,6 @@
 #include "tests/vendelo-sdl2/TParamManFixture.h"
 
+#include <limits>
 #include <locale>
 #include <thread>
 
@@ -41,7 +42,15 @@ TEST(ReadModes, AreTheDomainsBits) {
 TEST(OrderBits, AreTheHighestAndTheLowestAsValues) {
   const struct {
     int mask, high, low;
-  } cases[] = {{0, 0, 0}, {1, 1, 1}, {15, 8, 1}, {14, 8, 2}, {6, 4, 2}, {12, 8, 4}};
+  } cases[] = {{0, 0, 0},
+               {1, 1, 1},
+               {15, 8, 1},
+               {14, 8, 2},
+               {6, 4, 2},
+               {12, 8, 4},
+               {1 << 30, 1 << 30, 1 << 30},
+               {-1, std::numeric_limits<int>::min(), 1},
+               {-8, std::numeric_limits<int>::min(), 8}};
   for (const auto& c : cases) {
     EXPECT_EQ(highestOrderBit(c.mask), c.high);
     EXPECT_EQ(lowestOrderBit(c.mask), c.low);
@@ -71,8 +80,12 @@ TEST_F(Params, TheSentinelReadsAsEmptyAndIgnoresEveryWriter) {
   none->SetSaveForAllLocation(PARAM_GLOBAL);
   EXPECT_EQ(none->AddListener([](TAppParam*, int) {}, 1), 0u);
   none->AddListenersOf(source);
-  EXPECT_EQ(log.lines().size(), 12u);
-  EXPECT_EQ(log.lines().front(), "4 PARAMS ERROR: SetValue on the missing parameter is ignored");
+  std::vector<std::string> refused;
+  for (const char* operation :
+       {"SetValue", "SetValue", "SetValue", "Load", "Bind", "Update", "Delete", "SetReadOnly",
+        "SetPreferedSaveLocation", "SetSaveForAllLocation", "AddListener", "AddListenersOf"})
+    refused.push_back(std::string("4 PARAMS ERROR: ") + operation + " on the missing parameter is ignored");
+  EXPECT_EQ(log.lines(), refused);
   none->SetData(std::make_shared<ParameterData>());
   none->StealFrom(other);
   none->CopyFrom(other);
@@ -89,8 +102,10 @@ TEST_F(Params, TheSentinelReadsAsEmptyAndIgnoresEveryWriter) {
   EXPECT_EQ(store.DropParamFromCache(none), -1);
   EXPECT_EQ(store.DropParamFromCache(nullptr), -1);
   store.DeleteParam(none);
+  store.DeleteParam(nullptr);
   store.DeleteParam("missing", PARAM_CACHE);
   EXPECT_EQ(store.deleted.size(), 0u);
+  EXPECT_EQ(log.size(), refused.size()) << "to delete it is no mistake";
 }
 
 // Addresses.
@@ -106,6 +121,10 @@ TEST_F(Params, AddressesFollowTheIdentifier) {
   EXPECT_EQ(store.GetGlobalDomain(), "GLOBAL");
   EXPECT_EQ(store.GetGroupDomain("x_y_z"), "x");
   EXPECT_EQ(store.GetGroupDomain("plain"), "hall") << "the application's own group";
+  EXPECT_EQ(store.GetGroupDomain("_x"), "") << "the part before the underscore, empty or not";
+  EXPECT_EQ(TAppParam::GetAddressOf(PARAM_GROUP, "_x"), "");
+  EXPECT_EQ(store.GetGroupDomain("x_"), "x");
+  EXPECT_EQ(store.GetGroupDomain(""), "hall");
   store.id = "solo";
   EXPECT_EQ(store.GetGroupDomain("plain"), "solo");
   EXPECT_EQ(TAppParam("n", PARAM_GROUP).GetRawDomain(), "solo");
@@ -165,7 +184,9 @@ TEST_F(Params, OtherWritesAreQueuedOncePerWriteInOrder) {
   TAppParam* global = set("name", "2", PARAM_GLOBAL);
   EXPECT_EQ(global->GetPreferedSaveLocation(), PARAM_GLOBAL);
   set("name", "3", PARAM_MINE);
-  set("other", "4", PARAM_GROUP);
+  TAppParam* group = set("other", "4", PARAM_GROUP);
+  EXPECT_EQ(group->GetPreferedSaveLocation(), PARAM_MINE) << "for its own address it is the owner";
+  EXPECT_EQ(group->GetSaveForAllLocation(), PARAM_GROUP);
   store.Poll();
   EXPECT_EQ(store.storeRounds, std::vector<std::string>{"hall_7/name=3;GLOBAL/name=2;hall_7/name=3;hall/other=4;"});
   store.Poll();
