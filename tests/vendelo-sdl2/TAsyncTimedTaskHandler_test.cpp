@@ -130,7 +130,7 @@ TEST(AsyncTask, ALimitAboveZeroDoesNotEndTheWorker) {
   for (const auto type : {Task::EXECUTE_COUNT, Task::EXECUTE_COUNT_NO_FREE}) {
     std::atomic<int> runs{0};
     TAsyncTimedTaskHandler task([&] { ++runs; }, 0, type, "limited", false, false);
-    task.SetExecutionsLimit(2);
+    task.SetExecutionsLimit(1);
     task.start();
     while (runs < 6) SDL_Delay(1);
     task.free();
@@ -154,6 +154,47 @@ TEST(AsyncTask, AnExceptionIsLoggedAndTheTaskGoesOn) {
   task.free();
   EXPECT_EQ(log.count("0 Async task unhandled exception...breaker"), 1);
   EXPECT_EQ(task.completedCount(), static_cast<Uint32>(runs - 1)) << "a run that threw is not completed";
+}
+
+// The pause is the interval at least; how much more, only the machine knows.
+TEST(AsyncTask, BetweenTwoRunsLiesTheInterval) {
+  for (const bool autoFree : {false, true}) {
+    std::atomic<TAsyncTimedTaskHandler*> self{nullptr};
+    std::atomic<int> runs{0};
+    std::atomic<Uint32> first{0};
+    std::atomic<Uint32> second{0};
+    auto* task = new TAsyncTimedTaskHandler(
+      [&] {
+        if (runs == 0) {
+          first = SDL_GetTicks();
+        } else {
+          second = SDL_GetTicks();
+          self.load()->SetExecutionsLimit(0);  // the end, also for one that nobody else may touch
+        }
+        ++runs;
+      },
+      60, Task::EXECUTE_COUNT, "paced", false, autoFree);
+    self = task;
+    task->SetExecutionsLimit(2);
+    task->start();
+    if (autoFree) {
+      ASSERT_TRUE(TAsyncJob::WaitForNone(30000));
+    } else {
+      while (task->completedCount() < 2) SDL_Delay(1);
+      delete task;
+    }
+    EXPECT_EQ(runs, 2);
+    EXPECT_GE(second - first, 59u);  // the ticks are cut off
+  }
+}
+
+TEST(AsyncTask, BothCountedKindsEndAtALimitOfZero) {
+  for (const auto type : {Task::EXECUTE_COUNT, Task::EXECUTE_COUNT_NO_FREE}) {
+    std::atomic<int> runs{0};
+    new TAsyncTimedTaskHandler([&] { ++runs; }, 0, type, "limit 0", true, true);
+    ASSERT_TRUE(TAsyncJob::WaitForNone(30000));
+    EXPECT_EQ(runs, 1);
+  }
 }
 
 }  // namespace

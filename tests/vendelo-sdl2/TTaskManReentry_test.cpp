@@ -102,6 +102,60 @@ TEST_F(Tasks, ANestedWalkOfTheSameSetMayEndTheTaskOfTheOuterOne) {
   EXPECT_EQ(deaths, 1);
 }
 
+TEST_F(Tasks, AWalkBlocksItsOwnSetAndNoOther) {
+  Probe* probe = add(10, Task::ENDLESS);
+  Probe* inDraw = add(10, Task::ENDLESS, TASK_DRAW);
+  Probe* goes = add(1000, Task::ENDLESS);
+  const std::function<void()> asks[] = {
+    [&] { EXPECT_TRUE(manager->IsTimedTaskValid(probe, TASK_NORMAL)); },
+    [&] { EXPECT_NE(manager->GetTimedTask(nullptr), nullptr); },
+    [&] { manager->AddTimedTask(inDraw, TASK_NORMAL); },
+    [&] { manager->RemoveTimedTask(goes, true); },
+  };
+  std::atomic<int> asking{0};
+  std::atomic<int> answered{0};
+  std::vector<std::thread> same;
+  probe->onRun = [&] {
+    std::thread([&] { EXPECT_TRUE(manager->IsTimedTaskValid(inDraw, TASK_DRAW)); }).join();
+    for (const auto& ask : asks)
+      same.emplace_back([&] {
+        ++asking;
+        ask();
+        ++answered;
+      });
+    while (asking < 4) std::this_thread::yield();
+    SDL_Delay(20);  // not needed, but who does not wait has his answer by then
+    EXPECT_EQ(answered, 0);
+  };
+  poll(11);
+  for (auto& thread : same) thread.join();
+  EXPECT_EQ(answered, 4);
+  EXPECT_EQ(deaths, 1);
+  manager->RemoveTimedTask(inDraw, false);  // it stood in two sets
+}
+
+// Each stands in a task and wants the other one's set: would one of them keep its own, both would wait for ever.
+TEST_F(Tasks, TasksThatCrossLetGoOfTheirOwnSets) {
+  std::atomic<int> inside{0};
+  const auto cross = [&](TimedTaskType own, TimedTaskType other) {
+    Probe* probe = add(10, Task::ENDLESS, own);
+    probe->onRun = [&, probe, other] {
+      ++inside;
+      while (inside < 2) std::this_thread::yield();
+      EXPECT_FALSE(manager->IsTimedTaskValid(probe, other));
+      add(10, Task::ENDLESS, other);
+    };
+    return probe;
+  };
+  const Probe* const normal = cross(TASK_NORMAL, TASK_DRAW);
+  const Probe* const inDraw = cross(TASK_DRAW, TASK_NORMAL);
+  clock.advance(11);
+  std::thread draw([&] { manager->ProcessTasks(TASK_DRAW); });
+  manager->ProcessTasks(TASK_NORMAL);
+  draw.join();
+  EXPECT_EQ(normal->runs + inDraw->runs, 2);
+}
+
 TEST_F(Tasks, NoThreadHoldsTwoSets) {
   // A task of one set works on the other while a second thread does the same the other way round.
   std::atomic<int> done{0};

@@ -128,6 +128,91 @@ TEST_F(Tasks, AWrapOfTheTickCounterBeginsThePeriodAnewAndIsLogged) {
   EXPECT_EQ(probe->runs, 1);
 }
 
+TEST_F(Tasks, ARealTimeTaskBeginsItsGridAnewAtAWrap) {
+  LogLines log;
+  clock.set(0xffffff00u);
+  Probe* probe = add(100, Task::ENDLESS);
+  probe->SetRealTime(true);
+  poll(201);
+  manager->ProcessTasks(TASK_NORMAL);
+  EXPECT_EQ(probe->runs, 2) << "the grid stands at 200";
+  clock.set(16);
+  for (int i = 0; i < 3; ++i) manager->ProcessTasks(TASK_NORMAL);
+  EXPECT_EQ(probe->runs, 2) << "nothing to catch up from before the wrap";
+  EXPECT_EQ(log.size(), 1u) << "told once";
+  poll(100);
+  EXPECT_EQ(probe->runs, 2);
+  poll(1);
+  EXPECT_EQ(probe->runs, 3);
+  poll(90);  // 207, and the grid goes by 16, 116, 216
+  poll(9);
+  EXPECT_EQ(probe->runs, 3);
+  poll(1);
+  EXPECT_EQ(probe->runs, 4);
+}
+
+TEST_F(Tasks, EnablingAnEnabledTaskBeginsItsIntervalAnew) {
+  Probe* probe = add(100, Task::ENDLESS);
+  poll(60);
+  probe->Enable();
+  poll(100);
+  EXPECT_EQ(probe->runs, 0);
+  poll(1);
+  EXPECT_EQ(probe->runs, 1);
+}
+
+TEST_F(Tasks, ADisabledTaskDoesNotLookAtTheTime) {
+  LogLines log;
+  Probe* probe = add(100, Task::ENDLESS);
+  probe->Disable();
+  poll(500);
+  EXPECT_EQ(probe->GetTimeRemainigToExecute(), 0u) << "its last run lies where it lay";
+  clock.set(0xffffff00u);
+  poll(16);
+  EXPECT_EQ(log.size(), 0u);
+}
+
+TEST_F(Tasks, AFinishedKeptTaskDoesNotLookAtTheTime) {
+  LogLines log;
+  Probe* probe = add(100, Task::EXECUTE_COUNT_NO_FREE);
+  probe->SetExecutionsLimit(1);
+  poll(101);
+  EXPECT_EQ(probe->runs, 1);
+  poll(150);
+  EXPECT_EQ(probe->GetTimeRemainigToExecute(), 0u);
+  probe->SetExecutionsLimit(2);
+  poll(0);
+  EXPECT_EQ(probe->runs, 2) << "its interval is over since the run before";
+  clock.set(0xffffff00u);
+  poll(1);
+  EXPECT_EQ(log.size(), 0u) << "and a leap of the clock is none of its business";
+}
+
+TEST_F(Tasks, ALimitBelowTheRunsThatWereMadeEndsACountedTask) {
+  Probe* goes = add(10, Task::EXECUTE_COUNT);
+  Probe* stays = add(10, Task::EXECUTE_COUNT_NO_FREE);
+  for (auto* probe : {goes, stays}) probe->SetExecutionsLimit(5);
+  for (int i = 0; i < 3; ++i) poll(11);
+  for (auto* probe : {goes, stays}) probe->SetExecutionsLimit(2);
+  EXPECT_EQ(goes->runs * 10 + stays->runs, 33);
+  poll(11);
+  EXPECT_EQ(deaths, 1) << "after one run more";
+  EXPECT_FALSE(manager->IsTimedTaskValid(goes, TASK_ANY));
+  EXPECT_EQ(stays->runs, 3);
+}
+
+TEST_F(Tasks, ARunThatThrowsCountsTowardsTheLimit) {
+  LogLines log;
+  Probe* probe = add(10, Task::EXECUTE_COUNT);
+  probe->SetExecutionsLimit(2);
+  probe->onRun = [] { throw 1; };
+  poll(11);
+  EXPECT_EQ(deaths, 0);
+  poll(11);
+  EXPECT_EQ(deaths, 1);
+  EXPECT_EQ(log.count("0 ExecuteConditional unhandled exception...probe"), 2);
+}
+
 TEST_F(Tasks, AnExceptionIsLoggedAndCountsAsARun) {
   LogLines log;
   manager->AddTimedTask(new TtthLambda([] { throw std::runtime_error("no"); }, 10, Task::EXECUTE_ONCE, "breaker"),
@@ -174,6 +259,24 @@ TEST_F(Tasks, EachSetRunsOnItsOwnAndAnyRunsAll) {
   EXPECT_EQ(normal->runs * 100 + draw->runs * 10 + safe->runs, 11);
   poll(11, TASK_ANY);
   EXPECT_EQ(normal->runs * 100 + draw->runs * 10 + safe->runs, 122);
+}
+
+TEST_F(Tasks, AnyRunsTheSetsInTheirOrder) {
+  std::string order;
+  const TimedTaskType sets[] = {TASK_THREAD_SAFE, TASK_DRAW, TASK_NORMAL};
+  for (const auto set : sets) add(10, Task::ENDLESS, set)->onRun = [&order, set] { order += std::to_string(set); };
+  poll(11, TASK_ANY);
+  EXPECT_EQ(order, "012");
+}
+
+TEST_F(Tasks, ATaskOfTwoSetsLeavesTheFirstOneFirst) {
+  Probe* probe = add(10, Task::ENDLESS, TASK_THREAD_SAFE);
+  manager->AddTimedTask(probe, TASK_DRAW);
+  EXPECT_EQ(manager->_IsTimedTaskValid(probe, TASK_ANY), TASK_DRAW);
+  manager->RemoveTimedTask(probe, false);
+  EXPECT_EQ(manager->_IsTimedTaskValid(probe, TASK_ANY), TASK_THREAD_SAFE);
+  manager->RemoveTimedTask(probe, true);
+  EXPECT_EQ(deaths, 1);
 }
 
 TEST_F(Tasks, AddRefusesNullAndAnyAndLeavesTheTaskWithTheCaller) {
