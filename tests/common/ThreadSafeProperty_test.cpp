@@ -25,6 +25,24 @@ class CountingLock : public ILockable {
   mutable int locks = 0, unlocks = 0;
 };
 
+// Writes down who was locked and unlocked, in the order of the calls.
+class NamedLock : public ILockable {
+ public:
+  NamedLock(std::string& record, const char* name) : mRecord(record), mName(name) {}
+  void Lock() const override {
+    mRecord += std::string("+") + mName;
+    ILockable::Lock();
+  }
+  void Unlock() const override {
+    mRecord += std::string("-") + mName;
+    ILockable::Unlock();
+  }
+
+ private:
+  std::string& mRecord;
+  const char* const mName;
+};
+
 void inThread(const std::function<void()>& work) { std::thread(work).join(); }
 
 bool isHeld(const Lockable<std::recursive_mutex>& lock) {
@@ -101,6 +119,28 @@ TEST(Lockable, WarnsWhenItIsDestroyedWithItsRecordSet) {
   EXPECT_EQ(notices.trace.count(destroyedLocked), 1);
 }
 
+TEST(Lockable, TheWarningIsOneOfTheApplicationsOwn) {
+  std::vector<const logs::LogCategory*> categories;
+  logs::Logger::Output = [&](const logs::LogEntry& entry) { categories.push_back(&entry.Category); };
+  {
+    Lockable<std::recursive_mutex> lock;
+    lock.Lock();
+    lock.native().unlock();
+  }
+  logs::Logger::Output = nullptr;
+  EXPECT_EQ(categories, std::vector<const logs::LogCategory*>{&LogApp});
+}
+
+// The caller of the destructor is not to hear of a log that fails.
+TEST(Lockable, ALogThatThrowsDoesNotLeaveTheDestructor) {
+  logs::Logger::Output = [](const logs::LogEntry&) { throw 1; };
+  {
+    ILockable lock;
+    lock.Lock();
+  }
+  logs::Logger::Output = nullptr;
+}
+
 TEST(Lockable, OwnerIsOnRecordOnlyWhileTheMutexIsHeld) {
   struct Mutex {
     const ILockable* owner = nullptr;
@@ -175,6 +215,61 @@ TEST(ScopedLock, SelfAssignmentUnlocksAndLocksOnceAndKeepsHolding) {
   EXPECT_EQ(lock.locks, 2);
   EXPECT_EQ(lock.unlocks, 1);
   EXPECT_FALSE(guard.Expired());
+}
+
+TEST(ScopedLock, AssignmentLetsGoBeforeItTakes) {
+  std::string record;
+  NamedLock a(record, "a"), b(record, "b");
+  {
+    ScopedLock guard(a), other(b);
+    record.clear();
+    guard = other;
+    EXPECT_EQ(record, "-a+b");
+    ScopedLock& same = guard;
+    record.clear();
+    guard = same;
+    EXPECT_EQ(record, "-b+b");
+  }
+  EXPECT_EQ(record, "-b+b-b-b");
+}
+
+TEST(ScopedLockDeathTest, AnExceptionAtTheEndOfAGuardEndsTheProcess) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  struct Throwing : ILockable {
+    void Lock() const override {
+      if (IsLocked() || mArmed) throw 1;
+      ILockable::Lock();
+    }
+    void Unlock() const override {
+      ILockable::Unlock();
+      if (mThrowAtUnlock) throw 1;
+      mArmed = true;
+    }
+    bool mThrowAtUnlock = false;
+    mutable bool mArmed = false;
+  };
+  EXPECT_DEATH(
+    {
+      Throwing lock;
+      lock.mThrowAtUnlock = true;
+      try {
+        ScopedLock guard(lock);
+      } catch (...) {
+      }
+      std::exit(0);
+    },
+    "");
+  EXPECT_DEATH(
+    {
+      Throwing lock;
+      lock.Lock();
+      try {
+        InverseScopedLock guard(lock);
+      } catch (...) {
+      }
+      std::exit(0);
+    },
+    "");
 }
 
 TEST(ScopedLock, ConcurrentReleasesUnlockOnce) {
@@ -261,6 +356,27 @@ TEST(InverseScopedLock, AssignmentTakesBackTheOldAndFreesTheNewIfItCan) {
   EXPECT_EQ(second.locks, 3);
   first.Unlock();
   second.Unlock();
+}
+
+TEST(InverseScopedLock, AssignmentTakesBackBeforeItLetsGo) {
+  std::string record;
+  NamedLock a(record, "a"), b(record, "b");
+  a.Lock();
+  b.Lock();
+  InverseScopedLock guard(a), other(b);
+  b.Lock();  // so that there is something to let go of
+  record.clear();
+  guard = other;
+  EXPECT_EQ(record, "+a-b");
+  EXPECT_FALSE(guard.Expired());
+  EXPECT_FALSE(other.Expired());
+  guard = InverseScopedLock();
+  EXPECT_EQ(record, "+a-b+b");
+  EXPECT_TRUE(guard.Expired());
+  other.Release();  // taken back by the other one already
+  EXPECT_EQ(record, "+a-b+b");
+  a.Unlock();
+  b.Unlock();
 }
 
 TEST(ThreadSafeProperty, StartsDefinedAndCopies) {
