@@ -21,6 +21,7 @@ class Bus : public TActionMan {
  public:
   using TActionMan::ActionGenerated;
   using TActionMan::ActionListMutex;
+  using TActionMan::ActionQueueMutex;
   using TActionMan::ToRunMutex;
 
   // A handler that adds `mark` to the record.

@@ -112,6 +112,32 @@ TEST(ActionAsyncDeathTest, AnExceptionEndsTheProcess) {
     "");
 }
 
+TEST(ActionThreads, GeneratingWaitsForTheQueueAndForNothingElse) {
+  Bus bus;
+  bus.listen("abcd", "x");
+  SDL_LockMutex(bus.ActionListMutex);
+  for (auto* mutex : bus.ToRunMutex) SDL_LockMutex(mutex);
+  std::thread([&] { bus.GenerateAction("abcd", nullptr, ACTION_ANY); }).join();
+  for (auto* mutex : bus.ToRunMutex) SDL_UnlockMutex(mutex);
+  SDL_UnlockMutex(bus.ActionListMutex);
+  std::atomic<bool> asked{false};
+  std::atomic<bool> done{false};
+  SDL_LockMutex(bus.ActionQueueMutex);
+  std::thread waiting([&] {
+    asked = true;
+    bus.GenerateAction("abcd", nullptr, ACTION_ANY);
+    done = true;
+  });
+  while (!asked) std::this_thread::yield();
+  SDL_Delay(20);  // not needed, but who does not wait is done by then
+  EXPECT_FALSE(done);
+  SDL_UnlockMutex(bus.ActionQueueMutex);
+  waiting.join();
+  bus.ProcessActions();
+  bus.ExecuteActions(ACTION_NORMAL);
+  EXPECT_EQ(bus.ran, "xx");
+}
+
 TEST(ActionStress, FourThreadsGenerateWhileTwoExecuteAndRegister) {
   Bus bus;
   std::atomic<int> runs{0};
