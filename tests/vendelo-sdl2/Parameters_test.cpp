@@ -150,8 +150,9 @@ INSTANTIATE_TEST_SUITE_P(
                   NumberCase{"16777217", 16777217, 16777216.0, true, true},
                   NumberCase{"99999999999999999999", 0, static_cast<double>(1e20f), true, true},
                   NumberCase{"1e60", 1, 7.5, false, true}, NumberCase{" 5", 5, 5.0, true, true},
-                  NumberCase{"5 ", 5, 5.0, false, false}, NumberCase{"+8", 8, 8.0, true, true},
-                  NumberCase{"2.5x", 2, 2.5, false, false}, NumberCase{"0x10", 0, 16.0, false, true},
+                  NumberCase{"5 ", 5, 5.0, false, false}, NumberCase{"5a", 5, 5.0, false, false},
+                  NumberCase{"+8", 8, 8.0, true, true}, NumberCase{"2.5x", 2, 2.5, false, false},
+                  NumberCase{"0x10", 0, 16.0, false, true},
                   NumberCase{"-9223372036854775808", std::numeric_limits<long>::min(), -9223372036854775808.0, true,
                              true},
                   NumberCase{"-9223372036854775809", 0, -9223372036854775808.0, true, true}));
@@ -237,6 +238,15 @@ TEST(ParameterSharing, EachFieldHasItsBitOfTheDifference) {
               {"caption", [](Parameter& p) { p.SetCaption("c"); }, ParamChangeListener::CAPTION},
               {"description", [](Parameter& p) { p.SetDescription("d"); }, ParamChangeListener::DESCRIPTION},
               {"restrictions", [](Parameter& p) { p.SetRestrictions(4); }, ParamChangeListener::RESTRICTION},
+              {"all of them",
+               [](Parameter& p) {
+                 p.SetValue("2");
+                 p.SetCaption("c");
+                 p.SetDescription("d");
+                 p.SetRestrictions(4);
+               },
+               ParamChangeListener::VALUE | ParamChangeListener::CAPTION | ParamChangeListener::DESCRIPTION |
+                 ParamChangeListener::RESTRICTION},
               {"limits", [](Parameter& p) { p.SetLimits("=1"); }, ParamChangeListener::NONE},
               {"old value",
                [](Parameter& p) {

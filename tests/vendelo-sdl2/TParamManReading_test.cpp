@@ -1,6 +1,7 @@
 #include "tests/vendelo-sdl2/TParamManFixture.h"
 
 #include <cstdlib>
+#include <limits>
 
 using namespace paramtest;
 
@@ -281,6 +282,28 @@ TEST_F(Params, GetOrSetForAnotherClientUsesItsAddresses) {
     store.GetOrSetExactParam("bar_1", "n", "1", "", "", PARAM_READ_MINE_OR_GROUP_WRITE_GROUP, false);
   EXPECT_EQ(param->GetRawDomain(), "bar_1");
   EXPECT_EQ(param->GetSourceRawDomain(), "bar");
+}
+
+TEST_F(Params, EveryNumberIsBorneAsAMode) {
+  LogLines log;
+  Captured([&] {
+    for (const int mode : {std::numeric_limits<int>::min(), -17, -16, -1, std::numeric_limits<int>::min() + 5})
+      EXPECT_EQ(store.GetParam("n", mode), pVoidParam) << mode;
+    EXPECT_TRUE(store.requests.empty()) << "a negative mode reads nothing";
+    for (int mode = 0; mode < 256; ++mode) {
+      const std::string name = "n" + std::to_string(mode);
+      for (int turn = 0; turn < 2; ++turn) {
+        TAppParam* param =
+          store.GetOrSetParam(name, mode, "", "", static_cast<ParameterReadWriteMode>(mode), false);
+        ASSERT_NE(param, nullptr);
+        if (param == pVoidParam) continue;
+        EXPECT_EQ(param->Name() + "=" + param->Value(), name + "=" + std::to_string(mode));
+      }
+    }
+    set("n", "1", PARAM_MINE);
+    EXPECT_EQ(store.GetParam("n", std::numeric_limits<int>::max())->Value(), "1")
+      << "its low four bits are all set";
+  });
 }
 
 // The environment.
