@@ -19,11 +19,14 @@ namespace {
 constexpr size_t FormatBuffer = 2048;
 constexpr size_t StampLength = 24;
 constexpr TLogType UserTypes = 0x10000;
+constexpr TLogType WarningType = 4;
 constexpr size_t MaxHistory = 50;
 constexpr size_t KeptOldLogs = 39;
 constexpr Uint32 DateCheckInterval = 10000;
 constexpr Uint32 FlushInterval = 100;
 constexpr Uint32 ReopenInterval = 37840;
+constexpr Uint32 RetryInterval = 1000;  // of a file that could be opened and then took no more
+constexpr size_t FileBuffer = 8192;
 
 constexpr const char* Prefixes[] = {
   ": ", ": ", ": debINFO: ", ": INFO: ", ": WARN: ", ": ERROR: ", ": debERROR: ", ": CRITICAL: ", ": "};
@@ -50,7 +53,10 @@ const char* prefixOf(TLogType type) {
 
 TLogManager::TLogManager() = default;
 
-TLogManager::~TLogManager() { releaseDefaultInstance(this); }
+TLogManager::~TLogManager() {
+  releaseDefaultInstance(this);
+  closeFile();
+}
 
 int TLogManager::Init(std::string LogFileFilename, TpfOnWriteLog pfOnWriteLog, void* pUserData,
                       bool AutoHandleOldLogs) {
@@ -62,6 +68,8 @@ int TLogManager::Init(std::string LogFileFilename, TpfOnWriteLog pfOnWriteLog, v
   this->pUserData = pUserData;
   this->AutoHandleOldLogs = AutoHandleOldLogs;
   OutputToConsole = false;
+  mWriteFailed = false;
+  mLostLines = 0;
   LastTime = FileOpenTime = FileFlushTime = SDL_GetTicks();
   Open();
   TLogManager* none = nullptr;
@@ -110,13 +118,13 @@ int TLogManager::Open() {
       fs::create_directories(directory, error);
       std::ofstream(mLogFileLocation) << "== APP CREATED THIS FILE ==\n";
     }
-    if (hLogFile.is_open()) hLogFile.close();
-    hLogFile.clear();
-    hLogFile.open(mLogFileLocation, std::ios::app);
-    if (hLogFile.is_open())
-      hLogFile << "\n\n";
-    else
+    closeFile();
+    if (!openFile())
       KLOG(LogApp, logs::Error, "Can't open log file %s", mLogFileLocation.c_str());
+    else if (mWriteFailed)
+      resume("\n\n");
+    else
+      mFileBuffer = "\n\n";
   }
   if (hLogFile.is_open() || pfOnWriteLog) return 0;
   KLOG(LogApp, logs::Warning, "No channels to output. Will output to console.");
@@ -124,10 +132,65 @@ int TLogManager::Open() {
   return -1;
 }
 
+// What is buffered here is handed to the system as it stands: the stream itself keeps nothing, so that after a
+// failure nothing is left in it that would be written twice.
+bool TLogManager::openFile() {
+  hLogFile.clear();
+  hLogFile.rdbuf()->pubsetbuf(nullptr, 0);
+  hLogFile.open(mLogFileLocation, std::ios::app);
+  mFileBuffer.reserve(2 * FileBuffer);
+  return hLogFile.is_open();
+}
+
+bool TLogManager::closeFile() {
+  if (!hLogFile.is_open() || !flushFile()) return false;
+  hLogFile.close();
+  return true;
+}
+
+bool TLogManager::flushFile() {
+  if (mFileBuffer.empty()) return true;
+  const auto arrived = static_cast<size_t>(
+    hLogFile.rdbuf()->sputn(mFileBuffer.data(), static_cast<std::streamsize>(mFileBuffer.size())));
+  if (arrived > 0) mEndsInLine = mFileBuffer[arrived - 1] != '\n';
+  const bool good = arrived == mFileBuffer.size();
+  if (!good) {
+    if (!mWriteFailed) KLOG(LogApp, logs::Error, "Can't write log file %s", mLogFileLocation.c_str());
+    mWriteFailed = true;
+    // A line that lacks nothing but its end is there: it gets that when the file goes on.
+    const auto lost = [arrived](size_t end) { return end - 1 > arrived; };
+    mLostLines += static_cast<unsigned long>(std::count_if(mLineEnds.begin(), mLineEnds.end(), lost));
+    FileOpenTime = SDL_GetTicks();
+    hLogFile.close();
+  }
+  mFileBuffer.clear();
+  mLineEnds.clear();
+  return good;
+}
+
+// What was lost is said at once: until that has arrived, no other line would.
+void TLogManager::resume(const std::string& before) {
+  mFileBuffer = before;
+  if (mLostLines > 0)
+    mFileBuffer += stampOf(std::time(nullptr)) + prefixOf(WarningType) +
+                   "The log file could not be written, lines lost: " + std::to_string(mLostLines) + "\n";
+  if (!flushFile()) return;
+  mLostLines = 0;
+  mWriteFailed = false;
+}
+
+void TLogManager::reopen() {
+  if (!MyUtils::IsTime(FileOpenTime, mWriteFailed ? RetryInterval : ReopenInterval, true)) return;
+  if (!openFile() || !mWriteFailed) return;
+  if (mLostLines == 0)
+    resume("\n\n");  // all that was lost
+  else
+    resume(mEndsInLine ? "\n" : "");
+}
+
 void TLogManager::Close() {
   std::lock_guard<std::recursive_mutex> lock(mPollMutex);
-  if (!hLogFile.is_open()) return;
-  hLogFile.close();
+  if (!closeFile()) return;
   std::printf("%s closed.\n", FullLogFileFilename.c_str());
   FullLogFileFilename.clear();
 }
@@ -203,10 +266,9 @@ int TLogManager::Poll() {
     tellListeners(*entry);
   }
   if (hLogFile.is_open()) {
-    if (MyUtils::IsTime(FileFlushTime, FlushInterval, true)) hLogFile.flush();
-  } else if (MyUtils::IsTime(FileOpenTime, ReopenInterval, true)) {
-    hLogFile.clear();
-    hLogFile.open(mLogFileLocation, std::ios::app);
+    if (MyUtils::IsTime(FileFlushTime, FlushInterval, true)) flushFile();
+  } else {
+    reopen();
   }
   return 0;
 }
@@ -246,15 +308,20 @@ int TLogManager::WriteLogV(char color, TLogType LogType, unsigned long GameId, c
 
 void TLogManager::WriteToFile(const std::string& message) {
   std::lock_guard<std::recursive_mutex> lock(mPollMutex);
-  if (hLogFile.is_open())
-    hLogFile << message;
-  else
+  const bool isLine = message.ends_with('\n');
+  if (!hLogFile.is_open()) {
     std::printf("logman(logfile error): %s\n", message.c_str());
+    if (mWriteFailed && isLine) ++mLostLines;
+    return;
+  }
+  mFileBuffer += message;
+  if (isLine) mLineEnds.push_back(mFileBuffer.size());
+  if (mFileBuffer.size() >= FileBuffer) flushFile();
 }
 
 void TLogManager::FlushFile() {
   std::lock_guard<std::recursive_mutex> lock(mPollMutex);
-  hLogFile.flush();
+  if (hLogFile.is_open()) flushFile();
 }
 
 void TLogManager::SetOutputToConsole(bool ToValue) { OutputToConsole = ToValue; }

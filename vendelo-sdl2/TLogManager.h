@@ -11,6 +11,7 @@
 #include <memory>
 #include <mutex>
 #include <string>
+#include <vector>
 
 #include "common/ThreadSafeProperty.h"
 
@@ -35,8 +36,10 @@ using TpfOnWriteLog = void (*)(void* pUserData, const TLogEntry& entry, int Line
 // The application's log. Any thread writes a line, which shows on the console at once and is queued; Poll, on the
 // main loop, moves the queue to the dated file, the callbacks and a short history. So no writer waits for the disk.
 // Lines written before Init or after Destroy are refused. Lines still queued at Destroy are lost.
-// Init, Destroy, Poll, Open, Close, WriteToFile and PopLogHistory belong to the main thread; a private lock lets
-// the teardown and a crash handler call them too. Times are milliseconds of the tick clock.
+// A file that takes no more (the disk is full, the medium gone) is closed, and opened again by a later Poll, at
+// most once a second; what it says first is how many lines did not reach it, and those are not kept. Init, Destroy,
+// Poll, Open, Close, WriteToFile and PopLogHistory belong to the main thread; a private lock lets the teardown and
+// a crash handler call them too. Times are milliseconds of the tick clock.
 class TLogManager {
  public:
   std::atomic<bool> bAppendPrefix{true};
@@ -91,6 +94,16 @@ class TLogManager {
 
  private:
   void removeOldLogs(const std::filesystem::path& directory, const std::string& logStem);
+  // The file as a whole; false when it cannot be opened, or when what is buffered could not be written.
+  bool openFile();
+  bool closeFile();
+  // Hands the buffer to the system. Where that fails the file is closed, and the lines that are not in it are
+  // counted.
+  bool flushFile();
+  // The next attempt with a file that is not open, when it is due.
+  void reopen();
+  // The first text behind a failure, with the count of the lines lost.
+  void resume(const std::string& before);
   void switchDate();
   void tellListeners(const TLogEntry& entry);
 
@@ -103,10 +116,15 @@ class TLogManager {
   std::atomic<bool> OutputToConsole{false};
   bool AutoHandleOldLogs = false;  // poll
   std::atomic<int> initialized{0};
-  Uint32 LastTime = 0;       // poll; last check of the date
-  Uint32 FileOpenTime = 0;   // poll; last attempt to reopen a lost file
-  Uint32 FileFlushTime = 0;  // poll
-  std::ofstream hLogFile;    // poll
+  Uint32 LastTime = 0;            // poll; last check of the date
+  Uint32 FileOpenTime = 0;        // poll; last attempt to reopen a lost file
+  Uint32 FileFlushTime = 0;       // poll
+  std::ofstream hLogFile;         // poll; unbuffered
+  std::string mFileBuffer;        // poll; what the file has not got yet
+  std::vector<size_t> mLineEnds;  // poll; places in that buffer behind its lines
+  bool mWriteFailed = false;      // poll; since then nothing has reached the file
+  bool mEndsInLine = false;       // poll; the file ends in the middle of a line
+  unsigned long mLostLines = 0;   // poll; that a failed file has not got
   ThreadSafeProperty<std::deque<std::shared_ptr<TLogEntry>>, std::recursive_mutex> mLogEntries;
   std::deque<std::shared_ptr<TLogEntry>> mLogHistory;  // poll
   TpfOnWriteLog pfOnWriteLog = nullptr;                // poll

@@ -176,6 +176,24 @@ TEST_F(TLogManagerTest, FileIsFlushedAfterMoreThan100Milliseconds) {
     std::regex_match(read(dated("app")), std::regex("== APP CREATED THIS FILE ==\n\n\n.{24}: delayed\n")));
 }
 
+TEST_F(TLogManagerTest, ManyLinesReachTheFileBeforeItIsFlushed) {
+  TLogManager manager;
+  init(manager);
+  for (int i = 0; i < 100; ++i) manager.WriteLog(0, 0, "%01000d", i);
+  manager.Poll();
+  EXPECT_GT(fs::file_size(dated("app")), 50000u);
+}
+
+TEST_F(TLogManagerTest, AManagerThatDiesWithoutDestroyLeavesNoLineBehind) {
+  {
+    TLogManager manager;
+    init(manager);
+    manager.WriteLog("the last");
+    manager.Poll();
+  }
+  EXPECT_TRUE(read(dated("app")).ends_with(": the last\n"));
+}
+
 TEST_F(TLogManagerTest, FlushFileWritesAtOnceAndNothingWithoutAFile) {
   TLogManager manager;
   manager.FlushFile();
