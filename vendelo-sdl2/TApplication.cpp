@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <filesystem>
 
 #include "common/Logger.h"
 #include "common/TBitmapFont.h"
@@ -69,13 +70,14 @@ TApplication::~TApplication() {
 }
 
 void TApplication::ReadLogFileName() {
-  mLogFile = "tmpLog.txt";
   if (const char* file = std::getenv("LOG_FILENAME")) {
     mLogFile = file;
     MyUtils::trimString(mLogFile);
-  } else {
-    KLOG(LogApp, logs::Warning, "No Log file set! Writing to %s", mLogFile.c_str());
   }
+  // Without a name in it every log of the folder would be an old one of ours, to be deleted.
+  if (!std::filesystem::path(mLogFile).filename().empty()) return;
+  mLogFile = "tmpLog.txt";
+  KLOG(LogApp, logs::Warning, "No Log file set! Writing to %s", mLogFile.c_str());
 }
 
 // An empty text and "0" do not forbid the reboot, and unlike an unset variable they are worth a line.

@@ -198,12 +198,14 @@ TEST(ApplicationEnvironment, RebootOnExit) {
 }
 
 TEST(ApplicationEnvironment, LogFileName) {
-  {
-    const ScopedEnvironment file("LOG_FILENAME", nullptr);
+  // A folder alone is no name either: all its logs would count as ours, and the oldest be deleted.
+  for (const char* none : {static_cast<const char*>(nullptr), "", "   ", "/tmp/logs/", " /tmp/logs/ ", "/"}) {
+    const ScopedEnvironment file("LOG_FILENAME", none);
     NoticeCapture notices;
     TestApplication app;
-    EXPECT_EQ(app.LogFile(), "tmpLog.txt");
-    EXPECT_TRUE(notices.trace.contains("Warning|No Log file set! Writing to tmpLog.txt"));
+    EXPECT_EQ(app.LogFile(), "tmpLog.txt") << (none ? none : "unset");
+    EXPECT_TRUE(notices.trace.contains("Warning|No Log file set! Writing to tmpLog.txt"))
+      << (none ? none : "unset");
   }
   const ScopedEnvironment file("LOG_FILENAME", "  /tmp/screen.log ");
   NoticeCapture notices;

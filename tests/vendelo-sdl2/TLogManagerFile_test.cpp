@@ -11,8 +11,8 @@ TEST_F(TLogManagerTest, FileIsNamedByTheDateAndMarkedWhenCreated) {
   const struct {
     const char* given;
     const char* stem;
-  } rows[] = {
-    {"app.log", "app"}, {"text.txt", "text"}, {"plain", "plain"}, {"a.log.b.txt", "a.b"}, {"x.lo.logg", "x.log"}};
+  } rows[] = {{"app.log", "app"},     {"text.txt", "text"},   {"plain", "plain"},     {"a.log.b.txt", "a.b"},
+              {"x.lo.logg", "x.log"}, {"app.out", "app.out"}, {"app.LOG", "app.LOG"}, {"tail.txt.log", "tail"}};
   for (const auto& row : rows) {
     TLogManager manager;
     EXPECT_EQ(manager.Init(name(row.given), nullptr, nullptr, true), 0);
@@ -101,6 +101,43 @@ TEST_F(OldLogsTest, OnlyLogFilesOfThisNameAreTouched) {
   size_t count = 0;
   for ([[maybe_unused]] const auto& entry : fs::directory_iterator(folder)) ++count;
   EXPECT_EQ(count, 3 * 45 + 1u);
+}
+
+TEST_F(OldLogsTest, TheNameMustStandAtTheBeginning) {
+  for (int i = 0; i < 45; ++i) {
+    makeOld("my" + old(i), 24 + i);
+    makeOld(old(i).substr(1), 24 + i);
+    makeOld("App" + std::to_string(i) + ".log", 24 + i);
+  }
+  TLogManager manager;
+  init(manager);
+  for (int i = 0; i < 45; ++i) {
+    EXPECT_TRUE(fs::exists(folder / ("my" + old(i)))) << i;
+    EXPECT_TRUE(fs::exists(folder / old(i).substr(1))) << i;
+    EXPECT_TRUE(fs::exists(folder / ("App" + std::to_string(i) + ".log"))) << i;
+  }
+}
+
+TEST_F(OldLogsTest, AnyNameThatBeginsLikeTheLogsCounts) {
+  for (int i = 0; i < 30; ++i) {
+    makeOld("app" + std::to_string(i) + ".log", 24 + 2 * i);  // of some program "app1", say
+    makeOld("apple." + std::to_string(i) + ".log", 25 + 2 * i);
+  }
+  TLogManager manager;
+  init(manager);
+  for (int i = 0; i < 30; ++i) {
+    EXPECT_EQ(fs::exists(folder / ("app" + std::to_string(i) + ".log")), 2 * i < 39) << i;
+    EXPECT_EQ(fs::exists(folder / ("apple." + std::to_string(i) + ".log")), 2 * i + 1 < 39) << i;
+  }
+}
+
+// Of a name with an ending of its own, its stem counts: more files than it makes itself.
+TEST_F(OldLogsTest, AnotherEndingIsNoPartOfTheName) {
+  for (int i = 0; i < 45; ++i) makeOld("app_of_another" + std::to_string(i) + ".log", 24 + i);
+  TLogManager manager;
+  manager.Init(name("app.out"), nullptr, nullptr, true);
+  for (int i = 0; i < 45; ++i)
+    EXPECT_EQ(fs::exists(folder / ("app_of_another" + std::to_string(i) + ".log")), i < 39) << i;
 }
 
 TEST_F(OldLogsTest, NothingIsDeletedUnlessAsked) {
@@ -275,6 +312,25 @@ TEST_F(TLogManagerTest, AFolderNamedLikeALogIsNotWhereTheFileGoes) {
   EXPECT_NE(console().find("Can't open log file "), std::string::npos);
   fs::create_directory(folder / "xs");
   EXPECT_EQ(manager.Open(), 0);
+  EXPECT_TRUE(fs::exists(manager.GetLogFileName()));
+  EXPECT_TRUE(fs::is_empty(folder / "x.logs"));
+}
+
+// Its old files are looked for where its name says, and so never found.
+TEST_F(OldLogsTest, AFolderNamedLikeALogKeepsItsFiles) {
+  fs::create_directory(folder / "x.log");
+  fs::create_directory(folder / "x");
+  for (int i = 0; i < 41; ++i) {
+    makeOld("x.log/" + old(i), 24 + i);
+    makeOld("x/" + old(i), 24 + i);
+  }
+  TLogManager manager;
+  manager.Init((folder / "x.log" / "app.log").string(), nullptr, nullptr, true);
+  EXPECT_EQ(manager.GetLogFileName(), (folder / "x" / dated("app").filename()).string());
+  for (int i = 0; i < 41; ++i) {
+    EXPECT_TRUE(fs::exists(folder / "x" / old(i))) << i;
+    EXPECT_EQ(fs::exists(folder / "x.log" / old(i)), i < 39) << i;
+  }
 }
 
 TEST_F(TLogManagerTest, CloseOfAClosedFileSaysNothing) {

@@ -146,6 +146,22 @@ TEST_F(TLogManagerTest, ConsoleShowsLinesAtOnceAndColoured) {
   EXPECT_EQ(read(dated("app")).find('\x1b'), std::string::npos);  // no colours in the file
 }
 
+TEST_F(TLogManagerTest, EveryInitSwitchesTheConsoleOff) {
+  TLogManager manager;
+  manager.SetOutputToConsole(true);
+  init(manager);
+  console();
+  manager.WriteLog("quiet");
+  EXPECT_EQ(console(), "");
+  manager.SetOutputToConsole(true);
+  manager.WriteLog("loud");
+  EXPECT_NE(console(), "");
+  init(manager);
+  console();
+  manager.WriteLog("quiet again");
+  EXPECT_EQ(console(), "");
+}
+
 TEST_F(TLogManagerTest, HistoryKeepsTheLastFiftyLines) {
   TLogManager manager;
   init(manager);
