@@ -49,7 +49,8 @@ static std::string fixedIn(const std::locale& locale, double value, int precisio
   std::ostringstream stream;
   stream.imbue(locale);
   stream.setf(std::ios::fixed, std::ios::floatfield);
-  stream.precision(precision);
+  // No double has more decimals than that. The library takes room for all that are asked for, on the stack.
+  stream.precision(std::min(precision, 1074));
   stream << value;
   return stream.str();
 }

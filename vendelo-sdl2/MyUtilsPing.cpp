@@ -13,6 +13,7 @@
 
 #include "vendelo-sdl2/MyUtils.h"
 #include "vendelo-sdl2/NetworkSeams.h"
+#include "vendelo-sdl2/Saturate.h"
 
 namespace MyUtils {
 
@@ -81,7 +82,7 @@ bool isOwnReply(const uint8_t* packet) {
 
 int elapsedMilliseconds(const timeval& start, const timeval& end) {
   const long long microseconds = (end.tv_sec - start.tv_sec) * 1000000LL + (end.tv_usec - start.tv_usec);
-  return static_cast<int>(roundf(static_cast<float>(microseconds) / 1000.0f));
+  return saturated<int>(roundf(static_cast<float>(microseconds) / 1000.0f));
 }
 
 }  // namespace

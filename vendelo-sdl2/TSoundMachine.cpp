@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <utility>
 
+#include "vendelo-sdl2/Saturate.h"
 #include "vendelo-sdl2/TActionMan.h"
 #include "vendelo-sdl2/TLogManager.h"
 
@@ -304,7 +305,7 @@ void TSoundMachine::Play(std::shared_ptr<TSoundEffect> sound, int loops) {
 
 void TSoundMachine::SetVolume(int percent, int channel) {
   const double volume = (percent / 100.0) * FULL_VOLUME;
-  QueueAudioCommand([channel, volume] { Mix_Volume(channel, static_cast<int>(volume)); });
+  QueueAudioCommand([channel, volume] { Mix_Volume(channel, MyUtils::saturated<int>(volume)); });
 }
 
 int TSoundMachine::GetVolume(int channel) const {

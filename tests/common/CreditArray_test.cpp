@@ -9,6 +9,7 @@ using namespace credit;
 namespace {
 
 constexpr long Most = std::numeric_limits<long>::max();
+constexpr long Least = std::numeric_limits<long>::min();
 
 CreditArray amounts(long a, long b, long c, long d, long e, long f) {
   return CreditArray(std::array<long, 6>{a, b, c, d, e, f});
@@ -147,6 +148,35 @@ TEST(CreditArray, NegativeKindsBecomeZero) {
   CreditArray credits = amounts(5, -5, 0, -1, 2, 0);
   credits.ZeroOutNegative();
   EXPECT_EQ(amounts(5, 0, 0, 0, 2, 0), credits);
+}
+
+TEST(CreditArray, WhatLeavesTheRangeStaysAtItsEnd) {
+  const CreditArray largest(CREDIT_ALL, Most), smallest(CREDIT_ALL, Least), one(CREDIT_ALL, 1);
+  EXPECT_EQ(largest, largest + one);
+  EXPECT_EQ(largest, largest + largest);
+  EXPECT_EQ(largest, largest - smallest);
+  EXPECT_EQ(smallest, smallest - one);
+  EXPECT_EQ(smallest, smallest + smallest);
+  EXPECT_EQ(smallest, smallest - largest);
+  EXPECT_EQ(CreditArray(CREDIT_ALL, -1), largest + smallest);
+  EXPECT_EQ(largest, -smallest);
+  EXPECT_EQ(CreditArray(CREDIT_ALL, -Most), -largest);
+  EXPECT_EQ(Most, largest.Total());
+  EXPECT_EQ(Least, smallest.Total());
+  EXPECT_EQ(Least, smallest[CREDIT_ALL]);
+  EXPECT_EQ(-3, amounts(Most, Most, Most, Least, Least, Least).Total());  // the sum itself is exact
+  EXPECT_TRUE(amounts(Most, 1, Least, 0, 0, 0).IsZero());
+  EXPECT_TRUE(largest > smallest && smallest < largest);
+  EXPECT_TRUE(largest.IsStrictlyPositive(false) && smallest.IsStrictlyNegative(false));
+}
+
+TEST(CreditArray, BetsAndHoldingsFromTheEndsOfTheirRanges) {
+  const uint64_t all = std::numeric_limits<uint64_t>::max();
+  EXPECT_EQ(amounts(Most, Most, 1, 0, 0, 0), amounts(Most, Most, Most, 0, 0, 0).MakeBet(all));
+  EXPECT_EQ(amounts(1, Most, 0, 0, 0, 0), amounts(Most, Most, Most, 0, 0, 0).MakeBet(uint64_t{1} << 63));
+  EXPECT_EQ(CreditArray(), CreditArray(CREDIT_ALL, Least).MakeBet(all));
+  EXPECT_EQ(amounts(0, 1, 0, 0, 0, 0), CreditArray(CREDIT_ALL, Most).MakeBet(1));
+  EXPECT_EQ(amounts(1, 0, 0, 0, 0, 0), amounts(Most, Least, Most, 0, 0, 0).MakeBet(1));
 }
 
 TEST(CreditArray, ABetIsPaidFromThreeKindsInOrder) {

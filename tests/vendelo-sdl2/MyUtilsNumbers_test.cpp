@@ -2,9 +2,11 @@
 
 #include <climits>
 #include <clocale>
+#include <cmath>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <limits>
 #include <locale>
 
 #include "vendelo-sdl2/MyUtils.h"
@@ -34,6 +36,44 @@ TEST_F(NumbersTest, CurrencyWithTheDefaults) {
               {999, 0, "999"},           {1234.567, 2, "1.234,57"},           {-1234.5, 1, "-1.234,5"},
               {0.005, 3, "0,005"},       {12345678901.0, 0, "12.345.678.901"}};
   for (const auto& row : rows) EXPECT_EQ(MyUtils::currency2string(row.value, row.precision), row.expected);
+}
+
+TEST_F(NumbersTest, AnyNumberOfDecimalsCanBeAskedFor) {
+  EXPECT_EQ(MyUtils::currency2string(0.5, 20), "0,50000000000000000000");
+  EXPECT_EQ(MyUtils::currency2string(1234.5, -1), "1.234,500000");  // as the library takes it
+  EXPECT_EQ(MyUtils::currency2string(1234.5, INT_MIN), "1.234,500000");
+  EXPECT_EQ(MyUtils::dtos(0.5, 1000).size(), 1002u);
+  // No double has more than 1074 decimals; the smallest one has that many.
+  const double smallest = std::numeric_limits<double>::denorm_min();
+  for (const int precision : {1074, 1075, 100000000, INT_MAX}) {
+    const std::string text = MyUtils::dtos(smallest, precision);
+    EXPECT_EQ(text.size(), 1076u);
+    EXPECT_EQ(text.back(), '5');
+    EXPECT_EQ(MyUtils::currency2string(1, precision), "1," + std::string(1074, '0'));
+  }
+}
+
+TEST_F(NumbersTest, NoAmountIsBeyondAText) {
+  const double infinity = std::numeric_limits<double>::infinity();
+  EXPECT_EQ(MyUtils::currency2string(infinity, 2), "inf");
+  EXPECT_EQ(MyUtils::currency2string(-infinity, 2), "-inf");
+  EXPECT_EQ(MyUtils::currency2string(std::nan(""), 2), "nan");
+  EXPECT_EQ(MyUtils::currency2string(9223372036854775807.0, 0), "9.223.372.036.854.775.808");
+  EXPECT_EQ(MyUtils::currency2string(-9223372036854775808.0, 0), "-9.223.372.036.854.775.808");
+  EXPECT_EQ(MyUtils::currency2string(std::numeric_limits<double>::max(), 0).size(), 309u + 102);
+  EXPECT_EQ(MyUtils::dtos(infinity, 2), "inf");
+  EXPECT_EQ(MyUtils::double2string(std::nan("")), "nan");
+}
+
+// The service names it as a number of any size, of which the lowest byte arrives.
+TEST_F(NumbersTest, AnyGroupingIsTaken) {
+  for (int grouping = -128; grouping < 128; ++grouping) {
+    MyUtils::thousand_grouping[0] = static_cast<char>(grouping);
+    std::string expected = "12345678";
+    if (grouping > 0 && grouping != 127)
+      for (int at = 8 - grouping; at > 0; at -= grouping) expected.insert(static_cast<size_t>(at), ".");
+    EXPECT_EQ(MyUtils::currency2string(12345678, 0), expected) << grouping;
+  }
 }
 
 TEST_F(NumbersTest, CurrencyReadsTheSeparatorsLive) {

@@ -4,16 +4,39 @@
 #include <linux/capability.h>
 #include <netinet/ip_icmp.h>
 #include <sys/syscall.h>
+#include <sys/time.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <atomic>
 #include <chrono>
+#include <climits>
 #include <cstring>
+#include <ctime>
 #include <thread>
 
 #include "vendelo-sdl2/MyUtils.h"
 #include "vendelo-sdl2/NetworkSeams.h"
+
+namespace {
+
+// What the clock says while there are any, the next one first.
+std::vector<timeval> readings;
+
+}  // namespace
+
+// Linked in front of the C library's.
+extern "C" int gettimeofday(timeval* time, void*) noexcept {
+  if (!readings.empty()) {
+    *time = readings.front();
+    readings.erase(readings.begin());
+    return 0;
+  }
+  timespec now{};
+  clock_gettime(CLOCK_REALTIME, &now);
+  *time = {now.tv_sec, now.tv_nsec / 1000};
+  return 0;
+}
 
 namespace {
 
@@ -122,6 +145,30 @@ TEST_F(PingTest, TheRequestIsAnEchoWithAValidChecksum) {
   EXPECT_EQ(MyUtils::in_cksum(words, sizeof words), 0);  // over the checksum as well
   EXPECT_EQ(sentTo.sin_family, AF_INET);
   EXPECT_EQ(sentTo.sin_addr.s_addr, inet_addr("10.1.2.3"));
+}
+
+TEST_F(PingTest, TheDurationIsRoundedToMilliseconds) {
+  const struct {
+    timeval start, end;
+    int milliseconds;
+  } rows[] = {{{100, 0}, {100, 0}, 0},
+              {{100, 0}, {100, 499}, 0},
+              {{100, 0}, {100, 500}, 1},
+              {{100, 999600}, {101, 100}, 1},
+              {{100, 700000}, {103, 200400}, 2500},
+              {{100, 0}, {99, 0}, -1000},  // a clock that was set meanwhile
+              {{0, 0}, {1L << 40, 0}, INT_MAX},
+              {{1L << 40, 0}, {0, 0}, INT_MIN}};
+  for (const auto& row : rows) {
+    const int again = dup(pingSocket);  // each ping closes its own
+    reply(0, 12345, own());
+    readings = {row.start, row.end};
+    EXPECT_EQ(MyUtils::Ping("10.1.2.3", duration), MyUtils::PING_OK);
+    EXPECT_TRUE(readings.empty());
+    EXPECT_EQ(duration, row.milliseconds);
+    pingSocket = again;
+  }
+  ::close(pingSocket);
 }
 
 TEST_F(PingTest, ForeignPacketsAreSkipped) {

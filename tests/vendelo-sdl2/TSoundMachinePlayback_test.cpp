@@ -1,4 +1,5 @@
 #include <atomic>
+#include <climits>
 #include <thread>
 
 #include "tests/support/LogLines.h"
@@ -109,6 +110,18 @@ TEST_F(Sound, VolumesAreTruncatedPercents) {
   app->SetVolume(25, -1);
   settle();
   EXPECT_EQ(app->GetVolume(4), 25);
+}
+
+TEST_F(Sound, AnyVolumeIsTaken) {
+  open();
+  const struct {
+    int percent, mixer;
+  } cases[] = {{101, 128}, {40, 51}, {16777216, 128}, {40, 51}, {INT_MAX, 128}, {40, 51}, {-1, 51}, {INT_MIN, 51}};
+  for (const auto& c : cases) {  // what is below 0 only asks
+    app->SetVolume(c.percent, 3);
+    settle();
+    EXPECT_EQ(Mix_Volume(3, -1), c.mixer) << c.percent;
+  }
 }
 
 TEST_F(Sound, AnActionGetsItsSound) {
