@@ -2,7 +2,10 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
 #include <cstdlib>
+
+#include "vendelo-sdl2/Saturate.h"
 
 using namespace vendelo_sdl2;
 
@@ -200,8 +203,9 @@ void TControlCyphers3::draw() {
   const Uint32 now = SDL_GetTicks();
   noteRest(now);
   const double currentValue = CurrentValue(now);
-  const long currentValueRounded =
-    currentValue == static_cast<double>(mFinalValue) ? mFinalValue : std::lround(currentValue);
+  const long currentValueRounded = currentValue == static_cast<double>(mFinalValue)
+                                     ? mFinalValue
+                                     : MyUtils::saturated<long>(std::round(currentValue));
   updateWheels(currentValueRounded, now);
 
   for (int n = cypherCount - 1; n >= 0; --n) {
@@ -210,7 +214,8 @@ void TControlCyphers3::draw() {
     if (n == mDecimalPlaces && frame.hasHitFirstDigit < 0) frame.hasHitFirstDigit = n;
     if (frame.hasHitFirstDigit == -1 && !mShowLeadingZeros) continue;
     drawWheel(n, cypherPosition, frame);
-    if (n - mDecimalPlaces > 0 && (n - mDecimalPlaces) % 3 == 0) drawSeparator(mpComma, mCommaRect, n, frame);
+    const int64_t beforePoint = int64_t{n} - mDecimalPlaces;  // any number of places may have come
+    if (beforePoint > 0 && beforePoint % 3 == 0) drawSeparator(mpComma, mCommaRect, n, frame);
   }
   if (mDecimalPlaces != 0) drawSeparator(mpDot, mDotRect, mDecimalPlaces, frame);
   mCurrentValue = currentValueRounded;
@@ -218,26 +223,26 @@ void TControlCyphers3::draw() {
 
 void TControlCyphers3::drawWheel(int n, float position, const Frame& frame) {
   const float row = mSpinDirection ? 10.0f - position : position;
-  SDL_Rect srcRect{0, static_cast<int>(roundf(row * static_cast<float>(mGlyphHeight))), mGlyphWidth, mGlyphHeight};
+  SDL_Rect srcRect{0, MyUtils::toPixels(roundf(row * static_cast<float>(mGlyphHeight))), mGlyphWidth, mGlyphHeight};
   const int left = frame.width - (n + 1) * (frame.cypherW + mCypherGap) + mCypherGap;
   const int centerx = left + frame.cypherW / 2;
-  const int scaledGlyphWidth = static_cast<int>(static_cast<float>(mGlyphWidth) * frame.scaleFactor);
+  const int scaledGlyphWidth = MyUtils::toPixels(static_cast<float>(mGlyphWidth) * frame.scaleFactor);
   SDL_Rect destRect{centerx - scaledGlyphWidth / 2, 0, scaledGlyphWidth, frame.parentRect.h};
 
   // A new leading digit grows in from the bottom while its wheel climbs from 0 to 1.
   if (n == frame.hasHitFirstDigit && n > mDecimalPlaces && position < 1.0f && !mShowLeadingZeros) {
-    srcRect.h = static_cast<int>(static_cast<float>(srcRect.h) * position);
+    srcRect.h = MyUtils::toPixels(static_cast<float>(srcRect.h) * position);
     if (!mSpinDirection) {
-      destRect.y = static_cast<int>((1.0f - position) * static_cast<float>(frame.parentRect.h));
+      destRect.y = MyUtils::toPixels((1.0f - position) * static_cast<float>(frame.parentRect.h));
       srcRect.y += destRect.y;
     }
-    destRect.h = static_cast<int>(static_cast<float>(srcRect.h) * frame.scaleFactor);
+    destRect.h = MyUtils::toPixels(static_cast<float>(srcRect.h) * frame.scaleFactor);
   }
   if (n < mDecimalPlaces) {
     const int oldW = destRect.w, oldH = destRect.h;
-    destRect.w = static_cast<int>(static_cast<float>(destRect.w) * mDecimalNumberSize);
-    destRect.h = static_cast<int>(static_cast<float>(destRect.h) * mDecimalNumberSize);
-    destRect.y += static_cast<int>(static_cast<float>(oldH - destRect.h) * mDecimalNumberOffset / 2.0f);
+    destRect.w = MyUtils::toPixels(static_cast<float>(destRect.w) * mDecimalNumberSize);
+    destRect.h = MyUtils::toPixels(static_cast<float>(destRect.h) * mDecimalNumberSize);
+    destRect.y += MyUtils::toPixels(static_cast<float>(oldH - destRect.h) * mDecimalNumberOffset / 2.0f);
     destRect.x += (oldW - destRect.w) / 2;
   }
   destRect.x += frame.parentRect.x;
@@ -249,30 +254,31 @@ void TControlCyphers3::drawWheel(int n, float position, const Frame& frame) {
 void TControlCyphers3::drawSeparator(SDL_Texture* texture, const SDL_Rect& source, int n, const Frame& frame) {
   if (!texture) return;
   SDL_Rect scaledCommaRect;
-  scaledCommaRect.w = static_cast<int>(roundf(static_cast<float>(source.w) * frame.scaleFactor));
-  scaledCommaRect.h = static_cast<int>(roundf(static_cast<float>(source.h) * frame.scaleFactor));
-  scaledCommaRect.x =
-    frame.parentRect.x + frame.width - n * (frame.cypherW + mCypherGap) + (mCypherGap - scaledCommaRect.w) / 2;
+  scaledCommaRect.w = MyUtils::toPixels(roundf(static_cast<float>(source.w) * frame.scaleFactor));
+  scaledCommaRect.h = MyUtils::toPixels(roundf(static_cast<float>(source.h) * frame.scaleFactor));
+  scaledCommaRect.x = frame.parentRect.x + frame.width -
+                      MyUtils::toPixels(static_cast<double>(n) * (frame.cypherW + mCypherGap)) +
+                      (mCypherGap - scaledCommaRect.w) / 2;
   scaledCommaRect.y = frame.parentRect.y + frame.parentRect.h - scaledCommaRect.h;
   SDL_SetTextureAlphaMod(texture, static_cast<Uint8>(mAlpha & 255));
   SDL_RenderCopy(frame.renderer, texture, &source, &scaledCommaRect);
 }
 
 void TControlCyphers3::drawDotAt(int x, int y, float scale) {
-  const SDL_Rect dest{x, y, static_cast<int>(roundf(static_cast<float>(mDotRect.w) * scale)),
-                      static_cast<int>(roundf(static_cast<float>(mDotRect.h) * scale))};
+  const SDL_Rect dest{x, y, MyUtils::toPixels(roundf(static_cast<float>(mDotRect.w) * scale)),
+                      MyUtils::toPixels(roundf(static_cast<float>(mDotRect.h) * scale))};
   if (mpDot) SDL_RenderCopy(GetRenderer(), mpDot, &mDotRect, &dest);
 }
 
 void TControlCyphers3::drawCommaAt(int x, int y, float scale) {
-  const SDL_Rect dest{x, y, static_cast<int>(roundf(static_cast<float>(mCommaRect.w) * scale)),
-                      static_cast<int>(roundf(static_cast<float>(mCommaRect.h) * scale))};
+  const SDL_Rect dest{x, y, MyUtils::toPixels(roundf(static_cast<float>(mCommaRect.w) * scale)),
+                      MyUtils::toPixels(roundf(static_cast<float>(mCommaRect.h) * scale))};
   if (mpComma) SDL_RenderCopy(GetRenderer(), mpComma, &mCommaRect, &dest);
 }
 
 void TControlCyphers3::drawCenteredGlyphAt(int centerx, int y, const SDL_Rect& srcRect, float scale) {
-  SDL_Rect dest{centerx, y, static_cast<int>(roundf(static_cast<float>(srcRect.w) * scale)),
-                static_cast<int>(roundf(static_cast<float>(srcRect.h) * scale))};
+  SDL_Rect dest{centerx, y, MyUtils::toPixels(roundf(static_cast<float>(srcRect.w) * scale)),
+                MyUtils::toPixels(roundf(static_cast<float>(srcRect.h) * scale))};
   dest.x -= dest.w / 2;
   if (mpCyphers) SDL_RenderCopy(GetRenderer(), mpCyphers, &srcRect, &dest);
 }

@@ -1,9 +1,11 @@
 #include "components/TScrollingComponent.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdint>
 #include <cstdlib>
 
+#include "vendelo-sdl2/Saturate.h"
 #include "vendelo-sdl2/TAppGuiModule.h"
 
 using namespace vendelo_sdl2;
@@ -13,6 +15,12 @@ float defaultMovementFunction(float t, float) { return t; }
 
 // A tick for which 0 means none: where the clock comes round, a millisecond early.
 Uint32 tickOrBefore(Uint32 tick) { return tick != 0 ? tick : tick - 1; }
+
+// Milliseconds, within what can be multiplied by a width and added up: some thirty years.
+long duration(float milliseconds) {
+  constexpr float longest = 1e12f;
+  return MyUtils::saturated<long>(std::clamp(roundf(milliseconds), -longest, longest));
+}
 }  // namespace
 
 TScrollingComponent::TScrollingComponent(SDL_Renderer* pRenderer, int x, int y, int width, int height,
@@ -56,8 +64,8 @@ TGuiComponent* TScrollingComponent::ContentAt(int index) const {
 int TScrollingComponent::NumberOfChildren() const { return static_cast<int>(mpContent.size()); }
 
 void TScrollingComponent::SetScrollSpeedRelative(float speed) {
-  const float duration = roundf(100000.0f / speed);
-  mScrollDuration = std::isfinite(duration) ? static_cast<long>(duration) : 0;
+  const float milliseconds = 100000.0f / speed;
+  mScrollDuration = std::isfinite(milliseconds) ? duration(milliseconds) : 0;
 }
 
 void TScrollingComponent::SetScrollSpeedFixed(float speed) {
@@ -86,7 +94,7 @@ void TScrollingComponent::SetVisible(bool visible) {
 }
 
 void TScrollingComponent::SetWaitDuration(float seconds) {
-  const long milliseconds = static_cast<long>(roundf(1000.0f * seconds));
+  const long milliseconds = duration(1000.0f * seconds);
   if (mpContent.empty()) {
     mWaitDuration = milliseconds;
     mWaitChange = -1;
@@ -158,7 +166,7 @@ double TScrollingComponent::slideOffset(Uint32 now) const {
       break;
     }
     offset += thisElementWidth;
-    mWaitStart = static_cast<int64_t>(static_cast<double>(mWaitStart) + wait + thisElementScrollDuration);
+    mWaitStart = MyUtils::saturated<int64_t>(static_cast<double>(mWaitStart) + wait + thisElementScrollDuration);
   }
   return mScrollDuration < 0 ? -offset : offset;
 }
@@ -203,7 +211,7 @@ void TScrollingComponent::drawStrip(double offset) {
   const int width = mDestRect.w, height = mDestRect.h;
   const double spacing = currentSpacing();
   size_t childI = 0;
-  int posX = static_cast<int>(roundf(static_cast<float>(offset)));
+  int posX = MyUtils::toPixels(roundf(static_cast<float>(offset)));
   int roundStart = posX;
   while (posX < width) {
     const Content& content = mpContent[childI];
@@ -217,7 +225,7 @@ void TScrollingComponent::drawStrip(double offset) {
       child->setY(posY);
       child->draw();
     }
-    posX = static_cast<int>(posX + elementWidth + spacing);
+    posX = MyUtils::toPixels(posX + elementWidth + spacing);
     childI = (childI + 1) % mpContent.size();
     if (childI != 0) continue;
     if (posX <= roundStart) return;  // a whole round that does not advance would never reach the end

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "vendelo-sdl2/Saturate.h"
 #include "vendelo-sdl2/TAppGuiModule.h"
 
 using namespace vendelo_sdl2;
@@ -24,10 +25,13 @@ void freeSurface(TSprite& sprite) {
   if (SDL_Surface* surface = sprite.surface.exchange(nullptr, std::memory_order_acq_rel)) SDL_FreeSurface(surface);
 }
 
+// No count of frames goes farther.
+constexpr int kFarFrame = 1000000000;
+
 // A tick to count from, for which 0 means none: where the clock comes round, a millisecond early.
 Uint32 startTick(Uint32 now) { return now != 0 ? now : now - 1; }
 
-int rounded(double value) { return static_cast<int>(roundf(static_cast<float>(value))); }
+int rounded(double value) { return MyUtils::toPixels(roundf(static_cast<float>(value))); }
 
 }  // namespace
 
@@ -107,7 +111,7 @@ void TSpriteAnimation::SetFrame(int frame, bool animate) {
 
 void TSpriteAnimation::SetFrame(float percentOfAnimation, bool animate) {
   joinLoader();
-  SetFrame(static_cast<int>(roundf(percentOfAnimation * static_cast<float>(GetNumFrames() - 1))), animate);
+  SetFrame(rounded(percentOfAnimation * static_cast<float>(GetNumFrames() - 1)), animate);
 }
 
 void TSpriteAnimation::ResetAnimation() { ResetAnimation(0); }
@@ -156,14 +160,15 @@ void TSpriteAnimation::stepFrames(Uint32 now) {
   mBuffer = framesElapsed - wholeFrames;
   mLastRefresh = startTick(now);
   if (!(wholeFrames > 0.0f)) return;
-  const int wholeFramesElapsed = static_cast<int>(std::min(wholeFrames, 1e9f));
+  const int wholeFramesElapsed = static_cast<int>(std::min(wholeFrames, static_cast<float>(kFarFrame)));
 
   if (mAnimationMode == NONE) {
     const int way = std::clamp(mDestinationFrame - mCurrentFrame, -wholeFramesElapsed, wholeFramesElapsed);
     mCurrentFrame += way;
     return;
   }
-  mCurrentFrame += wholeFramesElapsed;
+  // Marks that leave the loop no frame let it count on and on.
+  mCurrentFrame = std::min(mCurrentFrame, kFarFrame) + wholeFramesElapsed;
   if (mCurrentFrame > GetNumFrames() - 1 && !mPlayed) {
     mPlayed = true;
     if (mAnimationMode == LOOP) mCurrentFrame = mCurrentFrame - GetNumFrames() + mLoopStopFrame;
@@ -189,8 +194,8 @@ void TSpriteAnimation::draw() {
   if (mLastRefresh == 0) mLastRefresh = now;
   SDL_Rect destRect = mDestRect;
   if (mpParent) {
-    destRect.x = static_cast<int>(mOrigPosX * mResizeFactorX + mpParent->getX());
-    destRect.y = static_cast<int>(mOrigPosY * mResizeFactorY + mpParent->getY());
+    destRect.x = MyUtils::toPixels(mOrigPosX * mResizeFactorX + mpParent->getX());
+    destRect.y = MyUtils::toPixels(mOrigPosY * mResizeFactorY + mpParent->getY());
   }
   if (FinishPlaying() || mSprites.empty()) return;
   stepFrames(now);

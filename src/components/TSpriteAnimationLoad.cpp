@@ -81,7 +81,7 @@ void readColor(const char* text, SDL_Color& color, Faults& faults) {
     return;
   }
   Uint8* const channels[] = {&color.r, &color.g, &color.b, &color.a};
-  for (size_t i = 0; i < 4; ++i) *channels[i] = static_cast<Uint8>(std::atoi(parts[i].c_str()));
+  for (size_t i = 0; i < 4; ++i) *channels[i] = static_cast<Uint8>(std::strtol(parts[i].c_str(), nullptr, 10));
 }
 
 // A surface of its own with one rectangle of the image, null when there is nothing of it in the image. Of a

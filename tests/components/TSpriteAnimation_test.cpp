@@ -1,6 +1,7 @@
 #include "components/TSpriteAnimation.h"
 
 #include <cmath>
+#include <limits>
 #include <memory>
 
 #include "tests/components/AllocationCount.h"
@@ -360,6 +361,45 @@ TEST_F(SpriteAnimation, SmallOperations) {
   clear(0, 0, 0);
   sprites.draw();
   EXPECT_EQ((SDL_Rect{60, 70, 20, 20}), inked(0)) << "no children";
+}
+
+TEST_F(SpriteAnimation, NumbersFromTheEndsOfTheirRangesAreDrawnAndLeaveAgain) {
+  const std::string file = atlas("ends", 3, 20, 20);
+  const float infinity = std::numeric_limits<float>::infinity();
+  for (const float number : {-infinity, -1e30f, -1e10f, 0.0f, 1e10f, 1e30f, infinity, std::nanf("")}) {
+    Sprites sprites(60, 70, 20, 20, file, TSpriteAnimation::LOOP);
+    Plain parent(0, 0);
+    sprites.loaded();
+    sprites.setParent(&parent);
+    for (int what = 0; what < 3; ++what) {
+      if (what == 0) sprites.SetResizeFactor(number, number);
+      if (what == 1) sprites.SetRefreshRate(number);
+      if (what == 2) sprites.SetFrame(number, false);
+      for (const Uint32 time : {0u, 1u, 0x7fffffffu, 0xffffff00u}) {
+        clock.advance(time);
+        sprites.draw();
+      }
+      sprites.SetResizeFactor(1, 1);
+    }
+    sprites.setParent(nullptr);
+  }
+  Sprites sprites(60, 70, 20, 20, file, TSpriteAnimation::NONE);
+  sprites.loaded().SetFrame(infinity, false);
+  EXPECT_EQ(2, sprites.GetCurrentFrame());
+  sprites.SetFrame(-infinity, false);
+  EXPECT_EQ(0, sprites.GetCurrentFrame());
+}
+
+// Marks beyond the last frame leave the loop none: it shows nothing, and counts on for as long as the display runs.
+TEST_F(SpriteAnimation, ALoopWithoutFramesCountsOnWithoutEnd) {
+  Sprites sprites(0, 0, 20, 20, atlas("endless", 3, 20, 20), TSpriteAnimation::LOOP);
+  sprites.loaded().SetLoopStartFrame(30);
+  sprites.SetRefreshRate(1e6f);
+  for (int i = 0; i < 40; ++i) {
+    clock.advance(1000000);
+    sprites.draw();
+    EXPECT_GE(sprites.GetCurrentFrame(), 0);
+  }
 }
 
 TEST_F(SpriteAnimation, AFrameTakesNothingFromTheHeap) {
