@@ -2,7 +2,9 @@
 
 #include <SDL_image.h>
 #include <algorithm>
+#include <cstdint>
 #include <cstdio>
+#include <limits>
 
 #include "common/TBitmapFont.h"
 #include "vendelo-sdl2/MyUtils.h"
@@ -101,11 +103,12 @@ void TAppGuiModule::WindowToFullscreen() {
 
 int TAppGuiModule::Load(void*) {
   if (selected_screen < 0) {
-    selected_screen = static_cast<int>(pApplication
-                                         ->GetOrSetParam("SCREEN_INDEX", std::string("1"), "Screen index",
-                                                         "Index of screen on which the app will be shown.",
-                                                         PARAM_READ_MINE_WRITE_MINE, false)
-                                         ->AsInteger(1));
+    const int64_t wanted =
+      pApplication
+        ->GetOrSetParam("SCREEN_INDEX", std::string("1"), "Screen index",
+                        "Index of screen on which the app will be shown.", PARAM_READ_MINE_WRITE_MINE, false)
+        ->AsInteger(1);
+    selected_screen = static_cast<int>(std::clamp<int64_t>(wanted, -1, std::numeric_limits<int>::max()));
   }
   selected_screen = std::min(selected_screen, static_cast<int>(Displays.size()));
   int screen_index = -1;
@@ -130,7 +133,7 @@ int TAppGuiModule::Destroy() {
 SDL_Rect TAppGuiModule::GetScreenBounds(int* screen_index) const {
   if (Displays.empty()) return {0, 0, 0, 0};
   const int last = static_cast<int>(Displays.size()) - 1;
-  const int index = std::max(0, std::min(selected_screen - 1, last));
+  const int index = std::clamp(selected_screen, 1, last + 1) - 1;
   if (screen_index) *screen_index = index;
   return Displays[static_cast<size_t>(index)];
 }

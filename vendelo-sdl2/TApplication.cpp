@@ -3,10 +3,12 @@
 
 #include <SDL_image.h>
 #include <unistd.h>
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
+#include <limits>
 
 #include "common/Logger.h"
 #include "common/TBitmapFont.h"
@@ -27,7 +29,9 @@ void PostOnce(SDL_semaphore* semaphore) {
 
 unsigned int NumberFromEnvironment(const char* name, unsigned int otherwise) {
   const char* text = std::getenv(name);
-  return text ? static_cast<unsigned int>(std::atoi(text)) : otherwise;
+  if (!text) return otherwise;
+  constexpr long smallest = std::numeric_limits<int>::min(), largest = std::numeric_limits<int>::max();
+  return static_cast<unsigned int>(std::clamp(std::strtol(text, nullptr, 10), smallest, largest));
 }
 
 }  // namespace

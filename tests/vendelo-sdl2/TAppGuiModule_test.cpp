@@ -1,5 +1,8 @@
 #include "vendelo-sdl2/TAppGuiModule.h"
 
+#include <limits>
+#include <utility>
+
 #include "common/TBitmapFont.h"
 #include "tests/support/TestFont.h"
 #include "tests/vendelo-sdl2/TAppGuiModuleFixture.h"
@@ -41,8 +44,17 @@ TEST_F(AppGuiModule, LoadTakesTheDisplayOfTheParameter) {
     const char* value;  // null: the parameter is not there
     int expectedIndex;
   } rows[] = {
-    {"absent", nullptr, 0}, {"zero", "0", 0},  {"one", "1", 0},
-    {"two", "2", 1},        {"three", "3", 1}, {"negative", "-4", 0},
+    {"absent", nullptr, 0},
+    {"zero", "0", 0},
+    {"one", "1", 0},
+    {"two", "2", 1},
+    {"three", "3", 1},
+    {"negative", "-4", 0},
+    {"least", "-2147483648", 0},
+    {"largest", "2147483647", 1},
+    {"more", "4294967297", 1},
+    {"even less", "-9223372036854775808", 0},
+    {"even more", "9223372036854775807", 1},
   };
   TestModule::Displays = {{0, 0, 100, 50}, {100, 0, 80, 60}};
   for (const auto& row : rows) {
@@ -58,6 +70,18 @@ TEST_F(AppGuiModule, LoadTakesTheDisplayOfTheParameter) {
     EXPECT_EQ((Names{"RefreshSize"}), take());
   }
   EXPECT_LE(module->selected_screen, 2);
+}
+
+TEST_F(AppGuiModule, AnyChosenNumberIsADisplay) {
+  TestModule::Displays = {{0, 0, 100, 50}, {100, 0, 80, 60}};
+  const int least = std::numeric_limits<int>::min(), largest = std::numeric_limits<int>::max();
+  const std::pair<int, int> rows[] = {{least, 0}, {-1, 0}, {0, 0}, {1, 0}, {2, 1}, {3, 1}, {largest, 1}};
+  for (const auto& [chosen, expected] : rows) {
+    module->selected_screen = chosen;
+    int index = -1;
+    module->GetScreenBounds(&index);
+    EXPECT_EQ(expected, index) << chosen;
+  }
 }
 
 TEST_F(AppGuiModule, LoadKeepsADisplayThatIsChosenAlreadyAndLowersItToTheirNumber) {

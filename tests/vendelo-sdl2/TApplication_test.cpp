@@ -170,6 +170,9 @@ TEST(ApplicationEnvironment, RatesAndVerticalSync) {
     {"-1", "2000", "01", 4294967295u, 2000, false},
     {"", "", "", 0, 0, false},
     {"60", "500", "0", 60, 500, false},
+    // Beyond the range: the nearest that there is, and above all not 0.
+    {"4294967296", "4294967296", "0", 2147483647, 2147483647, false},
+    {"-4294967296", "99999999999999999999", "0", 2147483648u, 2147483647, false},
   };
   for (const auto& row : rows) {
     const ScopedEnvironment fps("FPS", row.fps), cpu("CPU_FPS", row.cpu), vsync("VSYNC", row.vsync);
