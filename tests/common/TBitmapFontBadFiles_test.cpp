@@ -1,5 +1,6 @@
 // Font files that are broken in any way: one line in the log, nothing drawn that cannot be, and no crash.
 #include <gtest/gtest.h>
+#include <climits>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
@@ -64,6 +65,22 @@ TEST_F(BadFonts, TheGoodOneSaysNothing) {
   TBitmapFont* font = make("good", testfont::toXml(good));
   EXPECT_EQ("", written());
   EXPECT_TRUE(draws(font, "AB"));
+}
+
+TEST_F(BadFonts, NumbersBeyondTheirRangeAreItsEndsAndNobodyElses) {
+  good.glyphs[0].id = 1234567890;
+  std::string xml = testfont::toXml(good);
+  const auto put = [&xml](const std::string& number) {
+    std::string text = xml;
+    return text.replace(text.find("1234567890"), 10, number);
+  };
+  // 65 in the lowest 32 bits, as for the letter A.
+  for (const char* number : {"4294967361", "-4294967231", "18446744073709551681", "99999999999999999999"}) {
+    TBitmapFont* font = make(std::string("id") + number, put(number));
+    EXPECT_EQ(nullptr, font->FindGlyph('A')) << number;
+    EXPECT_NE(nullptr, font->FindGlyph(number[0] == '-' ? INT_MIN : INT_MAX)) << number;
+    EXPECT_TRUE(draws(font, "B")) << number;
+  }
 }
 
 TEST_F(BadFonts, UnreadableFilesAreEmptyFonts) {
