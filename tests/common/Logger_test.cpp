@@ -53,6 +53,12 @@ TEST_F(LoggerTest, FilterStartsEmptyAndTakesMasksAndSingleBits) {
   const LogVerbosityFilter copy(LogVerbosityFilter(3, true));
   EXPECT_EQ(copy.Filter, 3);
   EXPECT_TRUE(copy.bWhitelist);
+  filter = copy;
+  EXPECT_EQ(filter.Filter, 3);
+  EXPECT_TRUE(filter.bWhitelist);
+  filter = Error;  // the flag stays
+  EXPECT_EQ(filter.Filter, 2);
+  EXPECT_TRUE(filter.bWhitelist);
 }
 
 TEST_F(LoggerTest, SetBitsPassUnlessTheWhitelistFlagTurnsThemRound) {
@@ -178,6 +184,19 @@ TEST_F(LoggerTest, ConsoleLinesHaveTheDoubledSeparator) {
             "Sat Nov 14 02:21:43 2026: app: : Something happened\n");
 }
 
+TEST_F(LoggerTest, ConsoleLinesAreStampedWithTheLocalTime) {
+  setenv("TZ", "EAST-9:30", 1);
+  tzset();
+  LogEntry entry(LogApp);
+  entry.Time = 1794622903000;
+  entry.Message = "here";
+  testing::internal::CaptureStdout();
+  Logger::DefaultConsoleOutput(entry);
+  EXPECT_EQ(testing::internal::GetCapturedStdout(), "Sat Nov 14 11:51:43 2026: app: : here\n");
+  setenv("TZ", "UTC0", 1);
+  tzset();
+}
+
 TEST_F(LoggerTest, PrefixNamesEveryVerbosityButNormal) {
   EXPECT_EQ(Logger::GeneratePrefix(LogApp, Normal), "app: ");
   EXPECT_EQ(Logger::GeneratePrefix(LogApp, Critical), "app | Critical: ");
@@ -282,6 +301,8 @@ TEST_F(LoggerTest, CategoriesAreListedByNameAndASecondOfOneNameIsNotEntered) {
   std::vector<LogCategory*> categories;
   Logger::ListCategories(categories);
   EXPECT_EQ(categories, (std::vector<LogCategory*>{&second, &LogApp, &last}));
+  Logger::ListCategories(categories);  // appends
+  EXPECT_EQ(categories, (std::vector<LogCategory*>{&second, &LogApp, &last, &second, &LogApp, &last}));
   Logger::SetVerbosity("aaa", Error);
   EXPECT_EQ(second.DefaultFilter.Filter, 3);
   EXPECT_EQ(duplicate.DefaultFilter.Filter, 1);

@@ -156,6 +156,7 @@ TEST_F(PingTest, TheDurationIsRoundedToMilliseconds) {
               {{100, 0}, {100, 500}, 1},
               {{100, 999600}, {101, 100}, 1},
               {{100, 700000}, {103, 200400}, 2500},
+              {{100, 0}, {1100, 0}, 1000000},
               {{100, 0}, {99, 0}, -1000},  // a clock that was set meanwhile
               {{0, 0}, {1L << 40, 0}, INT_MAX},
               {{1L << 40, 0}, {0, 0}, INT_MIN}};

@@ -200,6 +200,24 @@ TEST_F(TLogManagerTest, ALostFileIsTriedAgainAfterMoreThan37840Milliseconds) {
   EXPECT_TRUE(std::regex_match(read(expected), std::regex(".{24}: back again\n")));
 }
 
+TEST_F(TLogManagerTest, EachAttemptToOpenStartsTheWaitAnew) {
+  const fs::path blocked = folder / "blocked", expected = blocked / dated("app").filename();
+  std::ofstream(blocked) << "no folder";
+  TLogManager manager;
+  manager.Init((blocked / "app.log").string(), nullptr, nullptr, false);
+  clock.advance(37841);
+  manager.Poll();  // in vain
+  fs::remove(blocked);
+  fs::create_directories(blocked);
+  clock.advance(37840);
+  manager.Poll();
+  EXPECT_FALSE(fs::exists(expected));
+  clock.advance(1);
+  manager.Poll();
+  EXPECT_TRUE(fs::exists(expected));
+  EXPECT_EQ(read(expected), "");  // nothing was lost of which the file would have to tell
+}
+
 TEST_F(TLogManagerTest, FileIsFlushedAfterMoreThan100Milliseconds) {
   TLogManager manager;
   init(manager);
@@ -211,6 +229,21 @@ TEST_F(TLogManagerTest, FileIsFlushedAfterMoreThan100Milliseconds) {
   manager.Poll();
   EXPECT_TRUE(
     std::regex_match(read(dated("app")), std::regex("== APP CREATED THIS FILE ==\n\n\n.{24}: delayed\n")));
+}
+
+TEST_F(TLogManagerTest, EachFlushStartsTheHundredMillisecondsAnew) {
+  TLogManager manager;
+  init(manager);
+  clock.advance(101);
+  manager.Poll();
+  manager.WriteLog("delayed");
+  manager.Poll();
+  clock.advance(100);
+  manager.Poll();
+  EXPECT_EQ(read(dated("app")), "== APP CREATED THIS FILE ==\n\n\n");
+  clock.advance(1);
+  manager.Poll();
+  EXPECT_TRUE(read(dated("app")).ends_with(": delayed\n"));
 }
 
 TEST_F(TLogManagerTest, ManyLinesReachTheFileBeforeItIsFlushed) {
@@ -274,6 +307,25 @@ TEST_F(TLogManagerTest, DateIsLookedAtAfterMoreThan10SecondsAndOnlyWithALine) {
   EXPECT_TRUE(
     std::regex_match(read(second), std::regex("== APP CREATED THIS FILE ==\n\n\n.{24}: switches\n.{24}: stays\n")))
     << read(second);
+}
+
+TEST_F(TLogManagerTest, EachLookAtTheDateStartsTheTenSecondsAnew) {
+  setenv("TZ", "EARLY12", 1);
+  tzset();
+  TLogManager manager;
+  init(manager);
+  const auto first = manager.GetLogFileName();
+  const auto lineAfter = [&](Uint32 milliseconds) {
+    clock.advance(milliseconds);
+    manager.WriteLog("line");
+    manager.Poll();
+    return manager.GetLogFileName();
+  };
+  EXPECT_EQ(lineAfter(10001), first);  // looked, and found the same day
+  setenv("TZ", "LATE-14", 1);
+  tzset();
+  EXPECT_EQ(lineAfter(10000), first);
+  EXPECT_NE(lineAfter(1), first);
 }
 
 TEST_F(TLogManagerTest, AFolderThatCannotBeListedAtADateChangeThrowsOutOfPoll) {

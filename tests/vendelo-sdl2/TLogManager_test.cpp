@@ -89,6 +89,24 @@ TEST_F(TLogManagerTest, StampIsTheLocalTimeOfWriting) {
   EXPECT_LE(written, after);
 }
 
+TEST_F(TLogManagerTest, StampFollowsTheZoneOfTheMachine) {
+  Recorder manager;
+  init(manager);
+  for (const char* zone : {"EARLY12", "LATE-14"}) {
+    setenv("TZ", zone, 1);
+    tzset();
+    const time_t before = std::time(nullptr);
+    manager.WriteLog("here");
+    const time_t after = std::time(nullptr);
+    manager.Poll();
+    tm parsed{};
+    ASSERT_NE(strptime(manager.entries.back().Message.c_str(), "%a %b %d %H:%M:%S %Y", &parsed), nullptr);
+    const time_t written = mktime(&parsed);
+    EXPECT_LE(before, written) << zone;
+    EXPECT_LE(written, after) << zone;
+  }
+}
+
 TEST_F(TLogManagerTest, FormsFillInTypeAndGame) {
   Recorder manager;
   init(manager);

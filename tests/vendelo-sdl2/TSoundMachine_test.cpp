@@ -112,6 +112,24 @@ TEST_F(Sound, AFileIsFoundInTheAudioPath) {
   EXPECT_EQ(app->GetSoundEffect(effect->pChunk.load()), effect);
 }
 
+TEST_F(Sound, AFileThatIsThereAsItsNameStandsGoesBeforeTheAudioPath) {
+  open();
+  const std::filesystem::path previous = std::filesystem::current_path();
+  std::filesystem::create_directories(folder / "sounds");
+  WriteWav(path("both.wav"), 100);
+  WriteWav(path("sounds/both.wav"), 200);
+  WriteWav(path("sounds/one.wav"), 300);
+  std::filesystem::current_path(folder);
+  app->SetAudioPath("sounds");
+  const auto both = app->LoadSoundEffect("both.wav", 0, true);
+  const auto one = app->LoadSoundEffect("one.wav", 0, true);
+  std::filesystem::current_path(previous);
+  ASSERT_NE(both, nullptr);
+  ASSERT_NE(one, nullptr);
+  EXPECT_EQ(both->pChunk.load()->alen, 100u * 4);
+  EXPECT_EQ(one->pChunk.load()->alen, 300u * 4);
+}
+
 TEST_F(Sound, ASecondLoadReplacesTheChunkOfTheSameEffect) {
   open();
   const std::string file = path("tone.wav");
