@@ -44,8 +44,10 @@ if(MOLD_PROGRAM)
 endif()
 
 if(TOPSCREEN_SANITIZER STREQUAL "address")
-  target_compile_options(topscreen_options INTERFACE -fsanitize=address,undefined -fno-sanitize-recover=undefined)
-  target_link_options(topscreen_options INTERFACE -fsanitize=address,undefined)
+  # "undefined" leaves out conversions of numbers that the integer cannot hold; a service or a skin may bring them.
+  target_compile_options(topscreen_options INTERFACE -fsanitize=address,undefined,float-cast-overflow
+                                                     -fno-sanitize-recover=undefined,float-cast-overflow)
+  target_link_options(topscreen_options INTERFACE -fsanitize=address,undefined,float-cast-overflow)
 elseif(TOPSCREEN_SANITIZER STREQUAL "thread")
   target_compile_options(topscreen_options INTERFACE -fsanitize=thread)
   target_link_options(topscreen_options INTERFACE -fsanitize=thread)
