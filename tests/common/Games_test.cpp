@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <limits>
 #include <vector>
 
 class Games : public testing::Test {
@@ -45,6 +46,16 @@ TEST_F(Games, RegistersOnlyFreeSlotsInRangeWithAKnownType) {
   EXPECT_TRUE(GameRegistryEntry::RegisterGame(1000, "last", "VESPERA_SLOTGAME"));
   EXPECT_FALSE(GameRegistryEntry::RegisterGame(1000, "again", "VESPERA_SLOTGAME"));
   EXPECT_EQ(GameRegistryEntry(1000, "last", GAMETYPE_VESPERA_SLOTGAME), AllGames[1000]);
+}
+
+TEST_F(Games, TheIdsBeginAtZeroAndEndAtAThousand) {
+  AllGames[0] = GameRegistryEntry();  // the menu's place
+  EXPECT_TRUE(GameRegistryEntry::RegisterGame(0, "first", "ROULETTE"));
+  EXPECT_TRUE(GameRegistryEntry::RegisterGame(1000, "last", "ROULETTE"));
+  for (const int none : {std::numeric_limits<int>::min(), -1, 1001, std::numeric_limits<int>::max()}) {
+    EXPECT_FALSE(GameRegistryEntry::RegisterGame(none, "none", "ROULETTE")) << none;
+    EXPECT_EQ(&GAME_NULL, &GameRegistryEntry::findGameByID(none)) << none;
+  }
 }
 
 TEST_F(Games, FindsByNameAndByNumberOrAnswersTheNullGame) {
