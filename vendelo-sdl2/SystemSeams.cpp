@@ -1,15 +1,38 @@
 #include "vendelo-sdl2/SystemSeams.h"
 
+#include <spawn.h>
 #include <sys/reboot.h>
+#include <sys/wait.h>
 #include <unistd.h>
+#include <cerrno>
 #include <csignal>
 #include <cstdlib>
 
 namespace vendelo_sdl2 {
 
+namespace {
+
+// As system(3), which ignores SIGINT and SIGQUIT in the whole process until the command has ended: one that came
+// meanwhile would be lost.
+int RunByShell(const char* Command) {
+  const char* const arguments[] = {"sh", "-c", Command, nullptr};
+  pid_t shell = -1;
+  const int error = posix_spawn(&shell, "/bin/sh", nullptr, nullptr, const_cast<char* const*>(arguments), environ);
+  if (error != 0) {
+    errno = error;
+    return -1;
+  }
+  int status = -1;
+  while (waitpid(shell, &status, 0) < 0)
+    if (errno != EINTR) return -1;
+  return status;
+}
+
+}  // namespace
+
 TSystemSeams SystemSeams = {
   [](int Command) { return ::reboot(Command); },
-  [](const char* Command) { return ::system(Command); },
+  RunByShell,
   [](pid_t Pid, int Signal) { return ::kill(Pid, Signal); },
   [](int Code) { ::exit(Code); },
   []() { ::abort(); },

@@ -9,8 +9,10 @@ namespace vendelo_sdl2 {
 // the calls that reboot, end or stop the process, and the sleeps. Each pointer starts at the real call.
 // Any thread calls through them; they are changed only by tests, before any second thread exists.
 struct TSystemSeams {
-  int (*Reboot)(int Command);                              // reboot(2)
-  int (*System)(const char* Command);                      // system(3)
+  int (*Reboot)(int Command);  // reboot(2)
+  // A command of /bin/sh, waited for: its status as waitpid(2) gives it, or -1 when there is no shell or no wait.
+  // The process takes all its signals meanwhile.
+  int (*System)(const char* Command);
   int (*Kill)(pid_t Pid, int Signal);                      // kill(2)
   void (*Exit)(int Code);                                  // exit(3); the real one does not return
   void (*Abort)();                                         // abort(3); the real one does not return

@@ -10,6 +10,7 @@
 
 #include "tests/support/FakeClock.h"
 #include "tests/support/TestApplication.h"
+#include "vendelo-sdl2/MyUtils.h"
 
 using namespace vendelo_sdl2;
 using testing::ExitedWithCode;
@@ -154,6 +155,15 @@ TEST_F(Signals, PoliteOneAfterTheLastStateIsIgnored) {
     _exit(3);
   };
   EXPECT_EXIT(child(), ExitedWithCode(3), "still here");
+}
+
+// The shell is the program's child, and its command sends the signal from there: it comes while the command runs.
+TEST_F(Signals, PoliteOneWhileAShellCommandRunsIsServed) {
+  for (const int signal : {SIGHUP, SIGINT, SIGQUIT, SIGTERM}) {
+    const std::string command = "kill -" + std::to_string(signal) + " $PPID";
+    EXPECT_EXIT(Child(Gui::NONE).runAndDo([=] { MyUtils::SystemAsync(command); }), ExitedWithCode(signal),
+                "\\[request\\]\\[close\\].*\\[destroy\\]");
+  }
 }
 
 TEST_F(Signals, SleepThatASignalInterruptsIsNoFailure) {
