@@ -39,6 +39,7 @@ TSystemSeams SystemSeams = {
   [](const timespec* Time, timespec* Left) { return ::nanosleep(Time, Left); },
   [](useconds_t Microseconds) { return ::usleep(Microseconds); },
   [](unsigned Seconds) { return ::sleep(Seconds); },
+  [](unsigned Seconds) { return ::alarm(Seconds); },
 };
 
 }  // namespace vendelo_sdl2

@@ -19,6 +19,7 @@ struct TSystemSeams {
   int (*NanoSleep)(const timespec* Time, timespec* Left);  // nanosleep(2)
   int (*MicroSleep)(useconds_t Microseconds);              // usleep(3)
   unsigned (*Sleep)(unsigned Seconds);                     // sleep(3)
+  unsigned (*Alarm)(unsigned Seconds);                     // alarm(2); called inside a signal handler
 };
 
 // The seams in force.

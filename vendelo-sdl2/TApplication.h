@@ -205,7 +205,8 @@ class TApplication : public TLogManager,
   void ClearAllEventListeners();
 
   // Ends the process: by the shutdown states and exit(SigValue) for the polite signals, which is done on the main
-  // thread with no lock held; by the crash path on the calling thread for all others. True when it has returned.
+  // thread with no lock held; by the crash path on the calling thread for all others, which takes ten seconds at
+  // most: what hangs by then is left, and the process ends as it would have. True when it has returned.
   bool SignalHandler(int SigValue);
   // Serves the polite signal that has come in since the last call, if any. Main thread, no lock held.
   void ServePendingSignal();

@@ -32,6 +32,45 @@ bool IsPolite(int SigValue) {
   return SigValue == SIGTERM || SigValue == SIGQUIT || SigValue == SIGINT || SigValue == SIGHUP;
 }
 
+// The crash signal whose limit runs, and whether the end of the limit reboots; 0 for none. They are set before the
+// limit is armed and are all that its end reads.
+std::atomic<int> LimitedCrash{0};
+std::atomic<bool> LimitReboots{false};
+static_assert(std::atomic<bool>::is_always_lock_free);
+
+// The end of the process itself, by what is safe inside a handler: a crash inside the allocator, or beside a lock
+// that nobody gives back, leaves nothing else.
+void EndProcess(int SigValue, bool Reboot) {
+  if (Reboot) SystemSeams.Reboot(static_cast<int>(LINUX_REBOOT_CMD_RESTART));
+  // Also after a reboot that was refused: going back would run into the same fault for ever.
+  std::signal(SigValue, SIG_DFL);
+  SystemSeams.Kill(getpid(), SigValue);
+}
+
+void OpenThreadTo(int SigValue) {
+  sigset_t set;
+  sigemptyset(&set);
+  sigaddset(&set, SigValue);
+  pthread_sigmask(SIG_UNBLOCK, &set, nullptr);
+}
+
+void CrashLimitHandler(int /*SigValue*/) {
+  const int crash = LimitedCrash;
+  OpenThreadTo(crash);  // the crashed thread is inside its handler, and there may be no other
+  EndProcess(crash, LimitReboots);
+}
+
+// From here on the crash path has ten seconds, all crashes together. Safe inside a handler.
+void LimitCrashPath(int SigValue, bool Reboot) {
+  constexpr unsigned longestSeconds = 10;
+  int none = 0;
+  LimitReboots = LimitReboots || Reboot;
+  if (!LimitedCrash.compare_exchange_strong(none, SigValue)) return;
+  std::signal(SIGALRM, CrashLimitHandler);
+  OpenThreadTo(SIGALRM);
+  SystemSeams.Alarm(longestSeconds);
+}
+
 }  // namespace
 
 // Keeps the other threads from destroying the application while the crashed one does, and the graphics from being
@@ -79,6 +118,7 @@ void QuitSignalHandler(int SigValue) {
     }
     if (pApp->SignalHandler(SigValue)) return;
   }
+  if (!IsPolite(SigValue)) LimitCrashPath(SigValue, false);
   logman::WriteLog(7, 0, "Signal %d received. Exiting...\n", SigValue);
   logman::Poll();
   sync();
@@ -104,6 +144,7 @@ void TApplication::ServePendingSignal() {
 
 bool TApplication::SignalHandler(int SigValue) {
   if (IsPolite(SigValue)) return EndPolitely(SigValue);
+  LimitCrashPath(SigValue, mRebootOnExit);
   WriteLog(0, 0, "Signal %d received. Exiting...\n", SigValue);
   std::array<void*, 20> frames{};
   const int count = backtrace(frames.data(), static_cast<int>(frames.size()));
@@ -135,10 +176,7 @@ bool TApplication::EndByCrash(int SigValue, void* const* Frames, int Count) {
   terminate(DEFAULT, false);
   const TCrashLocks locks(*this);  // until the process has ended, so that no other thread goes on destroying
   if (locks.MayDestroy()) DestroyAfterCrash(locks.HasDrawMutex());
-  if (mRebootOnExit) SystemSeams.Reboot(static_cast<int>(LINUX_REBOOT_CMD_RESTART));
-  // Also after a reboot that was refused: going back would run into the same fault for ever.
-  std::signal(SigValue, SIG_DFL);
-  SystemSeams.Kill(getpid(), SigValue);
+  EndProcess(SigValue, mRebootOnExit);
   InCrashPath = nested;
   return true;
 }

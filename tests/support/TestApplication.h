@@ -92,9 +92,13 @@ class TestApplication : public vendelo_sdl2::TApplication {
   int destroyCalls() const { return mDestroyCalls; }
 
   using TApplication::LogBacktrace;
+  using TApplication::mAppStatus;
   using TApplication::mDisableFunctionKeys;
+  using TApplication::mpDrawThread;
+  using TApplication::mpMainMutex;
   using TApplication::mRebootOnExit;
   using TApplication::mStatusWaiter;
+  using TApplication::mSwipeDist;
 
  private:
   std::atomic<int> mDestroyCalls{0};

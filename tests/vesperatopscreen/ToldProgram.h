@@ -68,6 +68,7 @@ const Preparation* preparation = nullptr;
 // A program with a GUI module, its draw thread and a module that tells how it is closed. Left alone it runs for
 // ever.
 TApplication* makeApplication(const std::string*) {
+  SystemSeams.Alarm = [](unsigned) { return 0u; };  // a busy machine may take its time over a backtrace
   auto* app = new ToldApplication;
   (new ToldModule)->Init(app, "told", nullptr, 5);
   app->onInit = [app] {
