@@ -27,7 +27,9 @@ class TAppGuiModule : public TAppModule {
   TAppGuiModule();
   ~TAppGuiModule() override;
 
-  // Chooses the display by the parameter "SCREEN_INDEX" and puts the window there; 0, or -1 without a display.
+  // Chooses the display by the parameter "SCREEN_INDEX" and puts the window there; 0, or -1 without a display. The
+  // main thread waits for it and serves parameters and log only: a Defer from here does not wait, and what it
+  // queues runs when the load is over.
   int Load(void* hInitData) override;
   // Frees everything, components and images first, then the window, and deletes this module.
   int Destroy() override;

@@ -167,12 +167,14 @@ class TApplication : public TLogManager,
     return SetGUIImpl([]() -> TAppGuiModule* { return new TGui; }, InitData);
   }
   // Lets the draw thread load the GUI module and serves parameters and log meanwhile, on the main thread.
-  // What the module's Load returned.
+  // Deferred methods are not served meanwhile. What the module's Load returned.
   int LoadGUI(void* data);
 
   // Runs `method` on the main thread: at once when called there outside a deferred method and not
   // evenIfAlreadyInMain, else in a later pass. With waitForExecution the call returns when the method has run;
-  // from inside a deferred method, or queued on the main thread, that is never.
+  // from inside a deferred method, or queued on the main thread, that is never. Inside a frame and inside the GUI's
+  // Load on the draw thread the queue is not served: a call from there is refused its wait, which the log tells, and
+  // the method runs later. What a method throws goes to the log.
   void Defer(const DeferredType& method, bool evenIfAlreadyInMain, bool waitForExecution);
   // Defer with waitForExecution.
   void DeferSync(const DeferredType& method, bool evenIfAlreadyInMain);
@@ -304,6 +306,7 @@ class TApplication : public TLogManager,
   std::atomic<SDL_threadID> mDrawMutexOwner{0};  // 0: free
   int mDrawMutexDepth = 0;                       // mpDrawMutex
   bool mDeferClosed = false;                     // mpDeferQueueMutex; the main loop has ended
+  bool mLoadsGui = false;                        // draw thread only; inside the GUI's Load
   bool mGuiWasSet = false;                       // main thread only
   bool mInPass = false;                          // main thread only; it may hold locks
   unsigned int mServedSignals = 0;               // main thread only; a bit for each signal being served

@@ -73,7 +73,9 @@ int TApplication::RunDrawThread() {
   mDrawThreadDraws = true;
   const TDrawing drawing{mDrawThreadDraws};
   KLOG(LogApp, logs::Info, "DRAW: Loading GUI (APP_LOADING_GRAPHICS)...");
+  mLoadsGui = true;
   GUI_LoadResult = gui->Load(GUI_LoadData);
+  mLoadsGui = false;
   setStatus(APP_LOADING_2);  // and not one state further, when a shutdown has begun meanwhile
   KLOG(LogApp, logs::Info, "DRAW: Waiting for end of startup procedures (APP_STARTUP)...");
   do {
@@ -149,8 +151,9 @@ void TApplication::Defer(const DeferredType& method, bool evenIfAlreadyInMain, b
     method();
     return;
   }
-  if (waitForExecution && IsInDrawThread() && HoldsDrawMutex()) {
-    WriteLog(5, 0, "TApplication: Defer inside a frame can not wait for the main thread");
+  if (waitForExecution && IsInDrawThread() && (mLoadsGui || HoldsDrawMutex())) {
+    WriteLog(5, 0, "TApplication: Defer inside %s can not wait for the main thread",
+             mLoadsGui ? "the load of the GUI" : "a frame");
     waitForExecution = false;
   }
   SDL_semaphore* executed = nullptr;

@@ -204,6 +204,39 @@ TEST_F(DeferOnDrawThread, WaitsForTheMainThreadOutsideAFrameOnly) {
   EXPECT_TRUE(app->log.contains("5|TApplication: Defer inside a frame can not wait for the main thread"));
 }
 
+// The main thread waits for the load: a call that waited for it there would never return.
+TEST_F(DeferOnDrawThread, InsideTheLoadItIsRefusedItsWaitAndRunsLater) {
+  StubGui::onLoad() = [&](void*) {
+    app->Defer([&] { trace.add(app->IsInMainThread() ? "on main" : "elsewhere"); }, false, true);
+    trace.add("load goes on");
+    EXPECT_TRUE(
+      app->log.contains("5|TApplication: Defer inside the load of the GUI can not wait for the main thread"));
+    return 0;
+  };
+  run([&] {
+    if (app->status() != TApplication::APP_RUNNING || !trace.contains("on main")) return 0;
+    if (trace.contains("waited for")) return 1;
+    app->Defer(note("waited for"), false, true);
+    EXPECT_TRUE(trace.contains("waited for"));
+    return 1;
+  });
+  StubGui::onLoad() = nullptr;
+  EXPECT_EQ(trace.lines(), (std::vector<std::string>{"load goes on", "on main", "waited for"}));
+}
+
+TEST_F(DeferOnDrawThread, RunsAtOnceWithTheRendererOfTheGui) {
+  auto* renderer = reinterpret_cast<SDL_Renderer*>(this);  // only passed on
+  SDL_Renderer* seen = nullptr;
+  run([&] {
+    if (app->status() != TApplication::APP_RUNNING) return 0;
+    app->GUI()->SetRenderer(renderer);
+    app->DeferToDrawRender([&](SDL_Renderer* given) { seen = given; }, false);
+    app->GUI()->SetRenderer(nullptr);
+    return 1;
+  });
+  EXPECT_EQ(seen, renderer);
+}
+
 TEST_F(DeferOnDrawThread, KnowsItsThreads) {
   std::atomic<bool> draw{false}, main{true};
   run([&] {
