@@ -1,6 +1,7 @@
 // The draw thread, the hand-over of the GUI module to it, and the work that threads defer to each other.
 #include <SDL.h>
 #include <csignal>
+#include <exception>
 #include <string>
 
 #include "common/Logger.h"
@@ -13,6 +14,25 @@ namespace vendelo_sdl2 {
 
 void* GUI_LoadData = nullptr;
 int GUI_LoadResult = 0;
+
+namespace {
+
+// What the exception under way says of itself.
+std::string CauseOfException() {
+  try {
+    throw;
+  } catch (const std::exception& error) {
+    return error.what();
+  } catch (const std::string& text) {
+    return text;
+  } catch (const char* text) {
+    if (text) return text;
+  } catch (...) {  // has no text
+  }
+  return "unknown";
+}
+
+}  // namespace
 
 int TApplication::SetGUIImpl(TAppGuiModule* (*Create)(), void* InitData) {
   lockDrawMutex();
@@ -186,6 +206,7 @@ void TApplication::ExecuteDeferredMethods() {
       if (method) method();
     } catch (...) {
       WriteLog(0, 0, "TApplication: ExecuteDefreredMethods unhandled exception");
+      WriteLog(0, 0, "TApplication: its cause: %s", CauseOfException().c_str());
     }
     method = nullptr;  // what it refers to may go as soon as the waiting caller does
     SDL_LockMutex(mpDeferQueueMutex);
@@ -222,6 +243,7 @@ void TApplication::ExecuteDeferredDrawMethods(SDL_Renderer* renderer) {
       if (method) method(renderer);
     } catch (...) {
       WriteLog(0, 0, "TApplication: ExecuteDeferredDrawMethods unhandled exception");
+      WriteLog(0, 0, "TApplication: its cause: %s", CauseOfException().c_str());
     }
     method = nullptr;
     SDL_LockMutex(mpDeferDrawQueueMutex);

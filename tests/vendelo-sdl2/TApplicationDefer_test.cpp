@@ -3,6 +3,7 @@
 #include <memory>
 #include <stdexcept>
 #include <thread>
+#include <xmlrpc-c/girerr.hpp>
 
 #include "tests/support/TestApplication.h"
 
@@ -66,6 +67,40 @@ TEST_F(Defer, ExceptionIsLoggedAndTheQueueGoesOn) {
   app->ExecuteDeferredMethods();
   EXPECT_EQ(app->log.count(mainFailure), 2);
   EXPECT_TRUE(trace.contains("after"));
+}
+
+// What comes out of the work itself, so that a field report tells more than that something failed.
+const struct {
+  const char* name;
+  std::function<void()> work;
+  const char* cause;
+} failures[] = {
+  {"a standard exception", [] { throw std::out_of_range("no page 7, 100%s"); }, "no page 7, 100%s"},
+  {"one of the transport", [] { throw girerr::error("no route"); }, "no route"},
+  {"a string", [] { throw std::string("out of paper"); }, "out of paper"},
+  {"a text", [] { throw "jammed"; }, "jammed"},
+  {"a null text", [] { throw static_cast<const char*>(nullptr); }, "unknown"},
+  {"a number", [] { throw 7; }, "unknown"},
+};
+
+TEST_F(Defer, CauseOfAFailureFollowsInTheLog) {
+  for (const auto& failure : failures) {
+    SCOPED_TRACE(failure.name);
+    const std::string cause = std::string("0|TApplication: its cause: ") + failure.cause;
+    app->Defer(failure.work, true, false);
+    size_t before = app->log.lines().size();
+    app->ExecuteDeferredMethods();
+    auto lines = app->log.lines();
+    lines.erase(lines.begin(), lines.begin() + static_cast<std::ptrdiff_t>(before));
+    EXPECT_EQ(lines, (std::vector<std::string>{mainFailure, cause}));
+
+    app->DeferToDraw(failure.work, true);
+    before = app->log.lines().size();
+    app->ExecuteDeferredDrawMethods(nullptr);
+    lines = app->log.lines();
+    lines.erase(lines.begin(), lines.begin() + static_cast<std::ptrdiff_t>(before));
+    EXPECT_EQ(lines, (std::vector<std::string>{drawFailure, cause}));
+  }
 }
 
 TEST_F(Defer, WaitingCallerReturnsWhenTheMethodHasRunOrThrown) {
