@@ -150,12 +150,13 @@ bool TApplication::RunLogic(TLoopState& Loop) {
   if (status() >= APP_TERMINATE) return true;
 
   if (TAppGuiModule* gui = GUI()) {
-    LogicDurationMs = 0;
     if (!ComponentLogicCalled) {
       gui->mainLogic();
       Loop.thisProcessLoop = SDL_GetTicks();
       LogicDurationMs = static_cast<int>(Loop.thisProcessLoop - Loop.lastProcessLoop);
       ComponentLogicCalled = true;
+    } else {
+      LogicDurationMs = 0;
     }
     if (Loop.elapsedSecondsSinceFPS >= 1.0) {
       Loop.lastFpsUpdate = Loop.thisProcessLoop;

@@ -90,6 +90,13 @@ void TestApplication::OnAppStateChanged(ApplicationState newState) {
   if (onState && !mHooksEnd) onState(newState);
 }
 
+void TestApplication::OnStoreValues(const std::list<TAppParam*>& params) {
+  if (onStoreParameters && !mHooksEnd)
+    onStoreParameters();
+  else
+    TApplication::OnStoreValues(params);
+}
+
 int TestApplication::_WriteLog(char color, TLogType type, unsigned long gameId, const std::string& text) {
   log.add(std::to_string(type) + "|" + text);
   return TApplication::_WriteLog(color, type, gameId, text);

@@ -74,6 +74,7 @@ class TestApplication : public vendelo_sdl2::TApplication {
   std::function<void()> onStartup, onDestroy;
   std::function<bool()> onSetupGraphics, onCanExit;
   std::function<void(ApplicationState)> onState;
+  std::function<void()> onStoreParameters;
   Trace log;
 
   int Init() override { return onInit ? onInit() : 0; }
@@ -85,6 +86,7 @@ class TestApplication : public vendelo_sdl2::TApplication {
   bool CanExit() const override { return !onCanExit || onCanExit(); }
   void Destroy() override;
   void OnAppStateChanged(ApplicationState newState) override;
+  void OnStoreValues(const std::list<vendelo_sdl2::TAppParam*>& params) override;
   int _WriteLog(char color, vendelo_sdl2::TLogType type, unsigned long gameId, const std::string& text) override;
 
   // The names of the modules, highest priority first.

@@ -1,77 +1,10 @@
-#include <gtest/gtest.h>
-#include <memory>
 #include <stdexcept>
-#include <thread>
 
-#include "tests/support/FakeClock.h"
-#include "tests/support/TestApplication.h"
+#include "tests/vendelo-sdl2/TApplicationLoopFixture.h"
 
-using namespace vendelo_sdl2;
+using namespace looptest;
 
 namespace {
-
-// What the replaced nanosleep does: records the request and moves the clock by it and by what the test adds.
-struct FakeSleep {
-  FakeClock* clock = nullptr;
-  std::vector<timespec> requests;
-  std::vector<int> overshoot;  // milliseconds; the last one stays
-  int result = 0;
-
-  std::vector<long> milliseconds() const {
-    std::vector<long> values;
-    for (const timespec& request : requests)
-      values.push_back(static_cast<long>(request.tv_sec) * 1000 + request.tv_nsec / 1000000);
-    return values;
-  }
-} fakeSleep;
-
-int sleepFake(const timespec* time, timespec*) {
-  const size_t index = fakeSleep.requests.size();
-  fakeSleep.requests.push_back(*time);
-  int over = 0;
-  if (!fakeSleep.overshoot.empty()) over = fakeSleep.overshoot[std::min(index, fakeSleep.overshoot.size() - 1)];
-  fakeSleep.clock->advance(static_cast<Uint32>(time->tv_sec * 1000 + time->tv_nsec / 1000000 + over));
-  return fakeSleep.result;
-}
-
-// A main loop without GUI and window on a clock that only sleeping and the test's hooks move.
-class Loop : public testing::Test {
- protected:
-  Loop() {
-    fakeSleep = FakeSleep();
-    fakeSleep.clock = &clock;
-    SystemSeams.NanoSleep = sleepFake;
-    app = std::make_unique<TestApplication>();
-    app->SetLogicInterval(0);  // the logic in every pass
-  }
-  // MainLoop from `state` on; every pass does `work` in its logic, the last one terminates.
-  int runPasses(TApplication::ApplicationState state, int passes, const std::function<void(int)>& work) {
-    int pass = 0;
-    app->onRunOnce = [&, passes] {
-      if (work) work(pass);
-      if (++pass == passes) app->terminate(DEFAULT, false);
-      return 0;
-    };
-    app->setStatus(state);
-    return app->MainLoop();
-  }
-  void task(TimedTaskType type, const std::string& line) {
-    app->AddTimedTask(new TtthLambda([this, line] { order.add(line); }, 0, TTimedTaskHandler::EXECUTE_ONCE, line),
-                      type);
-  }
-  void handler(ActionHandleType type, const std::string& line) {
-    app->AddActionListener(
-      "TestAction",
-      new TahLambda([this, line](std::string, void*) { order.add(line); }, TActionHandler::ahtExecuteEndless),
-      type);
-  }
-
-  SeamsGuard seams;
-  FakeClock clock{1000};
-  NoticeCapture notices;
-  Trace order;
-  std::unique_ptr<TestApplication> app;
-};
 
 TEST_F(Loop, SleepsForWhatTheWorkLeavesOfThePeriod) {
   app->TargetFrequency = 100;
@@ -121,10 +54,37 @@ TEST_F(Loop, NeverSleepsAboveAThousandPassesOrOutsideRunning) {
   app->TargetFrequency = 1001;
   runPasses(TApplication::APP_RUNNING, 20, nullptr);
   EXPECT_TRUE(fakeSleep.requests.empty());
-  app = std::make_unique<TestApplication>();
-  app->SetLogicInterval(0);
-  runPasses(TApplication::APP_STARTUP_GRAPHICS, 20, nullptr);
-  EXPECT_TRUE(fakeSleep.requests.empty());
+  for (const auto state : {TApplication::APP_INITIALIZING, TApplication::APP_STARTUP,
+                           TApplication::APP_STARTUP_GRAPHICS, TApplication::APP_SHUTTING_DOWN}) {
+    app = std::make_unique<TestApplication>();
+    app->SetLogicInterval(0);
+    app->onCanExit = [] { return false; };
+    runPasses(state, 20, nullptr);
+    EXPECT_TRUE(fakeSleep.requests.empty()) << state;
+  }
+}
+
+TEST_F(Loop, PeriodIsCutToMillisecondsAndReadOnce) {
+  app->TargetFrequency = 300;
+  runPasses(TApplication::APP_RUNNING, 4, [&](int) { app->TargetFrequency = 10; });
+  EXPECT_EQ(fakeSleep.milliseconds(), (std::vector<long>{3, 3, 3}));
+}
+
+// The first pass has followed on no other: its period began with the clock.
+TEST_F(Loop, FirstPassSleepsForWhatTheClockHasNotRunYet) {
+  clock.set(4);
+  app->TargetFrequency = 100;
+  runPasses(TApplication::APP_RUNNING, 2, nullptr);
+  EXPECT_EQ(fakeSleep.milliseconds(), (std::vector<long>{6, 10}));
+}
+
+TEST_F(Loop, OversleepIsForgottenAfterAPassThatWasLate) {
+  app->TargetFrequency = 100;
+  fakeSleep.overshoot = {4, 0};
+  const int work[] = {0, 8, 2, 2};
+  runPasses(TApplication::APP_RUNNING, 4, [&](int pass) { clock.advance(static_cast<Uint32>(work[pass])); });
+  // 4 ms late, which with 8 ms of work is more than a period: no sleep, and the next one is whole again.
+  EXPECT_EQ(fakeSleep.milliseconds(), (std::vector<long>{10, 8}));
 }
 
 TEST_F(Loop, PacingSurvivesTheWrapOfTheClock) {
@@ -139,6 +99,40 @@ TEST_F(Loop, LogicComesAtMostOncePerInterval) {
   std::vector<Uint32> ticks;
   runPasses(TApplication::APP_RUNNING, 4, [&](int) { ticks.push_back(clock.now()); });
   EXPECT_EQ(ticks, (std::vector<Uint32>{1010, 1020, 1030, 1040}));
+}
+
+TEST_F(Loop, LogicKeepsItsIntervalOverTheWrapOfTheClock) {
+  clock.set(0xfffffff6);
+  app->SetLogicInterval(10);
+  std::vector<Uint32> ticks;
+  runPasses(TApplication::APP_RUNNING, 3, [&](int) { ticks.push_back(clock.now()); });
+  EXPECT_EQ(ticks, (std::vector<Uint32>{0, 10, 20}));
+}
+
+TEST_F(Loop, IntervalOfTheLogicRunsFromTheBeginOfItsPass) {
+  app->SetLogicInterval(10);
+  std::vector<Uint32> ticks;
+  runPasses(TApplication::APP_RUNNING, 3, [&](int) {
+    ticks.push_back(clock.now());
+    clock.advance(4);
+  });
+  EXPECT_EQ(ticks, (std::vector<Uint32>{1010, 1020, 1030}));
+}
+
+TEST_F(Loop, LogicThatThrewIsDueAgainInTheNextPass) {
+  app->TargetFrequency = 1001;
+  app->SetLogicInterval(10);
+  everyPassTakesAMillisecond();
+  std::vector<Uint32> ticks;
+  app->onRunOnce = [&] {
+    ticks.push_back(clock.now());
+    if (ticks.size() == 1) throw std::runtime_error("not now");
+    if (ticks.size() == 3) app->terminate(DEFAULT, false);
+    return 0;
+  };
+  app->setStatus(TApplication::APP_RUNNING);
+  app->MainLoop();
+  EXPECT_EQ(ticks, (std::vector<Uint32>{1011, 1012, 1022}));
 }
 
 TEST_F(Loop, OnePassHasItsOrder) {
@@ -178,6 +172,14 @@ TEST_F(Loop, TerminatingLeavesThePassAtTheNextTest) {
        };
      },
      {}},
+    {"logic that throws",  // seen behind the part that it has left
+     [](auto& a) {
+       a.onRunOnce = [&a]() -> int {
+         a.terminate(DEFAULT, false);
+         throw 1;
+       };
+     },
+     {}},
     {"normal task",
      [](auto& a) {
        a.AddTimedTask(new TtthLambda([&a] { a.terminate(DEFAULT, false); }, 0, TTimedTaskHandler::ENDLESS, "end"),
@@ -210,6 +212,7 @@ TEST_F(Loop, TerminatingLeavesThePassAtTheNextTest) {
     app->MainLoop();
     EXPECT_EQ(ran.lines(), row.ran) << row.name;
     EXPECT_EQ(app->status(), TApplication::APP_QUIT);
+    EXPECT_EQ(heldElsewhere(), "") << row.name;
   }
 }
 
@@ -308,24 +311,43 @@ TEST_F(Loop, DurationsAreThoseOfTheLatestPass) {
                       },
                       0, TTimedTaskHandler::ENDLESS, "4"),
                     TASK_THREAD_SAFE);
-  app->AddActionListener(
-    "TestAction", new TahLambda([&](std::string, void*) { clock.advance(5); }, TActionHandler::ahtExecuteEndless),
-    ACTION_NORMAL);
+  const auto takes = [this](Uint32 milliseconds) {
+    return new TahLambda([this, milliseconds](std::string, void*) { clock.advance(milliseconds); },
+                         TActionHandler::ahtExecuteEndless);
+  };
+  app->AddActionListener("TestAction", takes(5), ACTION_NORMAL);
+  app->AddActionListener("TestAction", takes(6), ACTION_THREAD_SAFE);
   app->GenerateAction("TestAction", nullptr, ACTION_ANY);
   app->onRunOnce = [&] {
     clock.advance(7);
     return 0;
   };
+  app->onStoreParameters = [&] { clock.advance(8); };
+  app->SetParam("Volume", std::string("5"), PARAM_GLOBAL, "", "", false);
+  openLog([this] { clock.advance(9); });
   app->DrawDurationMs = 99;
   clock.advance(1);
   app->setStatus(TApplication::APP_RUNNING);
   app->MainLoop();
   EXPECT_EQ(app->RunDurationMs, 7);
   EXPECT_EQ(app->TaskDurationMs, 7);
-  EXPECT_EQ(app->ActionDurationMs, 5);
+  EXPECT_EQ(app->ActionDurationMs, 11);
   EXPECT_EQ(app->DrawDurationMs, 0);
-  EXPECT_EQ(app->ParamDurationMs, 0);
-  EXPECT_EQ(app->LogDurationMs, 0);
+  EXPECT_EQ(app->ParamDurationMs, 8);
+  EXPECT_EQ(app->LogDurationMs, 9);
+}
+
+TEST_F(Loop, DurationsOfAnEarlierPassAreCleared) {
+  app->RunDurationMs = app->TaskDurationMs = app->ActionDurationMs = 99;
+  app->SetLogicInterval(1000);
+  app->AddTimedTask(new TtthLambda([&] { app->terminate(DEFAULT, false); }, 0, TTimedTaskHandler::ENDLESS, "end"),
+                    TASK_THREAD_SAFE);
+  clock.advance(1);
+  app->setStatus(TApplication::APP_RUNNING);
+  app->MainLoop();
+  EXPECT_EQ(app->RunDurationMs, 0);
+  EXPECT_EQ(app->TaskDurationMs, 0);
+  EXPECT_EQ(app->ActionDurationMs, 0);
 }
 
 TEST_F(Loop, RunServesThreadSafeWorkUntilStartupIsReached) {
