@@ -1,7 +1,9 @@
 #include <gtest/gtest.h>
 #include <cstdlib>
+#include <filesystem>
 #include <memory>
 #include <stdexcept>
+#include <thread>
 
 #include "tests/support/FakeClock.h"
 #include "tests/support/TestApplication.h"
@@ -242,6 +244,111 @@ TEST_F(DrawThread, ExitCommandRunsTwiceUnlessItIsForbiddenOrUnknown) {
     app.reset();
   }
   commands = &shell;
+}
+
+TEST_F(DrawThread, ExitCommandIsFoundInEveryDomain) {
+  for (const ParameterDomain domain : {PARAM_CACHE, PARAM_GLOBAL, PARAM_GROUP, PARAM_MINE}) {
+    SDL_Init(SDL_INIT_VIDEO);
+    make();
+    Trace ran;
+    commands = &ran;
+    app->SetClientID("hall_7");
+    app->SetParam("SHELL_CMD_SHUTDOWN", std::string("power off"), domain, "", "", true);
+    app->onRunOnce = [&] {
+      if (app->status() == TApplication::APP_RUNNING) app->terminate(SHUTDOWN, false);
+      return 0;
+    };
+    run();
+    EXPECT_EQ(ran.lines(), (std::vector<std::string>{"up|bash -c 'sleep 2; power off' &", "down|power off"}))
+      << domain;
+    app.reset();
+  }
+  commands = &shell;
+}
+
+// A lock that another thread finds taken.
+std::string heldElsewhere(TestApplication& app) {
+  std::string held;
+  std::thread([&] {
+    if (app.tryLockDrawMutex())
+      app.unlockDrawMutex();
+    else
+      held += "draw ";
+    if (SDL_TryLockMutex(app.mpMainMutex) == 0)
+      SDL_UnlockMutex(app.mpMainMutex);
+    else
+      held += "main ";
+  }).join();
+  return held;
+}
+
+TEST_F(DrawThread, LocksEverybodyOutWhileItDestroysAndNobodyAfterwards) {
+  app->onDestroy = [&] { trace.add(heldElsewhere(*app)); };
+  run();
+  EXPECT_EQ(trace.lines(), std::vector<std::string>{"draw main "});
+  EXPECT_EQ(heldElsewhere(*app), "");
+}
+
+TEST_F(DrawThread, GuiIsMadeUnderTheDrawMutexAndStandsBehindTheOtherModules) {
+  struct Bare : TAppModule {
+    int Load(void*) override { return 0; }
+  };
+  (new Bare)->Init(app.get(), "behind", nullptr, -2);
+  (new Bare)->Init(app.get(), "before", nullptr, -1);
+  (new Bare)->Init(app.get(), "front", nullptr, 0);
+  app->TerminationType = RESTART;
+  int data = 0;
+  StubGui::onLoad() = [&](void* given) {
+    if (app->IsInMainThread()) {
+      EXPECT_EQ(given, &data);
+      EXPECT_EQ(heldElsewhere(*app), "draw ");
+      EXPECT_EQ(app->status(), TApplication::APP_INITIALIZING);
+    }
+    return app->IsInMainThread() ? 1 : 0;
+  };
+  EXPECT_EQ(app->SetGUI<StubGui>(&data), 1);
+  EXPECT_EQ(app->TerminationType, DEFAULT);
+  EXPECT_EQ(app->moduleNames(), (std::vector<std::string>{"front", "before", "GUI1", "behind"}));
+  app->EndDrawThread();
+}
+
+// The load can take long: parameters are stored and the log is written all the while.
+TEST_F(DrawThread, LoadGuiServesParametersAndLog) {
+  char folder[] = "/tmp/loadXXXXXX";
+  ASSERT_NE(mkdtemp(folder), nullptr);
+  const auto noteLog = [](void* trace, const TLogEntry&, int) {
+    if (!static_cast<Trace*>(trace)->contains("log")) static_cast<Trace*>(trace)->add("log");
+  };
+  app->TLogManager::Init(std::string(folder) + "/load.log", noteLog, &trace, false);
+  app->onStoreParameters = [&] { trace.add("parameters"); };
+  StubGui::onLoad() = [&](void*) {
+    EXPECT_EQ(GUI_LoadResult, -1);
+    app->WriteLog(0, 0, "a line");
+    app->SetParam("Volume", std::string("5"), PARAM_GLOBAL, "", "", false);
+    for (int waited = 0; waited < 60000 && trace.lines().size() < 2; ++waited) SDL_Delay(1);
+    EXPECT_EQ(trace.lines().size(), 2u);
+    return 0;
+  };
+  run();
+  app->onStoreParameters = nullptr;
+  std::filesystem::remove_all(folder);
+}
+
+TEST_F(DrawThread, ResultOfAFrameLeavesAShutdownThatIsUnderWayAlone) {
+  std::atomic<bool> frameEnded{false};
+  app->onDrawOnce = [&, frames = 0]() mutable {
+    if (app->status() < TApplication::APP_RUNNING || ++frames < 3) return 0;
+    while (!app->shuttingDown()) SDL_Delay(1);
+    frameEnded = true;
+    return 3;
+  };
+  app->onCanExit = [&] { return frameEnded.load(); };
+  app->onRunOnce = [&] {
+    if (app->status() == TApplication::APP_RUNNING) app->terminate(RESTART, true);
+    return 0;
+  };
+  EXPECT_EQ(run(), -3);
+  EXPECT_EQ(app->TerminationType, RESTART);
 }
 
 TEST_F(DrawThread, FailingSetUpReleasesItAndItStillWalksThrough) {

@@ -124,6 +124,11 @@ TEST_F(EventPump, DisabledFunctionKeysStopThePumpAfterTheListenersSawThem) {
     EXPECT_EQ(app->ProcessNextEvent(), row.result) << row.key;
     EXPECT_EQ(first.types.size(), ++seen) << row.key;
   }
+  SDL_Event other{};  // with the same bytes where a key would be
+  other.type = SDL_KEYMAPCHANGED;
+  other.key.keysym.sym = SDLK_F1;
+  SDL_PushEvent(&other);
+  EXPECT_EQ(app->ProcessNextEvent(), 1);
   app->mDisableFunctionKeys = false;
   app->PostSDLKeyboardEvent(true, SDLK_F1, KMOD_NONE);
   EXPECT_EQ(app->ProcessNextEvent(), 1);
@@ -145,6 +150,24 @@ TEST_F(EventPump, SwipesGiveUpTheirReferenceWithAllBitsOfTheMask) {
   }
   app->PostSDLUserEvent(0x1010000, nullptr, nullptr);
   EXPECT_EQ(app->ProcessNextEvent(), 1);
+  // Also of a swipe that a listener has consumed, and once it has seen it.
+  swipe.released = 0;
+  first.result = 1;
+  first.onEvent = [&] { EXPECT_EQ(swipe.released, 0); };
+  app->AddEventListener(&first, false);
+  app->PostSDLUserEvent(0x1010000, static_cast<TSwipeData*>(&swipe), nullptr);
+  EXPECT_EQ(app->ProcessNextEvent(), 1);
+  EXPECT_EQ(first.requests.size(), 1u);
+  EXPECT_EQ(swipe.released, 1);
+  // Another event with the same bytes where the code would be is none.
+  SDL_Event other{};
+  other.type = SDL_USEREVENT + 1;
+  other.user.code = 0x1010000;
+  other.user.data1 = static_cast<TSwipeData*>(&swipe);
+  SDL_PushEvent(&other);
+  first.onEvent = nullptr;
+  EXPECT_EQ(app->ProcessNextEvent(), 1);
+  EXPECT_EQ(swipe.released, 1);
 }
 
 TEST_F(EventPump, TerminatingWakesALoopThatWaits) {
@@ -168,8 +191,19 @@ TEST_F(EventPump, WindowSizeReachesTheGui) {
   };
   post(SDL_WINDOWEVENT_MOVED);
   EXPECT_FALSE(StubGui::trace().contains("refresh size"));
+  first.onEvent = [] { EXPECT_EQ(StubGui::trace().count("refresh size"), 1); };  // it comes before the listeners
+  app->AddEventListener(&first, false);
   post(SDL_WINDOWEVENT_SIZE_CHANGED);
   EXPECT_EQ(StubGui::trace().count("refresh size"), 1);
+  EXPECT_EQ(first.requests.size(), 1u);
+}
+
+TEST_F(EventPump, WindowSizeWithoutAGuiIsAnEventLikeAnyOther) {
+  SDL_Event event{};
+  event.type = SDL_WINDOWEVENT;
+  event.window.event = SDL_WINDOWEVENT_SIZE_CHANGED;
+  SDL_PushEvent(&event);
+  EXPECT_EQ(app->ProcessNextEvent(), 1);
 }
 
 }  // namespace

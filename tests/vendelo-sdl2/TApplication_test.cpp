@@ -1,6 +1,7 @@
 // States, environment and identity; the event pump, the loops and the signals have tests of their own.
 #include "vendelo-sdl2/TApplication.h"
 
+#include <SDL_image.h>
 #include <gtest/gtest.h>
 #include <unistd.h>
 #include <cstdio>
@@ -10,10 +11,18 @@
 #include <thread>
 
 #include "tests/support/ChildProcess.h"
+#include "tests/support/FakeClock.h"
 #include "tests/support/TestApplication.h"
 
 using namespace vendelo_sdl2;
 using Status = TApplication::ApplicationState;
+
+namespace {
+int syncs = 0;
+}  // namespace
+
+// Linked in front of the system's, to count.
+extern "C" void sync() noexcept { ++syncs; }
 
 namespace {
 
@@ -45,10 +54,43 @@ TEST_F(Application, StartsInitializingAndIsReachable) {
   EXPECT_TRUE(app->IsInMainThread());
   EXPECT_FALSE(app->IsInDrawThread());
   EXPECT_EQ(app->Version() + app->Copyright(), "");
+  EXPECT_FALSE(app->mDisableFunctionKeys);
+  EXPECT_FALSE(app->ComponentLogicCalled);
+  EXPECT_EQ(app->mSwipeDist, -1);
+  EXPECT_STREQ(SDL_GetThreadName(app->mpDrawThread), "draw");
   EXPECT_TRUE(app->TApplication::CanExit());
   EXPECT_FALSE(app->TApplication::SetupGraphics());
   app.reset();
   EXPECT_EQ(pApp, nullptr);
+}
+
+TEST(ApplicationStart, TakesItsTicksFromTheClock) {
+  const FakeClock clock(4711);
+  const TestApplication app;
+  EXPECT_EQ(app.AppStartTicks, 4711u);
+}
+
+TEST_F(Application, DestroyEndsModulesThenImagesThenTheLogAndSyncs) {
+  char folder[] = "/tmp/destroyXXXXXX";
+  ASSERT_NE(mkdtemp(folder), nullptr);
+  struct Last : TAppModule {
+    int Load(void*) override { return 0; }
+    int Unload() override {
+      EXPECT_EQ(IMG_Init(0), IMG_INIT_PNG);
+      EXPECT_EQ(pApplication->_WriteLog(0, 0, 0, "still written"), 0);
+      return syncs = 0;
+    }
+  };
+  app->TLogManager::Init(std::string(folder) + "/destroy.log", nullptr, nullptr, false);
+  ASSERT_EQ(IMG_Init(IMG_INIT_PNG), IMG_INIT_PNG);
+  (new Last)->Init(app.get(), "last", nullptr, 1);
+  app->TApplication::Destroy();
+  EXPECT_TRUE(notices.trace.contains("Info|Successfully destroyed all modules."));
+  EXPECT_TRUE(app->moduleNames().empty());
+  EXPECT_EQ(IMG_Init(0), 0);
+  EXPECT_EQ(app->_WriteLog(0, 0, 0, "too late"), -1);
+  EXPECT_GE(syncs, 1);
+  std::filesystem::remove_all(folder);
 }
 
 TEST_F(Application, DestructionReleasesTheWaitingDrawThread) {
