@@ -67,6 +67,8 @@ class TGuiComponent {
 
   int alpha() const { return mAlpha; }
   bool isVisible() const { return mVisible; }
+  // From fadeOut to its end or to fadeIn.
+  bool isFadingOut() const { return mFadingOut; }
   std::string getName() const { return mName; }
   TGuiComponent* getParent() const { return mpParent; }
   void setParent(TGuiComponent* parent) { mpParent = parent; }

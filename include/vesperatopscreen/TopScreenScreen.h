@@ -30,8 +30,8 @@ class TopScreenScreen : public vendelo_sdl2::TAppGuiModule {
   int Load(void* data) override;
   int Unload() override;
 
-  // Each fades its panel in unless that is shown, and the visible others out. A panel that is just fading out
-  // counts as shown and is not faded in. The jackpot panel also gets the overlay of the game in play.
+  // Each fades its panel in unless that is shown, and the visible others out. A panel that is just fading out comes
+  // back from the alpha that it has. The jackpot panel also gets the overlay of the game in play.
   void ShowJackpotsPanel();
   void ShowPaytablesPanel();
   void ShowInstructionsPanel();

@@ -128,7 +128,7 @@ int TopScreenScreen::Unload() {
 }
 
 void TopScreenScreen::crossFade(TGuiComponent* shown, std::initializer_list<TGuiComponent*> hidden) {
-  if (shown && !shown->isVisible()) shown->fadeIn();
+  if (shown && (!shown->isVisible() || shown->isFadingOut())) shown->fadeIn();
   for (TGuiComponent* panel : hidden)
     if (panel && panel->isVisible()) panel->fadeOut();
 }

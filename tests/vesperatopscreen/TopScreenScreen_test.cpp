@@ -169,18 +169,6 @@ TEST_F(Screen, ShowingAPanelAgainStartsNoOtherFade) {
   EXPECT_EQ(kJackpots, panel());
 }
 
-TEST_F(Screen, AQuickToggleEndsOnTheBareBackground) {
-  start(1);
-  screen.screen().ShowInstructionsPanel();
-  screen.frames(100);
-  screen.screen().ShowJackpotsPanel();  // it is still fading out and counts as shown
-  screen.skip(600);
-  EXPECT_EQ("none", panel());
-  screen.screen().ShowJackpotsPanel();
-  screen.skip(600);
-  EXPECT_EQ(kJackpots, panel());
-}
-
 TEST_F(Screen, InstructionsDuringAGameStandUntilTheNextChangeOfTheGame) {
   start(1);
   screen.send(T_GAME_LOADED, gameValue("Reels", GAMETYPE_VESPERA_SLOTGAME));
