@@ -199,7 +199,7 @@ void TopScreenScreen::SetIntegrityCheckData(const std::string& data) {
 
 int TopScreenScreen::UpdateGraphics() {
   // Into a string that keeps its memory: this runs on the draw thread, every second, shown or not.
-  char text[48];
+  char text[32];
   auto show = [&](Tlabel* label) {
     mFpsText.assign(text);
     label->SetText(mFpsText);

@@ -27,6 +27,8 @@ class PanelScreen : public TopScreenScreen {
   // Names of the root components, rear-most first.
   std::vector<std::string> rootNames();
 
+  using TAppGuiModule::mFPS;
+  using TAppGuiModule::mFPS_noVsync;
   using TopScreenScreen::mpInfo;
   using TopScreenScreen::pDemoBackground;
   using TopScreenScreen::pInstructionsPanel;
@@ -55,6 +57,7 @@ class PanelApplication : public TopScreenApp {
   void deliver(const std::vector<std::pair<int, xmlrpc_c::value>>& events);
 
   using TopScreenApp::gotFirstInit;
+  using TopScreenApp::mCurrentFreq;
   using TopScreenApp::screen;
 
  private:

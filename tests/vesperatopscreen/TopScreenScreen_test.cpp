@@ -237,6 +237,27 @@ TEST_F(Screen, TheFrequenciesAreToggledAndRefreshedOnceASecond) {
   EXPECT_FALSE(frames->isVisible());
 }
 
+TEST_F(Screen, TheFrequenciesAreToldWithOneDecimalInThirtyOneLetters) {
+  start(1);
+  auto *loop = screen.find<Tlabel>("plFPS"), *frames = screen.find<Tlabel>("plRealFPS");
+  const struct {
+    float fps, noVsync;
+    const char* text;
+  } rows[] = {{59.94f, 1000.0f, "FPS: 59.9 (1000.0)"},
+              {7.25f, 0.0f, "FPS: 7.2 (0.0)"},
+              {1e9f, 1e9f, "FPS: 1000000000.0 (1000000000.0"},
+              {-1e20f, 1.0f, "FPS: -100000002004087734272.0 ("}};
+  screen.app().mCurrentFreq = 61;
+  for (const auto& row : rows) {
+    screen.screen().mFPS = row.fps;
+    screen.screen().mFPS_noVsync = row.noVsync;
+    loop->SetText("");
+    EXPECT_EQ(0, screen.screen().UpdateGraphics());
+    EXPECT_EQ(row.text, frames->GetText());
+    EXPECT_EQ("Loop freq.: 61", loop->GetText()) << "hidden or not";
+  }
+}
+
 TEST_F(Screen, TwoEventsInOnePollLeadToOneRebuild) {
   start(1);
   screen.app().forgetLines();
