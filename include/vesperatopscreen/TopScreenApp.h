@@ -61,10 +61,9 @@ class TopScreenApp : public vendelo_sdl2::TApplication, public TKSLListener {
   void deferInstructionsOrJackpots();
 
   std::string serverUrl;
-  TopScreenScreen* screen;            // owned by the framework's module list
-  bool hasNoData;                     // a full status has to be asked for
-  bool statusIsWanted;                // and waits for the answer to the request before it
-  std::weak_ptr<void> statusRequest;  // lives as long as the latest request is queued, on its way or unread
+  TopScreenScreen* screen;  // owned by the framework's module list
+  bool hasNoData;           // a full status has to be asked for
+  bool statusIsAsked;       // one is queued, on its way or unread
   ThreadSafeProperty<PlatformState> state;
   std::string lastUpdateError;  // the same failure is logged once
   std::string lastInitError;

@@ -1,6 +1,5 @@
 #include "vesperatopscreen/TopScreenApp.h"
 
-#include <SDL_image.h>
 #include <SDL_ttf.h>
 #include <cstdio>
 
@@ -17,7 +16,7 @@ TopScreenApp::TopScreenApp()
   : serverUrl("http://127.0.0.1:9011/KSL"),
     screen(nullptr),
     hasNoData(true),
-    statusIsWanted(false),
+    statusIsAsked(false),
     updatedJp(false),
     updatedGame(false),
     gotFirstInit(false) {}
@@ -88,12 +87,9 @@ int TopScreenApp::RunOnce() {
       GenerateAction("ShowFPS", nullptr, ACTION_ANY);
   }
   if (!pKSL) return 0;  // a signal during the load runs the shutdown's passes before there is a client
-  if (hasNoData) {
-    // Cleared whether or not the request can be queued: only a callback asks again.
-    hasNoData = false;
-    statusIsWanted = true;
-  }
-  requestStatus();
+  // One request at a time: those for events go before it, and while they fail slowly, each asking for a status,
+  // requests for it would pile up behind them.
+  if (hasNoData && !statusIsAsked) requestStatus();
   updatedJp = false;
   updatedGame = false;
   pKSL->Poll(0);
@@ -102,15 +98,13 @@ int TopScreenApp::RunOnce() {
   return 0;
 }
 
-// One at a time: the requests for events go first, and while these fail slowly, each asking for a status, requests
-// for it would pile up behind them.
 void TopScreenApp::requestStatus() {
-  if (!statusIsWanted || !statusRequest.expired()) return;
-  statusIsWanted = false;
-  const auto request = std::make_shared<int>(0);
-  statusRequest = request;
-  pKSL->SendRequest(
-    M_PLATFORM_STATUS, 0, [this, request](void* data, bool isError) { return StatusReceived(data, isError); }, "");
+  hasNoData = false;  // whether or not the request can be queued: only a callback asks again
+  const auto answered = [this](void* data, bool isError) {
+    statusIsAsked = false;
+    return StatusReceived(data, isError);
+  };
+  statusIsAsked = pKSL->SendRequest(M_PLATFORM_STATUS, 0, answered, "") == 0;
 }
 
 void TopScreenApp::updateJackpotPanel() {

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 #include <map>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -29,6 +30,7 @@ class TestApp : public TopScreenApp {
   using TopScreenApp::updatedJp;
 
   int _WriteLog(char, TLogType type, unsigned long, const std::string& text) override {
+    if (throwsInLog) throw std::runtime_error(text);
     lines.push_back({type, text});
     return 0;
   }
@@ -39,6 +41,7 @@ class TestApp : public TopScreenApp {
     std::string text;
   };
   std::vector<Line> lines;
+  bool throwsInLog = false;
 };
 
 // Answers every call with the reply that stands for its method; a missing one is a refused connection.
