@@ -1,5 +1,7 @@
 #include "vesperatopscreen/TJackpotsPanel.h"
 
+#include <algorithm>
+
 #include "common/TBitmapFont.h"
 #include "components/TGlyphLabel.h"
 #include "components/TImageList.h"
@@ -11,10 +13,13 @@
 
 using namespace vendelo_sdl2;
 
-TJackpotLayout::TJackpotLayout(int numJackpots)
-  : levelGap((4 - numJackpots) * 100 + 10),
-    odmikNivoja(levelFrameHeight + levelGap),
-    zacetniOdmikY((sumSize - (numJackpots * levelFrameHeight + (numJackpots - 1) * levelGap)) / 2) {}
+TJackpotLayout::TJackpotLayout(int numJackpots) {
+  // Four have a place. The platform may send any number, which must not leave the range of the places.
+  const int n = std::min(numJackpots, 1000);
+  levelGap = (4 - n) * 100 + 10;
+  odmikNivoja = levelFrameHeight + levelGap;
+  zacetniOdmikY = (sumSize - (n * levelFrameHeight + (n - 1) * levelGap)) / 2;
+}
 
 SDL_Rect TJackpotLayout::levelRect(int id) const {
   return {51 + id * 48, 160 + id * odmikNivoja + zacetniOdmikY, levelFrameWidth, levelFrameHeight};
@@ -119,8 +124,14 @@ int TJackpotsPanel::load() {
 
 void TJackpotsPanel::CreateJackpotPanel(const std::vector<JackpotsData>& jackpotData) {
   pApp->ThreadCheck(THREAD_DRAW);
-  // Retries at exactly 0 refuse, below 0 do not: a panel that has been given up is tried again after that.
-  if (mIsPanelCreated || mPanelCreationRetrys == 0) return;
+  if (mIsPanelCreated) return;
+  if (mPanelCreationRetrys == 0) {
+    // Refused, as the last of the retries. The update that waits behind this call finds another number of levels
+    // and so builds them in the next frame.
+    mPanelCreationRetrys = -1;
+    mNumJackpots = 0;
+    return;
+  }
   mNumJackpots = static_cast<int>(jackpotData.size());
   if (mNumJackpots > 0) {
     createWinLayer();

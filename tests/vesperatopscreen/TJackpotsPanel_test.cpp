@@ -1,92 +1,15 @@
-#include "vesperatopscreen/TJackpotsPanel.h"
+#include "tests/vesperatopscreen/JackpotsPanelFixture.h"
 
-#include <gtest/gtest.h>
+#include <climits>
 #include <cmath>
-#include <thread>
 
 #include "components/TControlCyphers3.h"
 #include "components/TGlyphLabel.h"
 #include "components/TScrollingComponent.h"
-#include "tests/support/FakeClock.h"
-#include "tests/support/PanelSkin.h"
-#include "tests/support/TopScreenHarness.h"
-#include "tests/support/WidgetHarness.h"
-#include "vendelo-sdl2/MyUtils.h"
 
 using namespace vendelo_sdl2;
-
-namespace {
-
-// The skin is written once for the process.
-const std::string& skin() {
-  static const std::string& folder = *new std::string(panelskin::write("jackpots") + "VESPERA/TOP_SKIN/");
-  return folder;
-}
-
-// The screen is drawn at a quarter of its size; all places are those of the full one.
-constexpr int kDivisor = 4;
-
-std::vector<std::string> logged;
-void keepLine(void*, const TLogEntry& entry, int) { logged.push_back(entry.Message); }
-
+using jackpottest::JackpotsPanel;
 using paneldata::levels;
-
-class JackpotsPanel : public testing::Test {
- protected:
-  JackpotsPanel() : clock(100000), harness(1920 / kDivisor, 1080 / kDivisor) {
-    SDL_RenderSetScale(harness.renderer(), 1.0f / kDivisor, 1.0f / kDivisor);
-    MyUtils::SetImageDir(skin());
-    MyUtils::decimal_separator = ',';
-    MyUtils::thousand_separator = '.';
-    MyUtils::thousand_grouping[0] = 3;
-    logged.clear();
-    harness.application().TLogManager::Init("", keepLine, nullptr, false);
-    harness.application().SetOutputToConsole(false);
-    panel = harness.add(new TJackpotsPanel(harness.renderer(), 0, 0, 1920, 1080, "pJackpotsPanel"));
-  }
-
-  // Data as the main thread gives them, so that what is meant for the draw thread waits for the next frame.
-  int update(const std::vector<JackpotsData>& data, const std::string& error) {
-    int result = -1;
-    std::thread([&] { result = panel->UpdateData(data, error); }).join();
-    return result;
-  }
-  // New data arrive, and a frame is drawn.
-  int show(const std::vector<JackpotsData>& data) {
-    const int result = update(data, "");
-    harness.frame();
-    return result;
-  }
-  void framesFor(Uint32 milliseconds) {
-    for (Uint32 passed = 0; passed < milliseconds; passed += 20) {
-      clock.advance(20);
-      harness.frame();
-    }
-  }
-  template <class T = TGuiComponent>
-  T* find(const std::string& name) {
-    return dynamic_cast<T*>(panel->FindComponentByName(name));
-  }
-  template <class T = TGuiComponent>
-  T* part(int id, const char* name) {
-    const std::string index = "[" + std::to_string(id) + "]";
-    TGuiComponent* container = find("pJackpotPanel" + index);
-    return container ? dynamic_cast<T*>(container->FindComponentByName(name + index)) : nullptr;
-  }
-  bool visible(const char* name) { return find(name)->isVisible(); }
-  size_t linesWith(const char* text) {
-    harness.application().TLogManager::Poll();
-    size_t count = 0;
-    for (const std::string& line : logged) count += line.find(text) != std::string::npos;
-    return count;
-  }
-
-  FakeClock clock;
-  WidgetHarness harness;
-  TJackpotsPanel* panel;
-};
-
-}  // namespace
 
 TEST(JackpotLayout, StepsByTheNumberOfLevels) {
   const struct {
@@ -95,7 +18,8 @@ TEST(JackpotLayout, StepsByTheNumberOfLevels) {
   } rows[] = {{1, 310, 518, 318, {478}},
               {2, 210, 418, 109, {269, 687}},
               {3, 110, 318, 0, {160, 478, 796}},
-              {4, 10, 218, -9, {151, 369, 587, 805}}};
+              {4, 10, 218, -9, {151, 369, 587, 805}},
+              {5, -90, 118, 82, {242, 360, 478, 596, 714}}};
   for (const auto& row : rows) {
     SCOPED_TRACE(row.levels);
     const TJackpotLayout layout(row.levels);
@@ -109,6 +33,15 @@ TEST(JackpotLayout, StepsByTheNumberOfLevels) {
       EXPECT_EQ(908, place.w);
       EXPECT_EQ(208, place.h);
     }
+  }
+}
+
+TEST(JackpotLayout, NoNumberOfLevelsLeavesTheRangeOfThePlaces) {
+  const TJackpotLayout many(1000);
+  EXPECT_EQ(-99590, many.levelGap);
+  for (int levels : {1001, 5000, 1000000, INT_MAX}) {
+    const SDL_Rect place = TJackpotLayout(levels).levelRect(3), wanted = many.levelRect(3);
+    EXPECT_TRUE(SDL_RectEquals(&place, &wanted)) << levels;
   }
 }
 
@@ -160,7 +93,7 @@ TEST_F(JackpotsPanel, TheCurrencyStandsLeftOfTheDigitsWithoutTheSign) {
   show(data);
   EXPECT_EQ(68, part(0, "pJackpotCurrency")->getX());
   EXPECT_EQ(229, part(0, "ControlCyphers")->getX());
-  EXPECT_EQ(0x5a3c0au, harness.pixel(200 / kDivisor, 500 / kDivisor)) << "the frame for the left side";
+  EXPECT_EQ(0x5a3c0au, pixel(200, 500)) << "the frame for the left side";
 }
 
 TEST_F(JackpotsPanel, OnlyEmeraldShowsItsHours) {
@@ -263,15 +196,69 @@ TEST_F(JackpotsPanel, TheLogoStandsWhenNoLevelsAreWanted) {
   EXPECT_FALSE(visible("logo"));
 }
 
-TEST_F(JackpotsPanel, APanelIsWaitedForAndRefusedWhenItsRetriesAreUsedUp) {
+TEST_F(JackpotsPanel, APanelIsWaitedForTenUpdatesBeforeTheLogoStandsOverIt) {
+  const struct {
+    int updates;  // that find no panel before the frame that may make it
+    bool stands, logo;
+  } rows[] = {{0, true, false}, {9, true, false}, {10, false, false}, {11, true, true}, {30, true, true}};
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.updates);
+    EXPECT_EQ(1, update(levels(1), ""));
+    for (int i = 0; i < row.updates; ++i) EXPECT_EQ(0, update(levels(1), ""));
+    harness.frame();
+    EXPECT_EQ(row.stands, find("pJackpotPanel[0]") != nullptr);
+    EXPECT_EQ(row.logo, visible("logo"));
+    harness.frame();
+    EXPECT_NE(nullptr, find("pJackpotPanel[0]"));
+    // So that the next row begins with all its retries.
+    update(levels(1), "METER FAULT");
+    harness.frame();
+    EXPECT_EQ(nullptr, find("pJackpotPanel[0]"));
+  }
+}
+
+TEST_F(JackpotsPanel, ACreationThatIsRefusedIsMadeUpForInTheNextFrame) {
+  auto data = levels(3);
+  EXPECT_EQ(1, update(data, ""));
+  for (int i = 0; i < 10; ++i) EXPECT_EQ(0, update(data, ""));
+  harness.frame();
+  EXPECT_EQ(nullptr, find("pJackpotPanel[0]")) << "the retries stand at exactly 0";
+  EXPECT_EQ(0u, linesWith("Creating jackpot panel"));
+  harness.frame();
+  ASSERT_NE(nullptr, find("pJackpotPanel[2]")) << "without new data";
+  EXPECT_EQ(1u, linesWith("Creating jackpot panel with 3 levels."));
+  EXPECT_TRUE(visible("logo")) << "it stands over a panel whose retries were used up";
+  data[2].potValue = 77;
+  EXPECT_EQ(0, show(data));
+  EXPECT_EQ(77, part<TControlCyphers3>(2, "ControlCyphers")->FinalValue());
+  EXPECT_TRUE(visible("logo"));
+  for (int i = 0; i < 3; ++i) harness.frame();
+  EXPECT_EQ(1u, linesWith("Creating jackpot panel")) << "once";
+}
+
+TEST_F(JackpotsPanel, ARefusedCreationIsMadeUpForByNewDataToo) {
   EXPECT_EQ(1, update(levels(1), ""));
-  for (int i = 0; i < 10; ++i) EXPECT_EQ(0, update(levels(1), ""));
-  harness.frame();  // the creation comes at exactly 0 retries and is refused
-  EXPECT_EQ(nullptr, find("pJackpotPanel[0]"));
-  EXPECT_EQ(0, update(levels(1), ""));  // without a tree: nothing to show, and no harm
-  EXPECT_EQ(1, show(levels(2)));
+  for (int i = 0; i < 10; ++i) update(levels(1), "");
+  harness.frame();
+  EXPECT_EQ(0, update(levels(1), "")) << "the update that waited has queued the levels already";
+  harness.frame();
   EXPECT_NE(nullptr, find("pJackpotPanel[0]"));
-  EXPECT_TRUE(visible("logo")) << "a panel built after its retries keeps the logo over it";
+  EXPECT_EQ(1u, linesWith("Creating jackpot panel"));
+}
+
+TEST_F(JackpotsPanel, AClearGivesAllTheRetriesBack) {
+  EXPECT_EQ(1, update(levels(1), ""));
+  for (int i = 0; i < 7; ++i) update(levels(1), "");
+  harness.frame();
+  ASSERT_NE(nullptr, find("pJackpotPanel[0]"));
+  update(levels(1), "METER FAULT");
+  harness.frame();
+  ASSERT_EQ(nullptr, find("pJackpotPanel[0]"));
+  EXPECT_EQ(1, update(levels(1), ""));
+  for (int i = 0; i < 9; ++i) EXPECT_EQ(0, update(levels(1), ""));
+  harness.frame();
+  EXPECT_NE(nullptr, find("pJackpotPanel[0]"));
+  EXPECT_FALSE(visible("logo"));
 }
 
 TEST_F(JackpotsPanel, AWinFliesPulsesAndEndsWithItsStatus) {
