@@ -122,6 +122,7 @@ class TJackpotsPanel : public vendelo_sdl2::TGuiComponent {
   // An image list leaves the pictures that it has loaded to its owner; those of the image cache are not for these.
   static void destroyPictures(TImageList* list);
   void removeLoaded(TImageList* list);
+  void deferClearUnderText();
   void setLevelVisible(int id, bool visible);
   void captureLevel(int id);
   SDL_Rect winRect(Uint32 now, double& sizeFactor) const;

@@ -67,11 +67,20 @@ void TJackpotsPanel::SetJackpotErrorData(const std::string& data) {
     mLogo->_setVisible(mIntegrityLabel->isVisible());
     mJackpotErrorLabel->_setVisible(false);
   } else {
-    pApp->DeferToDraw([this] { ClearJackpotPanel(); }, false);
-    mLogo->_setVisible(true);
     mJackpotErrorLabel->_setVisible(true);
+    deferClearUnderText();
+    mLogo->_setVisible(true);
   }
   mJackpotError = data;
+}
+
+// A text that has gone again before the frame has nothing to clear: nobody would bring the levels back.
+void TJackpotsPanel::deferClearUnderText() {
+  pApp->DeferToDraw(
+    [this] {
+      if (mIntegrityLabel->isVisible() || mJackpotErrorLabel->isVisible()) ClearJackpotPanel();
+    },
+    false);
 }
 
 void TJackpotsPanel::SetIntegrityCheckData(const std::string& data) {
@@ -80,9 +89,9 @@ void TJackpotsPanel::SetIntegrityCheckData(const std::string& data) {
     mLogo->_setVisible(mJackpotErrorLabel->isVisible());
     mIntegrityLabel->_setVisible(false);
   } else {
-    pApp->DeferToDraw([this] { ClearJackpotPanel(); }, false);
-    mLogo->_setVisible(true);
     mIntegrityLabel->_setVisible(true);
+    deferClearUnderText();
+    mLogo->_setVisible(true);
   }
 }
 

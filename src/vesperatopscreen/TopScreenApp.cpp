@@ -125,6 +125,7 @@ int TopScreenApp::StatusReceived(void* data, bool isError) {
     state->ActiveGame = GAME_NULL;
     return 0;
   }
+  const bool textStood = !state->IntegrityCheckData.empty();
   &state = *static_cast<PlatformState*>(data);
   if (screen) screen->UpdateInstructionsPanel();
   updateJackpotPanel();
@@ -132,6 +133,8 @@ int TopScreenApp::StatusReceived(void* data, bool isError) {
     screen->SetDemoMode(state->DemoMode);
     screen->SetIntegrityCheckData(state->IntegrityCheckData);
   }
+  // Under the text nothing was updated: the levels come back with its end and not with the next pot.
+  if (textStood && state->IntegrityCheckData.empty()) updatedJp = true;
   lastUpdateError.clear();
   return Update();
 }

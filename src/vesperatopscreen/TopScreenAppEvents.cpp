@@ -46,6 +46,7 @@ int TopScreenApp::handlePlatformEvent(const Event& event) {
     case T_INTEGRITY_DATA:
       state->IntegrityCheckData = event.asString();
       if (screen) screen->SetIntegrityCheckData(state->IntegrityCheckData);
+      updatedJp = true;  // the levels come back when the text goes
       break;
     case T_BET_LIMITS: {
       // A mistyped key leaves itself and the fields behind it as they were.

@@ -59,6 +59,7 @@ class PanelApplication : public TopScreenApp {
   using TopScreenApp::gotFirstInit;
   using TopScreenApp::mCurrentFreq;
   using TopScreenApp::screen;
+  using TopScreenApp::updatedJp;
 
  private:
   mutable std::mutex mLinesMutex;

@@ -25,6 +25,9 @@ TEST_F(TopScreenAppTest, ValueEventsUpdateTheirFieldAndTheirFlag) {
   EXPECT_TRUE(state().DemoMode);
   send(T_INTEGRITY_DATA, xmlrpc_c::value_string("a &lt; b"));
   EXPECT_EQ("a < b", state().IntegrityCheckData);
+  EXPECT_TRUE(app.updatedJp) << "the levels come back with its end";
+  EXPECT_FALSE(app.updatedGame);
+  app.updatedJp = false;
   send(T_JACKPOT_ERROR, xmlrpc_c::value_string("a &amp;lt; b"));
   EXPECT_EQ("a &amp;lt; b", state().JackpotErrorString) << "only the integrity text is unescaped";
   EXPECT_TRUE(app.updatedJp);
@@ -97,6 +100,21 @@ TEST_F(TopScreenAppTest, AnEventWithoutItsValueThrowsAndLeavesTheState) {
   EXPECT_ANY_THROW(app.handlePlatformEvent(Event(T_PAYTABLE_STATE, static_cast<xmlrpc_value*>(nullptr))));
   EXPECT_ANY_THROW(send(T_PAYTABLE_STATE, xmlrpc_c::value_string("3")));
   EXPECT_EQ(3, state().ShowingPaytable);
+  EXPECT_FALSE(app.updatedGame);
+}
+
+// Only what stands behind the game is lost with it.
+TEST_F(TopScreenAppTest, AGameThatCannotBeReadLoadsOrHasLoadedAllTheSame) {
+  app.handlePlatformEvent(Event(T_GAME_EXITED, xmlrpc_c::value_nil()));
+  app.updatedGame = false;
+  const xmlrpc_c::value bad = xmlrpc_c::value_string("Reels");
+  EXPECT_ANY_THROW(send(T_GAME_LOADING, bad));
+  EXPECT_TRUE(state().IsLoading);
+  EXPECT_EQ(GAME_MENU, state().ActiveGame);
+  EXPECT_FALSE(app.updatedGame);
+  EXPECT_ANY_THROW(send(T_GAME_LOADED, bad));
+  EXPECT_FALSE(state().IsLoading);
+  EXPECT_EQ(GAME_MENU, state().ActiveGame);
   EXPECT_FALSE(app.updatedGame);
 }
 
