@@ -1,6 +1,7 @@
 // The component tree of the levels.
 #include "src/vesperatopscreen/TJackpotsPanelBuild.h"
 
+#include <algorithm>
 #include <cmath>
 
 #include "components/TControlCyphers3.h"
@@ -120,7 +121,8 @@ void TJackpotsPanel::createDigits(const JackpotsData& level, TBitmapFont* font) 
                                                        : TControlCyphers3::COMMA_THOUSANDS_DOT_DECIMAL);
   cyphers->SetCypherGap(2);
   cyphers->SetCypherWidth(48);
-  cyphers->SetDecimalPlaces(level.decimalPlaces);
+  // There are 18 wheels: farther away the point is off the screen, and no sum of places leaves its range.
+  cyphers->SetDecimalPlaces(std::clamp(level.decimalPlaces, -100, 100));
   cyphers->SetDecimalScale(0.7f, 1.67f);
   cyphers->SetSpinFunction(jackpotSpinFunction);
   cyphers->SetFinalValue(level.potValue);
