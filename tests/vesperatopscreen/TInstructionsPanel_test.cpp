@@ -4,6 +4,7 @@
 
 #include "components/TGlyphLabel.h"
 #include "components/TImageList.h"
+#include "tests/support/ComponentPeek.h"
 #include "tests/support/TopScreenHarness.h"
 
 using namespace vendelo_sdl2;
@@ -74,6 +75,67 @@ TEST_F(InstructionsPanel, HasEightRowsAtTheirPlaces) {
       << "all rows share the two pictures";
   }
   EXPECT_EQ(nullptr, row<TImageList>("InstructionImage", 9));
+}
+
+TEST_F(InstructionsPanel, ItsTextsAreCentredAndShrinkToTheirPlaces) {
+  auto* panel = screen.find("pInstructionsPanel");
+  const std::vector<std::string> names = peek::Component::children(*panel);
+  ASSERT_EQ(25u, names.size());
+  EXPECT_EQ("integrityLabel", names[0]);
+  const std::string skin = screen.folder() + "VESPERA/TOP_SKIN/";
+  SDL_Texture *enabled = row<TImageList>("InstructionImage", 1)->getImages()->at(0),
+              *disabled = row<TImageList>("InstructionImage", 1)->getImages()->at(1);
+  EXPECT_TRUE(enabled && disabled && enabled != disabled);
+  for (int n = 1; n <= 8; ++n) {
+    SCOPED_TRACE(n);
+    const auto at = static_cast<size_t>(3 * n - 2);
+    EXPECT_EQ("InstructionImage" + std::to_string(n), names[at]);
+    EXPECT_EQ("InstructionButton" + std::to_string(n), names[at + 1]);
+    EXPECT_EQ("InstructionSmallLabel" + std::to_string(n), names[at + 2]);
+    EXPECT_EQ("/Fonts/HelveticaBold26px_Instructions 4 shrinks",
+              peek::Label::look(*row<TGlyphLabel>("InstructionButton", n), skin));
+    EXPECT_EQ("/Fonts/HelveticaBold20px_SmallLabel 4 shrinks",
+              peek::Label::look(*row<TGlyphLabel>("InstructionSmallLabel", n), skin));
+    EXPECT_EQ((std::vector<SDL_Texture*>{enabled, disabled}), *row<TImageList>("InstructionImage", n)->getImages());
+  }
+  EXPECT_EQ("Fonts/jackpot_win_label 4 shrinks",
+            peek::Label::look(*screen.find<TGlyphLabel>("pInstructionsPanel/integrityLabel"), skin));
+}
+
+TEST_F(InstructionsPanel, TheIntegrityTextIsAsWideAsThePanel) {
+  TInstructionsPanel narrow(screen.renderer(), 0, 0, 700, 500, "narrow");
+  EXPECT_EQ("0, 100, 700, 150", placeText(peek::Component::place(*narrow.FindComponentByName("integrityLabel"))));
+}
+
+TEST_F(InstructionsPanel, RowsShowTheirDefaultTextsUntilThePlatformNamesThem) {
+  auto* panel = new TInstructionsPanel(screen.renderer(), 0, 0, 1920, 1080, "another");
+  screen.screen().AddComponent(panel);
+  const char* texts[] = {"Instruction1", "Instruction2", "Instruction3", "Instruction4",
+                         "Instruction5", "Instruction6", "Instruction1", "Instruction1"};
+  for (int n = 1; n <= 8; ++n) {
+    const std::string number = std::to_string(n);
+    EXPECT_EQ(texts[n - 1], screen.find<TGlyphLabel>("another/InstructionButton" + number)->GetText());
+    EXPECT_EQ(0, screen.find<TImageList>("another/InstructionImage" + number)->getCurrentImageIndex());
+  }
+}
+
+TEST_F(InstructionsPanel, ADisabledButtonLooksLikeOne) {
+  const auto corner = [this](int n) {
+    return screen.pixel(n == 2 ? 304 : 92 + 212 * (n - 1), n == 2 ? 900 : 1024);
+  };
+  const Uint32 enabledColour = corner(1), disabledColour = corner(2);
+  EXPECT_NE(enabledColour, disabledColour);
+  instruct({"", "BACK"});
+  EXPECT_EQ(disabledColour, corner(1));
+  EXPECT_EQ(enabledColour, corner(2));
+}
+
+TEST_F(InstructionsPanel, AStateBringsItsTextsAlsoWhileAGameRuns) {
+  screen.status([](PlatformState& state) {
+    state.ActiveGame = paneldata::game("Reels");
+    state.Instructions = {"HOLD"};
+  });
+  EXPECT_EQ("HOLD", text(1));
 }
 
 TEST_F(InstructionsPanel, AnEmptyTextShowsTheDisabledButton) {

@@ -25,7 +25,11 @@ struct Client : TKSLClient {
 struct Told : TopScreenApp {
   [[noreturn]] void tell() {
     setServerAddress("127.0.0.1:1");
+    SetParam<int>("ScreenW", 800, PARAM_CACHE, "", "", false);
+    SetParam<int>("ScreenH", 600, PARAM_CACHE, "", "", false);
     std::fprintf(stderr, "[Init %d]", Init());
+    std::fprintf(stderr, "[size %ld %ld]", static_cast<long>(GetParam("ScreenW", PARAM_CACHE)->AsInteger(0)),
+                 static_cast<long>(GetParam("ScreenH", PARAM_CACHE)->AsInteger(0)));
     std::fprintf(stderr, "[SDL %d %d]",
                  SDL_WasInit(SDL_INIT_TIMER | SDL_INIT_VIDEO | SDL_INIT_EVENTS) ==
                    (SDL_INIT_TIMER | SDL_INIT_VIDEO | SDL_INIT_EVENTS),
@@ -74,7 +78,7 @@ class Init : public testing::Test {
 TEST_F(Init, BringsTheClientUpAlsoWithoutAWindow) {
   const std::string output = told("/nowhere/");
   for (const char* text :
-       {"[Init 0]", "[SDL 1 1]", "[pictures /nowhere/VESPERA/TOP_SKIN/]", "[screen 1 GUI1]",
+       {"[Init 0]", "[SDL 1 1]", "[pictures /nowhere/VESPERA/TOP_SKIN/]", "[screen 1 GUI1]", "[size 1920 1080]",
         "[client TopScreen http://127.0.0.1:1/KSL 300 -1 1 1]", "[method topscreen.init 1 1]", "Logmanager ok\n",
         "Top screen started with KSL server requests on http://127.0.0.1:1/KSL", "Unable to set 1920x1080 video: "})
     EXPECT_EQ(1, occurrences(text, output)) << text << " in:\n" << output;

@@ -1,5 +1,7 @@
 #include "tests/vesperatopscreen/TopScreenAppFixture.h"
 
+#include <algorithm>
+#include <climits>
 #include <cstdlib>
 
 #include "tests/support/FakeClock.h"
@@ -106,6 +108,37 @@ TEST_F(TopScreenAppTest, AGoodRegistrationSetsTheNumberFormat) {
   EXPECT_EQ(0, app.getIDFromInitData(nullptr));
 }
 
+TEST_F(TopScreenAppTest, AnEmptySeparatorIsNone) {
+  int errorCode = 0;
+  void* data = ParseInitResponse(xmlrpc_c::value_struct({{"ID", xmlrpc_c::value_int(1)},
+                                                         {"Locale", xmlrpc_c::value_string("C")},
+                                                         {"DecimalSeparator", xmlrpc_c::value_string("")},
+                                                         {"ThousandSeparator", xmlrpc_c::value_string("'")},
+                                                         {"ThousandGrouping", xmlrpc_c::value_int(INT_MIN)},
+                                                         {"Language", xmlrpc_c::value_string("")}}),
+                                 errorCode);
+  EXPECT_EQ(0, app.handleInitResponse(E_NO_ERROR, data));
+  EXPECT_EQ('\0', MyUtils::decimal_separator);
+  EXPECT_EQ('\'', MyUtils::thousand_separator);
+  EXPECT_EQ(0, MyUtils::thousand_grouping[0]) << "its last eight bits";
+  DestroyInitObject(data);
+}
+
+TEST_F(TopScreenAppTest, AReplyWithAMissingKeyIsAFailedRegistration) {
+  auto* transport = new ScriptedTransport;
+  transport->replies["topscreen.init"] =
+    "<struct><member><name>ID</name><value><int>5</int></value></member></struct>";
+  TKSLClient client("TopScreen", "http://nowhere/KSL", 0, xmlrpc_c::clientXmlTransportPtr(transport));
+  client.SetListener(&app);
+  client.SetInitMethod("topscreen.init", ParseInitResponse, DestroyInitObject);
+  EXPECT_EQ(-1, client.Start(true, 0));
+  EXPECT_EQ(1, std::count_if(app.lines.begin(), app.lines.end(), [](const TestApp::Line& line) {
+              return line.text == "KSL: ERROR on init [Parsing of topscreen.init response failed.]!!!";
+            }));
+  EXPECT_EQ(',', MyUtils::decimal_separator);
+  EXPECT_EQ(-1, client.ID());
+}
+
 TEST_F(TopScreenAppTest, AFailedRegistrationIsLoggedOnceForEachText) {
   EXPECT_EQ(1, initError("full"));
   EXPECT_EQ(1, initError("full"));
@@ -168,6 +201,10 @@ TEST_F(TopScreenAppTest, ADeadClientIsStartedAgainAfterFiveSeconds) {
   clock.advance(1);
   app.ProcessTasks(TASK_NORMAL);
   EXPECT_TRUE(app.pKSL->Running());
+  struct Client : TKSLClient {
+    static unsigned int retries(const TKSLClient& client) { return client.*(&Client::NumRetries); }
+  };
+  EXPECT_EQ(3u, Client::retries(*app.pKSL));
   app.pKSL->Stop();
 }
 

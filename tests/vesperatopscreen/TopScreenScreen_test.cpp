@@ -7,6 +7,7 @@
 #include "components/TGlyphLabel.h"
 #include "components/Tlabel.h"
 #include "kslplatform/TPlatformLoader.h"
+#include "tests/support/ComponentPeek.h"
 #include "tests/support/TopScreenHarness.h"
 
 using namespace vendelo_sdl2;
@@ -76,6 +77,26 @@ TEST_F(Screen, IsBuiltFromBackToFront) {
   EXPECT_EQ(SDL_BLENDMODE_NONE, mode);
   SDL_GetTextureBlendMode(screen.find("pDemoBackground")->GetTargetTexture(), &mode);
   EXPECT_EQ(SDL_BLENDMODE_BLEND, mode);
+}
+
+TEST_F(Screen, ItsLabelsHaveTheirPlaces) {
+  const auto place = [this](const char* name) { return placeText(screen.find(name)->getDestRect()); };
+  EXPECT_EQ("10, 10, 200, 16", place("plFPS"));
+  EXPECT_EQ("10, 50, 300, 16", place("plRealFPS"));
+  EXPECT_EQ("0, 1030, 1920, 25", place(kHint));
+  for (const char* name : {"plFPS", "plRealFPS"}) EXPECT_EQ("", screen.find<Tlabel>(name)->GetText());
+  EXPECT_EQ("Fonts/uni_font 4 shrinks",
+            peek::Label::look(*screen.find<TGlyphLabel>(kHint), screen.folder() + "VESPERA/TOP_SKIN/"));
+  EXPECT_EQ("0, 0, 1920, 1080", placeText(screen.screen().Loader()->getDestRect()));
+}
+
+TEST_F(Screen, RefreshesTheFrequenciesByATaskOfTheDrawThread) {
+  TTimedTaskHandler* task = screen.app().GetTimedTask(&screen.screen());
+  ASSERT_NE(nullptr, task);
+  EXPECT_EQ("TopScreenScreen::UpdateGraphics, 1000", task->GetName());
+  EXPECT_EQ(1000u, task->GetInterval());
+  EXPECT_EQ(TTimedTaskHandler::ENDLESS, task->GetType());
+  EXPECT_TRUE(screen.app().IsTimedTaskValid(task, TASK_DRAW));
 }
 
 TEST(ScreenFont, OneThatCannotBeOpenedIsToldInTheLog) {
@@ -205,6 +226,46 @@ TEST_F(Screen, TheHintLineIsTheFourthMessage) {
   screen.send(T_LANGUAGE, paneldata::texts({"sl", "a", "b"}));
   EXPECT_EQ("NAMIG", screen.find<TGlyphLabel>(kHint)->GetText());
   EXPECT_EQ(1u, screen.app().linesWith("The platform sent 3 language messages, 4 are needed"));
+}
+
+TEST_F(Screen, AStateBringsDemoModeAndErrorAndItsMessagesOnlyAtFirst) {
+  start(1);
+  EXPECT_FALSE(screen.visible("pDemoBackground")) << "the first state has spoken of it";
+  screen.status([](PlatformState& state) {
+    state.DemoMode = true;
+    state.JackpotErrorString = "METER FAULT";
+    state.LanguageMessages = {"sl", "a", "b", "NAMIG"};
+  });
+  EXPECT_TRUE(screen.visible("pDemoBackground"));
+  EXPECT_TRUE(screen.visible("pJackpotsPanel/jackpotErrorLabel"));
+  EXPECT_EQ("HINT LINE", screen.find<TGlyphLabel>(kHint)->GetText());
+  screen.status([](PlatformState& state) {
+    state.DemoMode = false;
+    state.JackpotErrorString.clear();
+  });
+  EXPECT_FALSE(screen.visible("pDemoBackground"));
+  EXPECT_FALSE(screen.visible("pJackpotsPanel/jackpotErrorLabel"));
+  EXPECT_NE(nullptr, screen.find("pJackpotsPanel/pJackpotPanel[0]"));
+}
+
+TEST_F(Screen, ShowingTheLevelsAgainLooksAtTheOverlayAgain) {
+  start(1);
+  screen.find("pJackpotsPanel/logo")->_setVisible(true);
+  screen.screen().ShowJackpotsPanel();
+  EXPECT_FALSE(screen.visible("pJackpotsPanel/logo"));
+  EXPECT_EQ(255, alpha(kJackpots));
+}
+
+TEST_F(Screen, TheHintLineFollowsThePanel) {
+  start(1);
+  screen.screen().ShowPaytablesPanel();
+  EXPECT_TRUE(screen.visible(kHint));
+  screen.screen().ShowInstructionsPanel();
+  EXPECT_TRUE(screen.visible(kHint)) << "the instructions leave it";
+  screen.screen().ShowJackpotsPanel();
+  EXPECT_FALSE(screen.visible(kHint));
+  screen.screen().ShowInstructionsPanel();
+  EXPECT_FALSE(screen.visible(kHint));
 }
 
 TEST_F(Screen, TheDemoBackgroundComesAndGoesAtOnce) {
