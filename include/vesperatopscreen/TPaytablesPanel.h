@@ -29,7 +29,7 @@ extern const char* const possibleScreensArray[10];
 // Draw thread only (checked), but for the decoding of the files, which runs on a thread of its own and reaches the
 // panel through the draw queue, and for UpdateLanguage (main thread under the draw mutex). State is read under its
 // lock. The panel owns the pages' textures; the tree owns the labels. Missing files and fonts leave their place
-// empty; nothing outside the game folders is ever read.
+// empty; nothing outside the game folders is ever read (gamePath).
 class TPaytablesPanel : public vendelo_sdl2::TGuiComponent {
  public:
   struct ImageInfo {
@@ -69,9 +69,9 @@ class TPaytablesPanel : public vendelo_sdl2::TGuiComponent {
   void clearTexts();
   void clearPages();
   void buildPages(const std::string& gameName, const TSetup& setup, const PlatformState& state);
-  void buildText(const TPageText& text, const std::string& fontName, size_t page, const PlatformState& state,
+  void buildText(const TPageText& text, const std::string& gameName, size_t page, const PlatformState& state,
                  int betCost);
-  void buildBetLabels(const TPageText& last, const std::string& fontName);
+  void buildBetLabels(const TPageText& last, const std::string& gameName);
   int betCostOf(const TSetup& setup, const std::string& gameName);
   std::string message(size_t index) const;
 

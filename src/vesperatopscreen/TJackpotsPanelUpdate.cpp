@@ -6,6 +6,7 @@
 #include "components/TScrollingComponent.h"
 #include "components/TSpriteAnimation.h"
 #include "vendelo-sdl2/TApplication.h"
+#include "vesperatopscreen/GamePath.h"
 #include "vesperatopscreen/TJackpotsPanel.h"
 
 using namespace vendelo_sdl2;
@@ -146,11 +147,11 @@ void TJackpotsPanel::ClearOverlay() {
 
 int TJackpotsPanel::loadImagesOfGame(const std::string& name) {
   mActiveGameName = name;
-  if (name.find('/') != std::string::npos || name.find("..") != std::string::npos) {
+  const std::string IMAGE_DIR = gamePath(name);
+  if (IMAGE_DIR.empty()) {
     pApp->WriteLog(4, 0, "The game name '%s' leads out of the game folders: no overlay.", name.c_str());
     return 0;
   }
-  const std::string IMAGE_DIR = "Games/" + name + "/Icons/";
   pApp->WriteLog(1, 0, "Loading overlay for game '%s' inside %s", name.c_str(), IMAGE_DIR.c_str());
   if (mNumJackpots != 0 && !pAnimationOverlay) {
     pAnimationOverlay = new TSpriteAnimation(GetRenderer(), 1110, 90, 810, 900, IMAGE_DIR + "overlay",

@@ -11,6 +11,7 @@
 #include "components/Tlabel.h"
 #include "vendelo-sdl2/PictureHeader.h"
 #include "vendelo-sdl2/TApplication.h"
+#include "vesperatopscreen/GamePath.h"
 #include "vesperatopscreen/TopScreenApp.h"
 
 using namespace vendelo_sdl2;
@@ -37,10 +38,6 @@ fs::path findPicture(const fs::path& folder, const std::string& name) {
     if (fs::exists(file, error)) return file;
   }
   return {};
-}
-
-bool leavesTheGameFolders(const std::string& name) {
-  return name.find('/') != std::string::npos || name.find("..") != std::string::npos;
 }
 
 // A label leaves its text's texture to whoever may have taken it; of these two nobody has.
@@ -104,17 +101,17 @@ int TPaytablesPanel::loadImagesOfGame(const std::string& game_name, bool fadeInA
 
 std::vector<TPaytablesPanel::ImageInfo> TPaytablesPanel::findImages(const std::string& game_name) {
   std::vector<ImageInfo> images;
-  if (leavesTheGameFolders(game_name)) {
+  const std::string icons = gamePath(game_name);
+  if (icons.empty()) {
     pApp->WriteLog(4, 0, "The game name '%s' leads out of the game folders: no paytable.", game_name.c_str());
     images.push_back({possibleScreensArray[0], {}});
     return images;
   }
-  const std::string icons = "Games/" + game_name + "/Icons/";
   std::string path = "paytable";
   if (!message(0).empty()) path += "_" + message(0);
-  std::string IMAGE_DIR = icons + path;
+  std::string IMAGE_DIR = gamePath(game_name, path);
   std::error_code error;
-  if (leavesTheGameFolders(message(0)) || !fs::is_directory(IMAGE_DIR, error)) IMAGE_DIR = icons + "paytable";
+  if (IMAGE_DIR.empty() || !fs::is_directory(IMAGE_DIR, error)) IMAGE_DIR = gamePath(game_name, "paytable");
   pApp->WriteLog(1, 0, "Loading paytable images for game %s in folder %s.", game_name.c_str(), IMAGE_DIR.c_str());
   for (const char* name : possibleScreensArray) {
     // The background stands above the folders of the languages.

@@ -2,6 +2,7 @@
 #include <SDL_ttf.h>
 #include <cstdio>
 #include <optional>
+#include <set>
 #include <stdexcept>
 
 #include "common/TBitmapFont.h"
@@ -11,6 +12,7 @@
 #include "components/Tlabel.h"
 #include "vendelo-sdl2/MyUtils.h"
 #include "vendelo-sdl2/TApplication.h"
+#include "vesperatopscreen/GamePath.h"
 #include "vesperatopscreen/TPaytablesPanel.h"
 #include "vesperatopscreen/TopScreenApp.h"
 
@@ -132,14 +134,14 @@ void TPaytablesPanel::buildPages(const std::string& gameName, const TSetup& setu
   prizeLabel->SetResizeOnlyDown(true);
   AddComponent(prizeLabel);
 
-  const std::string IMAGE_DIR = "Games/";
+  const bool gameStays = !gamePath(gameName).empty();  // else its name was told already
+  std::set<std::string> refusedFonts;
   for (const xmlrpc_c::value& item : *setup.pages) {
     const xmlrpc_c::cstruct page = xmlrpc_c::value_struct(item).cvalue();
     const std::string pageName = stringAt(page, "name");
     const xmlrpc_c::carray textsArray = xmlrpc_c::value_array(at(page, "texts")).cvalue();
     if (pageName != paytablePage && pageName != bonusPage) continue;
     const size_t index = pageName != paytablePage;
-    std::string fontName;
     TPageText last{};
     for (const xmlrpc_c::value& text : textsArray) {
       const xmlrpc_c::cstruct record = xmlrpc_c::value_struct(text).cvalue();
@@ -155,21 +157,24 @@ void TPaytablesPanel::buildPages(const std::string& gameName, const TSetup& setu
       last.w = intAt(record, "w");
       last.h = intAt(record, "h");
       mSymbolWin[last.symbol] = last.prize;
-      fontName = IMAGE_DIR + gameName + "/Icons/" + last.font;
-      buildText(last, fontName, index, state, betCost);
+      if (gameStays && gamePath(gameName, last.font).empty() && refusedFonts.insert(last.font).second)
+        pApp->WriteLog(4, 0, "The font '%s' of game '%s' leads out of the game folders: it counts as missing.",
+                       last.font.c_str(), gameName.c_str());
+      buildText(last, gameName, index, state, betCost);
     }
-    if (pageName == paytablePage) buildBetLabels(last, fontName);
+    if (pageName == paytablePage) buildBetLabels(last, gameName);
     mPaytableComponents[index].push_back(prizeLabel);
   }
 }
 
-void TPaytablesPanel::buildText(const TPageText& text, const std::string& fontName, size_t page,
+void TPaytablesPanel::buildText(const TPageText& text, const std::string& gameName, size_t page,
                                 const PlatformState& state, int betCost) {
   const int actualWin = paytableWin(text.prize, state.CurrentBet, betCost);
-  auto* thisLabel = new TGlyphLabel(GetRenderer(), text.pos.x, text.pos.y, text.w, text.h,
-                                    MyUtils::currency2string(actualWin, 0), fontName, text.symbol);
+  auto* thisLabel =
+    new TGlyphLabel(GetRenderer(), text.pos.x, text.pos.y, text.w, text.h, MyUtils::currency2string(actualWin, 0),
+                    gamePath(gameName, text.font), text.symbol);
   if (!thisLabel->Font() || !thisLabel->Font()->FindGlyph('0'))
-    std::printf("WARNING: Could not find font \"%s\"!\n", fontName.c_str());
+    std::printf("WARNING: Could not find font \"Games/%s/Icons/%s\"!\n", gameName.c_str(), text.font.c_str());
   if (text.pos.x == 0 && text.pos.y == 0)
     std::printf("WARNING: Could not find position for symbol \"%s\"!\n", text.symbol.c_str());
   thisLabel->_setVisible(false);
@@ -181,9 +186,11 @@ void TPaytablesPanel::buildText(const TPageText& text, const std::string& fontNa
 }
 
 // Drawn in the style of the page's last text.
-void TPaytablesPanel::buildBetLabels(const TPageText& last, const std::string& fontName) {
-  TTF_Font* pFont = TTF_OpenFont((fontName + ".ttf").c_str(), last.fontSize);
-  if (!pFont) pFont = TTF_OpenFont((fontName + ".otf").c_str(), last.fontSize);
+void TPaytablesPanel::buildBetLabels(const TPageText& last, const std::string& gameName) {
+  TTF_Font* pFont = nullptr;
+  if (const std::string font = gamePath(gameName, last.font); !font.empty())
+    for (const char* ending : {".ttf", ".otf"})
+      if (!pFont) pFont = TTF_OpenFont((font + ending).c_str(), last.fontSize);
   const int y = mScreenH - last.fontSize - 10;
   auto* minBetLabel =
     new Tlabel(GetRenderer(), 10, y, 300, last.fontSize, message(1), pFont, last.sdlColor, "minBetLabel");

@@ -3,65 +3,15 @@
 #include <gtest/gtest.h>
 #include <limits>
 
-#include "components/TGlyphLabel.h"
-#include "components/Tlabel.h"
-#include "tests/support/PanelSkin.h"
-#include "tests/support/TopScreenHarness.h"
-#include "vesperatopscreen/TPaytablesPanel.h"
+#include "tests/vesperatopscreen/PaytablesFixture.h"
 
-using namespace vendelo_sdl2;
-using paneldata::gameValue;
-using paneldata::page;
-using paneldata::setup;
-using paneldata::Text;
-using xmlrpc_c::value_int;
+using namespace paytabletest;
 
 namespace {
 
-const std::string kPanel = "pPaytablesPanel/";
-const std::string kPage = "pPaytablesPanel/HelpScreen/";
-
-Text text(const char* symbol, const char* mode, int win, int occurs) {
-  Text text;
-  text.symbol = symbol;
-  text.mode = mode;
-  text.win = win;
-  text.occurs = occurs;
-  return text;
-}
-
-class PaytableTexts : public testing::Test {
+class PaytableTexts : public Paytables {
  protected:
-  explicit PaytableTexts(int divisor = 4) : screen("paytabletexts", divisor) {
-    screen.status([](PlatformState& state) {
-      state.ActiveGame = GAME_MENU;
-      state.CurrentBet = 100;
-      state.MinBet = 20;
-      state.MaxBet = 2000;
-    });
-  }
-
-  TPaytablesPanel* panel() { return screen.find<TPaytablesPanel>("pPaytablesPanel"); }
-  // A game with this setup stands on its first page.
-  void open(const xmlrpc_c::cstruct& extra) {
-    screen.send(T_EXTRA_DATA, xmlrpc_c::value_struct(extra));
-    screen.send(T_GAME_LOADED, gameValue("Reels", GAMETYPE_VESPERA_SLOTGAME));
-    screen.send(T_PAYTABLE_STATE, value_int(1));
-    ASSERT_TRUE(screen.until([this] { return screen.visible("pPaytablesPanel"); }));
-    screen.skip(600);
-  }
-  // What the panel writes on the standard output while a game with this setup is opened.
-  std::string opened(const xmlrpc_c::cstruct& extra) {
-    testing::internal::CaptureStdout();
-    open(extra);
-    return testing::internal::GetCapturedStdout();
-  }
-  std::string shown(const std::string& name) {
-    auto* label = screen.find<TGlyphLabel>(kPage + name);
-    return label ? label->GetText() : "no label";
-  }
-
-  TopScreenHarness screen;
+  explicit PaytableTexts(int divisor = 4) : Paytables("paytabletexts", divisor) {}
 };
 
 class PaytablePictures : public PaytableTexts {
