@@ -19,7 +19,7 @@ struct PaytableText {
 };
 
 // What a win shows at a bet, in the smallest unit: the product, for a line win divided by the cost of one bet
-// towards zero. A cost of 0 shows 0 for line wins.
+// towards zero. A cost of 0 shows 0 for line wins. No number faults: what does not fit loses its upper digits.
 int paytableWin(const PaytableText& text, int64_t currentBet, int betCost);
 
 // The page names that a game may have, in the order that decides their numbers; 0 is the background.

@@ -208,7 +208,8 @@ int TPaytablesPanel::UpdateData(bool fadeInAfterLoad) {
   const std::string& name = state.ActiveGame.name;
   const auto gameIt = mHelpScreenNames.find(name);
   if (gameIt == mHelpScreenNames.end() || gameIt->second.empty()) {
-    if (mRetryCount-- >= 0) {
+    if (mRetryCount >= 0) {
+      --mRetryCount;
       if (!mLoadedForGame.empty()) clearPaytable();
       loadImagesOfGame(name, fadeInAfterLoad);
     }

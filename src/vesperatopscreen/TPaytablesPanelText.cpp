@@ -1,5 +1,6 @@
 // The prizes laid over the pages.
 #include <SDL_ttf.h>
+#include <algorithm>
 #include <cstdio>
 #include <optional>
 #include <set>
@@ -79,12 +80,20 @@ SDL_Color shadowOf(const SDL_Color& color) {
   return luminance >= 0.5 ? SDL_Color{0, 0, 0, 255} : SDL_Color{128, 128, 128, 255};
 }
 
+// Numbers beyond this, in pixels, say nothing that a screen shows and do not survive the toolkit's arithmetic.
+constexpr int kFarAway = 1 << 20;
+
+int nearBy(int pixels) { return std::clamp(pixels, -kFarAway, kFarAway); }
+
 }  // namespace
 
+// Modulo 2^64, and the quotient of that modulo 2^32: no numbers of the sender may fault.
 int paytableWin(const PaytableText& text, int64_t currentBet, int betCost) {
-  const int64_t total = text.Win * currentBet;
-  if (text.Mode == "scatter" || text.Mode == "consecutive") return static_cast<int>(total);
-  return betCost == 0 ? 0 : static_cast<int>(total / betCost);
+  const uint64_t product = static_cast<uint64_t>(text.Win) * static_cast<uint64_t>(currentBet);
+  if (text.Mode == "scatter" || text.Mode == "consecutive") return static_cast<int>(product);
+  if (betCost == 0) return 0;
+  if (betCost == -1) return static_cast<int>(0 - product);  // the least number has no opposite
+  return static_cast<int>(static_cast<int64_t>(product) / betCost);
 }
 
 TPaytablesPanel::TSetup::TSetup(const xmlrpc_c::cstruct& extra) {
@@ -171,8 +180,8 @@ void TPaytablesPanel::buildText(const TPageText& text, const std::string& gameNa
                                 const PlatformState& state, int betCost) {
   const int actualWin = paytableWin(text.prize, state.CurrentBet, betCost);
   auto* thisLabel =
-    new TGlyphLabel(GetRenderer(), text.pos.x, text.pos.y, text.w, text.h, MyUtils::currency2string(actualWin, 0),
-                    gamePath(gameName, text.font), text.symbol);
+    new TGlyphLabel(GetRenderer(), nearBy(text.pos.x), nearBy(text.pos.y), nearBy(text.w), nearBy(text.h),
+                    MyUtils::currency2string(actualWin, 0), gamePath(gameName, text.font), text.symbol);
   if (!thisLabel->Font() || !thisLabel->Font()->FindGlyph('0'))
     std::printf("WARNING: Could not find font \"Games/%s/Icons/%s\"!\n", gameName.c_str(), text.font.c_str());
   if (text.pos.x == 0 && text.pos.y == 0)
@@ -187,16 +196,18 @@ void TPaytablesPanel::buildText(const TPageText& text, const std::string& gameNa
 
 // Drawn in the style of the page's last text.
 void TPaytablesPanel::buildBetLabels(const TPageText& last, const std::string& gameName) {
+  const int fontSize =
+    std::clamp(last.fontSize, -mScreenH, mScreenH);  // a larger one takes memory, and shows nothing
   TTF_Font* pFont = nullptr;
   if (const std::string font = gamePath(gameName, last.font); !font.empty())
     for (const char* ending : {".ttf", ".otf"})
-      if (!pFont) pFont = TTF_OpenFont((font + ending).c_str(), last.fontSize);
-  const int y = mScreenH - last.fontSize - 10;
+      if (!pFont) pFont = TTF_OpenFont((font + ending).c_str(), fontSize);
+  const int y = mScreenH - fontSize - 10;
   auto* minBetLabel =
-    new Tlabel(GetRenderer(), 10, y, 300, last.fontSize, message(1), pFont, last.sdlColor, "minBetLabel");
+    new Tlabel(GetRenderer(), 10, y, 300, fontSize, message(1), pFont, last.sdlColor, "minBetLabel");
   minBetLabel->SetAlignment(LEFT_CENTER);
-  auto* maxBetLabel = new Tlabel(GetRenderer(), mScreenW - 310, y, 300, last.fontSize, message(2), pFont,
-                                 last.sdlColor, "maxBetLabel");
+  auto* maxBetLabel =
+    new Tlabel(GetRenderer(), mScreenW - 310, y, 300, fontSize, message(2), pFont, last.sdlColor, "maxBetLabel");
   maxBetLabel->SetAlignment(RIGHT_CENTER);
   bool fontIsUsed = false;
   for (Tlabel* label : {minBetLabel, maxBetLabel}) {
