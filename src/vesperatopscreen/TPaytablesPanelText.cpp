@@ -165,7 +165,6 @@ void TPaytablesPanel::buildPages(const std::string& gameName, const TSetup& setu
       last.pos = {intAt(record, "x"), intAt(record, "y")};
       last.w = intAt(record, "w");
       last.h = intAt(record, "h");
-      mSymbolWin[last.symbol] = last.prize;
       if (gameStays && gamePath(gameName, last.font).empty() && refusedFonts.insert(last.font).second)
         pApp->WriteLog(4, 0, "The font '%s' of game '%s' leads out of the game folders: it counts as missing.",
                        last.font.c_str(), gameName.c_str());
@@ -188,10 +187,12 @@ void TPaytablesPanel::buildText(const TPageText& text, const std::string& gameNa
     std::printf("WARNING: Could not find position for symbol \"%s\"!\n", text.symbol.c_str());
   thisLabel->_setVisible(false);
   thisLabel->SetAlignment(text.alignedLeft ? LEFT_UP : CENTER_UP);
-  if (pHelpScreen->AddComponent(thisLabel))
+  if (pHelpScreen->AddComponent(thisLabel)) {
     mPaytableComponents[page].push_back(thisLabel);
-  else
-    delete thisLabel;  // the name is taken: the first text of that name stays
+    mSymbolWin[text.symbol] = text.prize;
+  } else {
+    delete thisLabel;  // the name is taken: the first text of that name stays, with its prize
+  }
 }
 
 // Drawn in the style of the page's last text.

@@ -227,6 +227,18 @@ TEST_F(PaytableTexts, TheSameTextTwiceStandsOnce) {
   EXPECT_EQ("no label", shown("A_3"));
 }
 
+TEST_F(PaytableTexts, APrizeStandsOnlyBesideItsLabel) {
+  open(setup({page("paytable", {text("A", "line", 50, 3), text("A", "line", 900, 3)}),
+              page("paytableBonus", {text("A", "scatter", 70, 3), text("B", "line", 10, 3)})},
+             20, -1));
+  EXPECT_EQ("250", shown("A_3")) << "the first text of a name stays, with its own prize";
+  screen.send(T_BET_LIMITS, paneldata::bets(1000, 20, 2000));
+  EXPECT_EQ("2.500", shown("A_3"));
+  EXPECT_EQ("500", shown("B_3"));
+  turnTo(2);
+  EXPECT_FALSE(screen.visible(kPage + "A_3"));
+}
+
 TEST_F(PaytableTexts, ASetupOfOtherPagesAloneLeavesNothingBehindAClear) {
   open(setup({page("rules", {text("A", "line", 50, 3)})}, 20, -1));
   EXPECT_NE(nullptr, screen.find(kPanel + "prizeLabel"));
