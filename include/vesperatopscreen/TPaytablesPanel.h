@@ -55,6 +55,9 @@ class TPaytablesPanel : public vendelo_sdl2::TGuiComponent {
   int updatePaytable();
   // Shows the texts of one page: 0 the paytable's, 1 the bonus page's.
   void paytableVisible(int index);
+  // For the listener of "PaytableLoaded": false when this panel generated the action and the state has asked for
+  // something else since, or the pages are being loaded anew.
+  bool fadeInIsDue();
 
  private:
   struct TPageText;
@@ -66,6 +69,8 @@ class TPaytablesPanel : public vendelo_sdl2::TGuiComponent {
                   const std::map<std::string, std::shared_ptr<SDL_Surface>>& surfaces);
   void setPage(const std::string& page, SDL_Texture* texture);
   void showPage(SDL_Texture* texture);
+  bool isAskedFor(const std::string& game_name) const;
+  bool leaveFadeInToRunningLoad(const std::string& game_name);
   void clearTexts();
   void clearPages();
   void buildPages(const std::string& gameName, const TSetup& setup, const PlatformState& state);
@@ -89,5 +94,6 @@ class TPaytablesPanel : public vendelo_sdl2::TGuiComponent {
   int mRetryCount;
   std::map<std::string, bool> mRunningLoads;       // game to whether its end fades the panel in
   std::shared_ptr<std::atomic<int>> mRunningJobs;  // decoding threads that still use this panel
+  std::string mFadeInFor;                          // game whose "PaytableLoaded" is on its way to its listener
   std::string mBadBetCostGame;                     // for which the cost of 0 was logged
 };

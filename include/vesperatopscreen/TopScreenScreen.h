@@ -61,6 +61,7 @@ class TopScreenScreen : public vendelo_sdl2::TAppGuiModule {
   // renderer.
   void loadContents(int w, int h);
   void buildComponents(SDL_Renderer* renderer, int w, int h);
+  void onPaytableLoaded();
   void crossFade(vendelo_sdl2::TGuiComponent* shown, std::initializer_list<vendelo_sdl2::TGuiComponent*> hidden);
 
   TJackpotsPanel* pJackpotsPanel;

@@ -7,11 +7,13 @@
 #include <set>
 #include <thread>
 
+#include "common/TKSLReturnStructures.h"
 #include "common/ThreadSafeProperty.h"
 #include "components/Tlabel.h"
 #include "vendelo-sdl2/PictureHeader.h"
 #include "vendelo-sdl2/TApplication.h"
 #include "vesperatopscreen/GamePath.h"
+#include "vesperatopscreen/PanelDecision.h"
 #include "vesperatopscreen/TopScreenApp.h"
 
 using namespace vendelo_sdl2;
@@ -126,13 +128,15 @@ void TPaytablesPanel::startLoad(const std::string& game_name, std::vector<ImageI
   auto jobs = mRunningJobs;
   ++*jobs;
   auto work = [this, jobs, game_name, toLoad = std::move(toLoad)] {
+    const std::shared_ptr<void> end(nullptr, [&jobs](void*) {
+      --*jobs;
+      jobs->notify_all();
+    });
     std::map<std::string, std::shared_ptr<SDL_Surface>> surfaces;
     for (const ImageInfo& info : toLoad)
       if (!info.filepath.empty() && !MyUtils::PromisesTooManyPixels(info.filepath))
         surfaces[info.name] = std::shared_ptr<SDL_Surface>(IMG_Load(info.filepath.c_str()), SDL_FreeSurface);
     pApp->DeferToDraw([this, game_name, surfaces] { takeImages(game_name, surfaces); }, false);
-    --*jobs;
-    jobs->notify_all();
   };
   // Frees itself after its one run; the task manager never hears of it.
   new TAsyncTimedTaskHandler(work, 0, TTimedTaskHandler::EXECUTE_ONCE, "LoadImages " + game_name, true, true);
@@ -149,8 +153,35 @@ void TPaytablesPanel::takeImages(const std::string& game_name,
   mLoadedForGame = game_name;
   const bool fadeInAfterLoad = mRunningLoads[game_name];
   mRunningLoads.erase(game_name);
-  UpdateData(false);
-  if (fadeInAfterLoad) pApp->GenerateAction("PaytableLoaded", nullptr, ACTION_ANY);
+
+  auto& property = static_cast<TopScreenApp*>(pApp)->getState();
+  ScopedLock lock(property);
+  const GameRegistryEntry& active = property->ActiveGame;
+  // Without a game in play, because it was left or the service failed, the pages wait for it to come back.
+  if (active.name == game_name || active.type == GAMETYPE_VESPERA_SLOTGAME) UpdateData(false);
+  if (!fadeInAfterLoad || leaveFadeInToRunningLoad(game_name) || !isAskedFor(game_name)) return;
+  mFadeInFor = game_name;
+  pApp->GenerateAction("PaytableLoaded", nullptr, ACTION_ANY);
+}
+
+// In another language, or because a stale load of another game has taken the place of these pages.
+bool TPaytablesPanel::leaveFadeInToRunningLoad(const std::string& game_name) {
+  const auto running = mRunningLoads.find(game_name);
+  if (running == mRunningLoads.end()) return false;
+  running->second = true;
+  return true;
+}
+
+bool TPaytablesPanel::isAskedFor(const std::string& game_name) const {
+  auto& property = static_cast<TopScreenApp*>(pApp)->getState();
+  ScopedLock lock(property);
+  return property->ActiveGame.name == game_name && decidePanel(&property).panel == TPanelDecision::PAYTABLES;
+}
+
+bool TPaytablesPanel::fadeInIsDue() {
+  const std::string game_name = std::move(mFadeInFor);
+  mFadeInFor.clear();
+  return game_name.empty() || (isAskedFor(game_name) && !leaveFadeInToRunningLoad(game_name));
 }
 
 // A page that is loaded again takes the place of the old one wherever that is shown.

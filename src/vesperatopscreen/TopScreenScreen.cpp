@@ -79,7 +79,7 @@ void TopScreenScreen::loadContents(int w, int h) {
       ACTION_DRAW);
   };
   listen("ShowFPS", &TopScreenScreen::ShowFPS);
-  listen("PaytableLoaded", &TopScreenScreen::ShowPaytablesPanel);
+  listen("PaytableLoaded", &TopScreenScreen::onPaytableLoaded);
   pApp->AddTimedTask(
     new TtthMember<TopScreenScreen, int>(this, &TopScreenScreen::UpdateGraphics, 1000, TTimedTaskHandler::ENDLESS,
                                          "TopScreenScreen::UpdateGraphics, 1000"),
@@ -146,6 +146,11 @@ void TopScreenScreen::ShowJackpotsPanel() {
 void TopScreenScreen::ShowPaytablesPanel() {
   crossFade(pPaytablesPanel, {pInstructionsPanel, pJackpotsPanel});
   if (mpInfo) mpInfo->_setVisible(true);
+}
+
+// The action takes a pass of the main loop, in which the paytable may have been closed.
+void TopScreenScreen::onPaytableLoaded() {
+  if (!pPaytablesPanel || pPaytablesPanel->fadeInIsDue()) ShowPaytablesPanel();
 }
 
 void TopScreenScreen::ShowInstructionsPanel() { crossFade(pInstructionsPanel, {pPaytablesPanel, pJackpotsPanel}); }

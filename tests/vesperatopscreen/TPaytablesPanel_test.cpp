@@ -201,6 +201,10 @@ TEST_F(PaytablesPanel, UpdatesDuringALoadStartNoOther) {
   screen.app().AddActionListener(
     "PaytableLoaded", new TahLambda([&loaded](std::string, void*) { ++loaded; }, TActionHandler::ahtExecuteEndless),
     ACTION_NORMAL);
+  {
+    ScopedLock lock(screen.app().getState());
+    screen.app().getState()->ShowingPaytable = 1;
+  }
   for (int i = 0; i < 20; ++i) EXPECT_EQ(0, panel()->loadImagesOfGame("Reels", i == 7));
   screen.until([&] { return loaded > 0; });
   for (int i = 0; i < 5; ++i) screen.frame();
