@@ -11,6 +11,8 @@
 #include "vendelo-sdl2/TGuiComponent.h"
 
 struct PlatformState;
+struct TPaytableSetup;
+struct TPaytableText;
 
 // Prize of one win, before the bet is known.
 struct PaytableText {
@@ -29,7 +31,9 @@ extern const char* const possibleScreensArray[10];
 // Draw thread only (checked), but for the decoding of the files, which runs on a thread of its own and reaches the
 // panel through the draw queue, and for UpdateLanguage (main thread under the draw mutex). State is read under its
 // lock. The panel owns the pages' textures; the tree owns the labels. Missing files and fonts leave their place
-// empty; nothing outside the game folders is ever read (gamePath).
+// empty; nothing outside the game folders is ever read (gamePath). The texts belong to one content of the state's
+// "paytableSetup": another one replaces them with the next update, a malformed one is logged once and changes
+// nothing.
 class TPaytablesPanel : public vendelo_sdl2::TGuiComponent {
  public:
   struct ImageInfo {
@@ -50,6 +54,7 @@ class TPaytablesPanel : public vendelo_sdl2::TGuiComponent {
   // Loads what is missing (-1), or shows the page that the state asks for with its prizes: the result of
   // updatePaytable.
   int UpdateData(bool fadeInAfterLoad);
+  // Makes the texts of the present setup unless they stand. Throws for a malformed setup; what stands stays then.
   void createPaytable(const std::string& gameName);
   // Recalculates the prizes; 0, or -2 with nothing loaded.
   int updatePaytable();
@@ -60,24 +65,21 @@ class TPaytablesPanel : public vendelo_sdl2::TGuiComponent {
   bool fadeInIsDue();
 
  private:
-  struct TPageText;
-  struct TSetup;
-
   std::vector<ImageInfo> findImages(const std::string& game_name);
   void startLoad(const std::string& game_name, std::vector<ImageInfo> toLoad);
   void takeImages(const std::string& game_name,
                   const std::map<std::string, std::shared_ptr<SDL_Surface>>& surfaces);
   void setPage(const std::string& page, SDL_Texture* texture);
   void showPage(SDL_Texture* texture);
-  bool isAskedFor(const std::string& game_name) const;
-  bool leaveFadeInToRunningLoad(const std::string& game_name);
   void clearTexts();
   void clearPages();
-  void buildPages(const std::string& gameName, const TSetup& setup, const PlatformState& state);
-  void buildText(const TPageText& text, const std::string& gameName, size_t page, const PlatformState& state,
-                 int betCost);
-  void buildBetLabels(const TPageText& last, const std::string& gameName);
-  int betCostOf(const TSetup& setup, const std::string& gameName);
+  bool isAskedFor(const std::string& game_name) const;
+  bool leaveFadeInToRunningLoad(const std::string& game_name);
+  void buildPages(const TPaytableSetup& setup, int64_t currentBet);
+  void buildText(const TPaytableText& text, size_t page, int actualWin);
+  void buildBetLabels(const TPaytableText& last);
+  int betCostOf(const PlatformState& state);
+  void refuseSetup(const PlatformState& state, const std::string& cause);
   std::string message(size_t index) const;
 
   std::string mLoadedForGame;
@@ -95,5 +97,8 @@ class TPaytablesPanel : public vendelo_sdl2::TGuiComponent {
   std::map<std::string, bool> mRunningLoads;       // game to whether its end fades the panel in
   std::shared_ptr<std::atomic<int>> mRunningJobs;  // decoding threads that still use this panel
   std::string mFadeInFor;                          // game whose "PaytableLoaded" is on its way to its listener
+  std::string mCreatedFrom;                        // content of the setup that the texts were made from
+  int mBetCost;                                    // the last one that could be read
   std::string mBadBetCostGame;                     // for which the cost of 0 was logged
+  std::string mRefusedContent;                     // of the malformed setup that was logged
 };

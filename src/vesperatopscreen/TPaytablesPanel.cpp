@@ -59,7 +59,8 @@ TPaytablesPanel::TPaytablesPanel(SDL_Renderer* pRenderer, int x, int y, int widt
     mScreenW(width),
     mScreenH(height),
     mRetryCount(10),
-    mRunningJobs(std::make_shared<std::atomic<int>>(0)) {
+    mRunningJobs(std::make_shared<std::atomic<int>>(0)),
+    mBetCost(1) {
   pBackground = new TGuiComponent(pRenderer, 0, 0, mScreenW, mScreenH, "Background");
   AddComponent(pBackground);
   pHelpScreen = new TGuiComponent(pRenderer, 0, 0, mScreenW, mScreenH, "HelpScreen");
@@ -196,7 +197,7 @@ void TPaytablesPanel::setPage(const std::string& page, SDL_Texture* texture) {
 }
 
 void TPaytablesPanel::clearPaytable() {
-  checkDrawThread();
+  if (pApp) pApp->ThreadCheck(THREAD_DRAW);
   if (!mCreatedForGame.empty()) clearTexts();
   if (!mLoadedForGame.empty()) clearPages();
 }
@@ -220,6 +221,7 @@ void TPaytablesPanel::clearTexts() {
   if (FindComponentByName("prizeLabel")) RemoveComponent("prizeLabel", true);
   mSymbolWin.clear();
   mCreatedForGame.clear();
+  mCreatedFrom.clear();
 }
 
 void TPaytablesPanel::clearPages() {
@@ -232,7 +234,7 @@ void TPaytablesPanel::clearPages() {
 }
 
 int TPaytablesPanel::UpdateData(bool fadeInAfterLoad) {
-  checkDrawThread();
+  pApp->ThreadCheck(THREAD_DRAW);
   auto& property = static_cast<TopScreenApp*>(pApp)->getState();
   ScopedLock lock(property);
   const PlatformState& state = &property;
@@ -252,7 +254,11 @@ int TPaytablesPanel::UpdateData(bool fadeInAfterLoad) {
     return -1;
   }
   mRetryCount = 10;
-  createPaytable(name);
+  try {
+    createPaytable(name);
+  } catch (const std::exception& error) {
+    refuseSetup(state, error.what());
+  }
   const int result = updatePaytable();
 
   const std::vector<ImageInfo>& pages = gameIt->second;

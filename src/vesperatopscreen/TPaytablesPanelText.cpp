@@ -2,15 +2,14 @@
 #include <SDL_ttf.h>
 #include <algorithm>
 #include <cstdio>
-#include <optional>
 #include <set>
-#include <stdexcept>
 
 #include "common/TBitmapFont.h"
 #include "common/TKSLReturnStructures.h"
 #include "common/ThreadSafeProperty.h"
 #include "components/TGlyphLabel.h"
 #include "components/Tlabel.h"
+#include "src/vesperatopscreen/PaytableSetup.h"
 #include "vendelo-sdl2/MyUtils.h"
 #include "vendelo-sdl2/TApplication.h"
 #include "vesperatopscreen/GamePath.h"
@@ -19,66 +18,9 @@
 
 using namespace vendelo_sdl2;
 
-struct TextPos {
-  int x, y;
-};
-
-// One text of the platform's setup.
-struct TPaytablesPanel::TPageText {
-  std::string symbol;  // with the number of symbols, the label's name
-  PaytableText prize;
-  std::string font;
-  int fontSize;
-  bool alignedLeft;
-  SDL_Color sdlColor;
-  SDL_Color shadowColor;
-  TextPos pos;
-  int w, h;
-};
-
-struct TPaytablesPanel::TSetup {
-  std::optional<xmlrpc_c::carray> pages;
-  int paylines = 1;
-  int betCost = 1;
-
-  explicit TSetup(const xmlrpc_c::cstruct& extra);
-};
-
 namespace {
 
 constexpr const char* paytablePage = "paytable";
-constexpr const char* bonusPage = "paytableBonus";
-
-const xmlrpc_c::value& at(const xmlrpc_c::cstruct& record, const char* key) {
-  const auto found = record.find(key);
-  if (found == record.end()) throw std::runtime_error(std::string("paytable setup: no \"") + key + "\"");
-  return found->second;
-}
-
-int intAt(const xmlrpc_c::cstruct& record, const char* key) {
-  return xmlrpc_c::value_int(at(record, key)).cvalue();
-}
-
-std::string stringAt(const xmlrpc_c::cstruct& record, const char* key) {
-  return xmlrpc_c::value_string(at(record, key)).cvalue();
-}
-
-SDL_Color colorOf(int rgb) {
-  return {static_cast<Uint8>(rgb >> 16), static_cast<Uint8>(rgb >> 8), static_cast<Uint8>(rgb), 255};
-}
-
-// Pure white gives way to the other colour, unless that has a channel at its full.
-SDL_Color chooseColor(int color, int altColor) {
-  const SDL_Color first = colorOf(color), other = colorOf(altColor);
-  const bool white = first.r == 255 && first.g == 255 && first.b == 255;
-  return white && other.r != 255 && other.g != 255 && other.b != 255 ? other : first;
-}
-
-// The threshold lies at a very dark colour, so that nearly every text gets a black shadow: as it is wanted.
-SDL_Color shadowOf(const SDL_Color& color) {
-  const double luminance = (0.3 * color.r + 0.59 * color.g + 0.11 * color.b) / 100;
-  return luminance >= 0.5 ? SDL_Color{0, 0, 0, 255} : SDL_Color{128, 128, 128, 255};
-}
 
 // Numbers beyond this, in pixels, say nothing that a screen shows and do not survive the toolkit's arithmetic.
 constexpr int kFarAway = 1 << 20;
@@ -96,46 +38,59 @@ int paytableWin(const PaytableText& text, int64_t currentBet, int betCost) {
   return static_cast<int>(static_cast<int64_t>(product) / betCost);
 }
 
-TPaytablesPanel::TSetup::TSetup(const xmlrpc_c::cstruct& extra) {
-  if (const auto found = extra.find("paytableSetup"); found != extra.end())
-    pages = xmlrpc_c::value_array(found->second).cvalue();
-  if (extra.count("paylines")) paylines = intAt(extra, "paylines");
-  betCost = extra.count("betCost") ? intAt(extra, "betCost") : paylines;
+// A cost that cannot be read is refused with the rest of its setup: the texts that stand go on with theirs. A cost
+// of 0 is the sender's mistake; a screen that nobody watches shows 0 rather than die of it.
+int TPaytablesPanel::betCostOf(const PlatformState& state) {
+  try {
+    mBetCost = TPaytableSetup::betCostOf(state.ExtraData);
+  } catch (const std::exception& error) {
+    refuseSetup(state, error.what());
+  }
+  if (mBetCost == 0 && mBadBetCostGame != mLoadedForGame) {
+    mBadBetCostGame = mLoadedForGame;
+    pApp->WriteLog(4, 0, "The bet cost of game '%s' is 0: its line wins show 0.", mLoadedForGame.c_str());
+  }
+  return mBetCost;
 }
 
-// A cost of 0 is the sender's mistake; a screen that nobody watches shows 0 rather than die of it.
-int TPaytablesPanel::betCostOf(const TSetup& setup, const std::string& gameName) {
-  if (setup.betCost == 0 && mBadBetCostGame != gameName) {
-    mBadBetCostGame = gameName;
-    pApp->WriteLog(4, 0, "The bet cost of game '%s' is 0: its line wins show 0.", gameName.c_str());
-  }
-  return setup.betCost;
+void TPaytablesPanel::refuseSetup(const PlatformState& state, const std::string& cause) {
+  std::string content;
+  for (const char* key : {"paytableSetup", "paylines", "betCost"})
+    content += TPaytableSetup::contentOf(state.ExtraData, key) + '\n';
+  if (content == mRefusedContent) return;
+  mRefusedContent = std::move(content);
+  pApp->WriteLog(4, 0, "The paytable setup of game '%s' is refused, what stands stays: %s",
+                 state.ActiveGame.name.c_str(), cause.c_str());
 }
 
 void TPaytablesPanel::createPaytable(const std::string& gameName) {
-  checkDrawThread();
-  if (mCreatedForGame == gameName) return;
+  pApp->ThreadCheck(THREAD_DRAW);
+  auto& property = static_cast<TopScreenApp*>(pApp)->getState();
+  ScopedLock lock(property);
+  const PlatformState& state = &property;
+  std::string content = TPaytableSetup::contentOf(state.ExtraData);
+  if (mCreatedForGame == gameName && (gameName.empty() || mCreatedFrom == content)) return;
   const auto background = mHelpScreens.find(possibleScreensArray[0]);
   pBackground->SetTargetTexture(background == mHelpScreens.end() ? nullptr : background->second);
 
-  auto& property = static_cast<TopScreenApp*>(pApp)->getState();
-  ScopedLock lock(property);
-  const TSetup setup(property->ExtraData);
-  if (!setup.pages || setup.pages->empty()) {
+  const TPaytableSetup setup(state.ExtraData);
+  mRefusedContent.clear();
+  if (!mCreatedForGame.empty()) clearTexts();
+  if (setup.isEmpty) {
     std::printf("WARNING: Could not create paytable because no paytable setup data was recieved!\n");
     return;
   }
+  mCreatedForGame = gameName;
+  mCreatedFrom = std::move(content);
   try {
-    buildPages(gameName, setup, &property);
+    buildPages(setup, state.CurrentBet);
   } catch (...) {
     clearTexts();  // half a page would stand in the way of the next attempt
     throw;
   }
-  mCreatedForGame = gameName;
 }
 
-void TPaytablesPanel::buildPages(const std::string& gameName, const TSetup& setup, const PlatformState& state) {
-  const int betCost = betCostOf(setup, gameName);
+void TPaytablesPanel::buildPages(const TPaytableSetup& setup, int64_t currentBet) {
   auto* prizeLabel = new TGlyphLabel(GetRenderer(), 0, mScreenH - 25, mScreenW, 25, message(4),
                                      MyUtils::ImageDir() + "Fonts/uni_font", "prizeLabel");
   prizeLabel->_setVisible(false);
@@ -143,47 +98,29 @@ void TPaytablesPanel::buildPages(const std::string& gameName, const TSetup& setu
   prizeLabel->SetResizeOnlyDown(true);
   AddComponent(prizeLabel);
 
-  const bool gameStays = !gamePath(gameName).empty();  // else its name was told already
+  const bool gameStays = !gamePath(mCreatedForGame).empty();  // else its name was told already
   std::set<std::string> refusedFonts;
-  for (const xmlrpc_c::value& item : *setup.pages) {
-    const xmlrpc_c::cstruct page = xmlrpc_c::value_struct(item).cvalue();
-    const std::string pageName = stringAt(page, "name");
-    const xmlrpc_c::carray textsArray = xmlrpc_c::value_array(at(page, "texts")).cvalue();
-    if (pageName != paytablePage && pageName != bonusPage) continue;
-    const size_t index = pageName != paytablePage;
-    TPageText last{};
-    for (const xmlrpc_c::value& text : textsArray) {
-      const xmlrpc_c::cstruct record = xmlrpc_c::value_struct(text).cvalue();
-      last.symbol = stringAt(record, "symbol") + "_" + MyUtils::itos(intAt(record, "occurs"));
-      last.prize = {stringAt(record, "mode"), intAt(record, "win")};
-      last.font = stringAt(record, "font");
-      last.fontSize = intAt(record, "fontSize");
-      last.alignedLeft = intAt(record, "alignedLeft") == 1;
-      const int altColor = record.count("altColor") ? intAt(record, "altColor") : 0xFFFFFF;
-      last.sdlColor = chooseColor(intAt(record, "color"), altColor);
-      last.shadowColor = shadowOf(last.sdlColor);
-      last.pos = {intAt(record, "x"), intAt(record, "y")};
-      last.w = intAt(record, "w");
-      last.h = intAt(record, "h");
-      if (gameStays && gamePath(gameName, last.font).empty() && refusedFonts.insert(last.font).second)
+  for (const TPaytableSetup::TPage& page : setup.pages) {
+    const size_t index = page.name != paytablePage;
+    for (const TPaytableText& text : page.texts) {
+      if (gameStays && gamePath(mCreatedForGame, text.font).empty() && refusedFonts.insert(text.font).second)
         pApp->WriteLog(4, 0, "The font '%s' of game '%s' leads out of the game folders: it counts as missing.",
-                       last.font.c_str(), gameName.c_str());
-      buildText(last, gameName, index, state, betCost);
+                       text.font.c_str(), mCreatedForGame.c_str());
+      buildText(text, index, paytableWin(text.prize, currentBet, setup.betCost));
     }
-    if (pageName == paytablePage) buildBetLabels(last, gameName);
+    if (page.name == paytablePage) buildBetLabels(page.texts.empty() ? TPaytableText{} : page.texts.back());
     mPaytableComponents[index].push_back(prizeLabel);
   }
 }
 
-void TPaytablesPanel::buildText(const TPageText& text, const std::string& gameName, size_t page,
-                                const PlatformState& state, int betCost) {
-  const int actualWin = paytableWin(text.prize, state.CurrentBet, betCost);
+void TPaytablesPanel::buildText(const TPaytableText& text, size_t page, int actualWin) {
   auto* thisLabel =
-    new TGlyphLabel(GetRenderer(), nearBy(text.pos.x), nearBy(text.pos.y), nearBy(text.w), nearBy(text.h),
-                    MyUtils::currency2string(actualWin, 0), gamePath(gameName, text.font), text.symbol);
+    new TGlyphLabel(GetRenderer(), nearBy(text.x), nearBy(text.y), nearBy(text.w), nearBy(text.h),
+                    MyUtils::currency2string(actualWin, 0), gamePath(mCreatedForGame, text.font), text.symbol);
   if (!thisLabel->Font() || !thisLabel->Font()->FindGlyph('0'))
-    std::printf("WARNING: Could not find font \"Games/%s/Icons/%s\"!\n", gameName.c_str(), text.font.c_str());
-  if (text.pos.x == 0 && text.pos.y == 0)
+    std::printf("WARNING: Could not find font \"Games/%s/Icons/%s\"!\n", mCreatedForGame.c_str(),
+                text.font.c_str());
+  if (text.x == 0 && text.y == 0)
     std::printf("WARNING: Could not find position for symbol \"%s\"!\n", text.symbol.c_str());
   thisLabel->_setVisible(false);
   thisLabel->SetAlignment(text.alignedLeft ? LEFT_UP : CENTER_UP);
@@ -196,11 +133,11 @@ void TPaytablesPanel::buildText(const TPageText& text, const std::string& gameNa
 }
 
 // Drawn in the style of the page's last text.
-void TPaytablesPanel::buildBetLabels(const TPageText& last, const std::string& gameName) {
+void TPaytablesPanel::buildBetLabels(const TPaytableText& last) {
   const int fontSize =
     std::clamp(last.fontSize, -mScreenH, mScreenH);  // a larger one takes memory, and shows nothing
   TTF_Font* pFont = nullptr;
-  if (const std::string font = gamePath(gameName, last.font); !font.empty())
+  if (const std::string font = gamePath(mCreatedForGame, last.font); !font.empty())
     for (const char* ending : {".ttf", ".otf"})
       if (!pFont) pFont = TTF_OpenFont((font + ending).c_str(), fontSize);
   const int y = mScreenH - fontSize - 10;
@@ -225,11 +162,11 @@ void TPaytablesPanel::buildBetLabels(const TPageText& last, const std::string& g
 }
 
 int TPaytablesPanel::updatePaytable() {
-  checkDrawThread();
+  pApp->ThreadCheck(THREAD_DRAW);
   if (mLoadedForGame.empty()) return -2;
   auto& property = static_cast<TopScreenApp*>(pApp)->getState();
   ScopedLock lock(property);
-  const int betCost = betCostOf(TSetup(property->ExtraData), mLoadedForGame);
+  const int betCost = betCostOf(&property);
   for (const auto& [symbol, prize] : mSymbolWin)
     if (auto* thisLabel = static_cast<TGlyphLabel*>(pHelpScreen->FindComponentByName(symbol)))
       thisLabel->SetText(MyUtils::currency2string(paytableWin(prize, property->CurrentBet, betCost), 0));
@@ -243,7 +180,7 @@ int TPaytablesPanel::updatePaytable() {
 }
 
 void TPaytablesPanel::paytableVisible(int index) {
-  checkDrawThread();
+  pApp->ThreadCheck(THREAD_DRAW);
   for (int i = 0; i < 2; ++i)
     for (TGuiComponent* component : mPaytableComponents[i]) component->_setVisible(i == index);
 }
