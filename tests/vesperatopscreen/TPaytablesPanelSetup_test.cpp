@@ -114,15 +114,12 @@ TEST_F(PaytableSetups, AStatusReplyBringsOtherPrizesTheSameWay) {
 
 TEST_F(PaytableSetups, TheSameSetupAgainChangesNothing) {
   open(wins(50, 5, 10));
-  TGlyphLabel* const before = label("A_3");
-  TGuiComponent* const minimum = screen.find(kPanel + "minBetLabel");
+  // A new label may stand at the old one's address; what the tree says of its end is certain.
+  testing::internal::CaptureStdout();
   sendExtra(wins(50, 5, 10));
-  EXPECT_EQ(before, label("A_3"));
   replyWith(wins(50, 5, 10), 1);
-  EXPECT_EQ(before, label("A_3"));
-  EXPECT_EQ(minimum, screen.find(kPanel + "minBetLabel"));
-  sendExtra(wins(50, 5, 10, 50));
-  EXPECT_EQ(before, label("A_3")) << "another cost of a bet is no other setup";
+  sendExtra(wins(50, 5, 10, 50));  // another cost of a bet is no other setup
+  EXPECT_EQ(std::string::npos, testing::internal::GetCapturedStdout().find("Dropping component"));
   EXPECT_EQ("100", shown("A_3"));
 }
 
