@@ -228,7 +228,7 @@ void TGuiComponent::startFade(bool reverse) {
   mFadeAnimation.setReverse(reverse);
   long begin = now;
   if (mFadeAnimation.state(now) == ASTATE_RUNNING)
-    begin -= mFadeAnimation.duration() - mFadeAnimation.elapsedMs(now);  // at the last tick 0, not a whole fade
+    begin -= mFadeAnimation.duration() - mFadeAnimation.intervalElapsedMs(now);
   mFadeAnimation.start(begin);
 }
 

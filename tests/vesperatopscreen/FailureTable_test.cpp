@@ -212,7 +212,8 @@ const Row Rows[] = {
   {"LateExtraData", "opens a paytable before the extra data of its game", &FailureTable::lateExtraData},
   {"IntegrityTextGoes", "takes an integrity text away, by event 103 with an empty text or by a state without one",
    &FailureTable::integrityTextGoes},
-  {"MalformedSetup", "sends a \"paytableSetup\" that is malformed", &FailureTable::malformedSetup},
+  {"MalformedSetup", "sends a \"paytableSetup\", \"paylines\" or \"betCost\" with a missing key or a wrong type",
+   &FailureTable::malformedSetup},
   {"RefusedRegistration", "refuses the registration", &FailureTable::refusedRegistration},
   {"Silence", "accepts and stays silent", &FailureTable::silence},
 };
@@ -500,9 +501,17 @@ void FailureTable::integrityTextGoes() {
   ASSERT_EQ("checked", state().IntegrityCheckData);
   expectLost(T_INTEGRITY_DATA, "<string></string>", line({}));
   EXPECT_EQ("", state().IntegrityCheckData);
+  app.updatedJp = false;
+  app.handlePlatformEvent(Event(T_INTEGRITY_DATA, xmlrpc_c::value_string("")));
+  EXPECT_TRUE(app.updatedJp) << "the levels would come back with the next pot";
+  good.IntegrityCheckData = "text";
+  app.StatusReceived(&good, false);
+  ASSERT_EQ("text", state().IntegrityCheckData);
+  app.updatedJp = false;
   good.IntegrityCheckData = "";
   app.StatusReceived(&good, false);
   EXPECT_EQ("", state().IntegrityCheckData);
+  EXPECT_TRUE(app.updatedJp);
   EXPECT_TRUE(lines().empty());
 }
 
@@ -511,7 +520,9 @@ void FailureTable::malformedSetup() {
   // Taken as it is: what is wrong with it shows when the pages are made.
   expectLost(T_EXTRA_DATA, "<struct>" + memberXml("paytableSetup", "<int>9</int>") + "</struct>", "");
   EXPECT_EQ(1U, state().ExtraData.count("paytableSetup"));
-  EXPECT_EQ("one line with the cause", rowsOfThePage()[GetParam().service]);
+  // The line itself is compared with the panel's by PaytableSetups.
+  EXPECT_EQ("The paytable setup of game 'Reels' is refused, what stands stays: no array",
+            line({{"NAME", "Reels"}, {"CAUSE", "no array"}}));
 }
 
 void FailureTable::refusedRegistration() {

@@ -5,7 +5,7 @@ using namespace paytabletest;
 
 namespace {
 
-constexpr const char* kRefused = "The paytable setup of game 'Reels' is refused";
+constexpr const char* kRefused = "The paytable setup of game 'Reels' is refused, what stands stays: ";
 
 class PaytableSetups : public Paytables {
  protected:
