@@ -178,6 +178,11 @@ void TAnimation::trackOtherAnimationTime(const TAnimation* animation) {
   mBeginTs = 0;
 }
 
+void TAnimation::goOnAfterWrap(long timestamp) {
+  constexpr long round = 1L << 32;
+  if (mState == ASTATE_RUNNING && !mTracking && mBeginTs - timestamp > round / 2) mBeginTs -= round;
+}
+
 void TAnimation::updateAnimationPoints(float from, float to, long duration, long rescaleToTime) {
   if (rescaleToTime >= 1) {
     const float requiredT = inversolate(mAnimationType, from, to, value(rescaleToTime));

@@ -86,6 +86,10 @@ class TAnimation {
   // Follows another animation's clock from now on; null goes back to the own one.
   void trackOtherAnimationTime(const TAnimation* animation);
 
+  // For an owner that asks in each frame: when the tick clock has come round to 0 since the start, the start moves
+  // in front of 0, so that the run goes on. Without it the run would stand at its beginning for the next 49.7 days.
+  void goOnAfterWrap(long timestamp);
+
   // Changes the end points. With rescaleToTime of 1 or more the start time is moved so that the run goes on from
   // the value of that time; below 1 the animation is reset. A duration of 0 keeps the old one.
   void updateAnimationPoints(float from, float to, long duration, long rescaleToTime);

@@ -90,6 +90,7 @@ void TGuiComponent::draw() {
 
 void TGuiComponent::drawLogic() {
   const Uint32 now = SDL_GetTicks();
+  mFadeAnimation.goOnAfterWrap(now);
   if (mFadeAnimation.state(now) == ASTATE_RUNNING) setAlpha(static_cast<int>(mFadeAnimation.value(now)));
   if (mFadeAnimation.state(now) == ASTATE_COMPLETED) {
     if (mFadeAnimation.reverse())
@@ -225,6 +226,7 @@ void TGuiComponent::fadeOut() {
 
 void TGuiComponent::startFade(bool reverse) {
   const Uint32 now = SDL_GetTicks();
+  mFadeAnimation.goOnAfterWrap(now);
   mFadeAnimation.setReverse(reverse);
   long begin = now;
   if (mFadeAnimation.state(now) == ASTATE_RUNNING)

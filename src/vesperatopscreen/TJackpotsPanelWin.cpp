@@ -154,6 +154,7 @@ void TJackpotsPanel::drawLogic() {
   const int w = mWinningJackpot;
   const Uint32 now = SDL_GetTicks();
   if (!levelStands(w) || mCapturedJackpot != w || mWinAnimation.state() == ASTATE_READY) return;
+  mWinAnimation.goOnAfterWrap(now);
   if (mWinAnimation.endTimestampMs() <= static_cast<long>(now)) {
     if (mAnimationPhase == 0) {
       if (pParticleAnimation[w] && !pParticleAnimation[w]->isVisible()) {

@@ -44,6 +44,35 @@ TEST_F(GuiComponent, FadeInRunsFromNothingToFull) {
   EXPECT_EQ(ASTATE_READY, root.fade().state());
 }
 
+// The clock's numbers go from 2^32 - 1 to 0 every 49.7 days.
+TEST_F(GuiComponent, FadeGoesOnWhereTheClockComesRound) {
+  for (const bool in : {true, false}) {
+    FakeClock clock(0u - 200u);
+    root._setVisible(!in);
+    in ? root.fadeIn() : root.fadeOut();
+    for (const Uint32 passed : {100u, 199u, 200u, 250u, 400u, 500u}) {
+      clock.set(passed - 200u);
+      root.drawLogic();
+      EXPECT_NEAR(255.0 * (in ? passed : 500 - passed) / 500.0, root.alpha(), 1.0) << passed;
+    }
+    clock.set(301);
+    root.drawLogic();
+    EXPECT_EQ(in, root.isVisible());
+    EXPECT_EQ(ASTATE_READY, root.fade().state());
+  }
+}
+
+TEST_F(GuiComponent, FadeIsTurnedRoundWhereTheClockComesRound) {
+  FakeClock clock(0u - 200u);
+  root._setVisible(false);
+  root.fadeIn();
+  clock.set(100);  // no drawLogic since
+  root.fadeOut();
+  EXPECT_EQ(-100, root.fade().beginTimestampMs());
+  root.drawLogic();
+  EXPECT_EQ(153, root.alpha());
+}
+
 TEST_F(GuiComponent, FadeOutEndsHiddenWithAlphaZero) {
   FakeClock clock(1000);
   root.fadeOut();

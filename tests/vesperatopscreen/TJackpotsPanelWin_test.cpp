@@ -50,6 +50,25 @@ TEST_F(Jackpots, AllLevelsSparkleLikeTheFirst) {
   SDL_DestroyTexture(right);
 }
 
+TEST_F(Jackpots, AWinGoesOnWhereTheClockComesRound) {
+  start(4);
+  screen.clock().set(0u - 700u);
+  screen.frames(40);
+  win(1, true);
+  screen.skip(201);
+  ASSERT_TRUE(shown("JackpotWinPanel"));
+  ASSERT_GT(SDL_GetTicks(), 0u - 600u);
+  screen.skip(1001);
+  ASSERT_LT(SDL_GetTicks(), 1000u);
+  EXPECT_TRUE(shown("pParticleAnimation[1]")) << "particles with the arrival";
+  SDL_Rect at = place("JackpotWinPanel");
+  const SDL_Rect middle{506, 436, 908, 208};
+  EXPECT_TRUE(SDL_RectEquals(&at, &middle));
+  screen.skip(900);
+  at = place("JackpotWinPanel");
+  EXPECT_NEAR(1180, at.w, 2) << "it pulses";
+}
+
 TEST_F(Jackpots, AWinIsNoticedFliesPulsesAndGoesBackToIdle) {
   start(4);
   win(1, true);
