@@ -65,8 +65,7 @@ TPaytableText textOf(const cstruct& record) {
   const int altColor = record.count("altColor") ? intAt(record, "altColor") : 0xFFFFFF;
   text.sdlColor = chooseColor(intAt(record, "color"), altColor);
   text.shadowColor = shadowOf(text.sdlColor);
-  text.x = intAt(record, "x");
-  text.y = intAt(record, "y");
+  text.pos = {intAt(record, "x"), intAt(record, "y")};
   text.w = intAt(record, "w");
   text.h = intAt(record, "h");
   return text;

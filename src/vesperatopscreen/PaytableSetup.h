@@ -6,6 +6,10 @@
 
 #include "vesperatopscreen/TPaytablesPanel.h"
 
+struct TextPos {
+  int x, y;
+};
+
 // One win text of a page, as the game's setup gives it.
 struct TPaytableText {
   std::string symbol;  // with the number of symbols, the label's name
@@ -15,7 +19,8 @@ struct TPaytableText {
   bool alignedLeft;
   SDL_Color sdlColor;
   SDL_Color shadowColor;
-  int x, y, w, h;
+  TextPos pos;
+  int w, h;
 };
 
 // What a game's "ExtraData" say of its paytable, read as a whole before anything is built of it. Any thread, with

@@ -115,12 +115,12 @@ void TPaytablesPanel::buildPages(const TPaytableSetup& setup, int64_t currentBet
 
 void TPaytablesPanel::buildText(const TPaytableText& text, size_t page, int actualWin) {
   auto* thisLabel =
-    new TGlyphLabel(GetRenderer(), nearBy(text.x), nearBy(text.y), nearBy(text.w), nearBy(text.h),
+    new TGlyphLabel(GetRenderer(), nearBy(text.pos.x), nearBy(text.pos.y), nearBy(text.w), nearBy(text.h),
                     MyUtils::currency2string(actualWin, 0), gamePath(mCreatedForGame, text.font), text.symbol);
   if (!thisLabel->Font() || !thisLabel->Font()->FindGlyph('0'))
     std::printf("WARNING: Could not find font \"Games/%s/Icons/%s\"!\n", mCreatedForGame.c_str(),
                 text.font.c_str());
-  if (text.x == 0 && text.y == 0)
+  if (text.pos.x == 0 && text.pos.y == 0)
     std::printf("WARNING: Could not find position for symbol \"%s\"!\n", text.symbol.c_str());
   thisLabel->_setVisible(false);
   thisLabel->SetAlignment(text.alignedLeft ? LEFT_UP : CENTER_UP);

@@ -55,8 +55,8 @@ TEST(PaytableSetup, HasOneTextForEachRecord) {
   EXPECT_TRUE(text.alignedLeft);
   EXPECT_EQ(0x123456, rgb(text.sdlColor));
   EXPECT_EQ(255, text.sdlColor.a);
-  EXPECT_EQ(11, text.x);
-  EXPECT_EQ(-12, text.y);
+  EXPECT_EQ(11, text.pos.x);
+  EXPECT_EQ(-12, text.pos.y);
   EXPECT_EQ(13, text.w);
   EXPECT_EQ(14, text.h);
 }
