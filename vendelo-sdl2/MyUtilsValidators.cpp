@@ -59,10 +59,8 @@ bool isDomain(const char* domain) {
   return dots >= 1 && !emptyLabel;
 }
 
-unsigned nibble(char c) {
-  if (c >= 'a' && c <= 'z') c = static_cast<char>(c - 'a' + 'A');
-  return static_cast<unsigned>(c > 64 ? c - 'A' + 10 : c - '0') & 0xf;
-}
+// Of small letters too: what they lie behind the capitals is a multiple of 16.
+unsigned nibble(char c) { return static_cast<unsigned>(c > 64 ? c - 'A' + 10 : c - '0') & 0xf; }
 
 }  // namespace
 

@@ -34,9 +34,7 @@ struct Series {
   bool run() {
     client.PushEvent(G_GAME_START, "i", 5);
     client.SendRequest(M_BYE, 0, KSLCallback(), "");
-    if (client.Start(true, 0) != 0) {
-      return false;
-    }
+    client.Start(false, -1);  // one that waits finds the registration lost again, if the package was quick
     const bool done = client.pollUntil([this] { return client.wire.requests("game.bye").size() == 1; });
     client.Stop();
     client.Poll(0);
@@ -153,7 +151,7 @@ TEST(TKSLClientPackages, GoesOutAgainWithTheNewIdentifierAndItsOldNumber) {
   series.client.wire.answer("topscreen.init", [&id](const std::string&) { return initReply(++id); });
   series.client.wire.answer("game.pushEvents", NotRegistered);
   series.client.PushEvent(G_GAME_END, "");
-  ASSERT_EQ(0, series.client.Start(true, 0));
+  series.client.Start(false, -1);
   ASSERT_TRUE(waitFor([&] { return id == 24; }));
   series.client.Stop();
   const std::vector<std::string> requests = series.client.wire.requests("game.pushEvents");

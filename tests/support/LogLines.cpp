@@ -1,5 +1,6 @@
 #include "tests/support/LogLines.h"
 
+#include <gtest/gtest.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -19,8 +20,9 @@ LogLines::~LogLines() {
   std::filesystem::remove_all(mFolder, ignored);
 }
 
-int LogLines::_WriteLog(char /*color*/, vendelo_sdl2::TLogType LogType, unsigned long /*GameId*/,
+int LogLines::_WriteLog(char /*color*/, vendelo_sdl2::TLogType LogType, unsigned long GameId,
                         const std::string& Text) {
+  EXPECT_EQ(0UL, GameId) << "the program's own lines belong to no game: " << Text;
   const std::lock_guard<std::mutex> lock(mMutex);
   mLines.push_back(std::to_string(LogType) + " " + Text);
   return 0;

@@ -1,5 +1,6 @@
 #include "tests/support/TestApplication.h"
 
+#include <gtest/gtest.h>
 #include <algorithm>
 #include <chrono>
 #include <cstdlib>
@@ -98,6 +99,7 @@ void TestApplication::OnStoreValues(const std::list<TAppParam*>& params) {
 }
 
 int TestApplication::_WriteLog(char color, TLogType type, unsigned long gameId, const std::string& text) {
+  EXPECT_EQ(0UL, gameId) << "the program's own lines belong to no game: " << text;
   log.add(std::to_string(type) + "|" + text);
   return TApplication::_WriteLog(color, type, gameId, text);
 }

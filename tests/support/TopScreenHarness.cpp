@@ -1,6 +1,7 @@
 #include "tests/support/TopScreenHarness.h"
 
 #include <SDL_ttf.h>
+#include <gtest/gtest.h>
 #include <algorithm>
 #include <filesystem>
 #include <sstream>
@@ -63,7 +64,8 @@ PanelApplication::PanelApplication() {
   setStatus(APP_STARTUP_GRAPHICS);
 }
 
-int PanelApplication::_WriteLog(char, TLogType, unsigned long, const std::string& text) {
+int PanelApplication::_WriteLog(char, TLogType, unsigned long gameId, const std::string& text) {
+  EXPECT_EQ(0UL, gameId) << "the program's own lines belong to no game: " << text;
   const std::lock_guard lock(mLinesMutex);
   mLines.push_back(text);
   return 0;

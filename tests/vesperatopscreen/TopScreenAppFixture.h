@@ -29,7 +29,8 @@ class TestApp : public TopScreenApp {
   using TopScreenApp::updatedGame;
   using TopScreenApp::updatedJp;
 
-  int _WriteLog(char, TLogType type, unsigned long, const std::string& text) override {
+  int _WriteLog(char, TLogType type, unsigned long gameId, const std::string& text) override {
+    EXPECT_EQ(0UL, gameId) << "the program's own lines belong to no game: " << text;
     if (throwsInLog) throw std::runtime_error(text);
     lines.push_back({type, text});
     return 0;
