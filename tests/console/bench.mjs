@@ -49,6 +49,10 @@ export class Bench {
     this.home = path.join(this.folder, 'home/');
     mkdirSync(this.home);
     this.startProgram();
+    await this.openPage();
+  }
+
+  async openPage() {
     const {chromium} = createRequire(path.join(this.modules, 'x.js'))('playwright-core');
     this.browser = await chromium.launch({executablePath: this.chromium, args: ['--no-sandbox']});
     this.page = await this.browser.newPage({viewport: {width: 1366, height: 768}});
@@ -59,9 +63,9 @@ export class Bench {
   }
 
   // On any free ports the first time, on the same ones from then on.
-  async startSimulator() {
+  async startSimulator(...more) {
     this.simulator = this.launch('kslsim', this.kslsim, ['--port', this.port ?? '0', '--control-port',
-      this.controlPort ?? '0', '--display', this.display], {});
+      this.controlPort ?? '0', '--display', this.display, ...more], {});
     [, this.port, this.controlPort] =
       await until('ports', () => /^(\d+)\ncontrol (\d+)\n/.exec(this.printed('kslsim')));
     this.address = `http://127.0.0.1:${this.controlPort}`;
