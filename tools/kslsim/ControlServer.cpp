@@ -1,9 +1,9 @@
-// The routes of the control port.
+#include "tools/kslsim/ControlServer.h"
+
 #include <httplib.h>
 #include <charconv>
 
 #include "tools/kslsim/Console.h"
-#include "tools/kslsim/HttpServer.h"
 
 namespace kslsim {
 namespace {

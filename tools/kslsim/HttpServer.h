@@ -1,13 +1,11 @@
 #pragma once
 
+#include <atomic>
 #include <condition_variable>
 #include <memory>
+#include <mutex>
+#include <string>
 #include <thread>
-
-#include "tools/kslsim/Methods.h"
-#include "tools/kslsim/Recording.h"
-#include "tools/kslsim/Screen.h"
-#include "tools/kslsim/Sockets.h"
 
 namespace httplib {
 class Server;
@@ -58,52 +56,6 @@ class HttpServer {
   std::mutex mStopMutex;  // guards mStopping
   std::condition_variable mStopCondition;
   bool mStopping = false;
-};
-
-// The service's own port: XML-RPC calls by POST on one path, answered by the simulator's methods or badly.
-class RpcServer : public HttpServer {
- public:
-  // The simulator and the recording outlive the server. With a recording that answers, and not the methods.
-  RpcServer(Simulator& simulator, const std::string& path, Replay* replay);
-  ~RpcServer() override { stop(); }
-
- private:
-  void addRoutes(httplib::Server& server) override;
-  void answer(const httplib::Request& request, httplib::Response& response);
-  std::string answerOf(const httplib::Request& request);
-  void noteBadly(const BadReply& bad, const std::string& method);
-  void answerBadly(const BadReply& bad, const httplib::Request& request, httplib::Response& response);
-  void answerAltered(const BadReply& bad, const std::string& method, const httplib::Request& request,
-                     httplib::Response& response);
-  void keepSilent(int milliseconds, const Connection& connection);
-  // Waits for so long, as long as the client does and the server is not being stopped.
-  void linger(int64_t milliseconds, const Connection& connection);
-  void drip(int milliseconds, const std::string& bytes, const Connection& connection);
-
-  // The recording's answer, after the time that it took.
-  WireAnswer replayed(const httplib::Request& request);
-
-  Simulator& mSimulator;
-  const std::string mPath;
-  Replay* const mReplay;  // null without one
-  xmlrpc_c::registry mRegistry;
-};
-
-// The port by which people and tests steer the simulator: the console, and what it is made of. Only pages that this
-// port itself has served are let in, by the names of the loopback interface.
-class ControlServer : public HttpServer {
- public:
-  // The simulator and the screen outlive the server.
-  ControlServer(Simulator& simulator, Screen& screen) : mSimulator(simulator), mScreen(screen) {}
-  ~ControlServer() override { stop(); }
-
- private:
-  void addRoutes(httplib::Server& server) override;
-  void addConsole(httplib::Server& server);
-  void addSteering(httplib::Server& server);
-
-  Simulator& mSimulator;
-  Screen& mScreen;
 };
 
 }  // namespace kslsim

@@ -2,6 +2,9 @@
 
 #include <httplib.h>
 
+#include "tools/kslsim/Methods.h"
+#include "tools/kslsim/Sockets.h"
+
 namespace kslsim {
 namespace {
 

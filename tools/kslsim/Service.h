@@ -1,6 +1,7 @@
 #pragma once
 
-#include "tools/kslsim/HttpServer.h"
+#include "tools/kslsim/ControlServer.h"
+#include "tools/kslsim/RpcServer.h"
 
 namespace kslsim {
 
