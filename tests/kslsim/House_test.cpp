@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "tools/kslsim/Simulator.h"
+#include "tools/kslsim/UsualLevels.h"
 
 namespace kslsim {
 namespace {

@@ -3,6 +3,7 @@
 #include "tools/kslsim/BadReplies.h"
 #include "tools/kslsim/Errors.h"
 #include "tools/kslsim/Methods.h"
+#include "tools/kslsim/UsualLevels.h"
 
 namespace kslsim {
 namespace {

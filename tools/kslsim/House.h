@@ -53,8 +53,4 @@ class House {
 // "NumWins" after one win more; the largest number stays.
 int oneMoreWin(const Json& level);
 
-// Steps that make so many levels, 1 to 4, with pots of a usual size, and guests at all of them.
-std::vector<Json> houseSteps(int levels, uint64_t seed);
-constexpr int HOUSE_LEVELS = 4;
-
 }  // namespace kslsim

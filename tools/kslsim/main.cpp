@@ -8,6 +8,7 @@
 
 #include "tools/kslsim/RecordServer.h"
 #include "tools/kslsim/Service.h"
+#include "tools/kslsim/UsualLevels.h"
 
 namespace {
 
