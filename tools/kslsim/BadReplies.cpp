@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "tools/kslsim/Events.h"
+
 namespace kslsim {
 namespace {
 
@@ -76,11 +78,12 @@ std::string nested(int levels) {
 }
 
 std::string flood(int events) {
+  const std::string event = "<value><struct><member><name>eventID</name><value><int>" +
+                            std::to_string(JACKPOT_REFRESH) +
+                            "</int></value></member><member><name>context</name><value><nil/></value></member>"
+                            "</struct></value>";
   std::string out = "<array><data>";
-  for (int i = 0; i < events; ++i)
-    out +=
-      "<value><struct><member><name>eventID</name><value><int>109</int></value></member>"
-      "<member><name>context</name><value><nil/></value></member></struct></value>";
+  for (int i = 0; i < events; ++i) out += event;
   return out + "</data></array>";
 }
 

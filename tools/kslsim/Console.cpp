@@ -2,20 +2,12 @@
 
 #include "tools/kslsim/BadReplies.h"
 #include "tools/kslsim/Errors.h"
+#include "tools/kslsim/Events.h"
 #include "tools/kslsim/Methods.h"
 #include "tools/kslsim/UsualLevels.h"
 
 namespace kslsim {
 namespace {
-
-struct EventRow {
-  int id;
-  const char* name;
-  const char* form;
-  Json fields;
-  Json sample;
-  const char* tells;
-};
 
 struct ReplyRow {
   const char* name;
@@ -46,118 +38,46 @@ constexpr ReplyRow REPLIES[] = {{"refuse", "No answer", "hangs up before the ans
                                 {"body", "Errors and texts", "the text, with the HTTP status"},
                                 {"raw", "Errors and texts", "the text alone, no HTTP"}};
 
-// The prizes on two of the pictures of the demo skin's paytable.
-Json sampleExtraData() {
-  const struct {
-    const char* symbol;
-    int x;
-    int wins[3];
-  } symbols[] = {{"CROWN", 280, {5000, 1000, 200}}, {"RUBY", 755, {2000, 400, 100}}};
-  Json texts = Json::array();
-  for (const auto& symbol : symbols)
-    for (int row = 0; row < 3; ++row)
-      texts.push_back({{"symbol", symbol.symbol},
-                       {"occurs", 5 - row},
-                       {"mode", "line"},
-                       {"win", symbol.wins[row]},
-                       {"font", "prize"},
-                       {"fontSize", 34},
-                       {"alignedLeft", 0},
-                       {"color", 0xFFD95A},
-                       {"x", symbol.x},
-                       {"y", 202 + 86 * row},
-                       {"w", 190},
-                       {"h", 56}});
-  return {
-    {"paylines", 10}, {"betCost", 10}, {"paytableSetup", Json::array({{{"name", "paytable"}, {"texts", texts}}})}};
-}
-
-Json sampleLevels() {
-  Json out = Json::array();
-  for (const Json& step : houseSteps(HOUSE_LEVELS, 1)) {
-    if (step["do"] != "add") continue;
-    Json level = startOf(levelFields());
-    level.update(step["level"]);
-    out.push_back(level);
+// The inputs that the page makes for a context.
+const char* formOf(Kind context) {
+  switch (context) {
+    case Kind::Nil:
+      return "nothing";
+    case Kind::Int:
+    case Kind::I8:
+      return "number";
+    case Kind::Bool:
+      return "flag";
+    case Kind::String:
+      return "text";
+    case Kind::Strings:
+      return "texts";
+    case Kind::Game:
+      return "game";
+    case Kind::Bets:
+      return "numbers";
+    default:
+      return "json";
   }
-  return out;
 }
 
-std::vector<EventRow> events() {
-  const Json game{{"ID", 11}, {"Name", "VesperCrown"}, {"Type", 4}}, gameFields{"ActiveGame", "IsLoading"};
-  return {
-    {100, "T_GAME_LOADING", "game", gameFields, game,
-     "A game loads: its emblem comes beside the levels. The name is a folder of Games/. Roulette changes nothing "
-     "yet."},
-    {101, "T_GAME_LOADED", "game", gameFields, game,
-     "The game is ready, to be seen as with 100. Roulette stops the drawing: the last picture stays."},
-    {102, "T_DEMO_MODE", "flag", {"DemoMode"}, true, "Marks the background as that of a demonstration."},
-    {103,
-     "T_INTEGRITY_DATA",
-     "text",
-     {"IntegrityCheckData"},
-     "INTEGRITY CHECK IN PROGRESS  -  PLEASE WAIT",
-     "A text in the place of the levels. Empty takes it away; the levels come back with the next 109 or 110."},
-    {104,
-     "T_BET_LIMITS",
-     "bets",
-     {"CurrentBet", "MinBet", "MaxBet"},
-     {{"current", 100}, {"min", 20}, {"max", 500}},
-     "The prizes of an open paytable follow the bet (107, 111)."},
-    {105, "T_GAME_EXITED", "nothing", gameFields, nullptr, "Back to the menu: the levels without an emblem."},
-    {106,
-     "T_INSTRUCTIONS",
-     "texts",
-     {"Instructions"},
-     {"AUTO", "", "GAMES", "STAFF", "BET -", "PAYS", "BET +", "START"},
-     "What the buttons of the cabinet do, in the place of the levels. Empty brings the levels back."},
-    {107,
-     "T_PAYTABLE_STATE",
-     "number",
-     {"ShowingPaytable"},
-     1,
-     "Opens that page of the paytable of a slot game (101); 0 closes it. A win keeps it away."},
-    {108,
-     "T_JACKPOT_ERROR",
-     "text",
-     {"JackpotErrorString"},
-     "JACKPOT IS OUT OF SERVICE",
-     "A text in the place of the levels. Empty brings the levels back."},
-    {109, "T_JACKPOT_REFRESH", "nothing", Json::array(), nullptr,
-     "The levels are shown anew; to be seen only after 103."},
-    {110,
-     "T_JACKPOT_DATA",
-     "json",
-     {"JackpotData"},
-     sampleLevels(),
-     "All levels. \"Status\": \"WIN\" plays a win."},
-    {111,
-     "T_EXTRA_DATA",
-     "json",
-     {"ExtraData"},
-     sampleExtraData(),
-     "What a game says of its prizes: the amounts on an open paytable (107). They need a bet (104)."},
-    {112,
-     "T_LANGUAGE",
-     "texts",
-     {"LanguageMessages"},
-     {"de", "Mindesteinsatz", "H\u00f6chsteinsatz",
-      "Einsatz pro Linie mit BET+/- w\u00e4hlen und mit SPIN ein neues Spiel beginnen.",
-      "Alle Preise gelten f\u00fcr den aktuellen Einsatz."},
-     "The player's language: its code, then the captions of the paytable and the line under a game."}};
+Json formOf(const EventRow& row) {
+  Json out{
+    {"id", row.id},           {"name", row.name},     {"form", formOf(row.context)}, {"fields", Json::array()},
+    {"parts", Json::array()}, {"sample", row.sample}, {"tells", row.tells}};
+  for (const ToldField& told : row.fields) {
+    out["fields"].push_back(told.field);
+    if (told.key) out["parts"].push_back({{"field", told.field}, {"key", told.key}, {"caption", told.caption}});
+  }
+  if (row.game) out["game"] = row.game;
+  return out;
 }
 
 }  // namespace
 
 Json consoleForms() {
   Json out;
-  for (const EventRow& row : events())
-    out["events"].push_back({{"id", row.id},
-                             {"name", row.name},
-                             {"form", row.form},
-                             {"fields", row.fields},
-                             {"sample", row.sample},
-                             {"tells", row.tells}});
+  for (const EventRow& row : eventRows()) out["events"].push_back(formOf(row));
   out["methods"] = methodNames();
   for (const ErrorRow& row : errorRows()) out["errors"].push_back({{"code", row.code}, {"name", row.name}});
   for (const ReplyRow& row : REPLIES) {

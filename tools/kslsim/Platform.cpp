@@ -5,57 +5,13 @@
 namespace kslsim {
 namespace {
 
-// Which event tells of which field.
-struct FieldEvent {
-  const char* field;
-  EventId id;
-};
-constexpr FieldEvent FIELD_EVENTS[] = {{"IntegrityCheckData", INTEGRITY_DATA},
-                                       {"ShowingPaytable", PAYTABLE_STATE},
-                                       {"LanguageMessages", LANGUAGE},
-                                       {"DemoMode", DEMO_MODE},
-                                       {"Instructions", INSTRUCTIONS},
-                                       {"CurrentBet", BET_LIMITS},
-                                       {"MinBet", BET_LIMITS},
-                                       {"MaxBet", BET_LIMITS},
-                                       {"ExtraData", EXTRA_DATA},
-                                       {"JackpotData", JACKPOT_DATA},
-                                       {"JackpotErrorString", JACKPOT_ERROR}};
-
-constexpr int TYPE_MENU = 1;
-
-Json menu() { return {{"ID", 0}, {"Name", ""}, {"Type", TYPE_MENU}}; }
+// Puts what the event tells into the state.
+void tell(Json& state, const EventRow& event, const Json& context) {
+  for (const ToldField& told : event.fields)
+    state[told.field] = told.always ? *told.always : told.key ? context.at(told.key) : context;
+}
 
 }  // namespace
-
-Kind contextKind(int eventId) {
-  switch (eventId) {
-    case GAME_LOADING:
-    case GAME_LOADED:
-      return Kind::Game;
-    case DEMO_MODE:
-      return Kind::Bool;
-    case INTEGRITY_DATA:
-    case JACKPOT_ERROR:
-      return Kind::String;
-    case BET_LIMITS:
-      return Kind::Bets;
-    case GAME_EXITED:
-    case JACKPOT_REFRESH:
-      return Kind::Nil;
-    case INSTRUCTIONS:
-    case LANGUAGE:
-      return Kind::Strings;
-    case PAYTABLE_STATE:
-      return Kind::Int;
-    case JACKPOT_DATA:
-      return Kind::Levels;
-    case EXTRA_DATA:
-      return Kind::Struct;
-    default:
-      return Kind::Any;
-  }
-}
 
 Platform::Platform() : mState(startOf(stateFields())) {}
 
@@ -74,8 +30,8 @@ void Platform::set(const Json& part, const std::string& path) {
         throw InputError(path + "/JackpotData", "two levels have one \"Id\"");
   }
   for (const auto& [key, value] : part.items()) mState[key] = value;
-  for (const FieldEvent& entry : FIELD_EVENTS)
-    if (part.contains(entry.field)) changed(entry.id);
+  for (const Field& field : stateFields())
+    if (const EventRow* event = eventOfField(field.name); event && part.contains(field.name)) changed(event->id);
   // The game and its loading flag have no event each: two events carry both.
   if (part.contains("ActiveGame") || part.contains("IsLoading"))
     changed(mState["IsLoading"].get<bool>() ? GAME_LOADING : GAME_LOADED);
@@ -124,66 +80,32 @@ size_t Platform::indexOf(int id, const std::string& path) const {
   throw InputError(path, "no level has the \"Id\" " + std::to_string(id));
 }
 
-void Platform::game(EventId what, const Json& game, const std::string& path) {
-  if (what == GAME_EXITED) {
-    mState["ActiveGame"] = menu();
-    mState["IsLoading"] = false;
-  } else {
-    check(game, Kind::Game, path);
-    mState["ActiveGame"] = game;
-    mState["IsLoading"] = what == GAME_LOADING;
-  }
-  changed(what);
+void Platform::game(const EventRow& what, const Json& game, const std::string& path) {
+  check(game, what.context, path);
+  tell(mState, what, game);
+  changed(what.id);
 }
 
-void Platform::changed(EventId id) {
-  if (std::find(mPending.begin(), mPending.end(), id) == mPending.end()) mPending.push_back(id);
+void Platform::changed(int event) {
+  if (std::find(mPending.begin(), mPending.end(), event) == mPending.end()) mPending.push_back(event);
 }
 
-PlatformEvent Platform::eventOf(EventId id) const {
-  const auto whole = [&](Json context) { return PlatformEvent{id, contextKind(id), std::move(context)}; };
-  switch (id) {
-    case GAME_LOADING:
-    case GAME_LOADED:
-      return whole(mState["ActiveGame"]);
-    case BET_LIMITS:
-      return whole({{"current", mState["CurrentBet"]}, {"min", mState["MinBet"]}, {"max", mState["MaxBet"]}});
-    default:
-      break;
-  }
-  for (const FieldEvent& entry : FIELD_EVENTS)
-    if (entry.id == id) return whole(mState[entry.field]);
-  return whole(nullptr);
+PlatformEvent Platform::eventOf(int event) const {
+  PlatformEvent out{event, contextKind(event), nullptr};
+  for (const ToldField& told : findEvent(event)->fields)
+    if (!told.always) (told.key ? out.context[told.key] : out.context) = mState.at(told.field);
+  return out;
 }
 
 void Platform::applyTo(Json& state, const PlatformEvent& event) {
+  const EventRow* row = findEvent(event.id);
   // An event of a form of its own was sent to see what the peer makes of it.
-  if (!state.is_object() || event.kind != contextKind(event.id) || event.kind == Kind::Any) return;
-  switch (event.id) {
-    case GAME_LOADING:
-    case GAME_LOADED:
-      state["ActiveGame"] = event.context;
-      state["IsLoading"] = event.id == GAME_LOADING;
-      return;
-    case GAME_EXITED:
-      state["ActiveGame"] = menu();
-      state["IsLoading"] = false;
-      return;
-    case BET_LIMITS:
-      state["CurrentBet"] = event.context["current"];
-      state["MinBet"] = event.context["min"];
-      state["MaxBet"] = event.context["max"];
-      return;
-    default:
-      break;
-  }
-  for (const FieldEvent& entry : FIELD_EVENTS)
-    if (entry.id == event.id) state[entry.field] = event.context;
+  if (state.is_object() && row && event.kind == row->context) tell(state, *row, event.context);
 }
 
 std::vector<PlatformEvent> Platform::takeEvents() {
   std::vector<PlatformEvent> out;
-  for (EventId id : mPending) out.push_back(eventOf(id));
+  for (int event : mPending) out.push_back(eventOf(event));
   mPending.clear();
   return out;
 }

@@ -2,7 +2,7 @@
 
 #include <set>
 
-#include "tools/kslsim/Wire.h"
+#include "tools/kslsim/Events.h"
 
 namespace kslsim {
 
@@ -13,26 +13,6 @@ struct PlatformEvent {
   Kind kind;
   Json context;
 };
-
-// Ids of the events that the service sends to a top screen.
-enum EventId {
-  GAME_LOADING = 100,
-  GAME_LOADED = 101,
-  DEMO_MODE = 102,
-  INTEGRITY_DATA = 103,
-  BET_LIMITS = 104,
-  GAME_EXITED = 105,
-  INSTRUCTIONS = 106,
-  PAYTABLE_STATE = 107,
-  JACKPOT_ERROR = 108,
-  JACKPOT_REFRESH = 109,
-  JACKPOT_DATA = 110,
-  EXTRA_DATA = 111,
-  LANGUAGE = 112
-};
-
-// The form of the context of an event; Any for ids that the protocol does not name.
-Kind contextKind(int eventId);
 
 // The terminal as the service sees it: the record that "platform.state" returns, and the rule by which a change
 // of a field becomes an event. No lock of its own; the simulator's covers it. Money in the smallest unit.
@@ -61,8 +41,9 @@ class Platform {
   // The level with this "Id"; throws when there is none.
   const Json& level(int id, const std::string& path) const;
 
-  // A game that is being loaded, has been loaded, or is left for the menu. The game is not read for GAME_EXITED.
-  void game(EventId what, const Json& game, const std::string& path);
+  // One of the events of a game: it is being loaded, has been loaded, or is left for the menu, with null for the
+  // game.
+  void game(const EventRow& what, const Json& game, const std::string& path);
 
   // What a peer knows that had this state and then gets the event. Events that no field shows leave it alone.
   static void applyTo(Json& state, const PlatformEvent& event);
@@ -72,11 +53,11 @@ class Platform {
 
  private:
   size_t indexOf(int id, const std::string& path) const;
-  void changed(EventId id);
-  PlatformEvent eventOf(EventId id) const;
+  void changed(int event);
+  PlatformEvent eventOf(int event) const;
 
   Json mState;
-  std::vector<EventId> mPending;
+  std::vector<int> mPending;  // ids of events
 };
 
 }  // namespace kslsim

@@ -274,14 +274,18 @@ void Simulator::doGame(const Json& step) {
   Json game = Json::object();
   for (const Field& field : gameFields())
     if (step.contains(field.name)) game[field.name] = step[field.name];
-  if (event == "exited") {
+  std::vector<std::string> names;
+  for (const EventRow& row : eventRows()) {
+    if (!row.game) continue;
+    names.push_back(row.game);
+    if (event != row.game) continue;
+    if (row.context != Kind::Nil) return mPlatform.game(row, game, "");
     if (!game.empty()) throw InputError("", "a game that is left needs no \"ID\", \"Name\" or \"Type\"");
-    mPlatform.game(GAME_EXITED, {}, "");
-  } else if (event == "loading" || event == "loaded") {
-    mPlatform.game(event == "loading" ? GAME_LOADING : GAME_LOADED, game, "");
-  } else {
-    throw InputError("/event", "expected loading, loaded or exited");
+    return mPlatform.game(row, nullptr, "");
   }
+  const std::string last = names.back();
+  names.pop_back();
+  throw InputError("/event", "expected " + listed(names) + " or " + last);
 }
 
 void Simulator::doEvent(const Json& step) {

@@ -6,7 +6,7 @@ const chosenEvent = () => forms.events.find((event) => event.id === Number(byId(
 // What the state holds of the event's context.
 function contextFromState(event) {
   const state = report.state;
-  if (event.form === 'bets') return {current: state.CurrentBet, min: state.MinBet, max: state.MaxBet};
+  if (event.form === 'numbers') return Object.fromEntries(event.parts.map(({key, field}) => [key, state[field]]));
   return event.form === 'nothing' ? null : state[event.fields[0]];
 }
 
@@ -54,10 +54,10 @@ function makeEventForm(event) {
       const input = number('number', 'Number');
       return {show: (value) => { input.value = value; }, read: () => Number(input.value)};
     }
-    case 'bets': {
-      const inputs = {current: number('current', 'Current'), min: number('min', 'Minimum'), max: number('max', 'Maximum')};
-      return {show: (bets) => { for (const key in inputs) inputs[key].value = bets[key]; },
-        read: () => Object.fromEntries(Object.entries(inputs).map(([key, input]) => [key, Number(input.value)]))};
+    case 'numbers': {
+      const inputs = event.parts.map(({key, caption}) => [key, number(key, caption)]);
+      return {show: (values) => { for (const [key, input] of inputs) input.value = values[key]; },
+        read: () => Object.fromEntries(inputs.map(([key, input]) => [key, Number(input.value)]))};
     }
     case 'json': {
       const input = area('JSON');
@@ -73,10 +73,9 @@ function makeEventForm(event) {
 function eventStep(event, context) {
   if (byId('event-only').checked || event.fields.length === 0)
     return event.form === 'nothing' ? {do: 'event', id: event.id} : {do: 'event', id: event.id, value: context};
-  if (event.form === 'game') return {do: 'game', event: event.id === 100 ? 'loading' : 'loaded', ...context};
-  if (event.form === 'nothing') return {do: 'game', event: 'exited'};
-  if (event.form === 'bets')
-    return {do: 'set', state: {CurrentBet: context.current, MinBet: context.min, MaxBet: context.max}};
+  if (event.game) return {do: 'game', event: event.game, ...context};
+  if (event.form === 'numbers')
+    return {do: 'set', state: Object.fromEntries(event.parts.map(({key, field}) => [field, context[key]]))};
   return {do: 'set', state: {[event.fields[0]]: context}};
 }
 
