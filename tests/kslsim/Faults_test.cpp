@@ -223,14 +223,14 @@ TEST_F(Faults, TakeOnlyWhatTheyUse) {
   const std::map<std::string, Json> arguments{{"ms", 5},    {"code", -1}, {"text", "a"},  {"field", "a"},
                                               {"bytes", 5}, {"count", 5}, {"status", 404}};
   size_t taken = 0;
-  for (const std::string& name : badNames()) {
-    Json step{{"do", "bad"}, {"method", "*"}, {"reply", name}};
-    const std::string needed = neededBy(*badByName(name));
-    if (!needed.empty()) step[needed] = "a";
+  for (const BadRow& row : badRows()) {
+    Json step{{"do", "bad"}, {"method", "*"}, {"reply", row.name}};
+    for (const BadArgument& argument : row.arguments)
+      if (argument.needed) step[argument.name] = "a";
     for (const auto& [argument, value] : arguments) {
       Json more = step;
       more[argument] = value;
-      const bool takesIt = takes(*badByName(name), argument);
+      const bool takesIt = takes(row, argument);
       taken += takesIt;
       if (takesIt) {
         EXPECT_NO_THROW(order(more)) << more;

@@ -361,7 +361,7 @@ TEST_F(SimulatorTest, BadRepliesAreUsedUpInTheirOrder) {
   apply(R"({"do": "bad", "method": "*", "reply": "http500", "calls": -1})");
   const auto next = [this](const char* method) {
     const auto bad = simulator.takeBadReply(method);
-    return bad ? bad->name : "";
+    return bad ? std::string(bad->row->name) : "";
   };
   EXPECT_EQ(next("game.popEvents"), "html");
   EXPECT_EQ(next("platform.state"), "http500");

@@ -2,37 +2,11 @@
 
 #include <algorithm>
 
+#include "tools/kslsim/Errors.h"
 #include "tools/kslsim/Events.h"
 
 namespace kslsim {
 namespace {
-
-struct BadName {
-  const char* name;
-  Bad bad;
-  const char* arguments[2];
-};
-constexpr BadName NAMES[] = {{"refuse", Bad::Refuse, {}},
-                             {"silent", Bad::Silent, {"ms"}},
-                             {"http500", Bad::Http500, {}},
-                             {"html", Bad::Html, {}},
-                             {"notxml", Bad::NotXml, {}},
-                             {"cut", Bad::Cut, {"bytes"}},
-                             {"type", Bad::Type, {"field"}},
-                             {"missing", Bad::Missing, {"field"}},
-                             {"range", Bad::Range, {"field"}},
-                             {"empty", Bad::Empty, {}},
-                             {"fault", Bad::Fault, {"code", "text"}},
-                             {"rpcfault", Bad::RpcFault, {"code", "text"}},
-                             {"large", Bad::Large, {}},
-                             {"flood", Bad::Flood, {"count"}},
-                             {"deep", Bad::Deep, {}},
-                             {"i8", Bad::I8, {}},
-                             {"utf8", Bad::Utf8, {}},
-                             {"body", Bad::Body, {"status", "text"}},
-                             {"raw", Bad::Raw, {"text"}},
-                             {"slow", Bad::Slow, {"ms"}},
-                             {"drip", Bad::Drip, {"ms"}}};
 
 constexpr size_t LARGE_BYTES = size_t{600} * 1024;
 constexpr int DEEP_LEVELS = 200;
@@ -64,8 +38,8 @@ std::string escaped(const std::string& text) {
 }
 
 std::string faultMembers(const BadReply& reply) {
-  return "<struct><member><name>faultCode</name><value><int>" + std::to_string(reply.code) +
-         "</int></value></member><member><name>faultString</name><value><string>" + escaped(reply.text) +
+  return "<struct><member><name>faultCode</name><value><int>" + std::to_string(reply.number("code")) +
+         "</int></value></member><member><name>faultString</name><value><string>" + escaped(reply.text("text")) +
          "</string></value></member></struct>";
 }
 
@@ -87,75 +61,147 @@ std::string flood(int events) {
   return out + "</data></array>";
 }
 
+// For a cut: its place lies inside.
+std::string longEnough(const BadReply& reply) {
+  const int bytes = reply.number("bytes");
+  return answer(bytes < 0 ? "<struct></struct>"
+                          : "<string>" + std::string(static_cast<size_t>(bytes), 'x') + "</string>");
+}
+
+std::string textAlone(const BadReply& reply) { return reply.text("text"); }
+
+const char* ofAnotherType(const xmlrpc_c::value& value) {
+  return value.type() == xmlrpc_c::value::TYPE_STRING ? "<int>7</int>" : "<string>of another type</string>";
+}
+
+const char* tooLarge(const xmlrpc_c::value& value) {
+  return value.type() == xmlrpc_c::value::TYPE_I8 ? "<i8>9223372036854775808</i8>" : "<int>99999999999</int>";
+}
+
+std::vector<BadRow> makeRows() {
+  const BadArgument field{.name = "field", .otherwise = ""}, late{.name = "ms", .otherwise = 1000};
+  const BadArgument code{.name = "code", .otherwise = INTERNAL_ERROR};
+  const BadArgument text{.name = "text", .otherwise = "The simulator was told so."};
+  return {{.name = "refuse", .way = Way::Shut, .group = BadGroup::NoAnswer, .tells = "hangs up before the answer"},
+          {.name = "silent",
+           .way = Way::Hold,
+           .arguments = {{.name = "ms", .otherwise = 0, .asked = false}},  // until it is switched off
+           .group = BadGroup::NoAnswer,
+           .tells = "takes the call, never answers"},
+          {.name = "http500", .status = 500, .group = BadGroup::NotXmlRpc, .tells = "HTTP status 500"},
+          {.name = "html",
+           .type = "text/html",
+           .body = [](const BadReply&) -> std::string {
+             return "<!DOCTYPE html><html><head><title>Bad gateway</title></head><body>No.<br></body></html>";
+           },
+           .group = BadGroup::NotXmlRpc,
+           .tells = "a web page"},
+          {.name = "notxml",
+           .body = [](const BadReply&) -> std::string { return "this is no XML"; },
+           .group = BadGroup::NotXmlRpc,
+           .tells = "a text that is no XML"},
+          {.name = "cut",
+           .way = Way::Cut,
+           .arguments = {{.name = "bytes", .otherwise = -1}},
+           .body = longEnough,
+           .group = BadGroup::NoAnswer,
+           .place = 1,
+           .tells = "hangs up in the middle"},
+          {.name = "type",
+           .arguments = {field},
+           .body = [](const BadReply&) { return answer("<string>not what you asked for</string>"); },
+           .instead = ofAnotherType,
+           .group = BadGroup::WrongContents,
+           .tells = "another type: the field, or all"},
+          {.name = "missing",
+           .arguments = {{.name = "field", .needed = true}},
+           .instead = [](const xmlrpc_c::value&) -> const char* { return nullptr; },
+           .group = BadGroup::WrongContents,
+           .tells = "the field is left out"},
+          {.name = "range",
+           .arguments = {field},
+           .body = [](const BadReply&) { return answer("<int>99999999999</int>"); },
+           .instead = tooLarge,
+           .group = BadGroup::WrongContents,
+           .tells = "a number too large for its type"},
+          {.name = "empty",
+           .body = [](const BadReply&) { return answer("<struct></struct>"); },
+           .group = BadGroup::WrongContents,
+           .place = -1,
+           .tells = "a struct without keys"},
+          {.name = "fault",
+           .arguments = {code, text},
+           .body = [](const BadReply& reply) { return answer(faultMembers(reply)); },
+           .group = BadGroup::ErrorsAndTexts,
+           .tells = "the service's own error"},
+          {.name = "rpcfault",
+           .arguments = {code, text},
+           .body =
+             [](const BadReply& reply) {
+               return HEAD + "<fault><value>" + faultMembers(reply) + "</value></fault></methodResponse>\r\n";
+             },
+           .group = BadGroup::ErrorsAndTexts,
+           .tells = "a fault of XML-RPC"},
+          {.name = "large",
+           .body = [](const BadReply&) { return answer("<string>" + std::string(LARGE_BYTES, 'x') + "</string>"); },
+           .group = BadGroup::TooMuch,
+           .tells = "600 KiB"},
+          {.name = "flood",
+           .arguments = {{.name = "count", .otherwise = 100000}},
+           .body = [](const BadReply& reply) { return answer(flood(reply.number("count"))); },
+           .group = BadGroup::TooMuch,
+           .tells = "so many events"},
+          {.name = "deep",
+           .body = [](const BadReply&) { return answer(nested(DEEP_LEVELS)); },
+           .group = BadGroup::TooMuch,
+           .tells = "arrays nested 200 deep"},
+          {.name = "i8",
+           .body = [](const BadReply&) { return answer("<i8>9223372036854775808</i8>"); },
+           .group = BadGroup::WrongContents,
+           .tells = "an i8 too large for 64 bits"},
+          {.name = "utf8",
+           .body = [](const BadReply&) { return answer("<string>\xC3\x28 \xFF</string>"); },
+           .group = BadGroup::NotXmlRpc,
+           .tells = "a text that is not UTF-8"},
+          {.name = "body",
+           .arguments = {{.name = "status", .otherwise = 200}, {.name = "text", .otherwise = ""}},
+           .body = textAlone,
+           .group = BadGroup::ErrorsAndTexts,
+           .tells = "the text, with the HTTP status"},
+          {.name = "raw",
+           .way = Way::Raw,
+           .arguments = {{.name = "text", .needed = true}},
+           .body = textAlone,
+           .group = BadGroup::ErrorsAndTexts,
+           .tells = "the text alone, no HTTP"},
+          {.name = "slow",
+           .way = Way::Late,
+           .arguments = {late},
+           .group = BadGroup::NoAnswer,
+           .tells = "the right answer, late"},
+          {.name = "drip",
+           .way = Way::Drip,
+           .arguments = {late},
+           .group = BadGroup::NoAnswer,
+           .tells = "the right answer, byte by byte"}};
+}
+
 }  // namespace
 
-std::optional<Bad> badByName(const std::string& name) {
-  for (const BadName& entry : NAMES)
-    if (name == entry.name) return entry.bad;
-  return std::nullopt;
+const std::vector<BadRow>& badRows() {
+  static const auto& rows = *new std::vector<BadRow>(makeRows());
+  return rows;
 }
 
-std::vector<std::string> badNames() {
-  std::vector<std::string> out;
-  for (const BadName& entry : NAMES) out.push_back(entry.name);
-  return out;
+const BadRow* findBadRow(const std::string& name) {
+  for (const BadRow& row : badRows())
+    if (name == row.name) return &row;
+  return nullptr;
 }
 
-std::vector<std::string> argumentsOf(Bad bad) {
-  std::vector<std::string> out;
-  for (const BadName& entry : NAMES)
-    for (const char* argument : entry.arguments)
-      if (entry.bad == bad && argument) out.push_back(argument);
-  return out;
-}
-
-bool takes(Bad bad, const std::string& argument) {
-  const std::vector<std::string> all = argumentsOf(bad);
-  return std::find(all.begin(), all.end(), argument) != all.end();
-}
-
-std::string neededBy(Bad bad) { return bad == Bad::Missing ? "field" : bad == Bad::Raw ? "text" : ""; }
-
-bool alters(const BadReply& reply) {
-  return reply.bad == Bad::Slow || reply.bad == Bad::Drip || (takes(reply.bad, "field") && !reply.field.empty());
-}
-
-std::string badBody(const BadReply& reply) {
-  switch (reply.bad) {
-    case Bad::Html:
-      return "<!DOCTYPE html><html><head><title>Bad gateway</title></head><body>No.<br></body></html>";
-    case Bad::NotXml:
-      return "this is no XML";
-    case Bad::Type:
-      return answer("<string>not what you asked for</string>");
-    case Bad::Range:
-      return answer("<int>99999999999</int>");
-    case Bad::Cut:
-      // Long enough that the place of the cut lies inside.
-      if (reply.bytes >= 0)
-        return answer("<string>" + std::string(static_cast<size_t>(reply.bytes), 'x') + "</string>");
-      return answer("<struct></struct>");
-    case Bad::Empty:
-      return answer("<struct></struct>");
-    case Bad::Fault:
-      return answer(faultMembers(reply));
-    case Bad::RpcFault:
-      return HEAD + "<fault><value>" + faultMembers(reply) + "</value></fault></methodResponse>\r\n";
-    case Bad::Large:
-      return answer("<string>" + std::string(LARGE_BYTES, 'x') + "</string>");
-    case Bad::Flood:
-      return answer(flood(reply.count));
-    case Bad::Deep:
-      return answer(nested(DEEP_LEVELS));
-    case Bad::I8:
-      return answer("<i8>9223372036854775808</i8>");
-    case Bad::Utf8:
-      return answer("<string>\xC3\x28 \xFF</string>");
-    case Bad::Body:
-      return reply.text;
-    default:
-      return "";
-  }
+bool takes(const BadRow& row, const std::string& argument) {
+  return std::any_of(row.arguments.begin(), row.arguments.end(),
+                     [&argument](const BadArgument& one) { return argument == one.name; });
 }
 
 void BadReplies::plan(const std::string& method, const BadReply& reply, int calls, int64_t until) {
@@ -190,7 +236,7 @@ void BadReplies::giveBack(const std::string& method, const BadReply& reply) {
     const auto found = mPlans.find(name);
     if (found == mPlans.end()) continue;
     Plan& plan = found->second.front();
-    if (plan.reply.name != reply.name || plan.reply.field != reply.field) continue;
+    if (plan.reply.row != reply.row || plan.reply.field() != reply.field()) continue;
     if (plan.calls > 0) ++plan.calls;
     return;
   }
@@ -203,8 +249,8 @@ Json BadReplies::toJson(int64_t now) const {
   for (const auto& [method, plans] : mPlans)
     for (const Plan& plan : plans) {
       if (plan.until >= 0 && now >= plan.until) continue;
-      Json entry{{"reply", plan.reply.name}, {"calls", plan.calls}};
-      if (!plan.reply.field.empty()) entry["field"] = plan.reply.field;
+      Json entry{{"reply", plan.reply.row->name}, {"calls", plan.calls}};
+      if (!plan.reply.field().empty()) entry["field"] = plan.reply.field();
       if (plan.until >= 0) entry["left"] = plan.until - now;
       out[method].push_back(std::move(entry));
     }

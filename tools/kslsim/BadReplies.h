@@ -7,41 +7,63 @@
 
 namespace kslsim {
 
-// How a call is answered instead of by its method.
-enum class Bad {
-  Refuse,    // the connection is shut before a byte of the answer
-  Silent,    // nothing is answered; the connection stays open
-  Http500,   // HTTP status 500
-  Html,      // a page, as a proxy in between would give
-  NotXml,    // a text that is no XML
-  Cut,       // the connection is shut in the middle of the answer
-  Type,      // a value of another type, in one field or instead of all
-  Missing,   // a key is left out
-  Range,     // a number that does not fit its type, in one field or instead of all
-  Empty,     // a well-formed answer: a struct without any key
-  Fault,     // the service's own error report: a struct with "faultCode" and "faultString"
-  RpcFault,  // a fault in the sense of XML-RPC
-  Large,     // a well-formed answer of 600 KiB
-  Flood,     // a well-formed answer of many events
-  Deep,      // arrays nested 200 deep
-  I8,        // a 64-bit integer that does not fit 64 bits
-  Utf8,      // a text that is not UTF-8
-  Body,      // any text as the body, with any HTTP status
-  Raw,       // any bytes in the place of an HTTP answer
-  Slow,      // the method's own answer, `ms` milliseconds late
-  Drip       // the method's own answer, a byte each `ms` milliseconds
+// What becomes of a call that is answered badly.
+enum class Way {
+  Shut,  // the connection is shut before a byte of the answer
+  Hold,  // nothing is answered; after "ms" milliseconds the connection is shut, with 0 not by itself
+  Http,  // an HTTP answer with a body of the row's
+  Cut,   // so many "bytes" of such an answer, -1: half of its body; then the connection is shut
+  Raw,   // the body in the place of an HTTP answer, then the connection is shut
+  Late,  // the method's own answer, "ms" milliseconds late
+  Drip   // the method's own answer, a byte each "ms" milliseconds
 };
 
+// Of the console, in the order of the page.
+enum class BadGroup { NoAnswer, NotXmlRpc, WrongContents, TooMuch, ErrorsAndTexts };
+
+// What a "bad" step may say of a reply beside the method, the calls and the time.
+struct BadArgument {
+  const char* name;
+  Json otherwise = nullptr;  // the value where the step gives none
+  bool needed = false;       // the step has to give one, and not an empty one
+  bool asked = true;         // the console's switch sends what stands in the input of this name
+};
+
+struct BadReply;
+
+// How a call can be answered instead of by its method. The step "bad", the service and the console go by these rows
+// alone, so that one more reply is one more row.
+struct BadRow {
+  const char* name;  // as the step gives it
+  Way way = Way::Http;
+  std::vector<BadArgument> arguments = {};
+  int status = 0;                                        // of the HTTP answer; 0: that of a good one
+  const char* type = nullptr;                            // of its body; null: that of a good one
+  std::string (*body)(const BadReply& reply) = nullptr;  // null for none
+  // For a reply with a "field", which is the method's own answer but for that: the XML in the place of the field's
+  // value, null to leave its key out.
+  const char* (*instead)(const xmlrpc_c::value& value) = nullptr;
+  BadGroup group;
+  int place = 0;      // in its group: lower ones first, equal ones in the order of the rows
+  const char* tells;  // what comes of it, for people
+};
+
+// One that has been ordered.
 struct BadReply {
-  Bad bad;
-  std::string name;   // as the step gives it: for the log
-  int ms;             // Slow, Drip; Silent: after so long the connection is shut, 0: not by itself
-  int code;           // Fault, RpcFault
-  std::string text;   // Fault, RpcFault, Body, Raw
-  std::string field;  // Type, Missing, Range: keys and indices with "/" between, "*" for every item of a list
-  int bytes;          // Cut: so many of the HTTP answer are sent; -1: half of the body
-  int count;          // Flood: events
-  int status;         // Body
+  const BadRow* row;  // never null
+  Json values;        // of all arguments of the row, by their names
+
+  // 0 and "" for arguments that the row does not have.
+  int number(const char* argument) const { return values.value(argument, 0); }
+  std::string text(const char* argument) const { return values.value(argument, std::string()); }
+
+  // Keys and indices with "/" between, "*" for every item of a list; empty for the whole answer.
+  std::string field() const { return text("field"); }
+
+  std::string body() const { return row->body ? row->body(*this) : std::string(); }
+
+  // Whether the call is answered by its method first.
+  bool alters() const { return row->way == Way::Late || row->way == Way::Drip || !field().empty(); }
 };
 
 // Which calls are to be answered badly. A call that is answered badly does not reach its method, those apart that
@@ -75,24 +97,13 @@ class BadReplies {
   std::map<std::string, std::vector<Plan>> mPlans;
 };
 
-// The kind with this name; nothing when there is none.
-std::optional<Bad> badByName(const std::string& name);
+// All replies, in the order of the documentation.
+const std::vector<BadRow>& badRows();
 
-// The names of all kinds.
-std::vector<std::string> badNames();
+// The row with this name; null when there is none.
+const BadRow* findBadRow(const std::string& name);
 
-// What a step may say of this kind beside the method, the calls and the time: names of arguments.
-std::vector<std::string> argumentsOf(Bad bad);
-bool takes(Bad bad, const std::string& argument);
-
-// The argument without which there is no such reply; empty for none.
-std::string neededBy(Bad bad);
-
-// Whether the call is answered by its method first.
-bool alters(const BadReply& reply);
-
-// The body of the answer: XML for all kinds that have one.
-std::string badBody(const BadReply& reply);
+bool takes(const BadRow& row, const std::string& argument);
 
 // The method's answer with the reply's field spoilt; nothing when the answer has no such field.
 std::optional<std::string> spoilt(const std::string& answerXml, const BadReply& reply);

@@ -1,5 +1,7 @@
 #include "tools/kslsim/Console.h"
 
+#include <algorithm>
+
 #include "tools/kslsim/BadReplies.h"
 #include "tools/kslsim/Errors.h"
 #include "tools/kslsim/Events.h"
@@ -8,35 +10,6 @@
 
 namespace kslsim {
 namespace {
-
-struct ReplyRow {
-  const char* name;
-  const char* group;
-  const char* tells;
-};
-
-// In the order of the page.
-constexpr ReplyRow REPLIES[] = {{"refuse", "No answer", "hangs up before the answer"},
-                                {"silent", "No answer", "takes the call, never answers"},
-                                {"slow", "No answer", "the right answer, late"},
-                                {"drip", "No answer", "the right answer, byte by byte"},
-                                {"cut", "No answer", "hangs up in the middle"},
-                                {"http500", "Not XML-RPC", "HTTP status 500"},
-                                {"html", "Not XML-RPC", "a web page"},
-                                {"notxml", "Not XML-RPC", "a text that is no XML"},
-                                {"utf8", "Not XML-RPC", "a text that is not UTF-8"},
-                                {"empty", "Wrong contents", "a struct without keys"},
-                                {"type", "Wrong contents", "another type: the field, or all"},
-                                {"missing", "Wrong contents", "the field is left out"},
-                                {"range", "Wrong contents", "a number too large for its type"},
-                                {"i8", "Wrong contents", "an i8 too large for 64 bits"},
-                                {"large", "Too much", "600 KiB"},
-                                {"flood", "Too much", "so many events"},
-                                {"deep", "Too much", "arrays nested 200 deep"},
-                                {"fault", "Errors and texts", "the service's own error"},
-                                {"rpcfault", "Errors and texts", "a fault of XML-RPC"},
-                                {"body", "Errors and texts", "the text, with the HTTP status"},
-                                {"raw", "Errors and texts", "the text alone, no HTTP"}};
 
 // The inputs that the page makes for a context.
 const char* formOf(Kind context) {
@@ -73,6 +46,44 @@ Json formOf(const EventRow& row) {
   return out;
 }
 
+const char* titleOf(BadGroup group) {
+  switch (group) {
+    case BadGroup::NoAnswer:
+      return "No answer";
+    case BadGroup::NotXmlRpc:
+      return "Not XML-RPC";
+    case BadGroup::WrongContents:
+      return "Wrong contents";
+    case BadGroup::TooMuch:
+      return "Too much";
+    case BadGroup::ErrorsAndTexts:
+      return "Errors and texts";
+  }
+  return "";
+}
+
+Json formOf(const BadRow& row) {
+  Json out{{"name", row.name},
+           {"asks", Json::array()},
+           {"needs", Json::array()},
+           {"group", titleOf(row.group)},
+           {"tells", row.tells}};
+  for (const BadArgument& argument : row.arguments) {
+    if (argument.asked) out["asks"].push_back(argument.name);
+    if (argument.needed) out["needs"].push_back(argument.name);
+  }
+  return out;
+}
+
+// In the order of the page.
+std::vector<BadRow> repliesOnPage() {
+  std::vector<BadRow> out = badRows();
+  std::stable_sort(out.begin(), out.end(), [](const BadRow& one, const BadRow& other) {
+    return std::pair(one.group, one.place) < std::pair(other.group, other.place);
+  });
+  return out;
+}
+
 }  // namespace
 
 Json consoleForms() {
@@ -80,14 +91,7 @@ Json consoleForms() {
   for (const EventRow& row : eventRows()) out["events"].push_back(formOf(row));
   out["methods"] = methodNames();
   for (const ErrorRow& row : errorRows()) out["errors"].push_back({{"code", row.code}, {"name", row.name}});
-  for (const ReplyRow& row : REPLIES) {
-    const Bad bad = *badByName(row.name);
-    out["replies"].push_back({{"name", row.name},
-                              {"takes", argumentsOf(bad)},
-                              {"needs", neededBy(bad)},
-                              {"group", row.group},
-                              {"tells", row.tells}});
-  }
+  for (const BadRow& row : repliesOnPage()) out["replies"].push_back(formOf(row));
   out["levels"] = houseSteps(HOUSE_LEVELS, 1);
   return out;
 }

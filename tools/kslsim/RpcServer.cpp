@@ -36,7 +36,7 @@ void RpcServer::addRoutes(httplib::Server& server) {
 void RpcServer::answer(const httplib::Request& request, httplib::Response& response) {
   const std::string method = methodNameIn(request.body);
   const auto bad = mSimulator.takeBadReply(method);
-  if (bad && !alters(*bad)) return answerBadly(*bad, request, response);
+  if (bad && !bad->alters()) return answerBadly(*bad, request, response);
   if (std::string text; findUnreadableI8(request.body, text)) {
     mSimulator.log().add(mSimulator.now(),
                          {{"method", method}, {"refused", "unreadable <i8>: " + text.substr(0, 64)}});
@@ -73,11 +73,13 @@ std::string RpcServer::answerOf(const httplib::Request& request) {
 
 void RpcServer::answerAltered(const BadReply& bad, const std::string& method, const httplib::Request& request,
                               httplib::Response& response) {
-  if (bad.bad == Bad::Slow || bad.bad == Bad::Drip) noteBadly(bad, method);
-  if (bad.bad == Bad::Slow) linger(bad.ms, Connection(port(), request.remote_port));
+  const Connection connection(port(), request.remote_port);
+  const Way way = bad.row->way;
+  if (way == Way::Late || way == Way::Drip) noteBadly(bad, method);
+  if (way == Way::Late) linger(bad.number("ms"), connection);
   std::string out = answerOf(request);
-  if (bad.bad == Bad::Drip) return drip(bad.ms, httpAnswer(out), Connection(port(), request.remote_port));
-  if (bad.bad != Bad::Slow) {
+  if (way == Way::Drip) return drip(bad.number("ms"), httpAnswer(out), connection);
+  if (!bad.field().empty()) {
     if (auto changed = spoilt(out, bad)) {
       noteBadly(bad, method);
       out = std::move(*changed);
@@ -89,39 +91,37 @@ void RpcServer::answerAltered(const BadReply& bad, const std::string& method, co
 }
 
 void RpcServer::noteBadly(const BadReply& bad, const std::string& method) {
-  Json entry{{"method", method}, {"bad", bad.name}};
-  if (!bad.field.empty()) entry["field"] = bad.field;
+  Json entry{{"method", method}, {"bad", bad.row->name}};
+  if (!bad.field().empty()) entry["field"] = bad.field();
   mSimulator.log().add(mSimulator.now(), std::move(entry));
 }
 
 void RpcServer::answerBadly(const BadReply& bad, const httplib::Request& request, httplib::Response& response) {
   noteBadly(bad, methodNameIn(request.body));
   const Connection connection(port(), request.remote_port);
-  const std::string body = badBody(bad);
-  switch (bad.bad) {
-    case Bad::Refuse:
+  const BadRow& row = *bad.row;
+  const std::string body = bad.body();
+  switch (row.way) {
+    case Way::Shut:
       return connection.shut();
-    case Bad::Silent:
-      return keepSilent(bad.ms, connection);
-    case Bad::Http500:
-      response.status = 500;
+    case Way::Hold:
+      return keepSilent(bad.number("ms"), connection);
+    case Way::Http:
+      if (const int status = takes(row, "status") ? bad.number("status") : row.status) response.status = status;
+      if (row.body) response.set_content(body, row.type ? row.type : XML_TYPE);
       return;
-    case Bad::Html:
-      return response.set_content(body, "text/html");
-    case Bad::Cut: {
+    case Way::Cut: {
+      const int bytes = bad.number("bytes");
       const std::string whole = httpAnswer(body);
-      const size_t half = whole.size() - body.size() / 2;
-      connection.send(whole.substr(0, bad.bytes < 0 ? half : static_cast<size_t>(bad.bytes)));
+      connection.send(whole.substr(0, bytes < 0 ? whole.size() - body.size() / 2 : static_cast<size_t>(bytes)));
       return connection.shut();
     }
-    case Bad::Raw:
-      connection.send(bad.text);
+    case Way::Raw:
+      connection.send(body);
       return connection.shut();
-    case Bad::Body:
-      response.status = bad.status;
-      return response.set_content(body, XML_TYPE);
-    default:
-      return response.set_content(body, XML_TYPE);
+    case Way::Late:
+    case Way::Drip:
+      return;  // these alter
   }
 }
 

@@ -18,6 +18,23 @@ struct Argument {
 
 constexpr int64_t DAY = int64_t{24} * 60 * 60 * 1000;
 
+// What the replies of "bad" take, each of them some.
+const std::vector<Argument>& badArguments() {
+  static const auto& arguments = *new std::vector<Argument>{{"ms", Form::Number, false, 0, DAY},
+                                                            {"code", Form::Anything, false},
+                                                            {"text", Form::Text, false},
+                                                            {"field", Form::Text, false},
+                                                            {"bytes", Form::Number, false, 0, 1 << 20},
+                                                            {"count", Form::Number, false, 0, 1000000},
+                                                            {"status", Form::Number, false, 200, 599}};
+  return arguments;
+}
+
+std::vector<Argument> joined(std::vector<Argument> some, const std::vector<Argument>& more) {
+  some.insert(some.end(), more.begin(), more.end());
+  return some;
+}
+
 bool hasForm(const Json& value, const Argument& argument) {
   switch (argument.form) {
     case Form::Number: {
@@ -72,10 +89,8 @@ std::string listed(const std::vector<std::string>& names) {
   return out;
 }
 
-// The step's "code", a number or the name of an error.
-int errorCode(const Json& step) {
-  if (!step.contains("code")) return INTERNAL_ERROR;
-  const Json& code = step["code"];
+// Of a number or the name of an error.
+int errorCode(const Json& code) {
   if (code.is_string()) {
     if (const auto found = errorByName(code.get<std::string>())) return *found;
     throw InputError("/code", "there is no error of this name");
@@ -150,19 +165,12 @@ const std::vector<Simulator::StepKind>& Simulator::stepKinds() {
     {"down", &Simulator::doDown, {{"ms", Form::Number, false, 1, DAY}, {"keep", Form::Flag, false}}},
     {"up", &Simulator::doUp, {}},
     {"forget", &Simulator::doForget, {}},
-    {"bad",
-     &Simulator::doBad,
-     {method,
-      {"reply", Form::Text, true},
-      {"calls", Form::Number, false, -1, INT32_MAX},
-      {"for", Form::Number, false, 1, DAY},
-      {"ms", Form::Number, false, 0, DAY},
-      {"code", Form::Anything, false},
-      {"text", Form::Text, false},
-      {"field", Form::Text, false},
-      {"bytes", Form::Number, false, 0, 1 << 20},
-      {"count", Form::Number, false, 0, 1000000},
-      {"status", Form::Number, false, 200, 599}}},
+    {"bad", &Simulator::doBad,
+     joined({method,
+             {"reply", Form::Text, true},
+             {"calls", Form::Number, false, -1, INT32_MAX},
+             {"for", Form::Number, false, 1, DAY}},
+            badArguments())},
     {"good", &Simulator::doGood, {{"method", Form::Text, false}}}};
   return kinds;
 }
@@ -347,23 +355,25 @@ void Simulator::doForget(const Json&) { mClients.forgetAll(); }
 
 void Simulator::doBad(const Json& step) {
   const std::string name = step["reply"].get<std::string>();
-  const std::optional<Bad> bad = badByName(name);
-  if (!bad) throw InputError("/reply", "expected one of " + listed(badNames()));
+  const BadRow* row = findBadRow(name);
+  if (!row) {
+    std::vector<std::string> names;
+    for (const BadRow& one : badRows()) names.push_back(one.name);
+    throw InputError("/reply", "expected one of " + listed(names));
+  }
   checkMethod(step);
-  for (const char* argument : {"ms", "code", "text", "field", "bytes", "count", "status"})
-    if (step.contains(argument) && !takes(*bad, argument))
-      throw InputError(std::string("/") + argument, "\"" + name + "\" takes no \"" + argument + "\"");
-  const std::string needed = neededBy(*bad);
-  if (!needed.empty() && text(step, needed.c_str(), "").empty())
-    throw InputError("", "\"" + name + "\" needs a \"" + needed + "\"");
+  for (const Argument& argument : badArguments())
+    if (step.contains(argument.name) && !takes(*row, argument.name))
+      throw InputError(std::string("/") + argument.name, "\"" + name + "\" takes no \"" + argument.name + "\"");
+  for (const BadArgument& argument : row->arguments)
+    if (argument.needed && text(step, argument.name, "").empty())
+      throw InputError("", "\"" + name + "\" needs a \"" + argument.name + "\"");
   const int calls = static_cast<int>(number(step, "calls", step.contains("for") ? -1 : 1));
   if (calls == 0) throw InputError("/calls", "expected 1 or more, or -1 for all calls to come");
-  BadReply reply{*bad, name, 0, errorCode(step), "", text(step, "field", ""), 0, 0, 0};
-  reply.text = text(step, "text", *bad == Bad::Body ? "" : "The simulator was told so.");
-  reply.ms = static_cast<int>(number(step, "ms", *bad == Bad::Silent ? 0 : 1000));
-  reply.bytes = static_cast<int>(number(step, "bytes", -1));
-  reply.count = static_cast<int>(number(step, "count", 100000));
-  reply.status = static_cast<int>(number(step, "status", 200));
+  BadReply reply{row, Json::object()};
+  for (const BadArgument& argument : row->arguments)
+    reply.values[argument.name] = step.contains(argument.name) ? step[argument.name] : argument.otherwise;
+  if (reply.values.contains("code")) reply.values["code"] = errorCode(reply.values["code"]);
   mBadReplies.plan(step["method"].get<std::string>(), reply, calls,
                    step.contains("for") ? now() + step["for"].get<int64_t>() : -1);
 }

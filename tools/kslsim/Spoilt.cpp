@@ -11,44 +11,40 @@ const std::string MARK = "@kslsim-spoilt-field@";
 const std::string MARK_XML = "<string>" + MARK + "</string>";
 
 struct Spoiler {
-  Bad bad;
+  const BadRow& row;
   bool found = false;
-  std::string xml;  // what takes the place of the mark
-
-  xmlrpc_c::value replacement(const xmlrpc_c::value& old) {
-    found = true;
-    const bool wide = old.type() == xmlrpc_c::value::TYPE_I8;
-    if (bad == Bad::Range)
-      xml = wide ? "<i8>9223372036854775808</i8>" : "<int>99999999999</int>";
-    else
-      xml = old.type() == xmlrpc_c::value::TYPE_STRING ? "<int>7</int>" : "<string>of another type</string>";
-    return xmlrpc_c::value_string(MARK);
-  }
+  std::string xml = {};  // what takes the place of the mark
 
   // The value with the field at `path` below it made wrong.
   xmlrpc_c::value spoil(const xmlrpc_c::value& value, const std::string& path) {
-    if (path.empty()) return replacement(value);
+    if (path.empty()) {
+      found = true;
+      xml = row.instead(value);
+      return xmlrpc_c::value_string(MARK);
+    }
     const size_t slash = path.find('/');
     const std::string key = path.substr(0, slash);
     const std::string rest = slash == std::string::npos ? "" : path.substr(slash + 1);
+    const auto leavesOut = [&](const xmlrpc_c::value& old) { return rest.empty() && !row.instead(old); };
     if (value.type() == xmlrpc_c::value::TYPE_STRUCT) {
       auto members = static_cast<xmlrpc_c::cstruct>(xmlrpc_c::value_struct(value));
       const auto member = members.find(key);
       if (member == members.end()) return value;
-      const bool leaveOut = bad == Bad::Missing && rest.empty();
-      found |= leaveOut;
       // A value of the library cannot be assigned to.
       const xmlrpc_c::value old = member->second;
       members.erase(member);
-      if (!leaveOut) members.emplace(key, spoil(old, rest));
+      if (leavesOut(old))
+        found = true;
+      else
+        members.emplace(key, spoil(old, rest));
       return xmlrpc_c::value_struct(members);
     }
     if (value.type() == xmlrpc_c::value::TYPE_ARRAY) {
       xmlrpc_c::carray items;
       for (const xmlrpc_c::value& item : xmlrpc_c::value_array(value).vectorValueValue()) {
         const bool meant = key == "*" || key == std::to_string(items.size());
-        const bool hasNoKey = bad == Bad::Missing && rest.empty();
-        items.push_back(meant && !hasNoKey ? spoil(item, rest) : item);
+        // An item has no key that could be left out.
+        items.push_back(meant && !leavesOut(item) ? spoil(item, rest) : item);
       }
       return xmlrpc_c::value_array(items);
     }
@@ -59,13 +55,13 @@ struct Spoiler {
 }  // namespace
 
 std::optional<std::string> spoilt(const std::string& answerXml, const BadReply& reply) {
-  Spoiler spoiler{reply.bad, false, ""};
+  Spoiler spoiler{*reply.row};
   std::string out;
   try {
     xmlrpc_c::rpcOutcome outcome;
     xmlrpc_c::xml::parseResponse(answerXml, &outcome);
     if (!outcome.succeeded()) return std::nullopt;
-    const xmlrpc_c::value value = spoiler.spoil(outcome.getResult(), reply.field);
+    const xmlrpc_c::value value = spoiler.spoil(outcome.getResult(), reply.field());
     if (!spoiler.found) return std::nullopt;
     xmlrpc_c::xml::generateResponse(xmlrpc_c::rpcOutcome(value), xmlrpc_dialect_i8, &out);
   } catch (const std::exception&) {

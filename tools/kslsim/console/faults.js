@@ -22,12 +22,11 @@ function faultStep(reply) {
   if (calls) out.calls = Number(calls);
   else if (!seconds) out.calls = -1;
   if (seconds) out.for = Math.max(1, Math.round(Number(seconds) * 1000));
-  for (const key of reply.takes) {
-    if (key === 'ms' && reply.name === 'silent') continue;  // silent until it is switched off
+  for (const key of reply.asks) {
     const text = byId(`fault-${key}`).value;
-    if (key === 'code') out.code = Number(text);
-    else if (key === 'text') out.text = text;
-    else if (key === 'field') { if (text || reply.needs === 'field') out.field = text || fieldsOf(out.method)[0]; } else if (text !== '') out[key] = Number(text);
+    if (key === 'text') out.text = text;
+    else if (key === 'field') { if (text || reply.needs.includes(key)) out.field = text || fieldsOf(out.method)[0]; }
+    else if (text !== '') out[key] = Number(text);
   }
   return out;
 }
