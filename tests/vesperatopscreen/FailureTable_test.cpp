@@ -101,7 +101,8 @@ class Link : public TKSLClient {
   }
   ~Link() { Stop(); }
 
-  std::atomic<Uint32> pause{0};
+  // Of the one link at a time; no member, since the application deletes the client as what it is.
+  static inline std::atomic<Uint32> pause{0};
 };
 
 struct Row;
@@ -231,6 +232,7 @@ FailureTable::FailureTable()
   good.JackpotData.resize(2);
   wire->answer("topscreen.init", initReply(42));
   wire->answer("platform.state", stateReply(good));
+  Link::pause = 0;
   client = new Link(app, holder);
   app.pKSL.reset(client);
 }
@@ -284,7 +286,7 @@ void FailureTable::expectRegisteredAnew(const std::string& reply, const std::str
   settle();
   EXPECT_EQ(std::multiset<std::string>{"KSL CLIENT: Received error from game.popEvents -> " + error}, lines());
   EXPECT_EQ(registrations + 1, asked("topscreen.init"));
-  EXPECT_EQ(0U, client->pause) << "it waited";
+  EXPECT_EQ(0U, Link::pause) << "it waited";
 }
 
 // One bad event and a good one behind it, which counts.
@@ -533,7 +535,7 @@ void FailureTable::refusedRegistration() {
     if (!client->Running()) client->Start(false, -1);
     ASSERT_TRUE(until([&] { return asked("topscreen.init") > inits + 3; }));
     EXPECT_EQ(1U, lines().count(line({{"TEXT", reason}})));
-    EXPECT_EQ(1000U, client->pause);
+    EXPECT_EQ(1000U, Link::pause);
     EXPECT_EQ(0U, asked("game.popEvents") + asked("platform.state"));
   }
   wire->answer("topscreen.init", initReply(42));
