@@ -158,6 +158,9 @@ class Examination:
                 with self.lock:
                     running -= 1
                     self.results[verdict].append((case, by))
+                done = sum(len(self.results[k]) for k in ("killed", "survived", "invisible"))
+                if done % 50 == 0 and verdict != "stillborn":
+                    say(f"{done} tried, {len(self.results['survived'])} survived")
                 if verdict == "survived" or self.options.verbose:
                     say(f"{verdict}: {case}   [{by}]")
                 if verdict == "survived":

@@ -14,7 +14,7 @@ BUILD = ROOT / "build/mutate"
 WORK = BUILD / "mutants"
 LIBRARY = "libtopscreen_core.so"
 # Pictures of time, browsers and whole tours: too slow or too fine for this.
-LEFT_OUT = re.compile(r"^(console|demo|kslsim|mutate)/|^system/Timing$")
+LEFT_OUT = re.compile(r"^(console|demo|kslsim|mutate)/|^skin/Demo|^system/Timing$")
 # Cases that need the code in the program itself: addr2line is asked for the program's file.
 SKIPPED_CASES = {"system/Exit": "-Exit.FrequencyOf0IsADivisionFault"}
 
