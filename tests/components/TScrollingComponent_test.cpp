@@ -282,6 +282,18 @@ TEST_F(Scrolling, AHiddenTickerGoesOnByTheClock) {
   EXPECT_EQ((Xs{-250, 250}), at(*child, 3250 * 7 + 2625));
 }
 
+// The memory of the card may be full: the screen keeps what stands on it.
+TEST_F(Scrolling, WithoutItsTextureItLeavesTheScreenAlone) {
+  Child* child = oneChild();
+  SDL_Texture* own = ticker.mpTargetTexture;
+  ticker.mpTargetTexture = nullptr;
+  clear(10, 20, 30);
+  EXPECT_EQ(Xs{}, at(*child, 100));
+  EXPECT_EQ(0x0A141Eu, pixel(200, 80));
+  ticker.mpTargetTexture = own;
+  EXPECT_EQ(Xs{0}, at(*child, 200));
+}
+
 TEST_F(Scrolling, DrawsThroughItsTextureAndPutsTheStateBack) {
   Plain parent(10, 20);
   auto* inner = new Ticker(20, 30, 300, 60);
