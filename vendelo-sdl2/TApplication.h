@@ -173,8 +173,8 @@ class TApplication : public TLogManager,
   // Runs `method` on the main thread: at once when called there outside a deferred method and not
   // evenIfAlreadyInMain, else in a later pass. With waitForExecution the call returns when the method has run;
   // from inside a deferred method, or queued on the main thread, that is never. Inside a frame and inside the GUI's
-  // Load on the draw thread the queue is not served: a call from there is refused its wait, which the log tells, and
-  // the method runs later. What a method throws goes to the log.
+  // Load on the draw thread the queue is not served: a call from there is refused its wait, which the log tells,
+  // and the method runs later. What a method throws goes to the log.
   void Defer(const DeferredType& method, bool evenIfAlreadyInMain, bool waitForExecution);
   // Defer with waitForExecution.
   void DeferSync(const DeferredType& method, bool evenIfAlreadyInMain);

@@ -1,5 +1,5 @@
-// Notes which functions of the library a test enters: one byte for each address, in a file that all processes of the
-// test share, so that it holds however they end. Compiled into the instrumented library alone.
+// Notes which functions of the library a test enters: one byte for each address, in a file that all processes of
+// the test share, so that it holds however they end. Compiled into the instrumented library alone.
 #include <fcntl.h>
 #include <sys/mman.h>
 #include <unistd.h>
@@ -23,7 +23,8 @@ NOT_RECORDED unsigned char* sharedBytes() {
   if (!path) return nullptr;
   const int file = open(path, O_RDWR | O_CREAT | O_CLOEXEC, 0666);
   if (file < 0) return nullptr;
-  void* bytes = ftruncate(file, SIZE) == 0 ? mmap(nullptr, SIZE, PROT_READ | PROT_WRITE, MAP_SHARED, file, 0) : MAP_FAILED;
+  void* bytes =
+    ftruncate(file, SIZE) == 0 ? mmap(nullptr, SIZE, PROT_READ | PROT_WRITE, MAP_SHARED, file, 0) : MAP_FAILED;
   close(file);
   return bytes == MAP_FAILED ? nullptr : static_cast<unsigned char*>(bytes);
 }
