@@ -60,8 +60,10 @@ class TPaytablesPanel : public vendelo_sdl2::TGuiComponent {
   int updatePaytable();
   // Shows the texts of one page: 0 the paytable's, 1 the bonus page's.
   void paytableVisible(int index);
-  // For the listener of "PaytableLoaded": false when this panel generated the action and the state has asked for
-  // something else since, or the pages are being loaded anew.
+  // For the listener of "PaytableLoaded": whether this panel generated the action.
+  bool isFadeInOnItsWay() const { return !mFadeInFor.empty(); }
+  // False when this panel generated the action and the state has asked for something else since, or the pages are
+  // being loaded anew. Takes the state.
   bool fadeInIsDue();
 
  private:

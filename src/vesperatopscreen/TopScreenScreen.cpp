@@ -150,7 +150,13 @@ void TopScreenScreen::ShowPaytablesPanel() {
 
 // The action takes a pass of the main loop, in which the paytable may have been closed.
 void TopScreenScreen::onPaytableLoaded() {
-  if (!pPaytablesPanel || pPaytablesPanel->fadeInIsDue()) ShowPaytablesPanel();
+  if (!pPaytablesPanel || !pPaytablesPanel->isFadeInOnItsWay()) return ShowPaytablesPanel();
+  // A draw action does not take the state: the next frame's deferred work asks it.
+  pApp->DeferToDraw(
+    [this] {
+      if (pPaytablesPanel && pPaytablesPanel->fadeInIsDue()) ShowPaytablesPanel();
+    },
+    true);
 }
 
 void TopScreenScreen::ShowInstructionsPanel() { crossFade(pInstructionsPanel, {pPaytablesPanel, pJackpotsPanel}); }
