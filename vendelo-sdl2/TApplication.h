@@ -306,7 +306,7 @@ class TApplication : public TLogManager,
   std::atomic<SDL_threadID> mDrawMutexOwner{0};  // 0: free
   int mDrawMutexDepth = 0;                       // mpDrawMutex
   bool mDeferClosed = false;                     // mpDeferQueueMutex; the main loop has ended
-  bool mLoadsGui = false;                        // draw thread only; inside the GUI's Load
+  bool mLoadsGui = false;                        // set by the draw thread under the draw mutex; in the GUI's Load
   bool mGuiWasSet = false;                       // main thread only
   bool mInPass = false;                          // main thread only; it may hold locks
   unsigned int mServedSignals = 0;               // main thread only; a bit for each signal being served

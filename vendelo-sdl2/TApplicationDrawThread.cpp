@@ -93,9 +93,15 @@ int TApplication::RunDrawThread() {
   mDrawThreadDraws = true;
   const TDrawing drawing{mDrawThreadDraws};
   KLOG(LogApp, logs::Info, "DRAW: Loading GUI (APP_LOADING_GRAPHICS)...");
-  mLoadsGui = true;
+  // A signal during the load runs passes of the main loop, whose logic leaves half-built components alone.
+  const auto setLoading = [this](bool loading) {
+    lockDrawMutex();
+    mLoadsGui = loading;
+    unlockDrawMutex();
+  };
+  setLoading(true);
   GUI_LoadResult = gui->Load(GUI_LoadData);
-  mLoadsGui = false;
+  setLoading(false);
   setStatus(APP_LOADING_2);  // and not one state further, when a shutdown has begun meanwhile
   KLOG(LogApp, logs::Info, "DRAW: Waiting for end of startup procedures (APP_STARTUP)...");
   do {

@@ -149,7 +149,7 @@ bool TApplication::RunLogic(TLoopState& Loop) {
   ExecuteDeferredMethods();
   if (status() >= APP_TERMINATE) return true;
 
-  if (TAppGuiModule* gui = GUI()) {
+  if (TAppGuiModule* gui = GUI(); gui && !mLoadsGui) {
     if (!ComponentLogicCalled) {
       gui->mainLogic();
       Loop.thisProcessLoop = SDL_GetTicks();
