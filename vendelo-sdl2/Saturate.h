@@ -1,6 +1,8 @@
 #pragma once
 
+#include <algorithm>
 #include <cmath>
+#include <cstdlib>
 #include <limits>
 #include <type_traits>
 
@@ -24,6 +26,12 @@ inline int toPixels(double value) {
   constexpr int farAway = 1 << 28;
   const int pixels = saturated<int>(value);
   return pixels < -farAway ? -farAway : pixels > farAway ? farAway : pixels;
+}
+
+// The number that a text begins with, 0 without one, the nearest that there is for one beyond the range.
+inline int leadingNumber(const char* text) {
+  constexpr long smallest = std::numeric_limits<int>::min(), largest = std::numeric_limits<int>::max();
+  return static_cast<int>(std::clamp(std::strtol(text, nullptr, 10), smallest, largest));
 }
 
 }  // namespace MyUtils

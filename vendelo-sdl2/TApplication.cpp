@@ -3,16 +3,15 @@
 
 #include <SDL_image.h>
 #include <unistd.h>
-#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
-#include <limits>
 
 #include "common/Logger.h"
 #include "common/TBitmapFont.h"
 #include "vendelo-sdl2/MyUtils.h"
+#include "vendelo-sdl2/Saturate.h"
 #include "vendelo-sdl2/TAppGuiModule.h"
 #include "vendelo-sdl2/TAsyncJobs.h"
 
@@ -29,9 +28,7 @@ void PostOnce(SDL_semaphore* semaphore) {
 
 unsigned int NumberFromEnvironment(const char* name, unsigned int otherwise) {
   const char* text = std::getenv(name);
-  if (!text) return otherwise;
-  constexpr long smallest = std::numeric_limits<int>::min(), largest = std::numeric_limits<int>::max();
-  return static_cast<unsigned int>(std::clamp(std::strtol(text, nullptr, 10), smallest, largest));
+  return text ? static_cast<unsigned int>(MyUtils::leadingNumber(text)) : otherwise;
 }
 
 }  // namespace

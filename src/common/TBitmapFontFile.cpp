@@ -3,7 +3,6 @@
 #include <cstdlib>
 #include <deque>
 #include <fstream>
-#include <limits>
 #include <locale>
 #include <rapidxml/rapidxml.hpp>
 #include <sstream>
@@ -12,6 +11,7 @@
 #include "common/TBitmapFont.h"
 #include "common/XmlNesting.h"
 #include "vendelo-sdl2/MyUtils.h"
+#include "vendelo-sdl2/Saturate.h"
 #include "vendelo-sdl2/TLogManager.h"
 
 namespace {
@@ -26,12 +26,6 @@ TBitmapFont::TGlyph* newGlyph() {
 
 // Numbers of pixels are kept within what can be added up and multiplied without overflow.
 constexpr int kMaxPixels = 1 << 24;
-
-// The leading number, 0 without one, and the nearest that there is for one beyond the range.
-int numberOf(const char* text) {
-  constexpr long smallest = std::numeric_limits<int>::min(), largest = std::numeric_limits<int>::max();
-  return static_cast<int>(std::clamp(std::strtol(text, nullptr, 10), smallest, largest));
-}
 
 // Whether this is not what was said of the file last: labels open a broken one again and again.
 bool isNews(const std::string& file, const std::string& problems) {
@@ -48,7 +42,7 @@ class Reader {
  public:
   int number(const Node* node, const char* name) {
     const char* value = text(node, name);
-    return value ? numberOf(value) : 0;
+    return value ? MyUtils::leadingNumber(value) : 0;
   }
 
   int pixels(const Node* node, const char* name) { return std::clamp(number(node, name), -kMaxPixels, kMaxPixels); }
@@ -66,8 +60,8 @@ class Reader {
     const std::string all = text;
     size_t begin = 0, count = 1;
     for (size_t comma; (comma = all.find(',', begin)) != std::string::npos; begin = comma + 1, ++count)
-      if (count < N) out[count - 1] = static_cast<Number>(numberOf(all.c_str() + begin));
-    out[N - 1] = static_cast<Number>(numberOf(all.c_str() + begin));
+      if (count < N) out[count - 1] = static_cast<Number>(MyUtils::leadingNumber(all.c_str() + begin));
+    out[N - 1] = static_cast<Number>(MyUtils::leadingNumber(all.c_str() + begin));
     if (count < N) missing(name);
   }
 

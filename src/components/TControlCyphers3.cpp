@@ -6,6 +6,7 @@
 #include <cstdlib>
 
 #include "vendelo-sdl2/Saturate.h"
+#include "vendelo-sdl2/Ticks.h"
 
 using namespace vendelo_sdl2;
 
@@ -24,10 +25,6 @@ float partDone(Uint32 now, Uint32 begin, float duration) {
   if (!(duration > 0.0f)) return 1.0f;
   return std::clamp(static_cast<float>(now - begin) / duration, 0.0f, 1.0f);
 }
-
-// A tick of the start of something, for which 0 has another meaning: where the clock comes round, a millisecond
-// early.
-Uint32 startTick(Uint32 now) { return now != 0 ? now : now - 1; }
 
 }  // namespace
 
@@ -79,7 +76,7 @@ void TControlCyphers3::SetFinalValue(long value) {
   mLastValue = CurrentValue(now);
   mFinalValue = value;
   mIsMovingUp = static_cast<double>(mFinalValue) > mLastValue;
-  mLastChangeTime = startTick(now);
+  mLastChangeTime = MyUtils::startTick(now);
   mRunOver = 0;
 }
 
@@ -180,7 +177,7 @@ void TControlCyphers3::updateWheels(long value, Uint32 now) {
       cypher.digit = static_cast<float>(currentDigit);
       cypher.lastTransition = 0.0f;
     }
-    cypher.lastChange = startTick(now);
+    cypher.lastChange = MyUtils::startTick(now);
     cypher.targetDigit = currentDigit;
     cypher.over = 0;
   }

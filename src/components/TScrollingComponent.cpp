@@ -7,14 +7,12 @@
 
 #include "vendelo-sdl2/Saturate.h"
 #include "vendelo-sdl2/TAppGuiModule.h"
+#include "vendelo-sdl2/Ticks.h"
 
 using namespace vendelo_sdl2;
 
 namespace {
 float defaultMovementFunction(float t, float) { return t; }
-
-// A tick for which 0 means none: where the clock comes round, a millisecond early.
-Uint32 tickOrBefore(Uint32 tick) { return tick != 0 ? tick : tick - 1; }
 
 // Milliseconds, within what can be multiplied by a width and added up: some thirty years.
 long duration(float milliseconds) {
@@ -117,12 +115,12 @@ void TScrollingComponent::SetWaitDuration(float seconds) {
     mWaitDuration = wanted;
     mWaitChange = 0;
     mWaitChangeAt = 0;
-    mFirstDraw = tickOrBefore(now);
+    mFirstDraw = MyUtils::startTick(now);
     return;
   }
   const uint64_t loop = static_cast<uint64_t>(total);
   const uint64_t iteration = elapsedAt(now) / loop;
-  mWaitChangeAt = tickOrBefore(mFirstDraw + static_cast<Uint32>((iteration + 1) * loop));
+  mWaitChangeAt = MyUtils::startTick(mFirstDraw + static_cast<Uint32>((iteration + 1) * loop));
   mWaitChange = wanted;
 }
 
@@ -179,7 +177,7 @@ void TScrollingComponent::draw() {
     destRect.y = mOrigPosY + mpParent->getY();
   }
   const Uint32 now = SDL_GetTicks();
-  if (mFirstDraw == 0) mFirstDraw = tickOrBefore(now);
+  if (mFirstDraw == 0) mFirstDraw = MyUtils::startTick(now);
   if (mWaitChangeAt != 0 && static_cast<Sint32>(now - mWaitChangeAt) >= 0) {
     mFirstDraw = mWaitChangeAt;
     mWaitDuration = mWaitChange;

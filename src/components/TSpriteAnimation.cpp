@@ -5,6 +5,7 @@
 
 #include "vendelo-sdl2/Saturate.h"
 #include "vendelo-sdl2/TAppGuiModule.h"
+#include "vendelo-sdl2/Ticks.h"
 
 using namespace vendelo_sdl2;
 
@@ -27,9 +28,6 @@ void freeSurface(TSprite& sprite) {
 
 // No count of frames goes farther.
 constexpr int kFarFrame = 1000000000;
-
-// A tick to count from, for which 0 means none: where the clock comes round, a millisecond early.
-Uint32 startTick(Uint32 now) { return now != 0 ? now : now - 1; }
 
 int rounded(double value) { return MyUtils::toPixels(roundf(static_cast<float>(value))); }
 
@@ -158,7 +156,7 @@ void TSpriteAnimation::stepFrames(Uint32 now) {
   const float framesElapsed = millisecondsElapsed / 1000.0f * mRefreshRate + mBuffer;
   const float wholeFrames = std::floor(framesElapsed);
   mBuffer = framesElapsed - wholeFrames;
-  mLastRefresh = startTick(now);
+  mLastRefresh = MyUtils::startTick(now);
   if (!(wholeFrames > 0.0f)) return;
   const int wholeFramesElapsed = static_cast<int>(std::min(wholeFrames, static_cast<float>(kFarFrame)));
 

@@ -9,6 +9,7 @@
 #include <thread>
 #include <vector>
 
+#include "tests/support/ThreadState.h"
 #include "vendelo-sdl2/TAsyncJobs.h"
 
 using namespace bustest;
@@ -120,16 +121,15 @@ TEST(ActionThreads, GeneratingWaitsForTheQueueAndForNothingElse) {
   std::thread([&] { bus.GenerateAction("abcd", nullptr, ACTION_ANY); }).join();
   for (auto* mutex : bus.ToRunMutex) SDL_UnlockMutex(mutex);
   SDL_UnlockMutex(bus.ActionListMutex);
-  std::atomic<bool> asked{false};
+  std::atomic<pid_t> asking{0};
   std::atomic<bool> done{false};
   SDL_LockMutex(bus.ActionQueueMutex);
   std::thread waiting([&] {
-    asked = true;
+    asking = gettid();
     bus.GenerateAction("abcd", nullptr, ACTION_ANY);
     done = true;
   });
-  while (!asked) std::this_thread::yield();
-  SDL_Delay(20);  // not needed, but who does not wait is done by then
+  while (!done && !(asking && isAsleep(asking))) std::this_thread::yield();
   EXPECT_FALSE(done);
   SDL_UnlockMutex(bus.ActionQueueMutex);
   waiting.join();

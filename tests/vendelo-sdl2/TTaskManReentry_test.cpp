@@ -1,8 +1,11 @@
 #include "tests/vendelo-sdl2/TTaskManFixture.h"
 
+#include <array>
 #include <atomic>
 #include <thread>
 #include <vector>
+
+#include "tests/support/ThreadState.h"
 
 using namespace tasktest;
 
@@ -112,19 +115,19 @@ TEST_F(Tasks, AWalkBlocksItsOwnSetAndNoOther) {
     [&] { manager->AddTimedTask(inDraw, TASK_NORMAL); },
     [&] { manager->RemoveTimedTask(goes, true); },
   };
-  std::atomic<int> asking{0};
+  std::array<std::atomic<pid_t>, 4> asking{};
   std::atomic<int> answered{0};
   std::vector<std::thread> same;
   probe->onRun = [&] {
     std::thread([&] { EXPECT_TRUE(manager->IsTimedTaskValid(inDraw, TASK_DRAW)); }).join();
-    for (const auto& ask : asks)
-      same.emplace_back([&] {
-        ++asking;
-        ask();
+    for (size_t n = 0; n < asking.size(); ++n)
+      same.emplace_back([&, n] {
+        asking[n] = gettid();
+        asks[n]();
         ++answered;
       });
-    while (asking < 4) std::this_thread::yield();
-    SDL_Delay(20);  // not needed, but who does not wait has his answer by then
+    for (const auto& thread : asking)
+      while (answered == 0 && !(thread && isAsleep(thread))) std::this_thread::yield();
     EXPECT_EQ(answered, 0);
   };
   poll(11);

@@ -1,0 +1,16 @@
+#pragma once
+
+#include <unistd.h>
+
+#include <fstream>
+#include <string>
+
+// Whether a thread of this process, by its gettid(), sleeps: in a lock that another holds, for one. To be asked again
+// and again, beside what says that the thread has gone on; false once it has ended.
+inline bool isAsleep(pid_t thread) {
+  std::ifstream file("/proc/self/task/" + std::to_string(thread) + "/stat");
+  std::string line;
+  std::getline(file, line);
+  const size_t behindName = line.rfind(") ");
+  return behindName != std::string::npos && line[behindName + 2] == 'S';
+}
