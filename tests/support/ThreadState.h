@@ -5,8 +5,8 @@
 #include <fstream>
 #include <string>
 
-// Whether a thread of this process, by its gettid(), sleeps: in a lock that another holds, for one. To be asked again
-// and again, beside what says that the thread has gone on; false once it has ended.
+// Whether a thread of this process, by its gettid(), sleeps: in a lock that another holds, for one. To be asked
+// again and again, beside what says that the thread has gone on; false once it has ended.
 inline bool isAsleep(pid_t thread) {
   std::ifstream file("/proc/self/task/" + std::to_string(thread) + "/stat");
   std::string line;
