@@ -149,8 +149,8 @@ bool TApplication::RunLogic(TLoopState& Loop) {
   ExecuteDeferredMethods();
   if (status() >= APP_TERMINATE) return true;
 
-  if (TAppGuiModule* gui = GUI(); gui && !mLoadsGui) {
-    if (!ComponentLogicCalled) {
+  if (TAppGuiModule* gui = GUI()) {
+    if (!ComponentLogicCalled && !mLoadsGui) {
       gui->mainLogic();
       Loop.thisProcessLoop = SDL_GetTicks();
       LogicDurationMs = static_cast<int>(Loop.thisProcessLoop - Loop.lastProcessLoop);

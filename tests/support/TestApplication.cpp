@@ -63,6 +63,7 @@ TestApplication::~TestApplication() {
 }
 
 int TestApplication::DrawOnce() {
+  ++mFrames;
   if (onDrawOnce && !mHooksEnd) return onDrawOnce();
   lockDrawMutex();
   if (status() == APP_RUNNING) {

@@ -92,6 +92,7 @@ class TestApplication : public vendelo_sdl2::TApplication {
   // The names of the modules, highest priority first.
   std::vector<std::string> moduleNames() const;
   int destroyCalls() const { return mDestroyCalls; }
+  int frames() const { return mFrames; }  // begun so far
 
   using TApplication::LogBacktrace;
   using TApplication::mAppStatus;
@@ -103,7 +104,7 @@ class TestApplication : public vendelo_sdl2::TApplication {
   using TApplication::mSwipeDist;
 
  private:
-  std::atomic<int> mDestroyCalls{0};
+  std::atomic<int> mDestroyCalls{0}, mFrames{0};
   std::atomic<bool> mHooksEnd{false};
 };
 

@@ -64,7 +64,12 @@ class Loop : public testing::Test {
       if (++pass == passes) app->terminate(DEFAULT, false);
       return 0;
     };
+    return loopFrom(state);
+  }
+  // MainLoop from `state` on. The draw thread of a GUI has done its load before: that keeps the logic waiting.
+  int loopFrom(TApplication::ApplicationState state) {
     app->setStatus(state);
+    while (app->GUI() && app->frames() == 0) SDL_Delay(1);
     return app->MainLoop();
   }
   // A GUI module whose frames do nothing: they clear nothing and take no lock, and their thread changes no state.

@@ -69,8 +69,7 @@ TEST_F(Pass, HoldsTheMainMutexThroughoutTheDrawMutexForItsLogicAndTheStateForThe
     if (order.count("logic: main draw ") == 2) app->terminate(DEFAULT, false);
     return 0;
   };
-  app->setStatus(TApplication::APP_RUNNING);
-  app->MainLoop();
+  loopFrom(TApplication::APP_RUNNING);
   auto lines = order.lines();
   ASSERT_GE(lines.size(), 10u);
   lines.resize(10);
@@ -175,8 +174,7 @@ TEST_F(Pass, TimeOfTheComponentsLogicIsItsOwnAndCountsTowardsTheNextOne) {
     clock.advance(5);
     return 0;
   };
-  app->setStatus(TApplication::APP_RUNNING);
-  app->MainLoop();
+  loopFrom(TApplication::APP_RUNNING);
   // The logic is due in the first pass already, and its interval runs from the end of the components' logic.
   EXPECT_EQ(ticks, (std::vector<Uint32>{1013, 1023}));
   ASSERT_GE(run.size(), 2u);
@@ -264,8 +262,7 @@ TEST_F(Pass, ComponentsLogicIsLeftOutWhenADeferredMethodTerminates) {
   giveItAGui();
   StubGui::onMainLogic() = [this] { order.add("components"); };
   app->Defer([this] { app->terminate(DEFAULT, false); }, true, false);
-  app->setStatus(TApplication::APP_RUNNING);
-  app->MainLoop();
+  loopFrom(TApplication::APP_RUNNING);
   EXPECT_TRUE(order.lines().empty());
 }
 
@@ -280,8 +277,7 @@ TEST_F(Pass, ResultsOfTheLogicAndOfTheDrawThreadAreCombined) {
     return 4;
   };
   app->onRunOnce = [&] { return inFrame ? 3 : 0; };
-  app->setStatus(TApplication::APP_RUNNING);
-  EXPECT_EQ(app->MainLoop(), 3 | -4);
+  EXPECT_EQ(loopFrom(TApplication::APP_RUNNING), 3 | -4);
 }
 
 }  // namespace
