@@ -220,6 +220,8 @@ class TApplication : public TLogManager,
   int SetTerminalFlavour(std::string terminal_flavour);
 
  protected:
+  std::string LookUpClientID() const override { return mClientID; }
+
   std::atomic<unsigned int> mLogicInterval{10};
   bool mIsExecutingMainDeferredMethods = false;                        // main thread only
   std::queue<std::pair<DeferredType, SDL_semaphore*>> mDeferredQueue;  // mpDeferQueueMutex

@@ -11,7 +11,6 @@
 
 #include "vendelo-sdl2/MyUtils.h"
 #include "vendelo-sdl2/TActionMan.h"
-#include "vendelo-sdl2/TApplication.h"
 #include "vendelo-sdl2/TLogManager.h"
 #include "vendelo-sdl2/TMutexGuard.h"
 
@@ -66,7 +65,7 @@ TParamMan::~TParamMan() {
 
 TParamMan* TParamMan::Instance() { return pDefInst; }
 
-std::string TParamMan::LookUpClientID() const { return pApp != nullptr ? pApp->ClientID() : std::string(); }
+std::string TParamMan::LookUpClientID() const { return std::string(); }
 
 Parameter TParamMan::OnRequestValue(const std::string& UserAddress, const std::string& ParamName) {
   std::printf("Requested value for parameter %s of %s\n", ParamName.c_str(), UserAddress.c_str());

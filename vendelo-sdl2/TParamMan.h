@@ -142,7 +142,7 @@ class TParamMan {
 
   using TParamList = std::list<TAppParam*>;
 
-  /// The application's identifier; empty without an application.
+  /// The identifier of the application whose store this is; empty for a store without one.
   virtual std::string LookUpClientID() const;
 
   /// Takes the parameter over, or refuses it (printing why) and returns the list's end.
