@@ -12,12 +12,6 @@ namespace vendelo_sdl2 {
 
 namespace {
 
-/// Guards how many runs of each handler are under way. Immortal, as handlers may run while the process ends.
-std::mutex& HandlerLifeMutex() {
-  static std::mutex& mutex = *new std::mutex;
-  return mutex;
-}
-
 /// What an "asyncAction" thread needs. It shares the handler, so that deleting the wrapper, which a once-handler
 /// does right after the start of the thread, leaves the run alone.
 struct AsyncAHData {
@@ -69,29 +63,12 @@ TActionHandler::~TActionHandler() = default;
 
 void* TActionHandler::GetRelatedObject() { return UserData; }
 
-void TActionHandler::Pin() {
-  std::lock_guard<std::mutex> lock(HandlerLifeMutex());
-  ++mRuns;
-}
-
-void TActionHandler::Unpin() {
-  {
-    std::lock_guard<std::mutex> lock(HandlerLifeMutex());
-    if (--mRuns > 0 || !mDiscard) return;
-  }
-  delete this;
+void TActionHandler::EndRun() {
+  if (mRuns.End()) delete this;
 }
 
 void TActionHandler::Discard(TActionHandler* pHandler) {
-  if (pHandler == nullptr) return;
-  {
-    std::lock_guard<std::mutex> lock(HandlerLifeMutex());
-    if (pHandler->mRuns > 0) {
-      pHandler->mDiscard = true;
-      return;
-    }
-  }
-  delete pHandler;
+  if (pHandler != nullptr && pHandler->mRuns.AskDelete()) delete pHandler;
 }
 
 TahLambda::TahLambda(std::function<void(std::string, void*)> Lambda, TAHType HType)
@@ -102,18 +79,10 @@ void TahLambda::execute(std::string ActionName, void* hActionData) {
   if (mLambda) mLambda(std::move(ActionName), hActionData);
 }
 
-TAction::TPin::TPin(TAction& Pinned) : Action(Pinned) {
-  std::lock_guard<std::recursive_mutex> lock(Action.mMutex);
-  ++Action.mPins;
-}
+TAction::TPin::TPin(TAction& Pinned) : Action(Pinned) { Action.mPins.Begin(); }
 
 TAction::TPin::~TPin() {
-  bool last;
-  {
-    std::lock_guard<std::recursive_mutex> lock(Action.mMutex);
-    last = --Action.mPins == 0 && Action.mDiscard;
-  }
-  if (last) delete &Action;
+  if (Action.mPins.End()) delete &Action;
 }
 
 /// One Execute() under way: the node that it stands on, which Erase moves on when that node goes.
@@ -132,7 +101,7 @@ struct TAction::TWalk {
 
   /// Called without the action's mutex, also for an exception; the action may be gone afterwards.
   ~TWalk() {
-    if (Running != nullptr) Running->Unpin();
+    if (Running != nullptr) Running->EndRun();
     std::lock_guard<std::recursive_mutex> lock(Action.mMutex);
     std::erase(Action.mWalks, this);
   }
@@ -148,15 +117,9 @@ TAction::~TAction() {
 
 void TAction::Discard(TAction* pAction) {
   if (pAction == nullptr) return;
-  {
-    std::lock_guard<std::recursive_mutex> lock(pAction->mMutex);
-    if (pAction->mPins > 0) {
-      pAction->mDiscard = true;
-      pAction->Enabled = 0;
-      return;
-    }
-  }
-  delete pAction;
+  // Before the question: afterwards the end of the last use may have deleted it.
+  pAction->Enabled = 0;
+  if (pAction->mPins.AskDelete()) delete pAction;
 }
 
 TAction::THandlerList::iterator TAction::Erase(ActionHandleType Type, THandlerList::iterator Node) {
@@ -232,10 +195,10 @@ void TAction::Execute(void* hActionData, ActionHandleType ExecType) {
   std::unique_lock<std::recursive_mutex> lock(mMutex);
   if (Handlers[ExecType].empty() || Enabled == 0) return;
   TWalk walk(*this, ExecType);
-  while (!mDiscard && walk.Current != Handlers[ExecType].end()) {
+  while (!mPins.IsDeleteAsked() && walk.Current != Handlers[ExecType].end()) {
     walk.CurrentGone = false;
     walk.Running = *walk.Current;
-    walk.Running->Pin();
+    walk.Running->mRuns.Begin();
     lock.unlock();
     walk.Running->execute(Name, hActionData);
     lock.lock();
@@ -244,7 +207,7 @@ void TAction::Execute(void* hActionData, ActionHandleType ExecType) {
     if (!walk.CurrentGone && !once) ++walk.Current;
     lock.unlock();
     if (once) UnregisterActionHandler(handler, true, ACTION_ANY);
-    handler->Unpin();
+    handler->EndRun();
     lock.lock();
   }
   lock.unlock();

@@ -12,6 +12,8 @@
 #include <string>
 #include <vector>
 
+#include "vendelo-sdl2/TKeepAlive.h"
+
 namespace vendelo_sdl2 {
 
 /// Where a handler runs and, as a filter, which handlers are meant.
@@ -54,14 +56,13 @@ class TActionHandler {
  private:
   friend class TAction;
   friend class TActionMan;
-  /// Keeps the handler alive for a run; Unpin deletes it when Discard was called meanwhile.
-  void Pin();
-  void Unpin();
   /// Deletes the handler now, or at the end of the last run that is under way.
   static void Discard(TActionHandler* pHandler);
 
-  int mRuns = 0;          // under the handler life mutex of TActionMan.cpp
-  bool mDiscard = false;  // likewise
+  /// The end of a run; deletes the handler when that was asked for meanwhile.
+  void EndRun();
+
+  TKeepAlive mRuns;
 };
 
 /// Calls a member function without arguments; name and data are dropped, and its result too.
@@ -162,8 +163,7 @@ class TAction {
   std::array<THandlerList, 4> Handlers;  // under mMutex
   mutable std::recursive_mutex mMutex;
   std::vector<TWalk*> mWalks;  // Execute() calls under way; under mMutex
-  int mPins = 0;               // uses under way that a delete waits for; under mMutex
-  bool mDiscard = false;       // under mMutex
+  TKeepAlive mPins;
 };
 
 /// Keeps an action alive for a scope: a delete that comes meanwhile is done at the end of the last one.
