@@ -3,13 +3,11 @@
 #include <SDL.h>
 #include <string>
 
+#include "vendelo-sdl2/PixelLimits.h"
+
 namespace MyUtils {
 
-// No texture is longer in pixels, on either side: SDL counts them in 16 bits where it scales by software, and reads
-// outside its memory beyond that. Other renderers end sooner.
-constexpr int kLongestSide = 32767;
-
-// False for null.
+// Whether a side is longer than kLongestSide; false for null.
 inline bool IsTooLong(const SDL_Surface* picture) {
   return picture && (picture->w > kLongestSide || picture->h > kLongestSide);
 }

@@ -15,4 +15,14 @@ enum TAlignment : int {
   RIGHT_DOWN = 8
 };
 
+// Where a text or picture stands in one of the two directions.
+enum class TPart { FIRST, MIDDLE, LAST };
+
+// A number that is none of the nine places counts as the first, LEFT_UP.
+constexpr int placeOf(TAlignment alignment) {
+  return alignment >= LEFT_UP && alignment <= RIGHT_DOWN ? alignment : LEFT_UP;
+}
+constexpr TPart horizontalPart(TAlignment alignment) { return static_cast<TPart>(placeOf(alignment) % 3); }
+constexpr TPart verticalPart(TAlignment alignment) { return static_cast<TPart>(placeOf(alignment) / 3); }
+
 }  // namespace vendelo_sdl2

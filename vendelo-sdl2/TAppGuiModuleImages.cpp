@@ -10,9 +10,6 @@
 namespace vendelo_sdl2 {
 namespace {
 
-// 256 MiB, many times a screen: a layer beyond that comes from a broken number in a file.
-constexpr int64_t kMaxLayerPixels = int64_t{1} << 26;
-
 bool isEmpty(const char* file) { return !file || !*file; }
 
 // On these terminals an empty layer takes the caller's colour, so that scaled edges blend into it.
@@ -64,7 +61,8 @@ SDL_Texture* TAppGuiModule::SubImage(SDL_Texture* pSrc, int x, int y, int w, int
 }
 
 SDL_Texture* TAppGuiModule::CreateLayer(SDL_Texture*, int width, int height, int, int tR, int tG, int tB, int) {
-  if (int64_t{width} * height > kMaxLayerPixels || std::max(width, height) > MyUtils::kLongestSide) return nullptr;
+  if (int64_t{width} * height > MyUtils::kMostLayerPixels || std::max(width, height) > MyUtils::kLongestSide)
+    return nullptr;
   SDL_Texture* layer =
     SDL_CreateTexture(mpGUIRendererStatic, SDL_PIXELFORMAT_RGBA8888, SDL_TEXTUREACCESS_TARGET, width, height);
   if (!layer) return nullptr;

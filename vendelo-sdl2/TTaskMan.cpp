@@ -100,6 +100,10 @@ TTimedTaskHandler* TTaskMan::GetTimedTask(void* RelatedObject) {
   return nullptr;
 }
 
+void TTaskMan::RemoveTimedTasksOf(void* RelatedObject) {
+  while (TTimedTaskHandler* task = GetTimedTask(RelatedObject)) RemoveTimedTask(task, true);
+}
+
 bool TTaskMan::IsTimedTaskValid(TTimedTaskHandler* pTimedTask, TimedTaskType type) const {
   return _IsTimedTaskValid(pTimedTask, type) != TASK_ANY;
 }

@@ -159,6 +159,8 @@ class TTaskMan {
   void RemoveTimedTask(TTimedTaskHandler* pTimedTask, bool DeleteInstance);
   /// The first task, in the order of the types, with this related object; null when there is none.
   TTimedTaskHandler* GetTimedTask(void* RelatedObject);
+  /// Takes every task with this related object out and deletes it, as an object does at its end.
+  void RemoveTimedTasksOf(void* RelatedObject);
   /// Whether the set of `type` (any set for TASK_ANY) holds the task. The pointer is only compared.
   bool IsTimedTaskValid(TTimedTaskHandler* pTimedTask, TimedTaskType type) const;
   /// The type whose set holds the task, TASK_ANY when none of those asked for does.

@@ -6,6 +6,8 @@
 
 #include "vendelo-sdl2/TAlignment.h"
 
+class XmlFile;
+
 // A font of one glyph atlas and an XML description file. It renders a text, with line breaks, alignment and
 // kerning, into a new texture. Fonts stand in a process-wide registry under their names, so that labels share them.
 // Thread: construction, destruction and RenderText need the renderer: draw thread. The registry has no lock.
@@ -72,8 +74,8 @@ class TBitmapFont {
   void shareWith(const TBitmapFont& original);
   void copySizes(const TBitmapFont& original);  // and the background colour
   bool isRegistered() const;
-  // Whether there was a font with glyphs in it; what is wrong goes to `problems`. Throws rapidxml::parse_error.
-  bool parse(SDL_Renderer* renderer, std::vector<char>& file, std::string& problems);
+  // Whether there was a font with glyphs in it; what is wrong goes to `problems`.
+  bool parse(SDL_Renderer* renderer, const XmlFile& file, std::string& problems);
   void loadAtlas(SDL_Renderer* renderer, const std::string& image);
   int glyphsOutsideTheAtlas() const;
   Layout measure(const std::string& text) const;

@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "vendelo-sdl2/MyUtils.h"
+#include "vendelo-sdl2/PixelLimits.h"
 #include "vendelo-sdl2/TAppGuiModule.h"
 
 using namespace vendelo_sdl2;
@@ -15,11 +16,6 @@ namespace {
 
 // Added to the width of the widest line.
 constexpr int kSpareWidth = 5;
-
-// No text is larger, unless the numbers in the font's file are broken: in pixels of its texture.
-constexpr int64_t kMaxPixels = 1 << 26;
-// Nor does any pen go farther.
-constexpr int64_t kFarAway = 1 << 24;
 
 // The code point at `position`, which moves behind it. A byte that starts no sequence, or a sequence that the end
 // of the text cuts, is -1 and costs at least one byte.
@@ -48,7 +44,8 @@ struct TBitmapFont::Layout {
   int64_t max_height = 0;
 
   bool fitsATexture() const {
-    return max_width <= kMaxPixels && max_height <= kMaxPixels && max_width * max_height <= kMaxPixels;
+    return max_width <= MyUtils::kMostLayerPixels && max_height <= MyUtils::kMostLayerPixels &&
+           max_width * max_height <= MyUtils::kMostLayerPixels;
   }
 
   // What the pair of entry i and the one after it adds to the pen.
@@ -76,9 +73,7 @@ TBitmapFont* TBitmapFont::Open(SDL_Renderer* renderer, const std::string& name, 
   for (TBitmapFont* earlier : UnregisteredFonts) {
     if (earlier == font || earlier->mName != name || earlier->mXML != XMLfilename) continue;
     if (!earlier->mGlyphChars.empty()) continue;
-    // Whoever has the earlier one keeps it, as it is with what this file has told now.
-    std::swap(earlier->mpGlyphTexture, font->mpGlyphTexture);
-    std::swap(earlier->mOwnsAtlas, font->mOwnsAtlas);
+    // Whoever has the earlier one keeps it, with the sizes that this file has told now: neither draws a glyph.
     earlier->copySizes(*font);
     delete font;
     return earlier;
@@ -170,7 +165,7 @@ SDL_Texture* TBitmapFont::RenderText(SDL_Renderer* renderer, const std::string& 
   const Layout layout = measure(text);
   if (!layout.fitsATexture()) return nullptr;
   const int max_width = static_cast<int>(layout.max_width);
-  const int max_height = static_cast<int>(std::max(layout.max_height, -kMaxPixels));
+  const int max_height = static_cast<int>(std::max(layout.max_height, -MyUtils::kMostLayerPixels));
   if (widthOut) *widthOut = max_width;
   if (heightOut) *heightOut = max_height;
 
@@ -181,14 +176,10 @@ SDL_Texture* TBitmapFont::RenderText(SDL_Renderer* renderer, const std::string& 
 
   const auto lineStart = [&](size_t line) -> int64_t {
     const int64_t spare = layout.max_width - layout.lineWidths[line];
-    switch (textAlignment) {
-      case CENTER_UP:
-      case CENTER_CENTER:
-      case CENTER_DOWN:
+    switch (horizontalPart(textAlignment)) {
+      case TPart::MIDDLE:
         return std::llround(static_cast<double>(spare) / 2.0);
-      case RIGHT_UP:
-      case RIGHT_CENTER:
-      case RIGHT_DOWN:
+      case TPart::LAST:
         return spare;
       default:
         return 0;
@@ -210,7 +201,8 @@ SDL_Texture* TBitmapFont::RenderText(SDL_Renderer* renderer, const std::string& 
     if (!glyph) continue;
     const int64_t x = cursorx + glyph->xoffset + mPaddingLeft, y = cursory + glyph->yoffset + mPaddingTop;
     // A renderer takes memory for a glyph of any size, however little of it is seen.
-    if (std::max(std::llabs(x), std::llabs(y)) < kFarAway && int64_t{glyph->width} * glyph->height <= kMaxPixels) {
+    if (std::max(std::llabs(x), std::llabs(y)) < MyUtils::kFarthestPixel &&
+        int64_t{glyph->width} * glyph->height <= MyUtils::kMostLayerPixels) {
       const SDL_Rect source{glyph->x, glyph->y, glyph->width, glyph->height};
       const SDL_Rect destination{static_cast<int>(x), static_cast<int>(y), glyph->width, glyph->height};
       SDL_RenderCopy(renderer, mpGlyphTexture, &source, &destination);

@@ -2,15 +2,15 @@
 #include <algorithm>
 #include <cstdlib>
 #include <deque>
-#include <fstream>
 #include <locale>
 #include <rapidxml/rapidxml.hpp>
 #include <sstream>
 #include <unordered_map>
 
 #include "common/TBitmapFont.h"
-#include "common/XmlNesting.h"
+#include "common/XmlFile.h"
 #include "vendelo-sdl2/MyUtils.h"
+#include "vendelo-sdl2/PixelLimits.h"
 #include "vendelo-sdl2/Saturate.h"
 #include "vendelo-sdl2/TLogManager.h"
 
@@ -23,9 +23,6 @@ TBitmapFont::TGlyph* newGlyph() {
   static auto& arena = *new std::deque<TBitmapFont::TGlyph>;
   return &arena.emplace_back();
 }
-
-// Numbers of pixels are kept within what can be added up and multiplied without overflow.
-constexpr int kMaxPixels = 1 << 24;
 
 // Whether this is not what was said of the file last: labels open a broken one again and again.
 bool isNews(const std::string& file, const std::string& problems) {
@@ -45,7 +42,7 @@ class Reader {
     return value ? MyUtils::leadingNumber(value) : 0;
   }
 
-  int pixels(const Node* node, const char* name) { return std::clamp(number(node, name), -kMaxPixels, kMaxPixels); }
+  int pixels(const Node* node, const char* name) { return MyUtils::withinReach(number(node, name)); }
 
   const char* text(const Node* node, const char* name) {
     const auto* attribute = node ? node->first_attribute(name) : nullptr;
@@ -86,22 +83,15 @@ TBitmapFont::TBitmapFont(SDL_Renderer* renderer, const std::string& name, const 
       return;
     }
   }
-  std::ifstream stream(XMLfilename, std::ios::binary);
-  std::ostringstream content;
-  content << stream.rdbuf();
-  const std::string bytes = content.str();
-  std::vector<char> file(bytes.begin(), bytes.end());
-  file.push_back('\0');
+  const XmlFile file(XMLfilename);
   std::string problems;
   bool usable = false;
-  try {
-    if (IsNestedTooDeep(file.data()))
-      problems = "its elements are nested too deep";
-    else
-      usable = parse(renderer, file, problems);
-  } catch (const rapidxml::parse_error& error) {
-    problems = std::string("it is no XML, ") + error.what();
-  }
+  if (file.fault() == XmlFile::Fault::NO_XML)
+    problems = "it is no XML, " + file.problem();
+  else if (file.fault() == XmlFile::Fault::NESTED_TOO_DEEP)
+    problems = file.problem();
+  else
+    usable = parse(renderer, file, problems);
   if (isNews(mXML, problems))
     logman::WriteLog(4, 0, "Font %s%s: %s.", mXML.c_str(), usable ? "" : " is not usable", problems.c_str());
   if (!usable) return;
@@ -109,10 +99,8 @@ TBitmapFont::TBitmapFont(SDL_Renderer* renderer, const std::string& name, const 
   BitmapFonts.push_back(this);
 }
 
-bool TBitmapFont::parse(SDL_Renderer* renderer, std::vector<char>& file, std::string& problems) {
-  rapidxml::xml_document<char> document;
-  document.parse<0>(file.data());
-  const Node* font = document.first_node("font");
+bool TBitmapFont::parse(SDL_Renderer* renderer, const XmlFile& file, std::string& problems) {
+  const Node* font = file.document().first_node("font");
   if (!font) {
     problems = "there is no \"font\" in it";
     return false;
@@ -123,7 +111,7 @@ bool TBitmapFont::parse(SDL_Renderer* renderer, std::vector<char>& file, std::st
   if (const char* padding = reader.text(info, "padding")) {
     int sides[4] = {0, 0, 0, 0};
     reader.numbers(padding, "padding", sides);
-    for (int& side : sides) side = std::clamp(side, -kMaxPixels, kMaxPixels);
+    for (int& side : sides) side = MyUtils::withinReach(side);
     mPaddingTop = sides[0];
     mPaddingRight = sides[1];
     mPaddingBottom = sides[2];

@@ -18,11 +18,6 @@ SDL_Point screenSize() {
 
 }  // namespace
 
-void removeTasksOf(void* component) {
-  if (!pApp) return;
-  while (TTimedTaskHandler* task = pApp->GetTimedTask(component)) pApp->RemoveTimedTask(task, true);
-}
-
 SDL_Rect startOf(Direction direction, const SDL_Rect& rest) {
   const SDL_Point screen = screenSize();
   SDL_Rect start = rest;

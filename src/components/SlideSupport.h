@@ -5,9 +5,6 @@
 // What the components with a slide share. Any thread that may touch the component.
 namespace slide {
 
-// Takes every timed task on the component out of the application and deletes it, so that none outlives it.
-void removeTasksOf(void* component);
-
 // The directions of both classes in their order: the word names the way in.
 enum Direction { LEFT = 0, RIGHT = 1, UP = 2, DOWN = 3 };
 

@@ -116,10 +116,11 @@ void TGlyphLabel::draw() {
   const auto shift = [](int& position, float by) {
     position = static_cast<int>(static_cast<float>(position) + by);
   };
-  if (mAlign == CENTER_UP || mAlign == CENTER_CENTER || mAlign == CENTER_DOWN) shift(dst.x, (W - w) / 2);
-  if (mAlign == RIGHT_UP || mAlign == RIGHT_CENTER || mAlign == RIGHT_DOWN) shift(dst.x, W - w);
-  if (mAlign == LEFT_CENTER || mAlign == CENTER_CENTER || mAlign == RIGHT_CENTER) shift(dst.y, (H - h) / 2);
-  if (mAlign == LEFT_DOWN || mAlign == CENTER_DOWN || mAlign == RIGHT_DOWN) shift(dst.y, H - h);
+  const auto before = [](TPart part, float spare) {
+    return part == TPart::FIRST ? 0.0f : part == TPart::MIDDLE ? spare / 2 : spare;
+  };
+  shift(dst.x, before(horizontalPart(mAlign), W - w));
+  shift(dst.y, before(verticalPart(mAlign), H - h));
   dst.x += mDrawXOfset;
   dst.y += mDrawYOfset;
   dst.w = static_cast<int>(w);

@@ -30,7 +30,9 @@ TImageList::TImageList(SDL_Renderer* pRenderer, int x, int y, int w, int h, std:
     mAlignment(ALEFT),
     mFitProportionally(false) {}
 
-TImageList::~TImageList() { slide::removeTasksOf(this); }
+TImageList::~TImageList() {
+  if (pApp) pApp->RemoveTimedTasksOf(this);
+}
 
 void TImageList::LoadImage(std::string imageName) {
   SDL_Renderer* renderer = GetRenderer();

@@ -4,13 +4,12 @@
 #include <cstdlib>
 #include <cstring>
 #include <fstream>
-#include <iterator>
-#include <rapidxml/rapidxml.hpp>
 
-#include "common/XmlNesting.h"
+#include "common/XmlFile.h"
 #include "components/TSpriteAnimation.h"
 #include "vendelo-sdl2/MyUtils.h"
-#include "vendelo-sdl2/PictureHeader.h"
+#include "vendelo-sdl2/PixelLimits.h"
+#include "vendelo-sdl2/Saturate.h"
 #include "vendelo-sdl2/TAppGuiModule.h"
 #include "vendelo-sdl2/TApplication.h"
 
@@ -44,10 +43,10 @@ const char* textOf(const Node& node, const char* name) {
   return attribute ? attribute->value() : nullptr;
 }
 
-// Within what places and sizes can be added up without overflow.
-int intOf(const Node& node, const char* name, int fallback) {
+// A place or a size.
+int pixelsOf(const Node& node, const char* name, int fallback) {
   const char* text = textOf(node, name);
-  return text ? static_cast<int>(std::clamp(std::strtol(text, nullptr, 10), -1000000L, 1000000L)) : fallback;
+  return text ? MyUtils::withinReach(MyUtils::leadingNumber(text)) : fallback;
 }
 
 double floatOf(const Node& node, const char* name, double fallback) {
@@ -60,17 +59,17 @@ std::shared_ptr<TSprite> readSprite(const Node& node, int id, Faults& faults) {
     if (!textOf(node, name)) faults.add("sprite " + std::to_string(id) + " has no attribute " + name);
   auto sprite = std::make_shared<TSprite>();
   sprite->id = id;
-  sprite->x = intOf(node, "x", 0);
-  sprite->y = intOf(node, "y", 0);
-  sprite->width = intOf(node, "w", 0);
-  sprite->height = intOf(node, "h", 0);
+  sprite->x = pixelsOf(node, "x", 0);
+  sprite->y = pixelsOf(node, "y", 0);
+  sprite->width = pixelsOf(node, "w", 0);
+  sprite->height = pixelsOf(node, "h", 0);
   sprite->rotate = textOf(node, "r") != nullptr;
-  sprite->xoffset = intOf(node, "oX", 0);
-  sprite->yoffset = intOf(node, "oY", 0);
+  sprite->xoffset = pixelsOf(node, "oX", 0);
+  sprite->yoffset = pixelsOf(node, "oY", 0);
   sprite->xpivot = floatOf(node, "pX", 0.5);
   sprite->ypivot = floatOf(node, "pY", 0.5);
-  sprite->original_width = intOf(node, "oW", sprite->width);
-  sprite->original_height = intOf(node, "oH", sprite->height);
+  sprite->original_width = pixelsOf(node, "oW", sprite->width);
+  sprite->original_height = pixelsOf(node, "oH", sprite->height);
   return sprite;
 }
 
@@ -114,26 +113,14 @@ SDL_Surface* cut(SDL_Surface* image, const TSprite& sprite, Faults& faults) {
 }  // namespace
 
 void TSpriteAnimation::parseXML(const std::string& spriteFilenameXML) {
-  std::ifstream file(spriteFilenameXML, std::ios::binary);
-  if (!file) {
-    std::printf("Animation %s: the file cannot be read\n", spriteFilenameXML.c_str());
-    return;
-  }
-  std::vector<char> text((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
-  text.push_back('\0');
-  if (IsNestedTooDeep(text.data())) {
-    std::printf("Animation %s: its elements are nested too deep\n", spriteFilenameXML.c_str());
-    return;
-  }
-  rapidxml::xml_document<char> document;
-  try {
-    document.parse<0>(text.data());
-  } catch (const rapidxml::parse_error& error) {
-    std::printf("Animation %s: %s\n", spriteFilenameXML.c_str(), error.what());
-    return;
-  }
+  const XmlFile file(spriteFilenameXML);
   Faults faults(spriteFilenameXML);
-  const Node* root = document.first_node("TextureAtlas");
+  if (file.fault() != XmlFile::Fault::NONE) {
+    faults.add(file.problem());
+    faults.tell();
+    return;
+  }
+  const Node* root = file.document().first_node("TextureAtlas");
   if (!root) {
     faults.add("there is no element TextureAtlas");
     faults.tell();

@@ -37,7 +37,7 @@ Tlabel::Tlabel(SDL_Renderer* pRenderer, int x, int y, int width, int height, std
 }
 
 Tlabel::~Tlabel() {
-  slide::removeTasksOf(this);
+  if (pApp) pApp->RemoveTimedTasksOf(this);
   // The text's own texture stays: somebody may have taken it, and it goes with the renderer.
   if (mpShadowTexture) SDL_DestroyTexture(mpShadowTexture);
   if (mpSurface) SDL_FreeSurface(mpSurface);
@@ -71,40 +71,12 @@ void Tlabel::SplitText(bool split) { mSplitText = split; }
 void Tlabel::SetLabelChangedListener(LabelChangedListener* listener) { mpLabelChangedListener = listener; }
 
 void Tlabel::SetAlignment(TAlignment alignment) {
-  const SDL_Rect& box = mLabelRect;
-  int x = box.x, y = box.y;
-  switch (alignment) {
-    case LEFT_UP:
-    case LEFT_CENTER:
-    case LEFT_DOWN:
-      break;
-    case CENTER_UP:
-    case CENTER_CENTER:
-    case CENTER_DOWN:
-      x = box.x + box.w / 2 - mSrcRect.w / 2;
-      break;
-    case RIGHT_UP:
-    case RIGHT_CENTER:
-    case RIGHT_DOWN:
-      x = box.x + box.w - mSrcRect.w;
-      break;
-  }
-  switch (alignment) {
-    case LEFT_UP:
-    case CENTER_UP:
-    case RIGHT_UP:
-      break;
-    case LEFT_CENTER:
-    case CENTER_CENTER:
-    case RIGHT_CENTER:
-      y = box.y + box.h / 2 - mSrcRect.h / 2;
-      break;
-    case LEFT_DOWN:
-    case CENTER_DOWN:
-    case RIGHT_DOWN:
-      y = box.y + box.h - mSrcRect.h;
-      break;
-  }
+  const auto start = [](TPart part, int begin, int room, int size) {
+    if (part == TPart::MIDDLE) return begin + room / 2 - size / 2;
+    return part == TPart::LAST ? begin + room - size : begin;
+  };
+  const int x = start(horizontalPart(alignment), mLabelRect.x, mLabelRect.w, mSrcRect.w);
+  const int y = start(verticalPart(alignment), mLabelRect.y, mLabelRect.h, mSrcRect.h);
   mDestRect.x = x;
   mDestRect.y = y;
   setX(x);
@@ -183,13 +155,13 @@ void Tlabel::buildTwoLines() {
     SDL_Texture* const target = SDL_GetRenderTarget(renderer);
     SDL_SetRenderTarget(renderer, mpTargetTexture);
 
-    const int side = mAlign % 3;  // 0 left, 1 centre, 2 right
+    const TPart side = horizontalPart(mAlign);
     SDL_Rect dest_rect{0, 0, mw, rect1.h};
     auto place = [&](const SDL_Rect& line) {
-      if (side == 0) {
+      if (side == TPart::FIRST) {
         dest_rect.w = line.w;
       } else if (line.w != mw) {
-        dest_rect.x = side == 1 ? (mw - line.w) / 2 : mw - line.w;
+        dest_rect.x = side == TPart::MIDDLE ? (mw - line.w) / 2 : mw - line.w;
         dest_rect.w = line.w;
       }
     };

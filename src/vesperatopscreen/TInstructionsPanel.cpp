@@ -7,7 +7,7 @@
 #include "components/TImageList.h"
 #include "vendelo-sdl2/MyUtils.h"
 #include "vendelo-sdl2/TApplication.h"
-#include "vesperatopscreen/TopScreenApp.h"
+#include "vesperatopscreen/PlatformPicture.h"
 
 using namespace vendelo_sdl2;
 
@@ -83,7 +83,7 @@ void TInstructionsPanel::draw() { TGuiComponent::draw(); }
 int TInstructionsPanel::UpdateData() {
   std::vector<std::string> texts;
   {
-    auto& state = static_cast<TopScreenApp*>(pApp)->getState();
+    auto& state = platformState();
     ScopedLock lock(state);
     texts = state->Instructions;
   }

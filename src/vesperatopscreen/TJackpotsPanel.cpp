@@ -80,7 +80,7 @@ TJackpotsPanel::~TJackpotsPanel() {
   if (pWinJackpotTexture) SDL_DestroyTexture(pWinJackpotTexture);
   if (!pApp) return;
   pApp->UnregisterAllActionHandlersByRelatedObject(this, true);
-  while (TTimedTaskHandler* task = pApp->GetTimedTask(this)) pApp->RemoveTimedTask(task, true);
+  pApp->RemoveTimedTasksOf(this);
 }
 
 TGlyphLabel* TJackpotsPanel::createTextLabel(const char* name, int y) {

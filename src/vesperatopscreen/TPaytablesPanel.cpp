@@ -14,7 +14,7 @@
 #include "vendelo-sdl2/TApplication.h"
 #include "vesperatopscreen/GamePath.h"
 #include "vesperatopscreen/PanelDecision.h"
-#include "vesperatopscreen/TopScreenApp.h"
+#include "vesperatopscreen/PlatformPicture.h"
 
 using namespace vendelo_sdl2;
 namespace fs = std::filesystem;
@@ -155,7 +155,7 @@ void TPaytablesPanel::takeImages(const std::string& game_name,
   const bool fadeInAfterLoad = mRunningLoads[game_name];
   mRunningLoads.erase(game_name);
 
-  auto& property = static_cast<TopScreenApp*>(pApp)->getState();
+  auto& property = platformState();
   ScopedLock lock(property);
   const GameRegistryEntry& active = property->ActiveGame;
   // Without a game in play, because it was left or the service failed, the pages wait for it to come back.
@@ -174,7 +174,7 @@ bool TPaytablesPanel::leaveFadeInToRunningLoad(const std::string& game_name) {
 }
 
 bool TPaytablesPanel::isAskedFor(const std::string& game_name) const {
-  auto& property = static_cast<TopScreenApp*>(pApp)->getState();
+  auto& property = platformState();
   ScopedLock lock(property);
   return property->ActiveGame.name == game_name && decidePanel(&property).panel == TPanelDecision::PAYTABLES;
 }
@@ -235,7 +235,7 @@ void TPaytablesPanel::clearPages() {
 
 int TPaytablesPanel::UpdateData(bool fadeInAfterLoad) {
   pApp->ThreadCheck(THREAD_DRAW);
-  auto& property = static_cast<TopScreenApp*>(pApp)->getState();
+  auto& property = platformState();
   ScopedLock lock(property);
   const PlatformState& state = &property;
   const std::string& name = state.ActiveGame.name;

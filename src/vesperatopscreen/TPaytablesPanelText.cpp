@@ -13,8 +13,8 @@
 #include "vendelo-sdl2/MyUtils.h"
 #include "vendelo-sdl2/TApplication.h"
 #include "vesperatopscreen/GamePath.h"
+#include "vesperatopscreen/PlatformPicture.h"
 #include "vesperatopscreen/TPaytablesPanel.h"
-#include "vesperatopscreen/TopScreenApp.h"
 
 using namespace vendelo_sdl2;
 
@@ -65,7 +65,7 @@ void TPaytablesPanel::refuseSetup(const PlatformState& state, const std::string&
 
 void TPaytablesPanel::createPaytable(const std::string& gameName) {
   pApp->ThreadCheck(THREAD_DRAW);
-  auto& property = static_cast<TopScreenApp*>(pApp)->getState();
+  auto& property = platformState();
   ScopedLock lock(property);
   const PlatformState& state = &property;
   std::string content = TPaytableSetup::contentOf(state.ExtraData);
@@ -164,7 +164,7 @@ void TPaytablesPanel::buildBetLabels(const TPaytableText& last) {
 int TPaytablesPanel::updatePaytable() {
   pApp->ThreadCheck(THREAD_DRAW);
   if (mLoadedForGame.empty()) return -2;
-  auto& property = static_cast<TopScreenApp*>(pApp)->getState();
+  auto& property = platformState();
   ScopedLock lock(property);
   const int betCost = betCostOf(&property);
   for (const auto& [symbol, prize] : mSymbolWin)

@@ -8,6 +8,7 @@
 #include "vendelo-sdl2/SystemSeams.h"
 #include "vesperatopscreen/InitData.h"
 #include "vesperatopscreen/PanelDecision.h"
+#include "vesperatopscreen/PlatformPicture.h"
 #include "vesperatopscreen/TopScreenScreen.h"
 
 using namespace vendelo_sdl2;
@@ -219,3 +220,5 @@ void TopScreenApp::handleTimeout(bool) {}
 
 // The program's parameters live in memory only.
 void TopScreenApp::OnStoreValues(const std::list<TAppParam*>&) {}
+
+ThreadSafeProperty<PlatformState>& platformState() { return static_cast<TopScreenApp*>(pApp)->getState(); }

@@ -8,10 +8,10 @@
 #include "kslplatform/TPlatformLoader.h"
 #include "vendelo-sdl2/MyUtils.h"
 #include "vendelo-sdl2/TApplication.h"
+#include "vesperatopscreen/PlatformPicture.h"
 #include "vesperatopscreen/TInstructionsPanel.h"
 #include "vesperatopscreen/TJackpotsPanel.h"
 #include "vesperatopscreen/TPaytablesPanel.h"
-#include "vesperatopscreen/TopScreenApp.h"
 
 using namespace vendelo_sdl2;
 
@@ -31,7 +31,7 @@ TopScreenScreen::TopScreenScreen()
 TopScreenScreen::~TopScreenScreen() {
   if (!pApp) return;
   pApp->UnregisterAllActionHandlersByRelatedObject(this, true);
-  while (TTimedTaskHandler* task = pApp->GetTimedTask(this)) pApp->RemoveTimedTask(task, true);
+  pApp->RemoveTimedTasksOf(this);
 }
 
 int TopScreenScreen::Load(void*) {
@@ -134,7 +134,7 @@ void TopScreenScreen::crossFade(TGuiComponent* shown, std::initializer_list<TGui
 }
 
 void TopScreenScreen::ShowJackpotsPanel() {
-  auto& state = static_cast<TopScreenApp*>(pApp)->getState();
+  auto& state = platformState();
   ScopedLock lock(state);
   crossFade(pJackpotsPanel, {pPaytablesPanel, pInstructionsPanel});
   const GameTypes type = state->ActiveGame.type;
