@@ -147,8 +147,7 @@ class TParamMan {
 
   /// Takes the parameter over, or refuses it (printing why) and returns the list's end.
   TParamList::iterator AddParamToCache(TAppParam* pParam);
-  /// The list's end for none.
-  TParamList::const_iterator CacheEnd() const { return ParamList.end(); }
+  TParamList ParamList;  // sorted by name, then raw domain; under pParamListMutex
 
  private:
   friend class TAppParam;
@@ -196,8 +195,7 @@ class TParamMan {
   std::list<std::function<void(long)>> mRestrictionListeners;
   static thread_local bool isInGetOrSet;  // the calling thread is, so its misses are not printed
   int64_t mRestrictions = RESTRICTION_UNEDITABLE | RESTRICTION_HIDDEN;
-  TParamList ParamList;  // sorted by name, then raw domain; under pParamListMutex
-  /// The places in ParamList by its own order, so that a search has not to walk the list. Likewise.
+  /// The places in ParamList by its own order, so that a search has not to walk the list. Under pParamListMutex.
   std::multiset<TParamList::iterator, TOrder> mIndex;
   TParamList ToStore;  // under pStoreListMutex
   SDL_mutex* pParamListMutex;

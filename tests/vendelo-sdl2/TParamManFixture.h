@@ -20,7 +20,7 @@ using namespace vendelo_sdl2;
 class Store : public TParamMan, public TActionMan {
  public:
   using TParamMan::AddParamToCache;
-  using TParamMan::CacheEnd;
+  using TParamMan::ParamList;
   using TParamMan::ParametersThatTriggerAction;
 
   Parameter OnRequestValue(const std::string& address, const std::string& name) override {

@@ -229,17 +229,17 @@ TEST_F(Params, NumbersAreWrittenTheSameInEveryLanguage) {
 
 TEST_F(Params, TheCacheRefusesADomainOfTheCacheAndASecondEntry) {
   TAppParam* nowhere = new TAppParam("name", std::string());
-  EXPECT_EQ(Captured([&] { EXPECT_EQ(store.AddParamToCache(nowhere), store.CacheEnd()); }),
+  EXPECT_EQ(Captured([&] { EXPECT_EQ(store.AddParamToCache(nowhere), store.ParamList.end()); }),
             "application::Parameter \"name\" domain cannot be CACHE.\n");
   delete nowhere;
   set("name", "1", PARAM_GLOBAL);
   TAppParam* second = new TAppParam("name", std::string("GLOBAL"));
-  EXPECT_EQ(Captured([&] { EXPECT_EQ(store.AddParamToCache(second), store.CacheEnd()); }),
+  EXPECT_EQ(Captured([&] { EXPECT_EQ(store.AddParamToCache(second), store.ParamList.end()); }),
             "application::Parameter \"name\" of ID GLOBAL already exists in this application.\n");
   delete second;
   EXPECT_EQ(Captured([&] {
-              EXPECT_EQ(store.AddParamToCache(nullptr), store.CacheEnd());
-              EXPECT_EQ(store.AddParamToCache(const_cast<TAppParam*>(pVoidParam)), store.CacheEnd());
+              EXPECT_EQ(store.AddParamToCache(nullptr), store.ParamList.end());
+              EXPECT_EQ(store.AddParamToCache(const_cast<TAppParam*>(pVoidParam)), store.ParamList.end());
             }),
             "");
   EXPECT_EQ(Captured([&] { EXPECT_EQ(store.SetExactParam("", "x", "v", false, "", "", false), pVoidParam); }),
