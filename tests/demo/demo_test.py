@@ -3,6 +3,7 @@
 Runs script/demo as a user does: once to its end, and several times stopped by a signal at different moments. After
 each run no process that it started may be left. It also shows skins of one's own.
 """
+import json
 import os
 import pathlib
 import random
@@ -16,11 +17,8 @@ import unittest
 import uuid
 
 SOURCE, BUILD = sys.argv[1], sys.argv[2]
-STATIONS = ["loader", "logo", "game-without-levels", "first-level", "second-level", "third-level", "four-levels",
-            "pots-rolling", "pots-later", "win-gold", "win-silver", "win-bronze", "win-emerald", "game-overlay",
-            "paytable", "paytable-other-bet", "paytable-bonus", "paytable-rules", "paytable-german",
-            "win-over-paytable", "instructions", "second-game", "second-paytable", "demo-mode", "integrity-text",
-            "levels-back", "jackpot-error", "jackpot-recovered", "roulette", "service-gone", "service-back"]
+TOUR = json.loads(pathlib.Path(SOURCE, "tools/tour/evening.json").read_text())
+STATIONS = ["loader"] + [step["name"] for step in TOUR if step["do"] == "station"]
 
 
 def pixels(path):
@@ -187,14 +185,21 @@ class SkinTest(Case):
 
     def test_another_tour_is_played(self):
         tour = pathlib.Path(self.folder.name, "tour.json")
-        tour.write_text('[{"at": 0, "do": "add", "level": {"Currency": "EUR", "CurrentPot": 5000}}]')
-        demo = Demo(self.folder.name, "--tour", "tour.json", "--until", "logo", folder=self.folder.name)
+        tour.write_text('[{"at": 0, "do": "add", "level": {"Currency": "EUR", "CurrentPot": 5000}},'
+                        ' {"at": 2000, "do": "station", "name": "our-level"}]')
+        demo = Demo(self.folder.name, "--tour", "tour.json", "--until", "our-level", folder=self.folder.name)
         self.assertEqual(0, demo.process.wait(60), demo.text())
-        rows = pixels(self.picture(2, "logo"))[1]
+        rows = pixels(self.picture(2, "our-level"))[1]
         self.assertGreater(metal(rows, 0, 1), 100, "the tour's level is not there")
 
     def test_a_tour_that_is_missing_is_refused(self):
         self.assertIn("--tour is missing", self.refused("--tour", "nothing.json"))
+
+    def test_a_tour_that_is_no_scenario_is_refused(self):
+        pathlib.Path(self.folder.name, "tour.json").write_text("[")
+        demo = Demo(self.folder.name, "--tour", "tour.json", folder=self.folder.name)
+        self.assertEqual(2, demo.process.wait(10), demo.text())
+        self.assertIn("is no scenario", demo.text())
 
     def test_an_unknown_station_is_refused_with_their_names(self):
         text = self.refused("--until", "first")

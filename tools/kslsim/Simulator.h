@@ -101,6 +101,7 @@ class Simulator {
   void doForget(const Json& step);
   void doBad(const Json& step);
   void doGood(const Json& step);
+  void doStation(const Json& step);
 
   const std::function<int64_t()> mClock;
   RequestLog mLog;  // has its own lock

@@ -157,6 +157,7 @@ const std::vector<Simulator::StepKind>& Simulator::stepKinds() {
       {"Name", Form::Text, false},
       {"Type", Form::Number, false, INT32_MIN, INT32_MAX},
       silent}},
+    {"station", &Simulator::doStation, {{"name", Form::Text, true}}},
     {"event", &Simulator::doEvent, {id, {"value", Form::Anything, false}, {"raw", Form::Anything, false}}},
     {"init", &Simulator::doInit, {{"set", Form::Object, true}}},
     {"service", &Simulator::doService, {{"set", Form::Object, true}}},
@@ -377,6 +378,9 @@ void Simulator::doBad(const Json& step) {
   mBadReplies.plan(step["method"].get<std::string>(), reply, calls,
                    step.contains("for") ? now() + step["for"].get<int64_t>() : -1);
 }
+
+// For whoever plays the scenario: it says where to look.
+void Simulator::doStation(const Json&) {}
 
 void Simulator::doGood(const Json& step) {
   checkMethod(step);
