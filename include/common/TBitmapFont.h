@@ -6,7 +6,7 @@
 
 #include "vendelo-sdl2/TAlignment.h"
 
-class XmlFile;
+class SkinXml;
 
 // A font of one glyph atlas and an XML description file. It renders a text, with line breaks, alignment and
 // kerning, into a new texture. Fonts stand in a process-wide registry under their names, so that labels share them.
@@ -75,7 +75,7 @@ class TBitmapFont {
   void copySizes(const TBitmapFont& original);  // and the background colour
   bool isRegistered() const;
   // Whether there was a font with glyphs in it; what is wrong goes to `problems`.
-  bool parse(SDL_Renderer* renderer, const XmlFile& file, std::string& problems);
+  bool parse(SDL_Renderer* renderer, const SkinXml& file, std::string& problems);
   void loadAtlas(SDL_Renderer* renderer, const std::string& image);
   int glyphsOutsideTheAtlas() const;
   Layout measure(const std::string& text) const;

@@ -7,8 +7,8 @@
 #include <sstream>
 #include <unordered_map>
 
+#include "common/SkinXml.h"
 #include "common/TBitmapFont.h"
-#include "common/XmlFile.h"
 #include "vendelo-sdl2/MyUtils.h"
 #include "vendelo-sdl2/PixelLimits.h"
 #include "vendelo-sdl2/Saturate.h"
@@ -83,12 +83,12 @@ TBitmapFont::TBitmapFont(SDL_Renderer* renderer, const std::string& name, const 
       return;
     }
   }
-  const XmlFile file(XMLfilename);
+  const SkinXml file(XMLfilename);
   std::string problems;
   bool usable = false;
-  if (file.fault() == XmlFile::Fault::NO_XML)
+  if (file.fault() == SkinXml::Fault::NO_XML)
     problems = "it is no XML, " + file.problem();
-  else if (file.fault() == XmlFile::Fault::NESTED_TOO_DEEP)
+  else if (file.fault() == SkinXml::Fault::NESTED_TOO_DEEP)
     problems = file.problem();
   else
     usable = parse(renderer, file, problems);
@@ -99,7 +99,7 @@ TBitmapFont::TBitmapFont(SDL_Renderer* renderer, const std::string& name, const 
   BitmapFonts.push_back(this);
 }
 
-bool TBitmapFont::parse(SDL_Renderer* renderer, const XmlFile& file, std::string& problems) {
+bool TBitmapFont::parse(SDL_Renderer* renderer, const SkinXml& file, std::string& problems) {
   const Node* font = file.document().first_node("font");
   if (!font) {
     problems = "there is no \"font\" in it";

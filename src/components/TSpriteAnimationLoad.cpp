@@ -5,7 +5,7 @@
 #include <cstring>
 #include <fstream>
 
-#include "common/XmlFile.h"
+#include "common/SkinXml.h"
 #include "components/TSpriteAnimation.h"
 #include "vendelo-sdl2/MyUtils.h"
 #include "vendelo-sdl2/PixelLimits.h"
@@ -113,9 +113,9 @@ SDL_Surface* cut(SDL_Surface* image, const TSprite& sprite, Faults& faults) {
 }  // namespace
 
 void TSpriteAnimation::parseXML(const std::string& spriteFilenameXML) {
-  const XmlFile file(spriteFilenameXML);
+  const SkinXml file(spriteFilenameXML);
   Faults faults(spriteFilenameXML);
-  if (file.fault() != XmlFile::Fault::NONE) {
+  if (file.fault() != SkinXml::Fault::NONE) {
     faults.add(file.problem());
     faults.tell();
     return;

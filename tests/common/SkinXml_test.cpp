@@ -1,5 +1,5 @@
 // An XML file of the skin, or what is wrong with it.
-#include "common/XmlFile.h"
+#include "common/SkinXml.h"
 
 #include <gtest/gtest.h>
 #include <unistd.h>
@@ -9,20 +9,20 @@
 
 namespace {
 
-using Fault = XmlFile::Fault;
+using Fault = SkinXml::Fault;
 
-class XmlFiles : public testing::Test {
+class SkinXmls : public testing::Test {
  protected:
-  ~XmlFiles() override { std::remove(path.c_str()); }
+  ~SkinXmls() override { std::remove(path.c_str()); }
   const std::string& written(const std::string& text) {
     std::ofstream(path, std::ios::binary) << text;
     return path;
   }
-  const std::string path = testing::TempDir() + "XmlFile_" + std::to_string(getpid()) + ".xml";
+  const std::string path = testing::TempDir() + "SkinXml_" + std::to_string(getpid()) + ".xml";
 };
 
-TEST_F(XmlFiles, DocumentStandsInIt) {
-  const XmlFile file(written("<font face=\"a\"><page id='7'/></font>"));
+TEST_F(SkinXmls, DocumentStandsInIt) {
+  const SkinXml file(written("<font face=\"a\"><page id='7'/></font>"));
   EXPECT_EQ(file.fault(), Fault::NONE);
   EXPECT_EQ(file.problem(), "");
   const auto* font = file.document().first_node("font");
@@ -31,37 +31,37 @@ TEST_F(XmlFiles, DocumentStandsInIt) {
   EXPECT_STREQ(font->first_node("page")->first_attribute("id")->value(), "7");
 }
 
-TEST_F(XmlFiles, MissingFileIsUnreadable) {
-  const XmlFile file(path);
+TEST_F(SkinXmls, MissingFileIsUnreadable) {
+  const SkinXml file(path);
   EXPECT_EQ(file.fault(), Fault::UNREADABLE);
   EXPECT_EQ(file.problem(), "the file cannot be read");
   EXPECT_FALSE(file.document().first_node());
 }
 
-TEST_F(XmlFiles, EmptyFileIsAnEmptyDocument) {
-  const XmlFile file(written(""));
+TEST_F(SkinXmls, EmptyFileIsAnEmptyDocument) {
+  const SkinXml file(written(""));
   EXPECT_EQ(file.fault(), Fault::NONE);
   EXPECT_FALSE(file.document().first_node());
 }
 
-TEST_F(XmlFiles, DeepNestingIsNotGivenToTheParser) {
+TEST_F(SkinXmls, DeepNestingIsNotGivenToTheParser) {
   std::string deep;
   for (int i = 0; i < 100000; ++i) deep += "<a>";
-  const XmlFile file(written(deep));
+  const SkinXml file(written(deep));
   EXPECT_EQ(file.fault(), Fault::NESTED_TOO_DEEP);
   EXPECT_EQ(file.problem(), "its elements are nested too deep");
   EXPECT_FALSE(file.document().first_node());
 }
 
-TEST_F(XmlFiles, WhatTheParserRefusesIsNoXml) {
-  const XmlFile file(written("<a><b></a>"));
+TEST_F(SkinXmls, WhatTheParserRefusesIsNoXml) {
+  const SkinXml file(written("<a><b></a>"));
   EXPECT_EQ(file.fault(), Fault::NO_XML);
   EXPECT_FALSE(file.problem().empty());
-  EXPECT_EQ(XmlFile(written("<a b=>")).fault(), Fault::NO_XML);
+  EXPECT_EQ(SkinXml(written("<a b=>")).fault(), Fault::NO_XML);
 }
 
-TEST_F(XmlFiles, TextEndsAtAZero) {
-  const XmlFile file(written(std::string("<a/>\0<b>", 8)));
+TEST_F(SkinXmls, TextEndsAtAZero) {
+  const SkinXml file(written(std::string("<a/>\0<b>", 8)));
   EXPECT_EQ(file.fault(), Fault::NONE);
   EXPECT_TRUE(file.document().first_node("a"));
   EXPECT_FALSE(file.document().first_node("b"));

@@ -6,13 +6,13 @@
 
 // An XML file of the skin, read whole and parsed. The document points into the text, so both live here. Any thread,
 // one at a time.
-class XmlFile {
+class SkinXml {
  public:
   enum class Fault { NONE, UNREADABLE, NESTED_TOO_DEEP, NO_XML };
 
-  explicit XmlFile(const std::string& path);
-  XmlFile(const XmlFile&) = delete;
-  XmlFile& operator=(const XmlFile&) = delete;
+  explicit SkinXml(const std::string& path);
+  SkinXml(const SkinXml&) = delete;
+  SkinXml& operator=(const SkinXml&) = delete;
 
   // With a fault the document is empty, or what stands in front of the fault.
   Fault fault() const { return mFault; }

@@ -1,11 +1,11 @@
-#include "common/XmlFile.h"
+#include "common/SkinXml.h"
 
 #include <fstream>
 #include <iterator>
 
 #include "common/XmlNesting.h"
 
-XmlFile::XmlFile(const std::string& path) {
+SkinXml::SkinXml(const std::string& path) {
   std::ifstream file(path, std::ios::binary);
   if (!file) {
     mFault = Fault::UNREADABLE;
