@@ -148,12 +148,19 @@ class TAppGuiModule : public TAppModule {
   static SDL_Window* mpWindowStatic;
   static std::vector<SDL_Rect>& Displays;  // written once at start-up, in SDL's order
 
+  // What a frame is between the clearing of its picture and the picture's way to the window, in this order:
+  // deferred work, draw actions and draw tasks; the logic of all visible roots; their drawing; leave for the next
+  // mainLogic(). Without `running` only the loader is served and drawn, without `rendering` nothing is drawn and no
+  // draw logic runs. Draw thread, with the draw mutex held. What the tests' harnesses draw, they draw by this too.
+  void serveAndDraw(bool running, bool rendering);
+
  private:
   static SDL_Rect GlobalRect;
   static SDL_Rect GlobalRect2;
   std::atomic<bool> mbTexturesLost{false};
 
-  void drawFrame(bool running);
+  void drawPicture(bool running);
+  void copyToWindow();
   void rebuildTextures();
   void applyWindowSize();
   Uint32 pace(bool rendering);

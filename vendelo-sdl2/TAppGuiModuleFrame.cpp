@@ -42,13 +42,8 @@ int TAppGuiModule::draw() {
     const bool running = state == TApplication::APP_RUNNING;
     if (rendering && mbTexturesLost.exchange(false)) rebuildTextures();
     if (rendering) SDL_RenderClear(mpGUIRenderer);
-    if (running) {
-      pApplication->ExecuteDeferredDrawMethods(mpGUIRenderer);
-      pApplication->ExecuteActions(ACTION_DRAW);
-      pApplication->ProcessTasks(TASK_DRAW);
-    }
-    if (rendering) drawFrame(running);
-    pApplication->ComponentLogicCalled = false;
+    serveAndDraw(running, rendering);
+    if (rendering) copyToWindow();
     const Uint32 thisDrawMs = SDL_GetTicks() - start;
     pApplication->DrawDurationMs = static_cast<int>(thisDrawMs);
   }
@@ -62,8 +57,17 @@ int TAppGuiModule::draw() {
   return 0;
 }
 
-// Composes the picture in the back buffer and copies it to the window, which stays the render target.
-void TAppGuiModule::drawFrame(bool running) {
+void TAppGuiModule::serveAndDraw(bool running, bool rendering) {
+  if (running) {
+    pApplication->ExecuteDeferredDrawMethods(mpGUIRenderer);
+    pApplication->ExecuteActions(ACTION_DRAW);
+    pApplication->ProcessTasks(TASK_DRAW);
+  }
+  if (rendering) drawPicture(running);
+  pApplication->ComponentLogicCalled = false;
+}
+
+void TAppGuiModule::drawPicture(bool running) {
   if (mbRefreshSize.exchange(false)) applyWindowSize();
   if (running) {
     // All logic before any drawing: one component's logic may change what another one draws.
@@ -77,6 +81,10 @@ void TAppGuiModule::drawFrame(bool running) {
     pLoader->drawLogic();
     pLoader->draw();
   }
+}
+
+// The window stays the render target.
+void TAppGuiModule::copyToWindow() {
   SDL_SetRenderTarget(mpGUIRenderer, nullptr);
   SDL_RenderClear(mpGUIRenderer);
   SDL_RenderCopyEx(mpGUIRenderer, mpBackBuffer, &WindowNativeSize, &WindowCurrentSize, ScreenRotate ? 180.0 : 0.0,

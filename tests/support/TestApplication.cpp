@@ -66,12 +66,7 @@ int TestApplication::DrawOnce() {
   ++mFrames;
   if (onDrawOnce && !mHooksEnd) return onDrawOnce();
   lockDrawMutex();
-  if (status() == APP_RUNNING) {
-    ExecuteDeferredDrawMethods(nullptr);
-    ExecuteActions(ACTION_DRAW);
-    ProcessTasks(TASK_DRAW);
-  }
-  ComponentLogicCalled = false;
+  if (auto* gui = static_cast<StubGui*>(GUI())) gui->serveAndDraw(status() == APP_RUNNING, false);
   unlockDrawMutex();
   std::this_thread::sleep_for(std::chrono::milliseconds(1));
   return 0;

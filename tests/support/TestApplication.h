@@ -79,7 +79,7 @@ class TestApplication : public vendelo_sdl2::TApplication {
 
   int Init() override { return onInit ? onInit() : 0; }
   int RunOnce() override { return onRunOnce ? onRunOnce() : 0; }
-  // Without a hook: what a GUI module's frame does apart from drawing, at some 1000 frames a second.
+  // Without a hook: the GUI module's frame apart from drawing, at some 1000 frames a second.
   int DrawOnce() override;
   void Startup() override;
   bool SetupGraphics() override { return onSetupGraphics && !mHooksEnd && onSetupGraphics(); }
@@ -108,7 +108,7 @@ class TestApplication : public vendelo_sdl2::TApplication {
   std::atomic<bool> mHooksEnd{false};
 };
 
-// A GUI module without a window.
+// A GUI module without a window; the only one that a TestApplication is given.
 class StubGui : public vendelo_sdl2::TAppGuiModule {
  public:
   static std::function<int(void*)>& onLoad();
@@ -123,4 +123,6 @@ class StubGui : public vendelo_sdl2::TAppGuiModule {
   bool ReadyToExit() const override { return true; }
   int Close() override;
   void RequestClose() override { trace().add("request close"); }
+
+  using TAppGuiModule::serveAndDraw;
 };

@@ -37,18 +37,6 @@ int PanelScreen::Load(void*) {
   return 0;
 }
 
-void PanelScreen::drawTree(bool running) {
-  if (!running) {
-    Loader()->drawLogic();
-    Loader()->draw();
-    return;
-  }
-  for (TComponentList::Walk walk(GuiComponentList); TGuiComponent* root = walk.next();)
-    if (root->isVisible()) root->drawLogic();
-  for (TComponentList::Walk walk(GuiComponentList); TGuiComponent* root = walk.next();)
-    if (root->isVisible()) root->draw();
-}
-
 std::vector<std::string> PanelScreen::rootNames() {
   std::vector<std::string> names;
   for (TComponentList::Walk walk(GuiComponentList); TGuiComponent* root = walk.next();)
@@ -56,13 +44,7 @@ std::vector<std::string> PanelScreen::rootNames() {
   return names;
 }
 
-PanelApplication::PanelApplication() {
-  // Without a GUI module the draw thread ends at once; its place is taken by this thread.
-  setStatus(APP_LOADING);
-  SDL_WaitThread(mpDrawThread.exchange(nullptr), nullptr);
-  ThreadID_DrawThread = SDL_ThreadID();
-  setStatus(APP_STARTUP_GRAPHICS);
-}
+PanelApplication::PanelApplication() { setStatus(APP_STARTUP_GRAPHICS); }
 
 int PanelApplication::_WriteLog(char, TLogType, unsigned long gameId, const std::string& text) {
   EXPECT_EQ(0UL, gameId) << "the program's own lines belong to no game: " << text;
@@ -83,20 +65,13 @@ void PanelApplication::forgetLines() {
 }
 
 void PanelApplication::adopt(PanelScreen* module) {
-  module->TAppModule::Init(this, "GUI1", nullptr, -1);
-  pAppGUI = module;
+  DrawnHere::adopt(module);
   screen = module;
 }
 
 void PanelApplication::destroyGui() {
   screen = nullptr;
-  if (TAppGuiModule* module = TakeGUI()) module->Destroy();
-}
-
-void PanelApplication::asMainThread(const std::function<void()>& step) {
-  ThreadID_DrawThread = 0;
-  step();
-  ThreadID_DrawThread = SDL_ThreadID();
+  DrawnHere::destroyGui();
 }
 
 void PanelApplication::deliver(const std::vector<std::pair<int, xmlrpc_c::value>>& events) {
@@ -160,21 +135,14 @@ void TopScreenHarness::send(int id) { send(id, xmlrpc_c::value_nil()); }
 void TopScreenHarness::frame() {
   mpApplication->asMainThread([this] {
     mpApplication->ProcessActions();
-    mpApplication->ExecuteActions(ACTION_NORMAL);
     mpApplication->ExecuteDeferredMethods();
     mpScreen->mainLogic();
-    mpApplication->ProcessTasks(TASK_NORMAL);
+    mpApplication->ExecuteActionsAndTasks(false);
   });
   SDL_Renderer* to = renderer();
   SDL_SetRenderTarget(to, nullptr);
   SDL_RenderClear(to);
-  const bool running = mpApplication->status() == TApplication::APP_RUNNING;
-  if (running) {
-    mpApplication->ExecuteDeferredDrawMethods(to);
-    mpApplication->ExecuteActions(ACTION_DRAW);
-    mpApplication->ProcessTasks(TASK_DRAW);
-  }
-  mpScreen->drawTree(running);
+  mpScreen->serveAndDraw(mpApplication->status() == TApplication::APP_RUNNING, true);
   SDL_RenderFlush(to);  // as presenting it would
 }
 

@@ -10,6 +10,7 @@
 
 #include "common/Event.h"
 #include "common/TKSLReturnStructures.h"
+#include "tests/support/DrawnHere.h"
 #include "tests/support/FakeClock.h"
 #include "vendelo-sdl2/TGuiComponent.h"
 #include "vesperatopscreen/TopScreenApp.h"
@@ -22,13 +23,12 @@ class PanelScreen : public TopScreenScreen {
   explicit PanelScreen(SDL_Renderer* renderer);
 
   int Load(void*) override;
-  // The loader alone, or logic and drawing of all visible roots, as in a frame of the running program.
-  void drawTree(bool running);
   // Names of the root components, rear-most first.
   std::vector<std::string> rootNames();
 
   using TAppGuiModule::mFPS;
   using TAppGuiModule::mFPS_noVsync;
+  using TAppGuiModule::serveAndDraw;
   using TopScreenScreen::mpInfo;
   using TopScreenScreen::pDemoBackground;
   using TopScreenScreen::pInstructionsPanel;
@@ -38,9 +38,9 @@ class PanelScreen : public TopScreenScreen {
   using TopScreenScreen::pPaytablesPanel;
 };
 
-// The program's own application without a service, its log kept in memory. The constructing thread counts as the
-// draw thread, but inside asMainThread. Starts in APP_STARTUP_GRAPHICS, so that the first good data end the loader.
-class PanelApplication : public TopScreenApp {
+// The program's own application without a service, its log kept in memory. Starts in APP_STARTUP_GRAPHICS, so that
+// the first good data end the loader.
+class PanelApplication : public DrawnHere<TopScreenApp> {
  public:
   PanelApplication();
 
@@ -51,8 +51,6 @@ class PanelApplication : public TopScreenApp {
 
   void adopt(PanelScreen* module);
   void destroyGui();
-  // What the step defers to the draw thread waits for the next frame, as in the program.
-  void asMainThread(const std::function<void()>& step);
   // Events as one poll of the client delivers them, and what follows from them.
   void deliver(const std::vector<std::pair<int, xmlrpc_c::value>>& events);
 
@@ -94,7 +92,7 @@ class TopScreenHarness {
   void send(int id, const xmlrpc_c::value& value);
   void send(int id);
 
-  // One pass of the main loop, then one frame.
+  // One pass of the main loop, then one frame, both as in the running program.
   void frame();
   // Time passes in steps of 20 ms with a frame each; the last step is the rest.
   void frames(Uint32 milliseconds);

@@ -1,35 +1,10 @@
 #include "tests/support/WidgetHarness.h"
 
-#include "vendelo-sdl2/TGuiComponent.h"
-
 using namespace vendelo_sdl2;
-
-HarnessApplication::HarnessApplication() {
-  // Without a GUI module the draw thread ends at once; its place is taken by this thread.
-  setStatus(APP_LOADING);
-  SDL_WaitThread(mpDrawThread.exchange(nullptr), nullptr);
-  ThreadID_DrawThread = SDL_ThreadID();
-}
-
-void HarnessApplication::adopt(TAppGuiModule* module) {
-  module->TAppModule::Init(this, "GUI1", nullptr, -1);
-  pAppGUI = module;
-}
-
-void HarnessApplication::destroyGui() {
-  if (TAppGuiModule* module = TakeGUI()) module->Destroy();
-}
 
 HarnessGuiModule::HarnessGuiModule(SDL_Renderer* renderer) {
   SetRenderer(renderer);
   SetRendererStatic(renderer);
-}
-
-void HarnessGuiModule::drawTree() {
-  for (TComponentList::Walk walk(GuiComponentList); TGuiComponent* root = walk.next();)
-    if (root->isVisible()) root->drawLogic();
-  for (TComponentList::Walk walk(GuiComponentList); TGuiComponent* root = walk.next();)
-    if (root->isVisible()) root->draw();
 }
 
 WidgetHarness::WidgetHarness(int width, int height)
@@ -61,16 +36,7 @@ void WidgetHarness::frame() {
   SDL_SetRenderDrawColor(to, mBackdrop.r, mBackdrop.g, mBackdrop.b, mBackdrop.a);
   SDL_RenderClear(to);
   SDL_SetRenderDrawColor(to, r, g, b, a);
-  mpApplication->ExecuteDeferredDrawMethods(to);
-  mpApplication->ExecuteActions(ACTION_DRAW);
-  mpApplication->ProcessTasks(TASK_DRAW);
-  mpModule->drawTree();
-}
-
-void WidgetHarness::mainPass() {
-  mpApplication->ExecuteDeferredMethods();
-  mpModule->mainLogic();
-  mpApplication->ProcessTasks(TASK_NORMAL);
+  mpModule->serveAndDraw(true, true);
 }
 
 SDL_Texture* WidgetHarness::makeTexture(int width, int height, SDL_Color colour) {

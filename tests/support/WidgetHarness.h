@@ -2,24 +2,16 @@
 
 #include <SDL.h>
 
+#include "tests/support/DrawnHere.h"
 #include "vendelo-sdl2/TAppGuiModule.h"
 #include "vendelo-sdl2/TApplication.h"
 
-// The smallest application: no window, no loop. Its own draw thread has ended by the time the constructor returns,
-// and the constructing thread counts as the draw thread as well as the main thread from then on. The state is
-// APP_LOADING; setStatus moves it on at the test's will.
-class HarnessApplication : public vendelo_sdl2::TApplication {
+// The smallest application: no window, no logic.
+class HarnessApplication : public DrawnHere<vendelo_sdl2::TApplication> {
  public:
-  HarnessApplication();
-
   int Init() override { return 0; }
   int RunOnce() override { return 0; }
   int DrawOnce() override { return 0; }
-
-  // Makes the module the application's GUI, under the name "GUI1".
-  void adopt(vendelo_sdl2::TAppGuiModule* module);
-  // Destroys the GUI module, as the teardown does.
-  void destroyGui();
 };
 
 // A GUI module whose renderer paints into a surface.
@@ -29,8 +21,7 @@ class HarnessGuiModule : public vendelo_sdl2::TAppGuiModule {
   explicit HarnessGuiModule(SDL_Renderer* renderer);
 
   int Load(void*) override { return 0; }
-  // drawLogic() of all visible roots, then draw() of all visible roots, as a frame of the running program does.
-  void drawTree();
+  using TAppGuiModule::serveAndDraw;
 };
 
 // Application, module and software renderer for tests of components: no X server, no window, one thread.
@@ -61,11 +52,8 @@ class WidgetHarness {
     return static_cast<T*>(mpModule->AddComponent(component));
   }
 
-  // One frame: deferred draw methods, draw actions and draw tasks, then all logic, then all drawing, on the
-  // backdrop.
+  // One frame as in the running program, on the backdrop.
   void frame();
-  // What the main thread does between frames: deferred methods, component logic, normal tasks.
-  void mainPass();
   // The colour under the picture of the next frames; a dark blue at first.
   void setBackdrop(SDL_Color colour) { mBackdrop = colour; }
 
