@@ -116,11 +116,6 @@ bool TParamMan::TOrder::operator()(const TParamKey& Left, TParamList::iterator R
   return byName != 0 ? byName < 0 : Left.second.compare((*Right)->GetRawDomain()) < 0;
 }
 
-bool TParamMan::TOrder::operator()(TParamList::iterator Left, const TParamKey& Right) const {
-  const int byName = (*Left)->Name().compare(Right.first);
-  return byName != 0 ? byName < 0 : (*Left)->GetRawDomain().compare(Right.second) < 0;
-}
-
 TParamMan::TParamList::iterator TParamMan::InsertSorted(TAppParam* pParam) {
   const auto behind = mIndex.upper_bound(TParamKey(pParam->Name(), pParam->GetRawDomain()));
   const auto place = ParamList.insert(behind == mIndex.end() ? ParamList.end() : *behind, pParam);
@@ -207,8 +202,7 @@ TAppParam* TParamMan::GetExactParam(const std::string& ClientIP, const std::stri
   Parameter answer;
   try {
     answer = OnRequestValue(requestAddress, ParamName);
-  } catch (...) {
-    answer = Parameter();
+  } catch (...) {  // is no answer
   }
   if (!answer.IsNull() && (answer.Domain(ClientIP) & readMode) != 0)
     return LoadAnswer(ClientIP, ParamName, readMode, cacheMode, answer);

@@ -162,7 +162,6 @@ class TParamMan {
     using is_transparent = void;
     bool operator()(TParamList::iterator Left, TParamList::iterator Right) const;
     bool operator()(const TParamKey& Left, TParamList::iterator Right) const;
-    bool operator()(TParamList::iterator Left, const TParamKey& Right) const;
   };
 
   template <class T>

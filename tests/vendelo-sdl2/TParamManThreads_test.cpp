@@ -14,7 +14,7 @@ constexpr ParameterReadWriteMode MINE = PARAM_READ_MINE_WRITE_MINE;
 constexpr ParameterReadWriteMode ASKING = PARAM_READ_NOCACHE_MINE_WRITE_MINE;
 constexpr ParameterReadWriteMode DOWN_TO_MINE = PARAM_READ_MINE_OR_GROUP_OR_GLOBAL_WRITE_GLOBAL;
 
-// A store whose persistent side has nothing, and lets others in while it is asked.
+// A store whose persistent side has nothing unless the test says so, and lets others in while it is asked.
 struct Asked : Store {
   Parameter OnRequestValue(const std::string& address, const std::string& name) override {
     std::function<void()> meanwhile;
@@ -24,7 +24,7 @@ struct Asked : Store {
       meanwhile = std::exchange(onRequest, nullptr);
     }
     if (meanwhile) std::thread(meanwhile).join();
-    return Parameter();
+    return answer;
   }
   void OnStoreValues(const std::list<TAppParam*>& params) override { Store::OnStoreValues(params); }
 
@@ -96,6 +96,20 @@ TEST_F(ParamsAtOnce, AMoreGeneralValueThatComesDuringTheQuestionGetsItsBoundEntr
   EXPECT_EQ(ours->GetRawDomain(), "hall_7");
   EXPECT_TRUE(ours->IsBound());
   EXPECT_EQ(ours->Value(), "theirs");
+}
+
+TEST_F(ParamsAtOnce, TheStoresAnswerStandsApartFromAMoreGeneralValueThatComesDuringTheQuestion) {
+  store.answerWith("hall_7", "answer");
+  TAppParam* global = nullptr;
+  store.onRequest = [&] { global = store.SetParam("n", "theirs", PARAM_GLOBAL, "", "", false); };
+  TAppParam* const ours = store.GetParam("n", PARAM_MASK_ALL);
+  EXPECT_EQ(ours->GetRawDomain(), "hall_7");
+  EXPECT_EQ(ours->Value(), "answer");
+  EXPECT_FALSE(ours->IsBound());
+  ASSERT_NE(global, nullptr);
+  EXPECT_EQ(global->Value(), "theirs");
+  global->SetValue("later");
+  EXPECT_EQ(ours->Value(), "answer");
 }
 
 TEST_F(ParamsAtOnce, AValueAtAnAddressThatIsNotReadIsKeptToo) {
