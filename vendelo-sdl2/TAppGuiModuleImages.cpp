@@ -96,9 +96,8 @@ SDL_Surface* TAppGuiModule::CreateSurface(SDL_Surface*, int width, int height, i
 SDL_Surface* TAppGuiModule::SubSurface(SDL_Surface* pSrc, int x, int y, int w, int h) {
   if (!pSrc) return nullptr;
   SDL_Surface* surface = CreateSurface(pSrc, w, h, 1, 255, 0, 255, 32);
-  if (!surface) return nullptr;
   SDL_Rect rect{x, y, w, h};
-  SDL_BlitSurface(pSrc, &rect, surface, nullptr);
+  SDL_BlitSurface(pSrc, &rect, surface, nullptr);  // refuses to draw to none
   return surface;
 }
 

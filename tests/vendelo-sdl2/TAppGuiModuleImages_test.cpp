@@ -206,6 +206,16 @@ TEST_F(AppGuiModule, SurfacesAreKeyedAndFilled) {
   SDL_FreeSurface(source);
 }
 
+TEST_F(AppGuiModule, AnImpossibleSizeIsNoSurface) {
+  for (const auto& [w, h] : {std::pair{-1, 3}, {3, -1}}) {
+    EXPECT_EQ(nullptr, TAppGuiModule::CreateSurface(nullptr, w, h, 0, 255, 0, 255, 8));
+    SDL_Surface* source = TAppGuiModule::CreateSurface(nullptr, 8, 8, 0, 0, 0, 0, 8);
+    ASSERT_NE(nullptr, source);
+    EXPECT_EQ(nullptr, TAppGuiModule::SubSurface(source, 0, 0, w, h));
+    SDL_FreeSurface(source);
+  }
+}
+
 TEST_F(AppGuiModule, LoadImageKeepsTheLoadedTextureAndMakesAnotherEachTime) {
   const std::string folder = testfont::freshFolder("AppGuiModule_LoadImageTwice");
   testfont::writePicture(folder + "a.png", 6, 4, {10, 20, 30, 128});

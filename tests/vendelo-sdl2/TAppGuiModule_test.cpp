@@ -72,6 +72,14 @@ TEST_F(AppGuiModule, LoadTakesTheDisplayOfTheParameter) {
   EXPECT_LE(module->selected_screen, 2);
 }
 
+TEST_F(AppGuiModule, AParameterWithoutANumberMeansTheFirstDisplay) {
+  TestModule::Displays = {{0, 0, 100, 50}, {100, 0, 80, 60}};
+  setScreenIndex("");
+  module->selected_screen = -1;
+  EXPECT_EQ(0, module->Load(nullptr));
+  EXPECT_EQ(1, module->selected_screen) << "they are counted from 1";
+}
+
 TEST_F(AppGuiModule, AnyChosenNumberIsADisplay) {
   TestModule::Displays = {{0, 0, 100, 50}, {100, 0, 80, 60}};
   const int least = std::numeric_limits<int>::min(), largest = std::numeric_limits<int>::max();
