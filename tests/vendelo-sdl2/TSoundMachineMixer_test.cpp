@@ -1,4 +1,5 @@
 // What the log says of a mixer of another version and of other devices than this machine has.
+#include <dlfcn.h>
 #include <algorithm>
 #include <optional>
 
@@ -15,6 +16,7 @@ struct Spec {
   int outputs;
 };
 std::optional<Spec> device;
+bool leavesChannelsSilent = false;
 
 }  // namespace
 
@@ -27,6 +29,14 @@ extern "C" int Mix_QuerySpec(int* rate, Uint16* format, int* outputs) {
   *format = device->format;
   *outputs = device->outputs;
   return 1;
+}
+
+// As of a mixer whose new channels are not at their full volume.
+extern "C" int Mix_AllocateChannels(int channels) {
+  const auto real = reinterpret_cast<int (*)(int)>(dlsym(RTLD_NEXT, "Mix_AllocateChannels"));
+  const int allocated = real(channels);
+  if (leavesChannelsSilent && channels > 0) Mix_Volume(-1, 0);
+  return allocated;
 }
 
 namespace vendelo_sdl2 {
@@ -81,6 +91,16 @@ TEST_F(SoundMixer, TheDeviceIsReportedWithRateBitsAndSpeakers) {
     device = row.spec;
     EXPECT_EQ(opened().back(), row.line);
   }
+}
+
+TEST_F(SoundMixer, EveryChannelBeginsAtFullVolume) {
+  leavesChannelsSilent = true;
+  device = Spec{44100, AUDIO_S16SYS, 2};
+  ASSERT_TRUE(app->OpenAudio());
+  settle();
+  leavesChannelsSilent = false;
+  for (int channel = 0; channel < 16; ++channel) EXPECT_EQ(app->GetVolume(channel), 100) << channel;
+  app->CloseAudio();
 }
 
 }  // namespace
