@@ -137,3 +137,12 @@ TEST_F(StatusRequest, WhatAStepHasToRefreshIsOfItsOwnPoll) {
   EXPECT_FALSE(app.updatedGame);
   EXPECT_EQ(2u, app.deferred());
 }
+
+TEST_F(StatusRequest, OneStepReadsEverythingThatHasArrived) {
+  app.hasNoData = false;
+  for (int i = 0; i < 3; ++i) client->deliver({{T_JACKPOT_REFRESH, xmlrpc_c::value_nil()}});
+  client->deliver({{T_GAME_EXITED, xmlrpc_c::value_nil()}});
+  app.RunOnce();
+  EXPECT_TRUE(app.updatedJp);
+  EXPECT_TRUE(app.updatedGame) << "the last one of them";
+}
