@@ -289,6 +289,19 @@ TEST_F(DrawThread, LocksEverybodyOutWhileItDestroysAndNobodyAfterwards) {
   EXPECT_EQ(heldElsewhere(*app), "");
 }
 
+TEST_F(DrawThread, DrawMutexIsFreeOnceTheGuiIsMadeOrCannotBeMade) {
+  struct Refused : StubGui {
+    Refused() { throw std::runtime_error("no window"); }
+  };
+  EXPECT_THROW(app->SetGUI<Refused>(nullptr), std::runtime_error);
+  EXPECT_EQ(heldElsewhere(*app), "");
+  EXPECT_EQ(app->GUI(), nullptr);
+  EXPECT_EQ(app->SetGUI<StubGui>(nullptr), 0);
+  EXPECT_EQ(heldElsewhere(*app), "");
+  app->EndDrawThread();
+  app->Destroy();
+}
+
 TEST_F(DrawThread, GuiIsMadeUnderTheDrawMutexAndStandsBehindTheOtherModules) {
   struct Bare : TAppModule {
     int Load(void*) override { return 0; }
