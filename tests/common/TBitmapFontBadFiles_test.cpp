@@ -163,6 +163,33 @@ TEST_F(BadFonts, EachMissingAttributeIsOneLineAndZero) {
   }
 }
 
+TEST_F(BadFonts, AListThatIsTooShortIsOneLine) {
+  const std::string colour = " backgroundColor=\"";
+  const struct {
+    const char* name;
+    const char* padding;
+    const char* colour;
+    const char* told;
+  } rows[] = {
+    {"short_padding", "1,2,3", "1,2,3,4", "padding"},
+    {"one_padding", "7", "1,2,3,4", "padding"},
+    {"short_colour", "1,2,3,4", "1,2,3", "backgroundColor"},
+    {"both", "1", "1", "padding"},
+    {"whole", "1,2,3,4", "1,2,3,4", nullptr},
+    {"long", "1,2,3,4,5", "1,2,3,4,5", nullptr},
+  };
+  for (const auto& row : rows) {
+    good.padding = row.padding;
+    std::string xml = testfont::toXml(good);
+    xml.insert(xml.find(" padding=\""), colour + row.colour + "\"");
+    make(row.name, xml);
+    const std::string told = row.told ? "4 Font " + folder + row.name + ".fnt: \"" + row.told +
+                                          "\" is missing or too short, taking 0 for it and what else is not there."
+                                      : "";
+    EXPECT_EQ(told, written()) << row.name;
+  }
+}
+
 TEST_F(BadFonts, AMissingOrBrokenPictureDrawsNothing) {
   testfont::writeText(folder + "empty.png", "");
   testfont::writeText(folder + "words.png", "no picture");
