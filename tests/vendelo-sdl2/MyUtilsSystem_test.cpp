@@ -1,4 +1,5 @@
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -111,6 +112,21 @@ TEST_F(SystemTest, OutputOfACommandIsReadToItsEnd) {
   EXPECT_EQ(MyUtils::SystemCmdResult("true"), "");
   EXPECT_EQ(MyUtils::SystemCmdResult("printf '%0300d\\n' 7").size(), 301u);  // longer than one read
   EXPECT_TRUE(commands.empty());
+}
+
+TEST_F(SystemTest, WithoutAPipeACommandHasNoOutputButAnException) {
+  rlimit limit{};
+  ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &limit), 0);
+  const rlimit none{0, limit.rlim_max};  // of further files
+  ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &none), 0);
+  std::string error = "none";
+  try {
+    MyUtils::SystemCmdResult("echo x");
+  } catch (const std::runtime_error& thrown) {
+    error = thrown.what();
+  }
+  ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &limit), 0);
+  EXPECT_EQ(error, "popen() failed!");
 }
 
 TEST_F(SystemTest, FolderExistsMeansADirectory) {
