@@ -1,0 +1,266 @@
+// What the client gives back of the things that it makes: semaphores, mutexes, states of errors, requests, records.
+#include <dlfcn.h>
+#include <gtest/gtest.h>
+#include <malloc.h>
+
+#include <map>
+#include <mutex>
+#include <xmlrpc-c/girerr.hpp>
+
+#include "LinkTestSupport.h"
+#include "common/TKSLReturnStructures.h"
+
+using linktest::errorStruct;
+using linktest::faultXml;
+using linktest::replyXml;
+using linktest::TestClient;
+
+namespace {
+
+// What was made and not yet given back, by its kind and address.
+class Alive {
+ public:
+  void add(const char* kind, const void* thing) {
+    const std::lock_guard<std::mutex> lock(mMutex);
+    ++mCounts[{kind, thing}];
+  }
+  void remove(const char* kind, const void* thing) {
+    const std::lock_guard<std::mutex> lock(mMutex);
+    const auto found = mCounts.find({kind, thing});
+    if (found != mCounts.end() && --found->second == 0) {
+      mCounts.erase(found);
+    }
+  }
+  std::map<std::string, int> kinds() const {
+    const std::lock_guard<std::mutex> lock(mMutex);
+    std::map<std::string, int> sums;
+    for (const auto& [key, count] : mCounts) {
+      sums[key.first] += count;
+    }
+    return sums;
+  }
+
+ private:
+  mutable std::mutex mMutex;
+  std::map<std::pair<std::string, const void*>, int> mCounts;
+};
+
+Alive& alive() {
+  static auto& all = *new Alive;
+  return all;
+}
+
+template <class F>
+F next(const char* name) {
+  return reinterpret_cast<F>(dlsym(RTLD_NEXT, name));
+}
+
+}  // namespace
+
+// In front of the libraries' own.
+extern "C" SDL_sem* SDL_CreateSemaphore(Uint32 value) {
+  SDL_sem* made = next<SDL_sem* (*)(Uint32)>("SDL_CreateSemaphore")(value);
+  alive().add("semaphore", made);
+  return made;
+}
+extern "C" void SDL_DestroySemaphore(SDL_sem* semaphore) {
+  alive().remove("semaphore", semaphore);
+  next<void (*)(SDL_sem*)>("SDL_DestroySemaphore")(semaphore);
+}
+extern "C" SDL_mutex* SDL_CreateMutex(void) {
+  SDL_mutex* made = next<SDL_mutex* (*)()>("SDL_CreateMutex")();
+  alive().add("mutex", made);
+  return made;
+}
+extern "C" void SDL_DestroyMutex(SDL_mutex* mutex) {
+  alive().remove("mutex", mutex);
+  next<void (*)(SDL_mutex*)>("SDL_DestroyMutex")(mutex);
+}
+// A state of errors without an error holds nothing.
+extern "C" void xmlrpc_env_set_fault(xmlrpc_env* env, int code, const char* text) {
+  alive().add("fault", env);
+  next<void (*)(xmlrpc_env*, int, const char*)>("xmlrpc_env_set_fault")(env, code, text);
+}
+extern "C" void xmlrpc_env_clean(xmlrpc_env* env) {
+  alive().remove("fault", env);
+  next<void (*)(xmlrpc_env*)>("xmlrpc_env_clean")(env);
+}
+
+namespace {
+
+class TKSLClientMemory : public testing::Test {
+ protected:
+  const std::map<std::string, int> mBefore = alive().kinds();
+  void expectNothingLeft() { EXPECT_EQ(mBefore, alive().kinds()); }
+
+  // What a round leaves on the heap when it is done again and again.
+  template <class F>
+  static double leftByEach(F round) {
+    constexpr int Rounds = 500;
+    for (int n = 0; n < 20; ++n) {
+      round();
+    }
+    const auto before = static_cast<long>(mallinfo2().uordblks);
+    for (int n = 0; n < Rounds; ++n) {
+      round();
+    }
+    return static_cast<double>(static_cast<long>(mallinfo2().uordblks) - before) / Rounds;
+  }
+};
+
+}  // namespace
+
+TEST_F(TKSLClientMemory, AClientThatNeverStartedLeavesNothing) {
+  { TestClient client(3); }
+  expectNothingLeft();
+}
+
+TEST_F(TKSLClientMemory, AStartedClientLeavesNothing) {
+  {
+    TestClient client(0);
+    ASSERT_EQ(0, client.Start(true, 0));
+  }
+  expectNothingLeft();
+}
+
+TEST_F(TKSLClientMemory, AStartThatNobodyAskedAboutLeavesNothing) {
+  {
+    TestClient client(0);
+    ASSERT_EQ(0, client.Start(false, 0));
+  }
+  expectNothingLeft();
+}
+
+TEST_F(TKSLClientMemory, AnotherStartLeavesNothingOfTheOneBefore) {
+  {
+    TestClient client(0);
+    for (int n = 0; n < 3; ++n) {
+      ASSERT_EQ(0, client.Start(false, 0));
+      EXPECT_EQ(0, client.Stop());
+    }
+    EXPECT_EQ(0, client.Restart());
+  }
+  expectNothingLeft();
+}
+
+TEST_F(TKSLClientMemory, TheAnswerToTheQuestionAboutTheStartTakesItsSemaphore) {
+  {
+    TestClient client(0);
+    ASSERT_EQ(0, client.Start(false, 0));
+    ASSERT_TRUE(client.pollUntil([&] { return client.IsRegistered(); }));
+    EXPECT_EQ(nullptr, client.InitSemaphore);
+  }
+  expectNothingLeft();
+}
+
+TEST_F(TKSLClientMemory, ARefusedStartLeavesNothing) {
+  {
+    TestClient client(0);
+    client.wire.answer("topscreen.init", replyXml(errorStruct(E_INIT_REJECTED, "no")));
+    EXPECT_EQ(-1, client.Start(true, 0));
+  }
+  expectNothingLeft();
+}
+
+TEST_F(TKSLClientMemory, EveryFaultOfACallIsGivenBack) {
+  {
+    TestClient client(0);
+    const std::function<std::string(const std::string&)> answers[] = {
+      [](const std::string&) -> std::string { throw girerr::error("refused"); },
+      [](const std::string&) { return faultXml(-504, "down"); },
+      [](const std::string&) { return faultXml(3, "no"); },
+      [](const std::string&) { return replyXml(errorStruct(5, "no")); },
+      [](const std::string&) { return replyXml("<string>no number</string>"); },
+      [](const std::string&) { return replyXml("<int>5</int>"); },
+    };
+    for (const auto& answer : answers) {
+      client.wire.answer("game.pushEvents", answer);
+      client.SendRequestSync(M_PUSHEVENTS, KSLCallback(), "(i)", 1);
+    }
+    client.SendRequestSync(M_PUSHEVENTS, KSLCallback(), "(i", 1);
+    client.SendRequest(M_PUSHEVENTS, 0, KSLCallback(), "i)", 1);
+    client.PushEvent(static_cast<KSLGameEvent>(1), "is", 1, "two");
+    EXPECT_EQ(0U, client.dropCalls());
+  }
+  expectNothingLeft();
+}
+
+namespace {
+
+// Answers every call alike and forgets it.
+class Forgetful : public linktest::FakeTransport {
+ public:
+  void call(xmlrpc_c::carriageParm* const, std::string const&, std::string* const responseXmlP) override {
+    *responseXmlP = reply;
+  }
+  std::string reply;
+};
+
+constexpr double Nothing = 16;  // less than the smallest piece
+
+const std::string Long(200, 'x');
+
+}  // namespace
+
+TEST_F(TKSLClientMemory, SynchronousCallsLeaveNothingOnTheHeap) {
+  auto* wire = new Forgetful;
+  TestClient client(wire, 0);
+  client.SetListener(nullptr);  // it would keep what it hears
+  const auto call = [&] { client.SendRequestSync(M_PUSHEVENTS, KSLCallback(), "(s)", Long.c_str()); };
+  for (const std::string& reply : {replyXml("<int>5</int>"), replyXml("<string>" + Long + "</string>"),
+                                   faultXml(3, Long), replyXml(errorStruct(5, Long)), std::string("no XML")}) {
+    wire->reply = reply;
+    EXPECT_LT(leftByEach(call), Nothing) << reply;
+  }
+  EXPECT_LT(leftByEach([&] { client.SendRequestSync(M_PUSHEVENTS, KSLCallback(), "(ss", Long.c_str(), "x"); }),
+            Nothing);
+  EXPECT_LT(leftByEach([&] { client.SendRequestSync(M_PUSHEVENTS, KSLCallback(), "ss", Long.c_str(), "x"); }),
+            Nothing);
+}
+
+TEST_F(TKSLClientMemory, WhatIsQueuedGoesWithTheClient) {
+  const auto round = [] {
+    TestClient client(new Forgetful, 0);
+    client.SendRequest(M_SETPARAM, 0, KSLCallback(), "(s)", Long.c_str());
+    client.SendRequest(M_PLATFORM_STATUS, 0, KSLCallback(), "");
+    client.mResponseQueue.push({M_SETPARAM, KSLCallback(), new KSLError(E_INTERNAL_ERROR, Long), true, 1});
+    auto* record = new GetParamResponseData(xmlrpc_c::value_string(Long));
+    client.mResponseQueue.push({M_GETPARAM, KSLCallback(), record, false, 2});
+  };
+  EXPECT_LT(leftByEach(round), Nothing);
+}
+
+TEST_F(TKSLClientMemory, EventsOfOnePackageAreMovedNotCopied) {
+  const auto round = [] {
+    TestClient client(new Forgetful, 0);
+    for (int n = 0; n < 40; ++n) {
+      client.PushEvent(static_cast<KSLGameEvent>(n), "s", Long.c_str());
+    }
+    EXPECT_EQ(2U, client.mCallQueue.size());
+  };
+  EXPECT_LT(leftByEach(round), Nothing);
+}
+
+TEST_F(TKSLClientMemory, AQuestionForEventsThatIsAskedAlreadyIsDropped) {
+  TestClient client(new Forgetful, 0);
+  client.SendRequest(M_POPEVENTS, 2, KSLCallback(), "(s)", Long.c_str());
+  EXPECT_LT(leftByEach([&] { client.SendRequest(M_POPEVENTS, 2, KSLCallback(), "(s)", Long.c_str()); }), Nothing);
+  EXPECT_EQ(1U, client.mCallQueue.size());
+}
+
+TEST_F(TKSLClientMemory, ACallThatTheThreadSentIsFreedAndSoIsItsAnswer) {
+  auto* wire = new Forgetful;
+  TestClient client(wire, 0);
+  wire->reply = linktest::initReply(7);
+  ASSERT_TRUE(client.startRegistered());
+  client.TogglePopRequests(false);
+  wire->reply = replyXml("<string>" + Long + "</string>");
+  int answers = 0;
+  const auto count = [&answers](void*, bool) { return ++answers; };
+  const auto round = [&] {
+    const int before = answers;
+    client.SendRequest(M_GETPARAM, 0, count, "(s)", Long.c_str());
+    ASSERT_TRUE(client.pollUntil([&] { return answers > before; }));
+  };
+  EXPECT_LT(leftByEach(round), Nothing);
+}
