@@ -79,7 +79,6 @@ void TApplication::AddEventListener(TAppModule* pModule, bool InsertFirst) {
 
 // A listener may remove itself, or another one, while an event is shown to it: the walk goes on behind the removed.
 void TApplication::RemoveEventListener(TAppModule* pModule) {
-  if (!pModule) return;
   for (auto listener = EventListenerList.begin(); listener != EventListenerList.end();) {
     if (*listener != pModule) {
       ++listener;

@@ -94,6 +94,32 @@ TEST_F(EventPump, ListenersMayLeaveDuringTheWalk) {
   EXPECT_EQ(first.requests.size(), 1u);
 }
 
+TEST_F(EventPump, AListenerMayLeaveFromAnyPlace) {
+  for (const size_t leaving : {0, 1, 2}) {
+    Listener all[3];
+    for (Listener& listener : all) app->AddEventListener(&listener, false);
+    app->RemoveEventListener(&all[leaving]);
+    app->RemoveEventListener(&all[leaving]);  // is not there any more
+    app->PostSDLUserEvent(5, nullptr, nullptr);
+    EXPECT_EQ(app->ProcessNextEvent(), 1);
+    for (size_t i = 0; i < 3; ++i) EXPECT_EQ(all[i].requests.size(), i == leaving ? 0u : 1u) << leaving << i;
+    app->ClearAllEventListeners();
+  }
+}
+
+TEST_F(EventPump, OneThatLeavesDuringTheWalkTakesNobodysTurn) {
+  for (const size_t leaving : {0, 3}) {  // shown already, and not the next one
+    Listener all[4];
+    for (Listener& listener : all) app->AddEventListener(&listener, false);
+    all[1].onEvent = [&] { app->RemoveEventListener(&all[leaving]); };
+    app->PostSDLUserEvent(5, nullptr, nullptr);
+    EXPECT_EQ(app->ProcessNextEvent(), 1);
+    for (size_t i = 0; i < 3; ++i) EXPECT_EQ(all[i].requests.size(), 1u) << leaving << i;
+    EXPECT_EQ(all[3].requests.size(), leaving == 3 ? 0u : 1u);
+    app->ClearAllEventListeners();
+  }
+}
+
 TEST_F(EventPump, QuitPostsAPressAndNoRelease) {
   app->Quit();
   EXPECT_EQ(app->ProcessNextEvent(), 1);
