@@ -117,6 +117,15 @@ TEST_F(Params, AnAnswerOutsideTheModeOrAnExceptionIsNoAnswer) {
             "PARAM: No parameter named 'n' for ID 'hall_7' exists!\n");
 }
 
+TEST_F(Params, AnAnswerOfNobodyIsPrintedAndNoAnswer) {
+  store.answerWith("", "value");
+  TAppParam* got = nullptr;
+  EXPECT_EQ(Captured([&] { got = store.GetParam("n", PARAM_MASK_ALL); }),
+            "application::Parameter \"n\" domain cannot be CACHE.\n");
+  EXPECT_EQ(got, pVoidParam);
+  EXPECT_EQ(store.GetParamFromCache("n", PARAM_MASK_ALL, false), pVoidParam);
+}
+
 TEST_F(Params, AnEmptyClientReadsTheGlobalDomainOnly) {
   store.answerWith("GLOBAL", "1");
   EXPECT_EQ(store.GetExactParam("", "n", PARAM_MASK_NO_CACHE)->GetRawDomain(), "GLOBAL");
