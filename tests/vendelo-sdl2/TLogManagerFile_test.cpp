@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <cstring>
 #include <iterator>
 
 #include "tests/vendelo-sdl2/TLogManagerFixture.h"
@@ -252,6 +253,24 @@ TEST_F(TLogManagerTest, ManyLinesReachTheFileBeforeItIsFlushed) {
   for (int i = 0; i < 100; ++i) manager.WriteLog(0, 0, "%01000d", i);
   manager.Poll();
   EXPECT_GT(fs::file_size(dated("app")), 50000u);
+}
+
+TEST_F(TLogManagerTest, EightKilobytesAreNotKeptBack) {
+  TLogManager manager;
+  init(manager);
+  manager.FlushFile();
+  const auto sizeAfter = [&](size_t length) {  // of a line that is so long in the file
+    manager.WriteLog(std::string(length - 24 - std::strlen(": \n"), 'x'));
+    manager.Poll();
+    return fs::file_size(dated("app"));
+  };
+  const auto before = fs::file_size(dated("app"));
+  EXPECT_EQ(sizeAfter(8191), before);
+  manager.FlushFile();
+  EXPECT_EQ(fs::file_size(dated("app")), before + 8191);
+  EXPECT_EQ(sizeAfter(8192), before + 8191 + 8192);
+  EXPECT_EQ(sizeAfter(100), before + 8191 + 8192);
+  EXPECT_EQ(sizeAfter(8092), before + 8191 + 2 * 8192) << "of several lines";
 }
 
 TEST_F(TLogManagerTest, AManagerThatDiesWithoutDestroyLeavesNoLineBehind) {
