@@ -288,7 +288,7 @@ void TControlCyphers3::swapSeparators() {
 
 void TControlCyphers3::releaseTextures() {
   for (SDL_Texture** texture : {&mpCyphers, &mpDot, &mpComma}) {
-    if (*texture) SDL_DestroyTexture(*texture);
+    SDL_DestroyTexture(*texture);
     *texture = nullptr;
   }
   mSeparatorsSwapped = false;

@@ -47,7 +47,7 @@ void TControlCyphers3::SetFont(TBitmapFont* font) {
   if (!font || !renderer) return;
   releaseTextures();
   mFontName = font->Name();
-  mDotRect = mCommaRect = SDL_Rect{0, 0, 0, 0};
+  mDotRect = mCommaRect = SDL_Rect{};
   mGlyphWidth = font->MaxGlyphWidth();
   mGlyphHeight = font->MaxGlyphHeight();
   mpCyphers = TAppGuiModule::CreateLayer(nullptr, mGlyphWidth, mGlyphHeight * stripRows, 0, 0, 0, 0, 16);
@@ -89,7 +89,7 @@ void TControlCyphers3::SetFont(TTF_Font* font, SDL_Color color) {
   if (!font || !renderer) return;
   releaseTextures();
   mFontName.clear();
-  mDotRect = mCommaRect = SDL_Rect{0, 0, 0, 0};
+  mDotRect = mCommaRect = SDL_Rect{};
   mGlyphWidth = 0;
   for (Uint16 c = '0'; c <= '9'; ++c) {
     int minx = 0, maxx = 0;
@@ -131,7 +131,7 @@ void TControlCyphers3::SetFont(TTF_Font* font, SDL_Color color) {
 
 SDL_Texture* TControlCyphers3::GlyphOfFont(TTF_Font* font, SDL_Color color, char charCode,
                                            SDL_Rect* boundsOut) const {
-  SDL_Rect bounds{0, 0, 0, 0};
+  SDL_Rect bounds{};
   SDL_Texture* texture = nullptr;
   const Uint16 codePoint = static_cast<unsigned char>(charCode);
   if (font && TTF_GlyphIsProvided(font, codePoint)) {

@@ -23,9 +23,7 @@ TGlyphLabel::TGlyphLabel(SDL_Renderer* pRenderer, int x, int y, int width, int h
   : TGlyphLabel(pRenderer, x, y, width, height, std::string(), std::move(bitmapFontXML), std::move(ComponentName)) {
 }
 
-TGlyphLabel::~TGlyphLabel() {
-  if (mpTargetTexture) SDL_DestroyTexture(mpTargetTexture);
-}
+TGlyphLabel::~TGlyphLabel() { SDL_DestroyTexture(mpTargetTexture); }
 
 void TGlyphLabel::SetText(std::string text) { mNewText = std::move(text); }
 
@@ -69,14 +67,13 @@ void TGlyphLabel::SetResizeFactor(double x, double y) {
 }
 
 int TGlyphLabel::GetCharCode(std::string text) const {
-  text.resize(text.size() + 4);  // a sequence that the end cuts reads zeros
   return MyUtils::GetUTF8CodePoint(text.c_str(), nullptr);
 }
 
 void TGlyphLabel::UpdateCachedTextures() {
   if (!mSomethingChanged && mText == mNewText && mpTargetTexture) return;
   mText = mNewText;
-  if (mpTargetTexture) SDL_DestroyTexture(mpTargetTexture);
+  SDL_DestroyTexture(mpTargetTexture);
   mpTargetTexture = nullptr;
   mSomethingChanged = false;
   if (mText.empty() || !mFont) return;
@@ -93,7 +90,7 @@ void TGlyphLabel::OnTexturesLost() {
 void TGlyphLabel::draw() {
   if (!mVisible) return;
   UpdateCachedTextures();
-  if (mText.empty() || !mpTargetTexture) return;
+  if (!mpTargetTexture) return;
 
   SDL_Rect dst = mDestRect;
   if (mpParent) {
@@ -154,7 +151,7 @@ Uint32 TGlyphLabel::getpixel(SDL_Surface* surface, int x, int y) {
 
 void TGlyphLabel::putpixel(SDL_Surface* surface, int x, int y, Uint32 pixel, bool) {
   const Uint8 size = surface->format->BytesPerPixel;
-  if (size < 1 || size > 4) return;
+  if (size > 4) return;
   Uint8* start = static_cast<Uint8*>(surface->pixels) + static_cast<ptrdiff_t>(y) * surface->pitch +
                  static_cast<ptrdiff_t>(x) * size;
   for (int i = 0; i < size; ++i) start[i] = static_cast<Uint8>(pixel >> (8 * i));

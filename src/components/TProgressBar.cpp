@@ -42,19 +42,19 @@ TProgressBar::TProgressBar(SDL_Renderer* Render, int x, int y, int width, int he
     mPrevY(unset) {}
 
 TProgressBar::~TProgressBar() {
-  if (mpEmptyImage) SDL_DestroyTexture(mpEmptyImage);
-  if (mpFullImage) SDL_DestroyTexture(mpFullImage);
+  SDL_DestroyTexture(mpEmptyImage);
+  SDL_DestroyTexture(mpFullImage);
 }
 
 void TProgressBar::SetEmptyImage(std::string file) {
-  if (mpEmptyImage) SDL_DestroyTexture(mpEmptyImage);
+  SDL_DestroyTexture(mpEmptyImage);
   mpEmptyImage = MyUtils::LoadTexture(GetRenderer(), file);
 }
 
 void TProgressBar::SetFullImage(std::string file) { SetFullImage(MyUtils::LoadTexture(GetRenderer(), file)); }
 
 void TProgressBar::SetFullImage(SDL_Texture* texture) {
-  if (mpFullImage && mpFullImage != texture) SDL_DestroyTexture(mpFullImage);
+  if (mpFullImage != texture) SDL_DestroyTexture(mpFullImage);
   mpFullImage = texture;
   SDL_QueryTexture(mpFullImage, nullptr, nullptr, &mTextureBarW, &mTextureBarH);
 }
@@ -66,7 +66,7 @@ void TProgressBar::SetPosition(int iPosition, bool Animate) {
     return;
   }
   mTargetPos = std::clamp(iPosition, 0, 100);
-  if (!AnimateFullUp && mCurrentPos == 0.0 && mTargetPos != 0) mCurrentPos = mTargetPos;
+  if (!AnimateFullUp && mCurrentPos == 0.0) mCurrentPos = mTargetPos;
 }
 
 void TProgressBar::SetMax(int) {}
@@ -84,23 +84,18 @@ void TProgressBar::AnimateTask() {
   } else {
     _blinkParameter = true;
   }
-  const bool rising = mStep > 0.0;
-  mCurrentPos += mStep;
-  if (rising ? mCurrentPos > mTargetPos : mCurrentPos < mTargetPos) mCurrentPos = mTargetPos;
+  mCurrentPos += mStep;  // a part of the way: it does not overshoot
 }
 
 void TProgressBar::draw() {
   AnimateTask();
-  if (mCurrentPos <= 0.0)
-    widthON = 0;
-  else if (mCurrentPos > 99.0)
-    widthON = mTextureBarW;
-  else
+  widthON = mTextureBarW;
+  if (mCurrentPos <= 99.0)
     widthON = std::clamp(static_cast<int>(mCurrentPos * mTextureBarW / 100.0), 0, mTextureBarW);
 
   TGuiComponent* const place = mpParent ? mpParent : this;
   const int x = place->getX(), y = place->getY();
-  if (mPrevX == unset && mPrevY == unset) {
+  if (mPrevX == unset) {
     mPrevX = x;
     mPrevY = y;
   }

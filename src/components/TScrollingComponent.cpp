@@ -36,9 +36,7 @@ TScrollingComponent::TScrollingComponent(SDL_Renderer* pRenderer, int x, int y, 
   mpTargetTexture = TAppGuiModule::CreateLayer(nullptr, width, height, 0, 0, 0, 0, 32);
 }
 
-TScrollingComponent::~TScrollingComponent() {
-  if (mpTargetTexture) SDL_DestroyTexture(mpTargetTexture);
-}
+TScrollingComponent::~TScrollingComponent() { SDL_DestroyTexture(mpTargetTexture); }
 
 void TScrollingComponent::AddContent(TGuiComponent* content, int index, ContentAlign alignment) {
   if (!AddComponent(content)) return;
@@ -194,11 +192,11 @@ void TScrollingComponent::draw() {
   if (!renderer || !mpTargetTexture) return;
   SDL_Texture* const target = SDL_GetRenderTarget(renderer);
   SDL_SetRenderTarget(renderer, mpTargetTexture);
-  Uint8 r = 0, g = 0, b = 0, a = 0;
-  SDL_GetRenderDrawColor(renderer, &r, &g, &b, &a);
+  SDL_Color old{};
+  SDL_GetRenderDrawColor(renderer, &old.r, &old.g, &old.b, &old.a);
   SDL_SetRenderDrawColor(renderer, 0, 0, 0, 0);
   SDL_RenderClear(renderer);
-  SDL_SetRenderDrawColor(renderer, r, g, b, a);
+  SDL_SetRenderDrawColor(renderer, old.r, old.g, old.b, old.a);
   drawStrip(offset);
   SDL_SetRenderTarget(renderer, target);
   SDL_SetTextureAlphaMod(mpTargetTexture, static_cast<Uint8>(mAlpha & 255));

@@ -22,9 +22,7 @@ SDL_BlendMode blendModeOf(const std::string& name) {
   return SDL_BLENDMODE_NONE;
 }
 
-void freeSurface(TSprite& sprite) {
-  if (SDL_Surface* surface = sprite.surface.exchange(nullptr, std::memory_order_acq_rel)) SDL_FreeSurface(surface);
-}
+void freeSurface(TSprite& sprite) { SDL_FreeSurface(sprite.surface.exchange(nullptr, std::memory_order_acq_rel)); }
 
 // No count of frames goes farther.
 constexpr int kFarFrame = 1000000000;
@@ -34,7 +32,7 @@ int rounded(double value) { return MyUtils::toPixels(roundf(static_cast<float>(v
 }  // namespace
 
 TSprite::~TSprite() {
-  if (texture) SDL_DestroyTexture(texture);
+  SDL_DestroyTexture(texture);
   freeSurface(*this);
 }
 
@@ -262,7 +260,7 @@ SDL_Texture* TSpriteAnimation::GetFrame(int frame_id) {
   SDL_Texture* const target = SDL_GetRenderTarget(renderer);
   SDL_SetRenderTarget(renderer, layer);
   // Transparent whatever colour the frame drawn so far has left.
-  SDL_Color old{0, 0, 0, 0};
+  SDL_Color old{};
   SDL_GetRenderDrawColor(renderer, &old.r, &old.g, &old.b, &old.a);
   SDL_SetRenderDrawColor(renderer, back.r, back.g, back.b, 0);
   SDL_RenderClear(renderer);

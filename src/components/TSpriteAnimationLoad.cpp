@@ -88,7 +88,7 @@ void readColor(const char* text, SDL_Color& color, Faults& faults) {
 SDL_Surface* cut(SDL_Surface* image, const TSprite& sprite, Faults& faults) {
   if (sprite.width <= 0 || sprite.height <= 0) return nullptr;
   const SDL_Rect whole{0, 0, image->w, image->h}, place{sprite.x, sprite.y, sprite.width, sprite.height};
-  SDL_Rect inside{0, 0, 0, 0};
+  SDL_Rect inside{};
   const bool any = SDL_IntersectRect(&whole, &place, &inside) == SDL_TRUE;
   if (!SDL_RectEquals(&inside, &place))
     faults.add("sprite " + std::to_string(sprite.id) + " stands out of the image of " + std::to_string(image->w) +
@@ -175,7 +175,7 @@ void TSpriteAnimation::parsePNG(const std::string& spriteFilenamePNG) {
   if (!renderer || mRect.w <= 0 || mRect.h <= 0) return;
   const bool white = TerminalFlavour == RONDELL_FLAVOUR || TerminalFlavour == TAVE2_FLAVOUR;
   mBackgroundColor = white ? SDL_Color{255, 255, 255, 255} : SDL_Color{0, 0, 0, 255};
-  SDL_Color old{0, 0, 0, 0};
+  SDL_Color old{};
   SDL_GetRenderDrawColor(renderer, &old.r, &old.g, &old.b, &old.a);
   SDL_SetRenderDrawColor(renderer, mBackgroundColor.r, mBackgroundColor.g, mBackgroundColor.b, mBackgroundColor.a);
 

@@ -39,8 +39,8 @@ Tlabel::Tlabel(SDL_Renderer* pRenderer, int x, int y, int width, int height, std
 Tlabel::~Tlabel() {
   if (pApp) pApp->RemoveTimedTasksOf(this);
   // The text's own texture stays: somebody may have taken it, and it goes with the renderer.
-  if (mpShadowTexture) SDL_DestroyTexture(mpShadowTexture);
-  if (mpSurface) SDL_FreeSurface(mpSurface);
+  SDL_DestroyTexture(mpShadowTexture);
+  SDL_FreeSurface(mpSurface);
 }
 
 void Tlabel::SetText(const std::string& text) { mNewText = text; }
@@ -90,7 +90,7 @@ void Tlabel::updateCachedTextures() {
   mText = mNewText;
   mSomethingChanged = false;
   if (!mpFont) return;
-  if (mpSurface) SDL_FreeSurface(mpSurface);
+  SDL_FreeSurface(mpSurface);
   mpSurface = nullptr;
   if (mText.empty()) {
     clearTextures();
@@ -109,9 +109,9 @@ void Tlabel::OnTexturesLost() {
 }
 
 void Tlabel::clearTextures() {
-  if (mpTargetTexture) SDL_DestroyTexture(mpTargetTexture);
+  SDL_DestroyTexture(mpTargetTexture);
   mpTargetTexture = nullptr;
-  if (mpShadowTexture) SDL_DestroyTexture(mpShadowTexture);
+  SDL_DestroyTexture(mpShadowTexture);
   mpShadowTexture = nullptr;
 }
 
@@ -128,7 +128,7 @@ SDL_Texture* Tlabel::renderLine(const std::string& line, SDL_Color color, SDL_Su
 }
 
 void Tlabel::buildOneLine() {
-  SDL_Rect size{0, 0, 0, 0};
+  SDL_Rect size{};
   clearTextures();
   if ((mpTargetTexture = renderLine(mText, mColor, mpSurface, size))) {
     mSrcRect.w = mDestRect.w = size.w;
@@ -144,7 +144,7 @@ void Tlabel::buildOneLine() {
 void Tlabel::buildTwoLines() {
   clearTextures();
   const size_t space = mText.find(' ');
-  SDL_Rect rect1{0, 0, 0, 0}, rect2{0, 0, 0, 0};
+  SDL_Rect rect1{}, rect2{};
   SDL_Texture* line1 = renderLine(mText.substr(0, space), mColor, mpSurface, rect1);
   SDL_Texture* line2 = renderLine(mText.substr(space + 1), mColor, mpSurface2, rect2);
   const int mw = rect1.w > rect2.w ? rect1.w : rect2.w;
@@ -180,8 +180,8 @@ void Tlabel::buildTwoLines() {
     mDestRect.h = rect1.h + rect2.h;
     SetAlignment(mAlign);
   }
-  if (line1) SDL_DestroyTexture(line1);
-  if (line2) SDL_DestroyTexture(line2);
+  SDL_DestroyTexture(line1);
+  SDL_DestroyTexture(line2);
 }
 
 void Tlabel::draw() {

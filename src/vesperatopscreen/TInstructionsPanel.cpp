@@ -46,8 +46,7 @@ TInstructionsPanel::TInstructionsPanel(SDL_Renderer* pRenderer, int x, int y, in
 }
 
 TInstructionsPanel::~TInstructionsPanel() {
-  for (SDL_Texture* picture : {mButtonEnabled, mButtonDisabled})
-    if (picture) SDL_DestroyTexture(picture);
+  for (SDL_Texture* picture : {mButtonEnabled, mButtonDisabled}) SDL_DestroyTexture(picture);
 }
 
 int TInstructionsPanel::load() {

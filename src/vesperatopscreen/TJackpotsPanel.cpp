@@ -77,7 +77,7 @@ TJackpotsPanel::~TJackpotsPanel() {
   ClearJackpotPanel();
   ClearOverlay();
   destroyPictures(mLogo);
-  if (pWinJackpotTexture) SDL_DestroyTexture(pWinJackpotTexture);
+  SDL_DestroyTexture(pWinJackpotTexture);
   if (!pApp) return;
   pApp->UnregisterAllActionHandlersByRelatedObject(this, true);
   pApp->RemoveTimedTasksOf(this);
@@ -160,13 +160,10 @@ TBitmapFont* TJackpotsPanel::createDigitFont() {
   return mUnregisteredFont.get();
 }
 
-void TJackpotsPanel::removeChild(TGuiComponent* component) {
-  if (component) RemoveComponent(component, true);
-}
+void TJackpotsPanel::removeChild(TGuiComponent* component) { RemoveComponent(component, true); }
 
 void TJackpotsPanel::destroyPictures(TImageList* list) {
-  for (SDL_Texture* picture : *list->getImages())
-    if (picture) SDL_DestroyTexture(picture);
+  for (SDL_Texture* picture : *list->getImages()) SDL_DestroyTexture(picture);
 }
 
 void TJackpotsPanel::removeLoaded(TImageList* list) {

@@ -95,7 +95,7 @@ void TJackpotsPanel::createLevel(const JackpotsData& level, TBuild& build) {
   for (TGuiComponent* component :
        std::initializer_list<TGuiComponent*>{pJackpotFrame[jId], pIdleAnimation[jId], pJackpotCurrency[jId],
                                              pJackpotCyphers[jId], pJackpotHours[jId], pPanelAnimation[jId]})
-    if (component) container->BringComponentToFront(component);
+    container->BringComponentToFront(component);
 }
 
 void TJackpotsPanel::createCurrency(const JackpotsData& level) {

@@ -122,12 +122,12 @@ void TJackpotsPanel::setLevelVisible(int id, bool visible) {
 void TJackpotsPanel::captureLevel(int id) {
   SDL_Renderer* renderer = GetRenderer();
   SDL_Texture* target = SDL_GetRenderTarget(renderer);
-  Uint8 r = 0, g = 0, b = 0, a = 0;
-  SDL_GetRenderDrawColor(renderer, &r, &g, &b, &a);
+  SDL_Color old{};
+  SDL_GetRenderDrawColor(renderer, &old.r, &old.g, &old.b, &old.a);
   SDL_SetRenderTarget(renderer, pWinJackpotTexture);
   SDL_SetRenderDrawColor(renderer, 0, 0, 0, 0);
   SDL_RenderClear(renderer);  // an earlier win may have left its level
-  SDL_SetRenderDrawColor(renderer, r, g, b, a);
+  SDL_SetRenderDrawColor(renderer, old.r, old.g, old.b, old.a);
   // The frame is copied as it is: blended here and again with the whole picture its soft edges would turn dark.
   const int blendMode = pJackpotFrame[id]->getBlendMode();
   pJackpotFrame[id]->setBlendMode(0);

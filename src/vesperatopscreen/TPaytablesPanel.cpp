@@ -46,7 +46,7 @@ fs::path findPicture(const fs::path& folder, const std::string& name) {
 void destroyBetLabelText(Tlabel* label) {
   SDL_Texture* text = label->GetTargetTexture();
   label->SetTargetTexture(nullptr);
-  if (text) SDL_DestroyTexture(text);
+  SDL_DestroyTexture(text);
 }
 
 }  // namespace
@@ -227,8 +227,7 @@ void TPaytablesPanel::clearTexts() {
 void TPaytablesPanel::clearPages() {
   pBackground->SetTargetTexture(nullptr);
   pHelpScreen->SetTargetTexture(nullptr);
-  for (const auto& [page, texture] : mHelpScreens)
-    if (texture) SDL_DestroyTexture(texture);
+  for (const auto& [page, texture] : mHelpScreens) SDL_DestroyTexture(texture);
   mHelpScreens.clear();
   mLoadedForGame.clear();
 }

@@ -52,6 +52,16 @@ TEST_F(GlyphLabel, AnEmptyTextShowsNothing) {
   EXPECT_EQ(nullptr, label->GetTargetTexture());
 }
 
+TEST_F(GlyphLabel, AnEmptyTextLeavesTheBoxThatTheLastOneHasMade) {
+  Label* label = make({0, 0, 10, 10}, "A");
+  label->SetAutosize(true, true);
+  harness.frame();
+  label->SetText("");
+  harness.frame();
+  EXPECT_EQ(200, label->getWidth());
+  EXPECT_EQ(40, label->getHeight());
+}
+
 TEST_F(GlyphLabel, WithoutAFontNothingShows) {
   Label* label = make({0, 0, 200, 40}, "A");
   label->SetFont("no such font");
@@ -196,6 +206,12 @@ TEST_F(GlyphLabel, AlphaAndRotation) {
   expectDrawn({50, 50, 15, 20});
   label->SetRotation(180.0);  // 20 by 40 about its centre
   expectDrawn({55, 70, 15, 20});
+  Label* wide = make({50, 120, 200, 40}, "A");
+  wide->SetAlignment(LEFT_UP);
+  label->Hide();
+  expectDrawn({50, 120, 195, 40});
+  wide->SetRotation(1.0);
+  EXPECT_GT(drawn().h, 41) << "one degree is a turn";
 }
 
 TEST_F(GlyphLabel, ChildrenAreNotDrawn) {
@@ -214,6 +230,7 @@ TEST_F(GlyphLabel, CharacterCodes) {
   EXPECT_EQ('A', label.GetCharCode("AB"));
   EXPECT_EQ(0x20AC, label.GetCharCode("\xe2\x82\xac"));
   EXPECT_EQ(0, label.GetCharCode(""));
+  EXPECT_EQ(-1, label.GetCharCode("\xf0")) << "a sequence that the end cuts";
 }
 
 TEST_F(GlyphLabel, PixelsAreLittleEndianInEverySize) {
@@ -237,6 +254,23 @@ TEST_F(GlyphLabel, PixelsAreLittleEndianInEverySize) {
     const auto* bytes = static_cast<const Uint8*>(surface->pixels) + 3 * surface->pitch + 2 * row.bits / 8;
     EXPECT_EQ(0x44, bytes[0]);
     SDL_FreeSurface(surface);
+  }
+}
+
+TEST_F(GlyphLabel, PixelsOfOtherSizesAreLeftAlone) {
+  Label label(nullptr, 0, 0, 1, 1, "", fontName, "");
+  for (const Uint8 size : {0, 5, 8}) {
+    Uint8 bytes[32] = {};
+    SDL_PixelFormat format{};
+    format.BytesPerPixel = size;
+    SDL_Surface surface{};
+    surface.format = &format;
+    surface.pixels = bytes;
+    surface.pitch = 16;
+    label.putpixel(&surface, 1, 1, 0x11223344, false);
+    for (const Uint8 byte : bytes) EXPECT_EQ(0, byte) << int{size};
+    for (Uint8& byte : bytes) byte = 0x55;
+    EXPECT_EQ(0u, label.getpixel(&surface, 1, 1)) << int{size};
   }
 }
 

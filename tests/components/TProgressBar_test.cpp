@@ -98,6 +98,9 @@ TEST_F(ProgressBar, ARiseFromNothingMayJump) {
   bar.AnimateFullUp = false;
   bar.SetPosition(0, true);
   EXPECT_EQ(0.0, bar.mCurrentPos);
+  bar.SetPosition(1, true);
+  EXPECT_EQ(1.0, bar.mCurrentPos) << "the lowest level too";
+  bar.mCurrentPos = 0.0;
   bar.SetPosition(60, true);
   EXPECT_EQ(60.0, bar.mCurrentPos);
   bar.SetPosition(80, true);
@@ -157,6 +160,13 @@ TEST_F(ProgressBar, SetMaxHasNoEffect) {
 
 TEST_F(ProgressBar, TheBlinkParameterTogglesAtALowLevel) {
   Bar bar(0, 0);
+  bar.SetPosition(0, true);
+  bar.AnimateTask();
+  EXPECT_TRUE(bar._blinkParameter) << "off without a level";
+  bar.blinkTreshold = 1;
+  bar.AnimateTask();
+  EXPECT_FALSE(bar._blinkParameter);
+  bar.blikTimestamp = 0;
   bar.blinkTreshold = 10;
   bar.SetPosition(11, true);
   bar.AnimateTask();
