@@ -46,10 +46,10 @@ std::vector<std::string> PanelScreen::rootNames() {
 
 PanelApplication::PanelApplication() { setStatus(APP_STARTUP_GRAPHICS); }
 
-int PanelApplication::_WriteLog(char, TLogType, unsigned long gameId, const std::string& text) {
+int PanelApplication::_WriteLog(char, TLogType type, unsigned long gameId, const std::string& text) {
   EXPECT_EQ(0UL, gameId) << "the program's own lines belong to no game: " << text;
   const std::lock_guard lock(mLinesMutex);
-  mLines.push_back(text);
+  mLines.push_back(std::to_string(type) + "|" + text);
   return 0;
 }
 
@@ -57,6 +57,11 @@ size_t PanelApplication::linesWith(const std::string& text) const {
   const std::lock_guard lock(mLinesMutex);
   return static_cast<size_t>(std::count_if(
     mLines.begin(), mLines.end(), [&](const std::string& line) { return line.find(text) != std::string::npos; }));
+}
+
+size_t PanelApplication::linesOf(const std::string& line) const {
+  const std::lock_guard lock(mLinesMutex);
+  return static_cast<size_t>(std::count(mLines.begin(), mLines.end(), line));
 }
 
 void PanelApplication::forgetLines() {

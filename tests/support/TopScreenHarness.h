@@ -45,8 +45,10 @@ class PanelApplication : public DrawnHere<TopScreenApp> {
   PanelApplication();
 
   int _WriteLog(char color, vendelo_sdl2::TLogType type, unsigned long gameId, const std::string& text) override;
-  // Written lines that hold the text.
+  // Written lines, as "type|text", that hold the text.
   size_t linesWith(const std::string& text) const;
+  // Those that are it and no more.
+  size_t linesOf(const std::string& line) const;
   void forgetLines();
 
   void adopt(PanelScreen* module);

@@ -92,7 +92,7 @@ TEST_F(Start, WindowFillsTheScreenWhenThereIsNoSecondOne) {
   EXPECT_EQ(box.width, 1920);
   EXPECT_EQ(box.height, 1080);
   EXPECT_TRUE(within(5000, [this] {
-    return logged("ERROR: Cannot find the second screen..moving top screen to display 0!!!") == 1;
+    return logged(": ERROR: ERROR: Cannot find the second screen..moving top screen to display 0!!!") == 1;
   }));
 }
 

@@ -67,7 +67,8 @@ TEST_F(GamePaths, AFontThatLeadsOutCountsAsMissingAndIsToldOnce) {
     EXPECT_FALSE(hasFont("B_3"));
     EXPECT_FALSE(hasFont("C_3"));
     EXPECT_EQ(nullptr, betFont());
-    EXPECT_EQ(1u, screen.app().linesWith(std::string("The font '") + font + "' of game 'Reels' leads out"));
+    EXPECT_EQ(1u, screen.app().linesOf(std::string("4|The font '") + font +
+                                       "' of game 'Reels' leads out of the game folders: it counts as missing."));
     EXPECT_NE(std::string::npos,
               output.find(std::string("WARNING: Could not find font \"Games/Reels/Icons/") + font + "\"!\n"));
     turnTo(2);
@@ -83,6 +84,7 @@ TEST_F(GamePaths, AGameThatLeadsOutHasNoFontsEither) {
   for (const char* game : {"Reels/../Reels", "../Games/Reels"}) {
     SCOPED_TRACE(game);
     ASSERT_TRUE(fs::exists(std::string("Games/") + game + "/Icons/digits.fnt"));
+    const std::string leadsOut = std::string("4|The game name '") + game + "' leads out of the game folders: ";
     screen.app().forgetLines();
     open(setup({page("paytable", {inFont("A", "digits")})}, 20, -1), game);
     EXPECT_EQ("250", shown("A_3"));
@@ -90,9 +92,9 @@ TEST_F(GamePaths, AGameThatLeadsOutHasNoFontsEither) {
     EXPECT_EQ(nullptr, betFont());
     EXPECT_EQ(nullptr, texture());
     EXPECT_EQ(nullptr, screen.find("pPaytablesPanel/Background")->GetTargetTexture());
-    EXPECT_EQ(1u, screen.app().linesWith("leads out of the game folders: no paytable"));
+    EXPECT_EQ(1u, screen.app().linesOf(leadsOut + "no paytable."));
     EXPECT_EQ(0u, screen.app().linesWith("The font"));
-    EXPECT_EQ(1u, screen.app().linesWith("leads out of the game folders: no overlay"));
+    EXPECT_EQ(1u, screen.app().linesOf(leadsOut + "no overlay."));
     EXPECT_EQ(0u, screen.app().linesWith("Loading"));
     turnTo(0);
     screen.skip(600);
@@ -109,7 +111,7 @@ TEST_F(GamePaths, ALanguageThatLeadsOutGetsThePagesOfNone) {
     screen.send(T_LANGUAGE, paneldata::texts({language, "MIN", "MAX", "HINT", "PRIZES"}));
     open({});
     EXPECT_EQ(
-      1u, screen.app().linesWith("Loading paytable images for game Reels in folder Games/Reels/Icons/paytable."));
+      1u, screen.app().linesOf("1|Loading paytable images for game Reels in folder Games/Reels/Icons/paytable."));
     EXPECT_EQ(rgb(panelskin::page), screen.pixel(960, 640));
     turnTo(0);
     screen.skip(600);

@@ -72,7 +72,7 @@ class Paytables : public testing::Test {
   TGlyphLabel* label(const std::string& name) { return screen.find<TGlyphLabel>(kPage + name); }
   std::string shown(const std::string& name) { return label(name) ? label(name)->GetText() : "no label"; }
   size_t loads(const std::string& game) {
-    return screen.app().linesWith("Loading paytable images for game " + game + " in folder ");
+    return screen.app().linesWith("1|Loading paytable images for game " + game + " in folder ");
   }
 
   TopScreenHarness screen;

@@ -25,7 +25,12 @@ class InstructionsPanel : public testing::Test {
     return screen.find<T>("pInstructionsPanel/" + std::string(name) + std::to_string(n));
   }
   std::string text(int n) { return row<TGlyphLabel>("InstructionButton", n)->GetText(); }
-  bool enabled(int n) { return row<TImageList>("InstructionImage", n)->getCurrentImageIndex() == 0; }
+  bool enabled(int n) {
+    const auto* image = row<TImageList>("InstructionImage", n);
+    const int index = image->getCurrentImageIndex();
+    EXPECT_EQ(image->getImages()->at(index == 0 ? 0 : 1), image->GetTargetTexture()) << "one of the two pictures";
+    return index == 0;
+  }
   void instruct(const std::vector<std::string>& texts) { screen.send(T_INSTRUCTIONS, paneldata::texts(texts)); }
 
   TopScreenHarness screen;
@@ -39,7 +44,7 @@ class InstructionPictures : public InstructionsPanel {
 }  // namespace
 
 TEST_F(InstructionsPanel, HasEightRowsAtTheirPlaces) {
-  EXPECT_EQ(1u, screen.app().linesWith("Loading instructions panel."));
+  EXPECT_EQ(1u, screen.app().linesOf("1|Loading instructions panel."));
   const struct {
     int x, y;
     const char *text, *caption;

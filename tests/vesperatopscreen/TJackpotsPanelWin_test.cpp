@@ -72,7 +72,7 @@ TEST_F(Jackpots, AWinGoesOnWhereTheClockComesRound) {
 TEST_F(Jackpots, AWinIsNoticedFliesPulsesAndGoesBackToIdle) {
   start(4);
   win(1, true);
-  EXPECT_EQ(1u, screen.app().linesWith("Jackpot LEVEL2 was won! Showing win animation!"));
+  EXPECT_EQ(1u, screen.app().linesOf("1|Jackpot LEVEL2 was won! Showing win animation!"));
   screen.skip(200);
   EXPECT_FALSE(shown("pDarkBackground")) << "200 ms from the notice to the start";
   EXPECT_EQ(1u, sparkles().size());
@@ -125,7 +125,7 @@ TEST_F(Jackpots, AWinIsNoticedFliesPulsesAndGoesBackToIdle) {
   EXPECT_GT(widest, 1170);
 
   win(1, false);
-  EXPECT_EQ(1u, screen.app().linesWith("Hiding jackpot win animation."));
+  EXPECT_EQ(1u, screen.app().linesOf("1|Hiding jackpot win animation."));
   for (const char* name : {"pDarkBackground", "JackpotWinPanel", "pParticleAnimation[1]"})
     EXPECT_FALSE(shown(name));
   for (const char* name : {"pJackpotFrame", "ControlCyphers", "pJackpotCurrency"})
@@ -135,6 +135,28 @@ TEST_F(Jackpots, AWinIsNoticedFliesPulsesAndGoesBackToIdle) {
   EXPECT_EQ(1u, sparkles().size());
   at = place("pJackpotPanel[1]");
   EXPECT_TRUE(SDL_RectEquals(&at, &from));
+}
+
+TEST_F(Jackpots, ASecondWinFliesLikeTheFirst) {
+  start(4);
+  win(1, true);
+  screen.skip(201);
+  for (Uint32 milliseconds : {1000, 700, 700}) screen.skip(milliseconds);  // it pulses
+  win(1, false);
+  win(2, true);
+  screen.skip(201);
+  SDL_Rect at = place("JackpotWinPanel"), from = TJackpotLayout(4).levelRect(2);
+  EXPECT_TRUE(SDL_RectEquals(&at, &from));
+  screen.skip(500);
+  at = place("JackpotWinPanel");
+  const float half = move_to_center(TAnimation(), 0.5f);
+  EXPECT_NEAR(from.x + static_cast<float>(506 - from.x) * half, at.x, 1);
+  EXPECT_EQ(908, at.w) << "it does not pulse yet";
+  EXPECT_FALSE(shown("pParticleAnimation[2]"));
+  screen.skip(500);
+  at = place("JackpotWinPanel");
+  EXPECT_EQ(506, at.x);
+  EXPECT_TRUE(shown("pParticleAnimation[2]"));
 }
 
 TEST_F(Jackpots, AWinThatGoesBeforeItsStartLeavesTheSparkleWandering) {
@@ -165,7 +187,7 @@ TEST_F(Jackpots, ASecondWinnerWaitsForTheFirst) {
   EXPECT_EQ(0u, screen.app().linesWith("Hiding jackpot win animation.")) << "another win is there";
   EXPECT_EQ(77, screen.part<TControlCyphers3>(2, "ControlCyphers")->FinalValue());
   win(2, false);
-  EXPECT_EQ(1u, screen.app().linesWith("Hiding jackpot win animation."));
+  EXPECT_EQ(1u, screen.app().linesOf("1|Hiding jackpot win animation."));
   EXPECT_EQ(78, screen.part<TControlCyphers3>(3, "ControlCyphers")->FinalValue());
 }
 
@@ -181,7 +203,7 @@ TEST_F(Jackpots, AChangeOfLevelsDuringAWinTakesThePictureAway) {
   EXPECT_EQ(nullptr, screen.find(kPanel + "pJackpotPanel[3]"));
   EXPECT_FALSE(shown("pDarkBackground"));
   sendData();
-  EXPECT_EQ(1u, screen.app().linesWith("Hiding jackpot win animation."));
+  EXPECT_EQ(1u, screen.app().linesOf("1|Hiding jackpot win animation."));
   data = before;
   sendData();
   screen.skip(20);
@@ -212,9 +234,15 @@ TEST_F(Jackpots, TheToggleIsLoggedAndDoesNothingWithoutItsLevel) {
   data = levels(2);
   sendData();
   for (intptr_t number : {0, 5, -1, 3}) toggle(number);
-  EXPECT_EQ(5u, screen.app().linesWith("No win to toggle on jackpot level"));
+  for (const char* number : {"0", "1", "5", "-1", "3"})
+    EXPECT_EQ(1u, screen.app().linesOf(std::string("4|No win to toggle on jackpot level ") + number + "."));
   EXPECT_FALSE(shown("pDarkBackground"));
   EXPECT_EQ(1u, sparkles().size());
+}
+
+TEST_F(Jackpots, ALevelWithoutAPlaceIsWarnedOf) {
+  start({paneldata::level(0, 100), paneldata::level(4, 200)});
+  EXPECT_EQ(1u, screen.app().linesOf("4|Jackpot level with id 4 cannot be shown: ids are 0 to 3, each once."));
 }
 
 TEST_F(Jackpots, ThePictureOfTheLevelKeepsItsSoftEdges) {
@@ -241,14 +269,14 @@ TEST_F(Jackpots, AnOverlayHidesTheHistoryAndItsEndShowsItAgain) {
   start(4);
   EXPECT_TRUE(historyShown(0));
   screen.send(T_GAME_LOADED, gameValue("Reels", GAMETYPE_VESPERA_SLOTGAME));
-  EXPECT_EQ(1u, screen.app().linesWith("Loading overlay for game 'Reels' inside Games/Reels/Icons/"));
+  EXPECT_EQ(1u, screen.app().linesOf("1|Loading overlay for game 'Reels' inside Games/Reels/Icons/"));
   EXPECT_TRUE(shown("pAnimationOverlay[Reels]"));
   EXPECT_TRUE(panel()->isOverlayVisible());
   const SDL_Rect at = place("pAnimationOverlay[Reels]");
   EXPECT_TRUE(at.x == 1110 && at.y == 90 && at.w == 810 && at.h == 900);
   EXPECT_FALSE(historyShown(0));
   for (int i = 0; i < 3; ++i) screen.send(T_BET_LIMITS, paneldata::bets(100, 20, 200));
-  EXPECT_EQ(1u, screen.app().linesWith("Loading overlay")) << "the name is active already";
+  EXPECT_EQ(1u, screen.app().linesWith("1|Loading overlay")) << "the name is active already";
 
   win(1, true);
   screen.skip(201);

@@ -132,6 +132,16 @@ TEST_F(PaytableLoads, APaytableThatIsClosedWhileItsFadeInIsOnTheWayStaysClosed) 
   }
 }
 
+TEST_F(PaytableLoads, TheFadeInIsDecidedInTheFrameAfterItsAction) {
+  startLoading();
+  finishLoading();
+  screen.frame();
+  EXPECT_EQ(1, loaded);
+  EXPECT_FALSE(screen.visible("pPaytablesPanel")) << "a draw action does not ask for the state";
+  screen.frame();
+  EXPECT_TRUE(screen.visible("pPaytablesPanel"));
+}
+
 TEST_F(PaytableLoads, TheActionOfAnybodyElseShowsThePanel) {
   screen.app().GenerateAction("PaytableLoaded", nullptr, ACTION_ANY);
   frames(3);

@@ -5,7 +5,7 @@ using namespace paytabletest;
 
 namespace {
 
-constexpr const char* kRefused = "The paytable setup of game 'Reels' is refused, what stands stays: ";
+constexpr const char* kRefused = "4|The paytable setup of game 'Reels' is refused, what stands stays: ";
 
 class PaytableSetups : public Paytables {
  protected:
@@ -239,6 +239,7 @@ TEST_F(PaytableSetups, AMalformedSetupFromTheBeginningShowsThePagesAlone) {
       EXPECT_EQ(nullptr, screen.find(kPanel + name)) << name;
     EXPECT_EQ(1u, screen.app().linesWith(kRefused));
     EXPECT_EQ(1u, screen.app().linesWith(row.cause));
+    EXPECT_EQ(0u, screen.app().linesWith("The bet cost")) << "one that nobody has read is not 0";
     EXPECT_EQ(0u, screen.app().linesWith("unhandled exception"));
     sendExtra(wins(50, 5, 10));
     EXPECT_EQ("250", shown("A_3")) << "the next setup makes its texts";
@@ -271,5 +272,6 @@ TEST_F(PaytableSetups, ARefusedSetupThrowsItsCause) {
     ADD_FAILURE() << "nothing was thrown";
   } catch (const std::exception& error) {
     EXPECT_NE(std::string::npos, std::string(error.what()).find("\"win\": ")) << error.what();
+    EXPECT_EQ(1u, screen.app().linesOf(std::string(kRefused) + error.what())) << "that is what the log has told";
   }
 }

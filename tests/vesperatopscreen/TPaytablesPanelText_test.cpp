@@ -106,7 +106,7 @@ TEST_F(PaytableTexts, ACostOfZeroShowsZeroForLineWinsAndIsLoggedOnce) {
   screen.send(T_BET_LIMITS, paneldata::bets(1000, 20, 2000));
   EXPECT_EQ("0", shown("A_3"));
   EXPECT_EQ("5.000", shown("S_3"));
-  EXPECT_EQ(1u, screen.app().linesWith("The bet cost of game 'Reels' is 0"));
+  EXPECT_EQ(1u, screen.app().linesOf("4|The bet cost of game 'Reels' is 0: its line wins show 0."));
 }
 
 TEST_F(PaytableTexts, TheBetLabelsStandAtTheBottomWithTheirCaptions) {

@@ -57,7 +57,7 @@ class PaytablesPanel : public testing::Test {
   // A pixel inside the page's card, away from its mark and its texts.
   Uint32 pageColour() { return screen.pixel(960, 640); }
   size_t loads(const std::string& game, const std::string& folder) {
-    return screen.app().linesWith("Loading paytable images for game " + game + " in folder " + folder + ".");
+    return screen.app().linesOf("1|Loading paytable images for game " + game + " in folder " + folder + ".");
   }
 
   TopScreenHarness screen;
@@ -282,7 +282,8 @@ TEST_F(PaytablesPanel, ANameThatLeadsOutOfTheGameFoldersReadsNothing) {
     screen.app().forgetLines();
     screen.status([&](PlatformState& state) { state.ActiveGame = game(name); });
     for (int i = 0; i < 3; ++i) panel()->UpdateData(false);
-    EXPECT_EQ(1u, screen.app().linesWith("leads out of the game folders: no paytable"));
+    EXPECT_EQ(1u, screen.app().linesOf(std::string("4|The game name '") + name +
+                                       "' leads out of the game folders: no paytable."));
     EXPECT_EQ(0u, screen.app().linesWith("Loading paytable images"));
   }
 }

@@ -23,6 +23,10 @@ struct Client : TKSLClient {
 
 // Tells on the error output what Init has made.
 struct Told : TopScreenApp {
+  int _WriteLog(char color, TLogType type, unsigned long gameId, const std::string& text) override {
+    std::fprintf(stderr, "[log %u %s]", static_cast<unsigned>(type), text.c_str());
+    return TopScreenApp::_WriteLog(color, type, gameId, text);
+  }
   [[noreturn]] void tell() {
     setServerAddress("127.0.0.1:1");
     SetParam<int>("ScreenW", 800, PARAM_CACHE, "", "", false);
@@ -80,7 +84,8 @@ TEST_F(Init, BringsTheClientUpAlsoWithoutAWindow) {
   for (const char* text :
        {"[Init 0]", "[SDL 1 1]", "[pictures /nowhere/VESPERA/TOP_SKIN/]", "[screen 1 GUI1]", "[size 1920 1080]",
         "[client TopScreen http://127.0.0.1:1/KSL 300 -1 1 1]", "[method topscreen.init 1 1]", "Logmanager ok\n",
-        "Top screen started with KSL server requests on http://127.0.0.1:1/KSL", "Unable to set 1920x1080 video: "})
+        "[log 1 Top screen started with KSL server requests on http://127.0.0.1:1/KSL]",
+        "Unable to set 1920x1080 video: "})
     EXPECT_EQ(1, occurrences(text, output)) << text << " in:\n" << output;
 }
 

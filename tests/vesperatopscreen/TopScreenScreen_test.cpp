@@ -102,7 +102,11 @@ TEST_F(Screen, RefreshesTheFrequenciesByATaskOfTheDrawThread) {
 TEST(ScreenFont, OneThatCannotBeOpenedIsToldInTheLog) {
   const auto told = [] {
     TopScreenHarness screen("screen", 4);
-    return screen.app().linesWith("AppFontBold.ttf is not usable: ");
+    const std::string file = screen.folder() + "/AppFontBold.ttf";
+    const size_t lines = screen.app().linesWith("AppFontBold");
+    if (TTF_Font* font = TTF_OpenFont(file.c_str(), 34)) TTF_CloseFont(font);
+    EXPECT_EQ(lines, screen.app().linesOf("4|Font " + file + " is not usable: " + TTF_GetError() + "."));
+    return lines;
   };
   EXPECT_EQ(0U, told());
   std::filesystem::rename("AppFontBold.ttf", "elsewhere.ttf");
@@ -225,7 +229,8 @@ TEST_F(Screen, TheHintLineIsTheFourthMessage) {
   EXPECT_EQ("NAMIG", screen.find<TGlyphLabel>(kHint)->GetText());
   screen.send(T_LANGUAGE, paneldata::texts({"sl", "a", "b"}));
   EXPECT_EQ("NAMIG", screen.find<TGlyphLabel>(kHint)->GetText());
-  EXPECT_EQ(1u, screen.app().linesWith("The platform sent 3 language messages, 4 are needed"));
+  EXPECT_EQ(1u,
+            screen.app().linesOf("4|The platform sent 3 language messages, 4 are needed: the hint line stays."));
 }
 
 TEST_F(Screen, AStateBringsDemoModeAndErrorAndItsMessagesOnlyAtFirst) {
@@ -326,8 +331,8 @@ TEST_F(Screen, TwoEventsInOnePollLeadToOneRebuild) {
                         {T_JACKPOT_DATA, paneldata::levelsValue(levels(4))},
                         {T_JACKPOT_REFRESH, xmlrpc_c::value_nil()}});
   screen.frame();
-  EXPECT_EQ(1u, screen.app().linesWith("Creating jackpot panel with"));
-  EXPECT_EQ(1u, screen.app().linesWith("Creating jackpot panel with 4 levels."));
+  EXPECT_EQ(1u, screen.app().linesWith("1|Creating jackpot panel with"));
+  EXPECT_EQ(1u, screen.app().linesOf("1|Creating jackpot panel with 4 levels."));
 }
 
 TEST_F(ScreenPictures, TheLoaderLooksLikeThis) {
