@@ -251,6 +251,14 @@ TEST_F(Cyphers, MissingGlyphsLeaveTheirCellsEmptyAndAreToldOnce) {
   const std::string told = testing::internal::GetCapturedStdout();
   EXPECT_EQ("Component digits: the font has no glyph '4', its cell stays empty.\n", told);
   EXPECT_EQ(nullptr, digits.mpDot);
+  const SDL_Rect dot = digits.mDotRect;
+  digits.SetFont(font);
+  EXPECT_EQ((SDL_Rect{0, 0, 10, 18}), digits.mDotRect);
+  testing::internal::CaptureStdout();
+  digits.SetFont(holes);
+  testing::internal::GetCapturedStdout();
+  EXPECT_EQ(dot, digits.mDotRect) << "nothing is left of the other font";
+  EXPECT_EQ((SDL_Rect{0, 0, 0, 0}), dot);
   digits.SetFinalValue(1234567);
   digits.ResetAnimation();
   picture(digits);

@@ -210,3 +210,23 @@ TEST_F(ImageList, ItsTasksGoWithIt) {
   Uint32 format = 0;
   EXPECT_EQ(0, SDL_QueryTexture(image, &format, nullptr, nullptr, nullptr)) << "the textures are not the list's";
 }
+
+TEST_F(ImageList, WithoutAnApplicationNobodyMovesIt) {
+  TApplication* const application = std::exchange(pApp, nullptr);
+  {
+    List list(10, 20, 100, 60);
+    list.pushImage(solid(30, 20, red));
+    list.SetAnimation(TImageList::UP);
+    EXPECT_EQ(1080, list.mAnimationStartRect.y) << "the screen of the terminal";
+    list.DisplayImage(0, 500, nullptr, 0, 0);
+    EXPECT_TRUE(list.mIsShowing);
+    EXPECT_EQ(1080, list.mOrigPosY);
+    EXPECT_EQ(nullptr, list.pAniTask);
+    for (int i = 0; i < 300; ++i) list.AnimateTask();
+    EXPECT_EQ(20, list.mOrigPosY) << "it rests, and nothing hides it";
+    list.Hide();
+    EXPECT_EQ(nullptr, list.pAniTask);
+    EXPECT_FALSE(list.mIsShowing);
+  }
+  pApp = application;
+}

@@ -248,6 +248,10 @@ TEST_F(ImageList, AnAngleOfNothingDoesNotTurn) {
   clear(0, 0, 0);
   list->draw();
   EXPECT_EQ((SDL_Rect{120, 50, 60, 100}), inked(0)) << "about its centre";
+  list->setAngle(1.0);
+  clear(0, 0, 0);
+  list->draw();
+  EXPECT_GT(inked(0).h, 60) << "one degree is a turn";
 }
 
 TEST_F(ImageList, TheResizeFactorOfXPlacesBothAxes) {

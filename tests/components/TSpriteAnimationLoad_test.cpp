@@ -156,6 +156,10 @@ TEST_F(SpriteAnimation, MissingAttributesFallBackAndAreToldInOneLine) {
     EXPECT_EQ(0, one.sprites->mBackgroundColor.r);
     EXPECT_EQ(255, one.sprites->mBackgroundColor.a);
   }
+  for (const char* mode : {"BLEND", "ADD", "MOD", "NONE"}) {
+    const std::string atlas = std::string("<TextureAtlas imagePath=\"cells.png\" blendMode=\"") + mode + "\">";
+    EXPECT_EQ("", Loaded(write("gaps", atlas + good + end), 20, 20).told) << mode;
+  }
   const Loaded gap(write("gaps", rows[6].xml), 20, 20);
   EXPECT_EQ(nullptr, gap.sprites->mSprites[0]->surface);
   EXPECT_EQ(-1, drawn(*gap.sprites, 1000));
@@ -367,8 +371,21 @@ TEST_F(SpriteAnimation, StripsAreCutAtOnce) {
   Sprites missing(0, 0, 40, 30, folder + "nothing.png", TSpriteAnimation::LOOP);
   testing::internal::GetCapturedStdout();
   EXPECT_EQ(0, missing.GetNumFrames());
-  Sprites flat(0, 0, 0, 0, folder + "strip.png", TSpriteAnimation::LOOP);
-  EXPECT_EQ(0, flat.GetNumFrames());
+}
+
+TEST_F(SpriteAnimation, AStripForABoxWithoutASizeHasNoFrames) {
+  writeCells("strip.png", 5, 40, 30);
+  writeCells("cell.png", 1, 40, 30);
+  for (const SDL_Rect& box : {SDL_Rect{0, 0, 0, 0}, SDL_Rect{0, 0, 0, 30}, SDL_Rect{0, 0, 40, 0},
+                              SDL_Rect{0, 0, -40, 30}, SDL_Rect{0, 0, 40, -30}})
+    for (const char* file : {"strip.png", "cell.png"}) {
+      Sprites sprites(0, 0, box.w, box.h, folder + file, TSpriteAnimation::LOOP);
+      EXPECT_EQ(0, sprites.GetNumFrames()) << file;
+    }
+  writeCells("thin.png", 3, 1, 30);
+  EXPECT_EQ(3, Sprites(0, 0, 1, 30, folder + "thin.png", TSpriteAnimation::LOOP).GetNumFrames());
+  writeCells("line.png", 3, 40, 1);
+  EXPECT_EQ(3, Sprites(0, 0, 40, 1, folder + "line.png", TSpriteAnimation::LOOP).GetNumFrames());
 }
 
 TEST_F(SpriteAnimation, TheBackgroundOfAStripGoesByTheFlavour) {

@@ -258,10 +258,18 @@ TEST_F(SpriteAnimation, TurnsAroundTheMiddleOfItsLowerEdge) {
   EXPECT_EQ(40, sprites.mRotPivot.x);
   EXPECT_EQ(50, sprites.mRotPivot.y);
   EXPECT_GOLDEN(renderer, "components/sprites_turned");
-  sprites.setAngle(-40.0);
+  sprites.setAngle(1.0);
   clear(0, 0, 0);
   sprites.draw();
-  EXPECT_EQ((SDL_Rect{150, 60, 80, 50}), inked(0)) << "a negative angle does not turn";
+  EXPECT_FALSE((SDL_Rect{150, 60, 80, 50}) == inked(0)) << "one degree is a turn";
+  sprites.mRotPivot = {-1, -1};
+  for (const double angle : {0.0, -40.0}) {
+    sprites.setAngle(angle);
+    clear(0, 0, 0);
+    sprites.draw();
+    EXPECT_EQ((SDL_Rect{150, 60, 80, 50}), inked(0)) << "no angle and a negative one do not turn";
+    EXPECT_EQ(-1, sprites.mRotPivot.x);
+  }
 }
 
 TEST_F(SpriteAnimation, FullScreenFramesAreTexturesOnlyDuringADraw) {

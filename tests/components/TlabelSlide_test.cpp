@@ -179,3 +179,25 @@ TEST_F(LabelTest, TasksAndDeferredHookDoNotOutliveTheLabel) {
   pApp->ProcessTasks(TASK_NORMAL);
   pApp->ExecuteDeferredDrawMethods(renderer);
 }
+
+TEST_F(LabelTest, WithoutAnApplicationNobodyMovesIt) {
+  TApplication* const application = std::exchange(pApp, nullptr);
+  {
+    Label label(50, 40, 200, 60, "slide", font, white);
+    drawn(label);
+    const SDL_Rect rest = label.mDestRect;
+    label.SetAnimation(Tlabel::LEFT);
+    EXPECT_EQ(1920, label.mOrigPosX) << "the screen of the terminal";
+    label._setVisible(false);
+    label.ShowFor(600);
+    EXPECT_TRUE(label.isVisible());
+    EXPECT_TRUE(label.mIsShowing);
+    EXPECT_EQ(nullptr, label.pAniTask);
+    EXPECT_EQ(0, label.shown) << "the hook is for the draw thread, and there is none";
+    for (int i = 0; i < 1000; ++i) label.AnimateTask();
+    EXPECT_EQ(rest.x, label.mOrigPosX) << "it rests, and nothing hides it";
+    label.Hide();
+    EXPECT_EQ(nullptr, label.pAniTask);
+  }
+  pApp = application;
+}

@@ -141,6 +141,22 @@ TEST_F(WidgetTextures, AGlyphLabelHasOne) {
   EXPECT_EQ(0u, count());
 }
 
+TEST_F(WidgetTextures, AGlyphLabelMakesItsOwnAgainWhenItIsLostAndSoDoItsChildren) {
+  const std::string font = testfont::write(folder, "dots", 2);
+  TGlyphLabel label(nullptr, 0, 0, 300, 60, "ONE", font, "label");
+  auto* child = new TGlyphLabel(nullptr, 0, 0, 300, 60, "TWO", font, "child");
+  label.AddComponent(child);
+  for (TGlyphLabel* one : {&label, child}) {
+    one->draw();
+    SDL_SetTextureUserData(one->GetTargetTexture(), this);
+  }
+  label.OnTexturesLost();
+  for (TGlyphLabel* one : {&label, child}) {
+    one->draw();
+    EXPECT_EQ(nullptr, SDL_GetTextureUserData(one->GetTargetTexture()));
+  }
+}
+
 TEST_F(WidgetTextures, AFontHasItsAtlasAndABorrowerNone) {
   const std::string path = testfont::write(folder, "dots", 2);
   begin();
