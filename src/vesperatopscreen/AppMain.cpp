@@ -1,6 +1,8 @@
 #include "vesperatopscreen/AppMain.h"
 
+#include <unistd.h>
 #include <cstdio>
+#include <cstdlib>
 
 #include "vendelo-sdl2/TApplication.h"
 #include "vesperatopscreen/TopScreenApp.h"
@@ -9,6 +11,8 @@ using vendelo_sdl2::pApp;
 using vendelo_sdl2::TApplication;
 
 namespace {
+
+constexpr int initFailed = -2, initThrew = -4, runThrew = -6;
 
 TApplication* MakeTopScreen(const std::string* ServerAddress) {
   auto* application = new TopScreenApp;
@@ -31,20 +35,26 @@ int AppMain(int argc, char** argv, const ApplicationMaker& MakeApplication) {
       application->Destroy();
       delete application;
       std::printf("========== APP EXITED WITH FAILURE ==========\n");
-      return -2;
+      return initFailed;
     }
   } catch (...) {
     std::printf("Unhadled exception occoured while loading application\n");
-    return -4;
+    return initThrew;
   }
   try {
     application->ServePendingSignal();
     application->Run();
   } catch (...) {
     std::printf("Unhadled exception occoured\n");
-    return -6;
+    return runThrew;
   }
   delete application;
   std::printf("========== APP EXITED SUCCESSFULLY ==========\n");
   return 0;
+}
+
+void EndProcess(int Result) {
+  std::fflush(nullptr);
+  if (Result == initThrew || Result == runThrew) _exit(Result);
+  std::exit(Result);
 }

@@ -19,15 +19,6 @@ namespace {
 
 using namespace vendelo_sdl2;
 
-int StubAppMain(int argc, char** argv);
-
-// The program's own entry point, with another application behind it.
-#define main ProgramMain
-#define AppMain StubAppMain
-#include "../../src/vesperatopscreen/main.cpp"
-#undef AppMain
-#undef main
-
 // Tells what is going on, in one piece.
 void say(const std::string& line) {
   if (write(STDERR_FILENO, (line + "\n").c_str(), line.size() + 1) < 0) std::abort();
@@ -84,8 +75,6 @@ TApplication* makeApplication(const std::string*) {
   return app;
 }
 
-int StubAppMain(int argc, char** argv) { return AppMain(argc, argv, makeApplication); }
-
 std::unique_ptr<ChildProcess> program(const Preparation& prepare) {
   return std::make_unique<ChildProcess>([&] {
     setenv("SDL_VIDEODRIVER", "dummy", 1);
@@ -93,7 +82,7 @@ std::unique_ptr<ChildProcess> program(const Preparation& prepare) {
     preparation = &prepare;
     char name[] = "topscreen";
     char* arguments[] = {name, nullptr};
-    std::exit(ProgramMain(1, arguments));
+    EndProcess(AppMain(1, arguments, makeApplication));
   });
 }
 
