@@ -16,7 +16,13 @@ export function faults(bench, terminal) {
   const {changes, checked, clientKnows, faultsOf, goodAgain, known, level, staysAt} = terminal.calls();
   const on = (name) => bench.page.locator(`[data-reply=${name}]`);
   const text = (place) => bench.page.locator(place).textContent();
-  const raise = async () => terminal.pot(0, (await level(0)).CurrentPot + 1);
+  // The pot that the service has then: the page's step is on its way for a while.
+  const raise = async () => {
+    const pot = (await level(0)).CurrentPot + 1;
+    await terminal.pot(0, pot);
+    await until('raised', async () => (await level(0)).CurrentPot === pot);
+    return pot;
+  };
 
   describe('faults', () => {
     // Where one of them fails, the tests after these have a service all the same.
@@ -35,14 +41,13 @@ export function faults(bench, terminal) {
         await until('checked', async () => await checked(on(name)) === 'true');
         assert.equal(await text('#broken'), `all methods: ${name}`);
         await until(name, async () => await faultsOf(since, name) >= 1);
-        await raise();
+        const pot = await raise();
         if (line) {
           const then = await bench.latest();
           await until('two more', async () => await faultsOf(then, name) >= 2);
           await until('log', () => line.test(bench.programLog().slice(logged)));
         }
         await terminal.hasStayed(before, [DIGITS[0]]);
-        const pot = (await level(0)).CurrentPot;
         assert.notEqual((await known())?.JackpotData[0].CurrentPot, pot);
         const mended = await bench.latest();
         await on(name).click();
@@ -60,8 +65,7 @@ export function faults(bench, terminal) {
       const since = await bench.latest();
       await on('slow').click();
       await until('slow', async () => await faultsOf(since, 'slow') >= 1);
-      await raise();
-      const pot = (await level(0)).CurrentPot;
+      const pot = await raise();
       const told = (entry) => entry.answer?.some?.((event) => event.eventID === 110);
       await until('told', async () => (await bench.log(since)).some(told));
       const calls = (await bench.log(since)).filter((entry) => entry.method === 'game.popEvents');
