@@ -66,9 +66,7 @@ void TGlyphLabel::SetResizeFactor(double x, double y) {
   mResizeFactorY = static_cast<float>(y);
 }
 
-int TGlyphLabel::GetCharCode(std::string text) const {
-  return MyUtils::GetUTF8CodePoint(text.c_str(), nullptr);
-}
+int TGlyphLabel::GetCharCode(std::string text) const { return MyUtils::GetUTF8CodePoint(text.c_str(), nullptr); }
 
 void TGlyphLabel::UpdateCachedTextures() {
   if (!mSomethingChanged && mText == mNewText && mpTargetTexture) return;

@@ -77,8 +77,6 @@ void Tlabel::SetAlignment(TAlignment alignment) {
   };
   const int x = start(horizontalPart(alignment), mLabelRect.x, mLabelRect.w, mSrcRect.w);
   const int y = start(verticalPart(alignment), mLabelRect.y, mLabelRect.h, mSrcRect.h);
-  mDestRect.x = x;
-  mDestRect.y = y;
   setX(x);
   setY(y);
   if (alignment != mAlign) mSomethingChanged = true;

@@ -26,6 +26,7 @@ TEST_F(LabelTest, SetAnimationPutsTheLabelAtItsStart) {
     EXPECT_EQ(y, label->mOrigPosY);
     drawn(*label);
     EXPECT_FALSE(label->mSomethingChanged) << "the rebuild would put it back at every frame";
+    EXPECT_EQ((SDL_Rect{x, y, rest.w, rest.h}), label->mAnimationStartRect) << "the rebuild keeps the direction";
     parent.RemoveComponent(label, true);
   }
 }
@@ -73,6 +74,27 @@ TEST_F(LabelTest, SlidesInRestsSlidesOut) {
     EXPECT_EQ(start.x, label->mOrigPosX);
     EXPECT_EQ(start.y, label->mOrigPosY);
     EXPECT_FALSE(label->isVisible());
+    parent.RemoveComponent(label, true);
+  }
+}
+
+TEST_F(LabelTest, ShowForBeginsAtTheStartAndHideAtTheRestingPlace) {
+  for (const auto direction : {Tlabel::LEFT, Tlabel::UP}) {
+    Label* label = make("slide");
+    label->SetAnimation(direction);
+    drawn(*label);
+    const SDL_Rect rest = label->mAnimationDestRect, start = label->mAnimationStartRect;
+    for (int i = 0; i < 2; ++i) {
+      label->_setVisible(false);
+      label->mOrigPosX = rest.x;
+      label->mOrigPosY = rest.y;
+      label->ShowFor(600);
+      EXPECT_EQ(start.x, label->mOrigPosX);
+      EXPECT_EQ(start.y, label->mOrigPosY);
+      label->Hide();
+      EXPECT_EQ(rest.x, label->mOrigPosX) << "and the way out at the resting place";
+      EXPECT_EQ(rest.y, label->mOrigPosY);
+    }
     parent.RemoveComponent(label, true);
   }
 }

@@ -263,3 +263,38 @@ TEST_F(LabelTest, AFrameTakesNothingFromTheHeap) {
   for (int i = 0; i < 10; ++i) label->draw();
   EXPECT_EQ(before, allocations::count);
 }
+
+TEST_F(LabelTest, ASurfaceThatItStillHoldsIsFreed) {
+  SDL_Surface* surface = SDL_CreateRGBSurfaceWithFormat(0, 2, 2, 32, SDL_PIXELFORMAT_RGBA32);
+  surface->refcount = 3;
+  Label* label = make("one");
+  label->mpSurface = surface;
+  label->draw();
+  EXPECT_EQ(2, surface->refcount) << "by a rebuild";
+  EXPECT_EQ(nullptr, label->mpSurface);
+  label->mpSurface = surface;
+  label->SetText("");
+  label->draw();
+  EXPECT_EQ(nullptr, label->mpSurface);
+  EXPECT_EQ(1, surface->refcount);
+  surface->refcount = 2;
+  label->mpSurface = surface;
+  parent.RemoveComponent(label, true);
+  EXPECT_EQ(1, surface->refcount) << "with the label";
+  SDL_FreeSurface(surface);
+}
+
+TEST_F(LabelTest, AnotherColourIsThatOfTheTextAtTheNextDraw) {
+  Label* label = make("HHH");
+  label->SetAlignment(LEFT_UP);
+  const SDL_Rect ink = drawn(*label);
+  int green = 0, white = 0;
+  label->SetColor(SDL_Color{0, 255, 0, 255});
+  drawn(*label);
+  for (int x = ink.x; x < ink.x + ink.w; ++x) {
+    green += pixel(x, ink.y + ink.h / 2) == 0x00ff00u;
+    white += pixel(x, ink.y + ink.h / 2) == 0xffffffu;
+  }
+  EXPECT_GT(green, 0);
+  EXPECT_EQ(0, white);
+}

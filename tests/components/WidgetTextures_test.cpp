@@ -3,6 +3,7 @@
 #include <SDL_ttf.h>
 #include <dlfcn.h>
 #include <errno.h>
+#include <malloc.h>
 #include <memory>
 #include <set>
 #include <string>
@@ -116,11 +117,35 @@ TEST_F(WidgetTextures, ALabelHasTwoAndLeavesThatOfItsText) {
 
 TEST_F(WidgetTextures, ALabelMakesItsOwnAgainWhenTheyAreLost) {
   Tlabel label(nullptr, 0, 0, 300, 60, "one", ttf, white, "label");
-  label.draw();
-  SDL_SetTextureUserData(label.GetTargetTexture(), this);
+  auto* child = new Tlabel(nullptr, 0, 0, 300, 60, "two", ttf, white, "child");
+  label.AddComponent(child);
+  label.draw();  // the child too
+  for (Tlabel* one : {&label, child}) SDL_SetTextureUserData(one->GetTargetTexture(), this);
   label.OnTexturesLost();
   label.draw();
-  EXPECT_EQ(nullptr, SDL_GetTextureUserData(label.GetTargetTexture()));
+  for (Tlabel* one : {&label, child}) EXPECT_EQ(nullptr, SDL_GetTextureUserData(one->GetTargetTexture()));
+}
+
+TEST_F(WidgetTextures, TheSurfacesOfTextsAreGone) {
+  const auto held = [] {
+    const struct mallinfo2 heap = mallinfo2();
+    return static_cast<long>(heap.uordblks + heap.hblkhd);
+  };
+  const std::string wide(80, 'W');
+  Tlabel label(nullptr, 0, 0, 300, 60, "", ttf, white, "label");
+  TControlCyphers3 digits(nullptr, 0, 0, 390, 50, 10, "digits");
+  TTF_Font* const large = TTF_OpenFont("/usr/share/fonts/truetype/dejavu/DejaVuSans-Bold.ttf", 120);
+  const auto round = [&](int number) {
+    label.SplitText(number % 2 == 0);
+    label.SetText(wide + " " + std::to_string(number));
+    label.draw();
+    digits.SetFont(large, white);
+  };
+  for (int i = 0; i < 4; ++i) round(i);
+  const long before = held();
+  for (int i = 4; i < 24; ++i) round(i);
+  EXPECT_LT(held() - before, 500000) << "those of a round have some 400000 bytes";
+  TTF_CloseFont(large);
 }
 
 TEST_F(WidgetTextures, AGlyphLabelHasOne) {
