@@ -2,8 +2,11 @@
 #include <SDL_ttf.h>
 #include <gtest/gtest.h>
 #include <unistd.h>
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
+#include <filesystem>
+#include <fstream>
 
 #include "tests/support/ChildProcess.h"
 #include "vendelo-sdl2/MyUtils.h"
@@ -41,6 +44,7 @@ struct Told : TopScreenApp {
     std::fprintf(stderr, "[pictures %s]", MyUtils::ImageDir().c_str());
     std::fprintf(stderr, "[screen %d %s]", screen && screen == GUI(),
                  screen ? screen->GetModuleName().c_str() : "");
+    std::fprintf(stderr, "[home %s]", GetParam("HomeDir", PARAM_MASK_ALL)->AsString().c_str());
     if (!pKSL) _exit(1);
     std::fprintf(stderr, "[client %s %s %u %d %d %d]", pKSL->Name().c_str(), pKSL->Address().c_str(),
                  Client::popInterval(*pKSL), static_cast<int>(Client::retries(*pKSL)), pKSL->Running(),
@@ -87,9 +91,22 @@ TEST_F(Init, BringsTheClientUpAlsoWithoutAWindow) {
         "[log 1 Top screen started with KSL server requests on http://127.0.0.1:1/KSL]",
         "Unable to set 1920x1080 video: "})
     EXPECT_EQ(1, occurrences(text, output)) << text << " in:\n" << output;
+  EXPECT_EQ(1, occurrences("[home " + folder + "]", output));
+  EXPECT_EQ(2, occurrences("Top screen started", output)) << "and once by the log itself, on the console";
 }
 
 TEST_F(Init, NeedsNoWorkingDirectoryAndPutsNothingBetweenItAndTheSkin) {
   EXPECT_EQ(1, occurrences("[pictures VESPERA/TOP_SKIN/]", told(nullptr)));
   EXPECT_EQ(1, occurrences("[pictures hereVESPERA/TOP_SKIN/]", told("here")));
+}
+
+TEST_F(Init, KeepsNoMoreThanTheNewestOldLogs) {
+  for (int day = 1; day <= 50; ++day)
+    std::ofstream(folder + "/top_2001-" + (day < 26 ? "01-" : "02-") + std::to_string(100 + day).substr(1) + ".log")
+      << day;
+  told(nullptr);
+  const std::filesystem::directory_iterator logs(folder);
+  EXPECT_GE(40, std::count_if(begin(logs), end(logs), [](const auto& entry) {
+              return entry.path().filename().string().rfind("top_", 0) == 0;
+            }));
 }

@@ -122,6 +122,10 @@ TEST_F(ScreenWindow, AnUnloadClosesItAndTheEndNeedsNoApplication) {
   EXPECT_EQ(0, screen->Unload());
   EXPECT_EQ(0, screen->Unload());
   EXPECT_EQ((Names{"destroy window"}), asked({"destroy window"}));
+  void* const former = screen;
+  app.destroyGui();
+  EXPECT_EQ(nullptr, app.GetTimedTask(former));
+  EXPECT_EQ(0, app.UnregisterAllActionHandlersByRelatedObject(former, false));
   TApplication* const application = std::exchange(pApp, nullptr);
   delete new TopScreenScreen;
   pApp = application;

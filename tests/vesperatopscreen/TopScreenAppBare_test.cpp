@@ -1,0 +1,87 @@
+// The application without its screen, without its client, and with errors that say nothing.
+#include <algorithm>
+
+#include "tests/vesperatopscreen/TopScreenAppFixture.h"
+#include "vesperatopscreen/InitData.h"
+
+using namespace apptest;
+
+namespace {
+
+class BareApp : public TopScreenAppTest {
+ protected:
+  BareApp() { app.screen = nullptr; }
+  long written(const std::string& line, TLogType type) const {
+    return std::count_if(app.lines.begin(), app.lines.end(),
+                         [&](const TestApp::Line& one) { return one.text == line && one.type == type; });
+  }
+};
+
+}  // namespace
+
+TEST_F(BareApp, EveryStateIsTakenWithoutAScreen) {
+  struct {
+    const char* name;
+    PlatformState state;
+  } rows[] = {{"no game", {}}, {"menu", {}},     {"instructions", {}},
+              {"levels", {}},  {"paytable", {}}, {"roulette", {}}};
+  rows[1].state.ActiveGame = GAME_MENU;
+  rows[2].state.Instructions = {"SPIN"};
+  rows[3].state.ActiveGame = GameRegistryEntry(8, "Reels", GAMETYPE_VESPERA_SLOTGAME);
+  rows[4].state = rows[3].state;
+  rows[4].state.ShowingPaytable = 1;
+  rows[5].state.ActiveGame = GameRegistryEntry(9, "Wheel", GAMETYPE_ROULETTE);
+  for (auto& row : rows) {
+    SCOPED_TRACE(row.name);
+    for (bool loading : {false, true}) {
+      row.state.IsLoading = loading;
+      EXPECT_EQ(0, app.StatusReceived(&row.state, false));
+      EXPECT_EQ(0, app.Update());
+    }
+  }
+  app.updatedJp = true;
+  EXPECT_EQ(0u, app.deferred());
+  EXPECT_FALSE(app.SetupGraphics());
+  EXPECT_EQ(2, app.DrawOnce());
+}
+
+TEST_F(BareApp, TheFirstDataEndTheLoaderWithoutAScreenToo) {
+  app.setStatus(TApplication::APP_STARTUP_GRAPHICS);
+  PlatformState data;
+  app.StatusReceived(&data, false);
+  EXPECT_EQ(TApplication::APP_RUNNING, app.status());
+}
+
+TEST_F(BareApp, AFailureThatSaysNothingIsNoNews) {
+  app.hasNoData = false;
+  EXPECT_EQ(0, app.StatusReceived(nullptr, true));
+  EXPECT_TRUE(app.hasNoData);
+  KSLError silent(E_INTERNAL_ERROR, "");
+  app.hasNoData = false;
+  EXPECT_EQ(0, app.StatusReceived(&silent, true));
+  EXPECT_TRUE(app.lines.empty());
+  EXPECT_EQ(0, statusError("spoken"));
+}
+
+TEST_F(BareApp, ARegistrationThatFailsWithoutACauseIsIncomplete) {
+  EXPECT_EQ(1, app.handleInitResponse(E_INIT_REJECTED, nullptr));
+  EXPECT_EQ(1, written("KSL: ERROR on init [the registration reply is incomplete]!!!", 5));
+  EXPECT_EQ(1u, app.lines.size());
+}
+
+TEST_F(BareApp, EachTextOfARegistrationIsNeeded) {
+  for (const char* InitData::*missing :
+       {&InitData::Locale, &InitData::DecimalSeparator, &InitData::ThousandSeparator, &InitData::Language}) {
+    InitData data;
+    for (const char* InitData::*text :
+         {&InitData::Locale, &InitData::DecimalSeparator, &InitData::ThousandSeparator, &InitData::Language})
+      data.*text = text == missing ? nullptr : strdup("C");
+    const bool fails = missing != &InitData::Language;  // which nobody uses
+    EXPECT_EQ(fails, app.handleInitResponse(E_NO_ERROR, &data));
+  }
+}
+
+TEST_F(BareApp, AnErrorBeforeThereIsAClientHasNoAddress) {
+  EXPECT_EQ(0, app.handleError(M_POPEVENTS, E_INTERNAL_ERROR, "gone"));
+  EXPECT_EQ(1, written("KSL CLIENT: Received error from  -> " + std::to_string(E_INTERNAL_ERROR) + " - gone", 5));
+}
