@@ -142,7 +142,7 @@ void TImageList::AnimateTask() {
   if (!mIsShowing) {
     // The data texture hangs out of the image, so a horizontal slide must go further for all of it to leave.
     int dataWidth = 0;
-    if (mpDataTexture) SDL_QueryTexture(mpDataTexture, nullptr, nullptr, &dataWidth, nullptr);
+    SDL_QueryTexture(mpDataTexture, nullptr, nullptr, &dataWidth, nullptr);
     goal = {mAnimationStartRect.x - mDataOffsetX - (mDirection == RIGHT ? dataWidth : 0), mAnimationStartRect.y};
   }
   if (!slide::step(static_cast<slide::Direction>(mDirection), mIsShowing, num_pix, goal, mOrigPosX, mOrigPosY))

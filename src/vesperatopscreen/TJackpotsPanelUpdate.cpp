@@ -129,7 +129,7 @@ void TJackpotsPanel::OnShowOverlays(const std::string& name) {
     pAnimationOverlay->Show();
     return;
   }
-  if (mLogo) mLogo->_setVisible(mNumJackpots == 0);
+  mLogo->_setVisible(mNumJackpots == 0);
 }
 
 bool TJackpotsPanel::isOverlayVisible() {

@@ -45,8 +45,7 @@ void TJackpotsPanel::StartIdleAnimation() {
   TTimedTaskHandler* const fired = std::exchange(pIdleTask, nullptr);  // it has done its one run
   if (mNumJackpots < 1) return;
   int r = std::rand() % mNumJackpots;
-  if (mIdleAnimation >= 0 && pIdleAnimation[mIdleAnimation] && pIdleAnimation[mIdleAnimation]->isVisible())
-    pIdleAnimation[mIdleAnimation]->Hide();
+  if (mIdleAnimation >= 0 && pIdleAnimation[mIdleAnimation]) pIdleAnimation[mIdleAnimation]->Hide();
   if (mNumJackpots > 1)
     while (r == mIdleAnimation) r = std::rand() % mNumJackpots;
   if (r >= maxLevels) r = maxLevels - 1;
@@ -54,7 +53,7 @@ void TJackpotsPanel::StartIdleAnimation() {
   const Uint32 now = SDL_GetTicks();
   if (!pIdleAnimation[r]) return;  // an id that is not there ends the rotation
   pIdleAnimation[r]->ResetAnimation(now);
-  if (!pIdleAnimation[r]->isVisible()) pIdleAnimation[r]->Show();
+  pIdleAnimation[r]->Show();
   // The name says 2000, the interval is 2200: both are as they are wanted.
   if (fired) {
     // Once more, out of its own run: this goes on every two seconds for weeks, and takes nothing from the heap.

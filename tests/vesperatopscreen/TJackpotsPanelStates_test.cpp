@@ -3,49 +3,12 @@
 #include <cmath>
 #include <filesystem>
 
-#include "tests/support/ComponentPeek.h"
-#include "tests/vesperatopscreen/JackpotsPanelFixture.h"
+#include "tests/vesperatopscreen/JackpotStatesFixture.h"
 
 using namespace jackpottest;
-using paneldata::levels;
-using Names = std::vector<std::string>;
 
 namespace {
-
-class States : public JackpotsPanel {
- protected:
-  void start(int count) {
-    data = levels(count);
-    show(data);
-  }
-  void status(int id, const char* text) {
-    data[static_cast<size_t>(id)].status = text;
-    show(data);
-  }
-  // From the notice to the frame that starts the win.
-  void startWin(int id) {
-    status(id, "WIN");
-    clock.advance(201);
-    harness.frame();
-    ASSERT_TRUE(visible("pDarkBackground"));
-  }
-  TTimedTaskHandler* task() { return harness.application().GetTimedTask(panel); }
-  bool drawn(TTimedTaskHandler* handler) { return harness.application().IsTimedTaskValid(handler, TASK_DRAW); }
-  void endTheSparkle() {
-    panel->StopIdleAnimation();
-    ASSERT_EQ(nullptr, task());
-  }
-  SDL_Rect winPlace() { return find("JackpotWinPanel")->getDestRect(); }
-  TSpriteAnimation& sprite(int id, const char* name) { return *part<TSpriteAnimation>(id, name); }
-  bool historyShown(int id) {
-    const bool text = part(id, "pJackpotInfo")->isVisible(), bar = part(id, "pJackpotInfoBackground")->isVisible();
-    EXPECT_EQ(text, bar);
-    return text && bar;
-  }
-
-  std::vector<JackpotsData> data;
-};
-
+class States : public JackpotStates {};
 }  // namespace
 
 TEST_F(States, TheWinnerShowsItsValueAtOnceAndTheOthersRoll) {
@@ -360,51 +323,4 @@ TEST_F(States, NumbersOfThePlatformFaultNothing) {
   show(many);
   framesFor(60);
   EXPECT_NE(nullptr, find("pJackpotPanel[0]"));
-}
-
-TEST_F(States, AWinThatEndsBeforeItsPictureWasTakenMovesNothing) {
-  for (int id : {0, 1}) {
-    SCOPED_TRACE(id);
-    start(2);
-    TGuiComponent* level = find("pJackpotPanel[" + std::to_string(id) + "]");
-    status(id, "WIN");
-    status(id, "");
-    EXPECT_EQ(placeText(TJackpotLayout(2).levelRect(id)), placeText(level->getDestRect()));
-    startWin(id);
-    status(id, "");
-    level->setDestRect({700, 300, 908, 208});
-    status(id, "WIN");
-    status(id, "");
-    EXPECT_EQ("700, 300, 908, 208", placeText(level->getDestRect()))
-      << "the picture of an earlier win is no picture";
-    show({});
-  }
-}
-
-TEST_F(States, ALevelThatIsBuiltAnewDuringItsWinStandsAtItsNewPlace) {
-  for (int id : {0, 1}) {
-    SCOPED_TRACE(id);
-    start(4);
-    startWin(id);
-    show(levels(2));
-    EXPECT_EQ(placeText(TJackpotLayout(2).levelRect(id)),
-              placeText(find("pJackpotPanel[" + std::to_string(id) + "]")->getDestRect()));
-    EXPECT_TRUE(part(id, "pJackpotFrame")->isVisible());
-    show({});
-  }
-}
-
-TEST_F(States, ALoadBeginsWithoutLevels) {
-  start(1);
-  ASSERT_EQ(0, panel->load());
-  data[0].potValue = 77;
-  show(data);
-  EXPECT_EQ(1234567, part<TControlCyphers3>(0, "ControlCyphers")->FinalValue());
-  panel->OnHideHistory();
-  EXPECT_TRUE(historyShown(0));
-  panel->StopIdleAnimation();
-  EXPECT_TRUE(part(0, "pIdleAnimation")->isVisible());
-  const Names before = peek::Component::children(*panel);
-  panel->ClearJackpotPanel();
-  EXPECT_EQ(before, peek::Component::children(*panel)) << "what it does not know it leaves";
 }

@@ -264,6 +264,16 @@ TEST_F(PaytableSetups, TheCostOfABetIsReadBesideAMalformedSetup) {
   EXPECT_EQ(1u, screen.app().linesWith(kRefused));
 }
 
+TEST_F(PaytableSetups, AMistypedCostBesideTheTextsThatStandIsRefusedToo) {
+  open(wins(50, 5, 10));
+  xmlrpc_c::cstruct extra = wins(50, 5, 10);
+  extra.erase("betCost");
+  extra.insert({"betCost", xmlrpc_c::value_string("dear")});
+  sendExtra(extra);
+  EXPECT_EQ(1u, screen.app().linesWith(kRefused));
+  EXPECT_EQ("250", shown("A_3")) << "the prizes go on with the last cost";
+}
+
 TEST_F(PaytableSetups, ARefusedSetupThrowsItsCause) {
   open(wins(50, 5, 10));
   sendExtra(pageOf(with(Text{}, "win", xmlrpc_c::value_string("50"))));
