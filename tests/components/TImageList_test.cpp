@@ -112,6 +112,15 @@ TEST_F(ImageList, MinusOneDoesNothingAtFirstAndClearsAfterAnImage) {
   EXPECT_EQ(nullptr, list->GetTargetTexture());
 }
 
+TEST_F(ImageList, AnImageThatIsNoneHasNoSize) {
+  List* list = make(0, 0);
+  list->pushImage(nullptr);
+  list->DisplayImage(0, 0);
+  list->DisplayImage(2, 0);
+  EXPECT_EQ(nullptr, list->GetTargetTexture());
+  EXPECT_EQ((SDL_Rect{0, 0, 0, 0}), list->getSrcRect());
+}
+
 TEST_F(ImageList, AnIndexOfTheSizeIsStoredAndClearsTheImage) {
   List* list = make(0, 0);
   list->DisplayImage(1, 0);

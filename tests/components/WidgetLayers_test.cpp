@@ -1,6 +1,7 @@
 // The layers that widgets compose their pictures on: nothing shows where nothing was drawn, on any terminal.
 #include <SDL_ttf.h>
 
+#include "components/TScrollingComponent.h"
 #include "components/Tlabel.h"
 #include "tests/components/CyphersFixture.h"
 
@@ -58,6 +59,13 @@ TEST_P(Layers, OfTwoLinesHaveNoColourWhereNoLetterIs) {
   label.draw();
   expectClear(label.GetTargetTexture());
   SDL_DestroyTexture(label.GetTargetTexture());
+}
+
+TEST_P(Layers, OfATickerHaveNoColourBesideItsText) {
+  TScrollingComponent ticker(nullptr, 0, 0, 300, 100, "ticker");
+  ticker.AddContent(new TGuiComponent(nullptr, 0, 0, 10, 10, "child"), -1, TScrollingComponent::TOP);
+  ticker.draw();
+  expectClear(ticker.GetTargetTexture());
 }
 
 INSTANTIATE_TEST_SUITE_P(Flavours, Layers, testing::Values(UNKNOWN_FLAVOUR, VESPERA_FLAVOUR));
