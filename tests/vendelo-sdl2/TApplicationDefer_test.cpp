@@ -1,4 +1,5 @@
 #include <gtest/gtest.h>
+#include <atomic>
 #include <cstdlib>
 #include <memory>
 #include <stdexcept>
@@ -237,6 +238,26 @@ TEST_F(DeferOnDrawThread, WaitsForTheMainThreadOutsideAFrameOnly) {
     return 0;
   });
   EXPECT_TRUE(app->log.contains("5|TApplication: Defer inside a frame can not wait for the main thread"));
+}
+
+TEST_F(DeferOnDrawThread, AFrameLastsUntilItsLastUnlockAndNoLonger) {
+  std::atomic<int> done{0};
+  run([&] {
+    if (app->status() != TApplication::APP_RUNNING) return 0;
+    if (frames++ > 0) return 1;
+    for (int round = 1; round <= 20; ++round) {
+      app->lockDrawMutex();
+      app->lockDrawMutex();
+      app->unlockDrawMutex();
+      const size_t refusals = app->log.lines().size();
+      app->Defer([] {}, false, true);
+      EXPECT_EQ(app->log.lines().size(), refusals + 1) << "of two locks one is left";
+      app->unlockDrawMutex();
+      app->Defer([&] { ++done; }, false, true);
+      EXPECT_EQ(done, round) << "no frame any more";
+    }
+    return 0;
+  });
 }
 
 // The main thread waits for the load: a call that waited for it there would never return.
