@@ -30,7 +30,6 @@ Event::Event(int id, const char* format, ...) : id_(id), context_(nullptr) {
 Event::~Event() {
   if (context_ != nullptr) {
     xmlrpc_DECREF(context_);
-    context_ = nullptr;
   }
 }
 

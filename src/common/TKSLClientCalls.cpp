@@ -202,9 +202,6 @@ void TKSLClient::EndEventStack() const { SDL_UnlockMutex(KSL_call_mutex); }
 unsigned int TKSLClient::calculateApproximateWaitTime(int position) {
   const SdlMutexGuard lock(KSL_call_mutex);
   const int queueSize = static_cast<int>(mCallQueue.size());
-  if (position == 0 || queueSize == 0) {
-    return 0;
-  }
   if (position < 0 || position > queueSize) {
     position = queueSize;
   }
