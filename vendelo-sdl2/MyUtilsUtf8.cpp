@@ -28,7 +28,7 @@ int GetUTF8CodePoint(const char* u, const char** end) {
   const int first = byte(0);
   if (first < 128) return first;
   if (first < 224) return (first - 192) * 64 + (byte(1) - 128);
-  if (first == 237 && (byte(1) & 160) >= 160) return -1;  // surrogates
+  if (first == 237 && (byte(1) & 0xa0) == 0xa0) return -1;  // surrogates
   if (first < 240) return (first - 224) * 4096 + (byte(1) - 128) * 64 + (byte(2) - 128);
   if (first < 248) return (first - 240) * 262144 + (byte(1) - 128) * 4096 + (byte(2) - 128) * 64 + (byte(3) - 128);
   return -1;
