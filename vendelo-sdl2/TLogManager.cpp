@@ -61,8 +61,6 @@ TLogManager::~TLogManager() {
 int TLogManager::Init(std::string LogFileFilename, TpfOnWriteLog pfOnWriteLog, void* pUserData,
                       bool AutoHandleOldLogs) {
   std::lock_guard<std::recursive_mutex> lock(mPollMutex);
-  CurrentDateString.clear();
-  FullLogFileFilename.clear();
   this->LogFileFilename = std::move(LogFileFilename);
   this->pfOnWriteLog = pfOnWriteLog;
   this->pUserData = pUserData;
@@ -94,7 +92,7 @@ void TLogManager::removeOldLogs(const fs::path& directory, const std::string& lo
   std::vector<std::pair<fs::file_time_type, fs::path>> logFiles;
   for (const auto& entry : fs::directory_iterator(directory)) {
     if (!entry.is_regular_file() || entry.path().extension() != ".log") continue;
-    if (entry.path().stem().string().rfind(logStem, 0) != 0) continue;
+    if (!entry.path().stem().string().starts_with(logStem)) continue;
     logFiles.emplace_back(entry.last_write_time(), entry.path());
   }
   std::sort(logFiles.begin(), logFiles.end(), [](const auto& a, const auto& b) { return a > b; });
@@ -135,7 +133,6 @@ int TLogManager::Open() {
 // What is buffered here is handed to the system as it stands: the stream itself keeps nothing, so that after a
 // failure nothing is left in it that would be written twice.
 bool TLogManager::openFile() {
-  hLogFile.clear();
   hLogFile.rdbuf()->pubsetbuf(nullptr, 0);
   hLogFile.open(mLogFileLocation, std::ios::app);
   mFileBuffer.reserve(2 * FileBuffer);

@@ -59,6 +59,36 @@ TEST_F(LostLogTest, AFullDiskIsToldAndTheFileBeginsAnewWithTheNumberOfLostLines)
   EXPECT_TRUE(matches(read(dated("app")), std::string(Lost) + "5\n.{24}: line 6\n")) << read(dated("app"));
 }
 
+TEST_F(LostLogTest, ANewBeginningKnowsNothingOfWhatWasLostBefore) {
+  fill();
+  TLogManager manager;
+  init(manager);
+  write(manager, 1, 3);
+  flush(manager);
+  manager.Destroy();
+  init(manager);  // still full
+  write(manager, 4, 4);
+  flush(manager);
+  repair();
+  clock.advance(1001);
+  manager.Poll();
+  EXPECT_TRUE(matches(read(dated("app")), std::string(Lost) + "1\n")) << read(dated("app"));
+
+  manager.Destroy();
+  repair();
+  fill();
+  init(manager);
+  write(manager, 5, 5);
+  flush(manager);
+  manager.Destroy();
+  repair();
+  init(manager);
+  EXPECT_EQ(read(dated("app")), "== APP CREATED THIS FILE ==\n");
+  write(manager, 6, 6);
+  flush(manager);
+  EXPECT_TRUE(matches(read(dated("app")), "== APP CREATED THIS FILE ==\n\n\n.{24}: line 6\n"));
+}
+
 TEST_F(LostLogTest, AFailedFileIsTriedAgainOnceASecond) {
   fill();
   TLogManager manager;

@@ -307,6 +307,12 @@ TEST_F(TLogManagerTest, LogmanGoesToTheFirstManagerThatRanInit) {
   EXPECT_EQ(logman::WriteLog("still"), 0);
   first.Destroy();
   EXPECT_EQ(logman::WriteLog("x"), -1);
+  EXPECT_EQ(logman::GetLastLog(), "");
+
+  Recorder third;
+  third.Init(name("third.log"), nullptr, nullptr, false);
+  EXPECT_EQ(logman::WriteLog("to the next one"), 0);
+  EXPECT_EQ(third.GetLastLog(), "to the next one");
 }
 
 TEST_F(TLogManagerTest, AManagerThatDiesWithoutDestroyLeavesLogmanAlone) {
