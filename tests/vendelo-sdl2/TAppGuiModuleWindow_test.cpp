@@ -196,6 +196,15 @@ TEST_F(WindowEvents, WithoutFramesOnlyTheLatestAreKept) {
   EXPECT_EQ(SDL_WINDOWEVENT_LEAVE, seen[63].event);
 }
 
+TEST_F(WindowEvents, TheGateTakesThePlaceOfAnyOtherFilter) {
+  module->DestroyWindow();
+  SDL_SetEventFilter([](void*, SDL_Event*) { return 1; }, nullptr);
+  ASSERT_EQ(0, create(32, 32, 0, -1));
+  SDL_FlushEvent(SDL_WINDOWEVENT);
+  pump(SDL_WINDOWEVENT, SDL_WINDOWEVENT_SIZE_CHANGED);
+  EXPECT_FALSE(SDL_HasEvent(SDL_WINDOWEVENT));
+}
+
 TEST_F(WindowEvents, AnotherWindowLeavesTheGateAndTheQueueAlone) {
   pump(SDL_USEREVENT, 0);
   module->DestroyWindow();
