@@ -1,81 +1,22 @@
 // What the client gives back of the things that it makes: semaphores, mutexes, states of errors, requests, records.
-#include <dlfcn.h>
 #include <gtest/gtest.h>
 #include <malloc.h>
 
 #include <map>
-#include <mutex>
 #include <xmlrpc-c/girerr.hpp>
 
 #include "LinkTestSupport.h"
 #include "common/TKSLReturnStructures.h"
+#include "tests/support/SdlHandles.h"
 
 using linktest::errorStruct;
 using linktest::faultXml;
 using linktest::replyXml;
 using linktest::TestClient;
 
-namespace {
+using sdlhandles::alive;
+using sdlhandles::next;
 
-// What was made and not yet given back, by its kind and address.
-class Alive {
- public:
-  void add(const char* kind, const void* thing) {
-    const std::lock_guard<std::mutex> lock(mMutex);
-    ++mCounts[{kind, thing}];
-  }
-  void remove(const char* kind, const void* thing) {
-    const std::lock_guard<std::mutex> lock(mMutex);
-    const auto found = mCounts.find({kind, thing});
-    if (found != mCounts.end() && --found->second == 0) {
-      mCounts.erase(found);
-    }
-  }
-  std::map<std::string, int> kinds() const {
-    const std::lock_guard<std::mutex> lock(mMutex);
-    std::map<std::string, int> sums;
-    for (const auto& [key, count] : mCounts) {
-      sums[key.first] += count;
-    }
-    return sums;
-  }
-
- private:
-  mutable std::mutex mMutex;
-  std::map<std::pair<std::string, const void*>, int> mCounts;
-};
-
-Alive& alive() {
-  static auto& all = *new Alive;
-  return all;
-}
-
-template <class F>
-F next(const char* name) {
-  return reinterpret_cast<F>(dlsym(RTLD_NEXT, name));
-}
-
-}  // namespace
-
-// In front of the libraries' own.
-extern "C" SDL_sem* SDL_CreateSemaphore(Uint32 value) {
-  SDL_sem* made = next<SDL_sem* (*)(Uint32)>("SDL_CreateSemaphore")(value);
-  alive().add("semaphore", made);
-  return made;
-}
-extern "C" void SDL_DestroySemaphore(SDL_sem* semaphore) {
-  alive().remove("semaphore", semaphore);
-  next<void (*)(SDL_sem*)>("SDL_DestroySemaphore")(semaphore);
-}
-extern "C" SDL_mutex* SDL_CreateMutex(void) {
-  SDL_mutex* made = next<SDL_mutex* (*)()>("SDL_CreateMutex")();
-  alive().add("mutex", made);
-  return made;
-}
-extern "C" void SDL_DestroyMutex(SDL_mutex* mutex) {
-  alive().remove("mutex", mutex);
-  next<void (*)(SDL_mutex*)>("SDL_DestroyMutex")(mutex);
-}
 // A state of errors without an error holds nothing.
 extern "C" void xmlrpc_env_set_fault(xmlrpc_env* env, int code, const char* text) {
   alive().add("fault", env);
