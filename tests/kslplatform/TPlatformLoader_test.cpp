@@ -2,8 +2,11 @@
 
 #include <SDL_image.h>
 #include <SDL_ttf.h>
+#include <dlfcn.h>
+#include <algorithm>
 #include <cmath>
 #include <filesystem>
+#include <vector>
 
 #include "components/Tlabel.h"
 #include "tests/components/AllocationCount.h"
@@ -14,6 +17,25 @@
 #include "vendelo-sdl2/TLogManager.h"
 
 using namespace vendelo_sdl2;
+
+namespace {
+
+std::vector<TTF_Font*> closed;
+bool fontsAreGone = false;
+
+template <class F>
+F next(const char* name) {
+  return reinterpret_cast<F>(dlsym(RTLD_NEXT, name));
+}
+
+}  // namespace
+
+// In front of the library's own.
+extern "C" void TTF_CloseFont(TTF_Font* font) {
+  closed.push_back(font);
+  next<void (*)(TTF_Font*)>("TTF_CloseFont")(font);
+}
+extern "C" int TTF_WasInit(void) { return fontsAreGone ? 0 : next<int (*)()>("TTF_WasInit")(); }
 
 namespace {
 
@@ -98,6 +120,20 @@ TEST_F(PlatformLoader, AFontThatCannotBeOpenedIsToldInTheLog) {
   drawAt(*loader, 0);
   ASSERT_EQ(1U, log.size()) << "one line, however often it is drawn";
   EXPECT_EQ(0U, log.lines()[0].rfind("4 Font " + folder + "/AppFont.ttf is not usable: ", 0)) << log.lines()[0];
+}
+
+TEST_F(PlatformLoader, ItsFontIsClosedWithItUnlessTheLibraryOfFontsWentBefore) {
+  for (const bool gone : {false, true}) {
+    Loader* loader = app.add(new Loader(renderer, 400, 200));
+    TTF_Font* font = loader->mStatusLabel->GetFont();
+    ASSERT_NE(nullptr, font);
+    closed.clear();
+    fontsAreGone = gone;
+    app.module().RemoveComponent(loader, true);
+    fontsAreGone = false;
+    EXPECT_EQ(gone ? 0 : 1, std::count(closed.begin(), closed.end(), font));
+    if (gone) TTF_CloseFont(font);
+  }
 }
 
 TEST_F(PlatformLoader, TheRingBreathesAndTurnsByTheClock) {
