@@ -8,8 +8,8 @@
 #include <string>
 #include <utility>
 
-// Counts the semaphores and mutexes of SDL that are made and not given back, in front of the library, which calls
-// itself past these. Include it in one file of a program only.
+// Counts the semaphores, mutexes and threads of SDL that are made and not given back (waited for or detached), in
+// front of the library, which calls itself past these. Include it in one file of a program only.
 namespace sdlhandles {
 
 // What is alive, by its kind and address.
@@ -65,4 +65,18 @@ extern "C" SDL_mutex* SDL_CreateMutex(void) {
 extern "C" void SDL_DestroyMutex(SDL_mutex* mutex) {
   sdlhandles::alive().remove("mutex", mutex);
   sdlhandles::next<void (*)(SDL_mutex*)>("SDL_DestroyMutex")(mutex);
+}
+extern "C" SDL_Thread* SDL_CreateThread(SDL_ThreadFunction function, const char* name, void* data) {
+  SDL_Thread* made = sdlhandles::next<SDL_Thread* (*)(SDL_ThreadFunction, const char*, void*)>("SDL_CreateThread")(
+    function, name, data);
+  sdlhandles::alive().add("thread", made);
+  return made;
+}
+extern "C" void SDL_WaitThread(SDL_Thread* thread, int* status) {
+  sdlhandles::alive().remove("thread", thread);
+  sdlhandles::next<void (*)(SDL_Thread*, int*)>("SDL_WaitThread")(thread, status);
+}
+extern "C" void SDL_DetachThread(SDL_Thread* thread) {
+  sdlhandles::alive().remove("thread", thread);
+  sdlhandles::next<void (*)(SDL_Thread*)>("SDL_DetachThread")(thread);
 }

@@ -1,4 +1,4 @@
-// What the framework's classes give back of the locks and semaphores that they make.
+// What the framework's classes give back of the locks, semaphores and threads that they make.
 #include "tests/support/SdlHandles.h"
 
 #include <gtest/gtest.h>
@@ -9,6 +9,7 @@
 
 #include "tests/support/TestApplication.h"
 #include "vendelo-sdl2/TActionMan.h"
+#include "vendelo-sdl2/TAsyncJobs.h"
 #include "vendelo-sdl2/TParamMan.h"
 #include "vendelo-sdl2/TTaskMan.h"
 
@@ -40,6 +41,9 @@ TEST_F(SdlHandles, OfABus) {
   bus.AddActionListener("Name", new TahLambda([](std::string, void*) {}, TActionHandler::ahtExecuteEndless),
                         ACTION_ASYNC);
   bus.GenerateAction("Name", nullptr, ACTION_ANY);
+  bus.ProcessActions();
+  bus.ExecuteActions(ACTION_ASYNC);
+  ASSERT_TRUE(TAsyncJob::WaitForNone(60000));
   EXPECT_GE(alive("mutex"), 2);
 }
 
