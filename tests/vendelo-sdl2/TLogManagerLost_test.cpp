@@ -286,6 +286,21 @@ class FileLimit {
   void (*mOldHandler)(int);
 };
 
+TEST_F(LostLogTest, OneByteOfALineIsEndedToo) {
+  TLogManager manager;
+  init(manager);
+  flush(manager);
+  {
+    const FileLimit full(31);  // 30 are there
+    write(manager, 1, 1);
+    flush(manager);
+  }
+  clock.advance(1001);
+  manager.Poll();
+  EXPECT_TRUE(matches(read(dated("app")), "== APP CREATED THIS FILE ==\n\n\n.\n" + std::string(Lost) + "1\n"))
+    << read(dated("app"));
+}
+
 // A line has 36 bytes here, and 30 stand before the first. Whatever the length at which the disk is full, each line
 // is either in the file, whole and once, or counted.
 TEST_F(LostLogTest, EveryLineIsInTheFileOrCounted) {
