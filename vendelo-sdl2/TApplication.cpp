@@ -1,7 +1,6 @@
-// The application's construction and end, its states, its defaults and its event pump.
+// The application's construction, its states, its defaults and its event pump.
 #include "vendelo-sdl2/TApplication.h"
 
-#include <SDL_image.h>
 #include <unistd.h>
 #include <cstdio>
 #include <cstdlib>
@@ -13,7 +12,6 @@
 #include "vendelo-sdl2/MyUtils.h"
 #include "vendelo-sdl2/Saturate.h"
 #include "vendelo-sdl2/TAppGuiModule.h"
-#include "vendelo-sdl2/TAsyncJobs.h"
 
 namespace vendelo_sdl2 {
 
@@ -88,27 +86,6 @@ void TApplication::ReadRebootOnExit() {
   if (disabled && mRebootOnExit) KLOG(LogApp, logs::Important, "Will reboot system after close!");
 }
 
-void TApplication::Destroy() {
-  constexpr Uint32 longestWaitMs = 10000;
-  if (!IsInCrashPath() && !TAsyncJob::WaitForNone(longestWaitMs))
-    KLOG(LogApp, logs::Error, "Destroying the application under %d running jobs", TAsyncJob::Running());
-  if (const int failed = DestroyModules())
-    KLOG(LogApp, logs::Error, "Could not destroy %d modules!", failed);
-  else
-    KLOG(LogApp, logs::Info, "Successfully destroyed all modules.");
-  TSoundMachine::CloseAudio();
-  IMG_Quit();
-  TLogManager::Destroy();
-  sync();
-}
-
-bool TApplication::DestroyOnce() {
-  std::lock_guard gate(mDestroyGate);
-  if (mDestroyStarted.exchange(true)) return false;
-  Destroy();
-  return true;
-}
-
 void TApplication::Startup() {}
 
 bool TApplication::SetupGraphics() { return false; }
@@ -155,29 +132,31 @@ void TApplication::terminate(ETerminateType type, bool bGracefully) {
 
 int TApplication::Poll() { return TLogManager::Poll() | (TParamMan::Poll() << 8); }
 
-void TApplication::lockMainMutex() { SDL_LockMutex(mpMainMutex); }
+void TApplication::lockMainMutex() {
+  SDL_LockMutex(mpMainMutex);
+  if (IsInMainThread()) ++mMainHolds;
+}
 
-void TApplication::unlockMainMutex() { SDL_UnlockMutex(mpMainMutex); }
+void TApplication::unlockMainMutex() {
+  if (IsInMainThread()) --mMainHolds;
+  SDL_UnlockMutex(mpMainMutex);
+}
 
 void TApplication::lockDrawMutex() {
   SDL_LockMutex(mpDrawMutex);
-  ++mDrawMutexDepth;
-  mDrawMutexOwner = SDL_ThreadID();
+  if (IsInDrawThread()) ++mDrawHolds;
 }
 
 void TApplication::unlockDrawMutex() {
-  if (--mDrawMutexDepth == 0) mDrawMutexOwner = 0;
+  if (IsInDrawThread()) --mDrawHolds;
   SDL_UnlockMutex(mpDrawMutex);
 }
 
 bool TApplication::tryLockDrawMutex() {
   if (SDL_TryLockMutex(mpDrawMutex) != 0) return false;
-  ++mDrawMutexDepth;
-  mDrawMutexOwner = SDL_ThreadID();
+  if (IsInDrawThread()) ++mDrawHolds;
   return true;
 }
-
-bool TApplication::HoldsDrawMutex() const { return mDrawMutexOwner == SDL_ThreadID(); }
 
 void TApplication::SetClientID(const std::string& ClientID) {
   TParamMan::UpdateClientID(ClientID, mClientID);

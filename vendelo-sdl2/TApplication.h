@@ -279,43 +279,56 @@ class TApplication : public TLogManager,
  private:
   struct TLoopState;
   class TCrashLocks;
+  // What the draw thread does with the GUI module; DRAWS also between two frames and in their sleep.
+  enum class TDrawStage { NONE, LOADS, DRAWS };
 
   int SetGUIImpl(TAppGuiModule* (*Create)(), void* InitData);
   static int ApplicationDrawThread(void* data);
   int RunDrawThread();
-  void TearDown();
-  int JoinDrawThread();
-  bool DestroyOnce();
-  void CloseDeferred();
-  void DropDeferred();
-  bool HoldsDrawMutex() const;
   void ReadLogFileName();
   void ReadRebootOnExit();
-  static bool IsInCrashPath();
 
   bool RunPass(TLoopState& Loop);
   void HoldFrequency(TLoopState& Loop);
   bool RunLogic(TLoopState& Loop);
-  void CloseModules(TLoopState& Loop);
-  int EndLoop(int statusMain);
 
+  // The end. What it keeps stands in a table above it.
   void InstallSignalHandler();
-  bool EndPolitely(int SigValue);
-  bool EndByCrash(int SigValue, void* const* Frames, int Count);
-  void DestroyAfterCrash(bool WithGraphics);
   static bool IsSignalPending();
+  static bool IsInCrashPath();
+  void EndPolitely(int SigValue);
+  void EndByCrash(int SigValue, void* const* Frames, int Count);
+  void CloseModules(bool FirstTime);
+  int EndLoop(int statusMain);
+  void CloseDeferred();
+  void DropDeferred();
+  void TearDown();
+  int JoinDrawThread();
+  void DestroyOnce(bool WithGraphics);
 
-  std::atomic<SDL_threadID> mDrawMutexOwner{0};  // 0: free
-  int mDrawMutexDepth = 0;                       // mpDrawMutex
-  bool mDeferClosed = false;                     // mpDeferQueueMutex; the main loop has ended
-  bool mLoadsGui = false;                        // set by the draw thread under the draw mutex; in the GUI's Load
-  bool mGuiWasSet = false;                       // main thread only
-  bool mInPass = false;                          // main thread only; it may hold locks
-  unsigned int mServedSignals = 0;               // main thread only; a bit for each signal being served
-  std::recursive_mutex mDestroyGate;             // held over Destroy by the teardown and by the crash path
-  std::atomic<bool> mDestroyStarted{false};
-  std::atomic<bool> mDrawThreadDraws{false};  // from the GUI's load to the end of the last frame, sleeps included
+  int mMainHolds = 0;                                    // main thread only; its own holds of the main mutex
+  int mDrawHolds = 0;                                    // draw thread only; its own holds of the draw mutex
+  std::atomic<TDrawStage> mDrawStage{TDrawStage::NONE};  // set by the draw thread; LOADS under the draw mutex
+  unsigned int mServedSignals = 0;                       // main thread only; a bit for each signal being served
+  bool mDeferClosed = false;                             // mpDeferQueueMutex; the main loop has ended
+  std::recursive_mutex mDestroyGate;                     // held over Destroy by whoever destroys
+  bool mDestroyStarted = false;                          // mDestroyGate
 };
+
+// Hold one of the application's two big mutexes for a scope. The application must outlive them.
+template <void (TApplication::*Lock)(), void (TApplication::*Unlock)()>
+class TApplicationGuard {
+ public:
+  explicit TApplicationGuard(TApplication& Application) : mApplication(Application) { (mApplication.*Lock)(); }
+  ~TApplicationGuard() { (mApplication.*Unlock)(); }
+  TApplicationGuard(const TApplicationGuard&) = delete;
+  TApplicationGuard& operator=(const TApplicationGuard&) = delete;
+
+ private:
+  TApplication& mApplication;
+};
+using TMainMutexGuard = TApplicationGuard<&TApplication::lockMainMutex, &TApplication::unlockMainMutex>;
+using TDrawMutexGuard = TApplicationGuard<&TApplication::lockDrawMutex, &TApplication::unlockDrawMutex>;
 
 extern TApplication* pApp;
 // Asserts that the draw thread calls; nothing without an application.

@@ -5,7 +5,6 @@
 #include <string>
 
 #include "common/Logger.h"
-#include "vendelo-sdl2/SystemSeams.h"
 #include "vendelo-sdl2/TAppGuiModule.h"
 #include "vendelo-sdl2/TApplication.h"
 #include "vendelo-sdl2/TMutexGuard.h"
@@ -44,7 +43,6 @@ int TApplication::SetGUIImpl(TAppGuiModule* (*Create)(), void* InitData) {
     throw;
   }
   pAppGUI = gui;
-  mGuiWasSet = true;
   const int res = gui->TAppModule::Init(this, "GUI1", InitData, -1);
   if (res != 0) terminate(DEFAULT, false);
   advanceStatus();
@@ -72,9 +70,9 @@ int TApplication::ApplicationDrawThread(void* data) { return static_cast<TApplic
 // APP_QUIT before the end of the draw loop means that Init has failed and the main thread is destroying everything:
 // the thread then only leaves. Otherwise it walks through its stages even when the program is terminating.
 int TApplication::RunDrawThread() {
-  struct TDrawing {
-    std::atomic<bool>& Flag;
-    ~TDrawing() { Flag = false; }
+  struct TNoneAtEnd {
+    std::atomic<TDrawStage>& Stage;
+    ~TNoneAtEnd() { Stage = TDrawStage::NONE; }
   };
   // Taken here: SDL may not know it yet when SDL_CreateThread returns in the constructor.
   ThreadID_DrawThread = SDL_ThreadID();
@@ -90,18 +88,16 @@ int TApplication::RunDrawThread() {
   waitForStatus(APP_LOADING_GRAPHICS);
   if (this->status() == APP_QUIT) return status;
 
-  mDrawThreadDraws = true;
-  const TDrawing drawing{mDrawThreadDraws};
-  KLOG(LogApp, logs::Info, "DRAW: Loading GUI (APP_LOADING_GRAPHICS)...");
+  const TNoneAtEnd noneAtEnd{mDrawStage};
   // A signal during the load runs passes of the main loop, whose logic leaves half-built components alone.
-  const auto setLoading = [this](bool loading) {
-    lockDrawMutex();
-    mLoadsGui = loading;
-    unlockDrawMutex();
+  const auto enter = [this](TDrawStage stage) {
+    const TDrawMutexGuard guard(*this);
+    mDrawStage = stage;
   };
-  setLoading(true);
+  KLOG(LogApp, logs::Info, "DRAW: Loading GUI (APP_LOADING_GRAPHICS)...");
+  enter(TDrawStage::LOADS);
   GUI_LoadResult = gui->Load(GUI_LoadData);
-  setLoading(false);
+  enter(TDrawStage::DRAWS);
   setStatus(APP_LOADING_2);  // and not one state further, when a shutdown has begun meanwhile
   KLOG(LogApp, logs::Info, "DRAW: Waiting for end of startup procedures (APP_STARTUP)...");
   do {
@@ -125,51 +121,9 @@ int TApplication::RunDrawThread() {
     if (status != 0 && !shuttingDown()) terminate(DEFAULT, false);
   }
   if (this->status() == APP_QUIT) return status;
-  mDrawThreadDraws = false;
+  mDrawStage = TDrawStage::NONE;
   TearDown();
   return status;
-}
-
-// The end of the draw thread. A restart command runs twice: the delayed copy fires even if the rest hangs or dies,
-// the direct one comes when all is down.
-void TApplication::TearDown() {
-  std::string cmd;
-  if (mRebootOnExit && TerminationType == DEFAULT) TerminationType = RESTART;
-  if (TerminationType == RESTART)
-    cmd = GetParam("SHELL_CMD_RESTART", PARAM_MASK_ALL)->AsString();
-  else if (TerminationType == SHUTDOWN)
-    cmd = GetParam("SHELL_CMD_SHUTDOWN", PARAM_MASK_ALL)->AsString();
-  if (!cmd.empty()) SystemSeams.System(("bash -c 'sleep 2; " + cmd + "' &").c_str());
-
-  waitForStatus(APP_TERMINATE);  // the main loop may still be closing modules
-  {
-    std::lock_guard gate(mDestroyGate);  // for good, when a crash elsewhere is ending the process
-    lockDrawMutex();
-    lockMainMutex();
-    try {
-      DropDeferred();
-      DestroyOnce();
-    } catch (...) {  // nothing is left to be done about it, and the command must still run
-    }
-    unlockMainMutex();
-    unlockDrawMutex();
-  }
-  SDL_Quit();
-  if (!cmd.empty()) SystemSeams.System(cmd.c_str());
-}
-
-// Waits for the draw thread, once, and never on that thread itself; what it returned.
-int TApplication::JoinDrawThread() {
-  int status = 0;
-  if (IsInDrawThread()) return status;
-  if (SDL_Thread* thread = mpDrawThread.exchange(nullptr)) SDL_WaitThread(thread, &status);
-  return status;
-}
-
-void TApplication::EndDrawThread() {
-  if (!mpDrawThread) return;
-  setStatus(APP_QUIT);
-  JoinDrawThread();
 }
 
 void TApplication::Defer(const DeferredType& method, bool evenIfAlreadyInMain, bool waitForExecution) {
@@ -177,9 +131,10 @@ void TApplication::Defer(const DeferredType& method, bool evenIfAlreadyInMain, b
     method();
     return;
   }
-  if (waitForExecution && IsInDrawThread() && (mLoadsGui || HoldsDrawMutex())) {
+  const bool loadsGui = mDrawStage == TDrawStage::LOADS;
+  if (waitForExecution && IsInDrawThread() && (loadsGui || mDrawHolds > 0)) {
     WriteLog(5, 0, "TApplication: Defer inside %s can not wait for the main thread",
-             mLoadsGui ? "the load of the GUI" : "a frame");
+             loadsGui ? "the load of the GUI" : "a frame");
     waitForExecution = false;
   }
   SDL_semaphore* executed = nullptr;
@@ -256,28 +211,6 @@ void TApplication::ExecuteDeferredDrawMethods(SDL_Renderer* renderer) {
   }
   SDL_UnlockMutex(mpDeferDrawQueueMutex);
   mIsExecutingDeferredMethods = false;
-}
-
-// The main loop serves its queue no more: whoever waits for a call is let go, and later callers do not wait.
-void TApplication::CloseDeferred() {
-  decltype(mDeferredQueue) dropped;
-  {
-    TMutexGuard guard(mpDeferQueueMutex);
-    mDeferClosed = true;
-    dropped.swap(mDeferredQueue);
-  }
-  for (; !dropped.empty(); dropped.pop()) {
-    dropped.front().first = nullptr;
-    if (dropped.front().second) SDL_SemPost(dropped.front().second);
-  }
-}
-
-// Drops what neither queue will run any more, while what it holds can still be destroyed.
-void TApplication::DropDeferred() {
-  CloseDeferred();
-  decltype(mDeferToDrawQueue) dropped;
-  TMutexGuard guard(mpDeferDrawQueueMutex);
-  dropped.swap(mDeferToDrawQueue);
 }
 
 bool TApplication::IsInMainThread() const { return SDL_ThreadID() == ThreadID_MainThread; }

@@ -1,31 +1,17 @@
 // The main thread's way through the program: Run and MainLoop.
 #include <SDL.h>
-#include <algorithm>
 #include <cmath>
 #include <csignal>
 #include <cstdio>
-#include <vector>
+#include <utility>
 
 #include "vendelo-sdl2/SystemSeams.h"
 #include "vendelo-sdl2/TAppGuiModule.h"
-#include "vendelo-sdl2/TAppModule.h"
 #include "vendelo-sdl2/TApplication.h"
 
 namespace vendelo_sdl2 {
 
 namespace {
-
-// Unlocks at the end of the scope.
-class TMainMutexGuard {
- public:
-  explicit TMainMutexGuard(TApplication& application) : mApplication(application) { mApplication.lockMainMutex(); }
-  ~TMainMutexGuard() { mApplication.unlockMainMutex(); }
-  TMainMutexGuard(const TMainMutexGuard&) = delete;
-  TMainMutexGuard& operator=(const TMainMutexGuard&) = delete;
-
- private:
-  TApplication& mApplication;
-};
 
 int Elapsed(Uint32 since) { return static_cast<int>(SDL_GetTicks() - since); }
 
@@ -38,7 +24,7 @@ struct TApplication::TLoopState {
   Uint32 thisProcessLoop = 0;
   Uint32 lastPoll = SDL_GetTicks();
   Uint32 lastFpsUpdate = lastPoll;
-  bool bShutDown = false;
+  bool bShutDown = false;  // announced to the modules
   int statusMain = 0;
   int numLoops = 0;
   Sint64 sleepDiffBuffer = 0;  // by how much the loop is late so far
@@ -77,9 +63,7 @@ int TApplication::MainLoop() {
   while (!leave && loop.statusMain == 0) {
     ServePendingSignal();
     TMainMutexGuard guard(*this);
-    mInPass = true;
     leave = RunPass(loop);
-    mInPass = false;
   }
   return EndLoop(loop.statusMain);
 }
@@ -110,7 +94,7 @@ bool TApplication::RunPass(TLoopState& Loop) {
 
   ScopedLock statusLock(mAppStatus);
   if (status() >= APP_TERMINATE) return true;
-  if (status() == APP_SHUTTING_DOWN) CloseModules(Loop);
+  if (status() == APP_SHUTTING_DOWN) CloseModules(!std::exchange(Loop.bShutDown, true));
   ExecuteActionsAndTasks(true);
   ExecuteActions(ACTION_ASYNC);
   const Uint32 beforeParameters = SDL_GetTicks();
@@ -150,7 +134,7 @@ bool TApplication::RunLogic(TLoopState& Loop) {
   if (status() >= APP_TERMINATE) return true;
 
   if (TAppGuiModule* gui = GUI()) {
-    if (!ComponentLogicCalled && !mLoadsGui) {
+    if (!ComponentLogicCalled && mDrawStage != TDrawStage::LOADS) {
       gui->mainLogic();
       Loop.thisProcessLoop = SDL_GetTicks();
       LogicDurationMs = static_cast<int>(Loop.thisProcessLoop - Loop.lastProcessLoop);
@@ -174,28 +158,6 @@ bool TApplication::RunLogic(TLoopState& Loop) {
   return false;
 }
 
-// One pass of the shutdown: announce it once, then ask and close from the lowest priority up until all are ready.
-void TApplication::CloseModules(TLoopState& Loop) {
-  std::vector<TAppModule*> modules;  // a copy: a module may take itself out of the list
-  for (auto entry = ModuleList.rbegin(); entry != ModuleList.rend(); ++entry) modules.push_back(entry->first);
-  const auto isGone = [this](const TAppModule* module) {
-    return std::none_of(ModuleList.begin(), ModuleList.end(),
-                        [module](const auto& entry) { return entry.first == module; });
-  };
-  const bool firstTime = !Loop.bShutDown;
-  Loop.bShutDown = true;
-  for (TAppModule* module : modules) {
-    if (isGone(module)) continue;
-    if (firstTime) {
-      module->RequestClose();
-    } else {
-      if (!module->ReadyToExit()) return;
-      module->Close();
-    }
-  }
-  if (!firstTime && CanExit()) advanceStatus();
-}
-
 void TApplication::ExecuteActionsAndTasks(bool threadSafe) {
   const Uint32 beforeActions = SDL_GetTicks();
   ExecuteActions(threadSafe ? ACTION_THREAD_SAFE : ACTION_NORMAL);
@@ -203,17 +165,6 @@ void TApplication::ExecuteActionsAndTasks(bool threadSafe) {
   ActionDurationMs += static_cast<int>(beforeTasks - beforeActions);
   ProcessTasks(threadSafe ? TASK_THREAD_SAFE : TASK_NORMAL);
   TaskDurationMs += Elapsed(beforeTasks);
-}
-
-int TApplication::EndLoop(int statusMain) {
-  if (status() == APP_QUIT) return statusMain;  // a loop inside this one has been here
-  if (mGuiWasSet || status() < APP_LOADING)     // RunOnce may have ended the loop without telling the draw thread
-    setStatus(APP_TERMINATE);
-  CloseDeferred();
-  const int statusDraw = JoinDrawThread();
-  if (!mGuiWasSet) DestroyOnce();  // else the draw thread has
-  setStatus(APP_QUIT);
-  return statusMain | -statusDraw;
 }
 
 }  // namespace vendelo_sdl2

@@ -1,0 +1,44 @@
+// Ends that begin where locks are held: whoever was to come next can still have them.
+#include <gtest/gtest.h>
+#include <unistd.h>
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <string>
+
+#include "tests/support/ChildProcess.h"
+#include "tests/support/TestApplication.h"
+
+using namespace vendelo_sdl2;
+
+namespace {
+
+// The main mutex is held there, and the teardown takes it on the draw thread.
+TEST(PoliteEnd, AskedForBySomeWorkBeforeTheMainLoopWaitsForTheEndOfTheWork) {
+  ChildProcess child([] {
+    setenv("SDL_VIDEODRIVER", "dummy", 1);
+    auto* app = new TestApplication;  // never deleted: the process ends
+    app->onSetupGraphics = [] { return true; };
+    app->onState = [](TApplication::ApplicationState state) { dprintf(STDERR_FILENO, "[state %d]", state); };
+    app->onDestroy = [] { dprintf(STDERR_FILENO, "[destroy]"); };
+    app->onStartup = [app] {
+      app->AddActionListener("Work",
+                             new TahLambda(
+                               [app](std::string, void*) {
+                                 EXPECT_TRUE(app->SignalHandler(SIGTERM));
+                                 dprintf(STDERR_FILENO, "[work done]");
+                               },
+                               TActionHandler::ahtExecuteOnce),
+                             ACTION_THREAD_SAFE);
+      app->GenerateAction("Work", nullptr, ACTION_ANY);
+    };
+    app->SetGUI<StubGui>(nullptr);
+    app->LoadGUI(nullptr);
+    app->Run();
+  });
+  EXPECT_EQ(child.end(), "exit " + std::to_string(SIGTERM));
+  EXPECT_NE(child.output().find("[work done][state 5]"), std::string::npos) << child.output();
+  EXPECT_NE(child.output().find("[state 7][state 8][destroy][state 9]"), std::string::npos) << child.output();
+}
+
+}  // namespace
