@@ -34,19 +34,12 @@ std::string CauseOfException() {
 }  // namespace
 
 int TApplication::SetGUIImpl(TAppGuiModule* (*Create)(), void* InitData) {
-  lockDrawMutex();
-  TAppGuiModule* gui = nullptr;
-  try {
-    gui = Create();
-  } catch (...) {
-    unlockDrawMutex();
-    throw;
-  }
+  const TDrawMutexGuard guard(*this);
+  TAppGuiModule* gui = Create();
   pAppGUI = gui;
   const int res = gui->TAppModule::Init(this, "GUI1", InitData, -1);
   if (res != 0) terminate(DEFAULT, false);
   advanceStatus();
-  unlockDrawMutex();
   return res;
 }
 

@@ -4,7 +4,9 @@
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
+#include <stdexcept>
 #include <string>
+#include <thread>
 
 #include "tests/support/ChildProcess.h"
 #include "tests/support/TestApplication.h"
@@ -12,6 +14,45 @@
 using namespace vendelo_sdl2;
 
 namespace {
+
+bool drawMutexIsFree(TestApplication& app) {
+  bool free = false;
+  std::thread([&] {
+    free = app.tryLockDrawMutex();
+    if (free) app.unlockDrawMutex();
+  }).join();
+  return free;
+}
+
+struct NoGui : StubGui {
+  NoGui() { throw std::runtime_error("no gui"); }
+};
+
+class SetGuiThatThrows : public testing::Test {
+ protected:
+  SetGuiThatThrows() {
+    setenv("SDL_VIDEODRIVER", "dummy", 1);
+    StubGui::onLoad() = [](void*) -> int { throw std::runtime_error("no pictures"); };
+  }
+  ~SetGuiThatThrows() override { StubGui::onLoad() = nullptr; }
+
+  NoticeCapture notices;
+  TestApplication app;
+};
+
+TEST_F(SetGuiThatThrows, InTheLoadOfTheModuleLeavesTheDrawMutexFree) {
+  int data = 0;
+  EXPECT_THROW(app.SetGUI<StubGui>(&data), std::runtime_error);
+  EXPECT_TRUE(drawMutexIsFree(app));
+  EXPECT_EQ(app.status(), TApplication::APP_INITIALIZING);
+}
+
+TEST_F(SetGuiThatThrows, InTheModulesConstructorLeavesTheDrawMutexFreeAndNoModule) {
+  EXPECT_THROW(app.SetGUI<NoGui>(nullptr), std::runtime_error);
+  EXPECT_TRUE(drawMutexIsFree(app));
+  EXPECT_EQ(app.GUI(), nullptr);
+  EXPECT_EQ(app.status(), TApplication::APP_INITIALIZING);
+}
 
 // The main mutex is held there, and the teardown takes it on the draw thread.
 TEST(PoliteEnd, AskedForBySomeWorkBeforeTheMainLoopWaitsForTheEndOfTheWork) {
