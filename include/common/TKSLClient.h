@@ -16,7 +16,9 @@
 #include "common/KSLTypes.h"
 #include "common/ThreadSafeProperty.h"
 
-class SdlMutexGuard;
+namespace vendelo_sdl2 {
+class TMutexGuard;
+}
 
 // The program's one link to the platform service. The main thread queues calls and never waits for the network; a
 // communication thread ("KSLClient:RPC") registers with the service, sends the calls one by one, the highest
@@ -212,7 +214,7 @@ class TKSLClient {
   bool takeCall(MethodCall& thisCall);
   bool registerWithService();
   // Releases the lock once the service has answered. Leaves a call in hand that is to be sent again.
-  void sendCall(MethodCall& thisCall, const std::string& serveraddress, SdlMutexGuard& sendLock);
+  void sendCall(MethodCall& thisCall, const std::string& serveraddress, vendelo_sdl2::TMutexGuard& sendLock);
   void queueTimedOut();
   void postStarted(ThreadState& state);
   void queueResponse(const MethodResponse& response);

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <SDL.h>
 #include <xmlrpc-c/base.h>
 
 #include <cstdarg>
@@ -43,35 +42,3 @@ class XmlRpcReference {
 // Builds one value from a format of the xmlrpc_build_value family. The caller owns the reference. On a fault, which
 // stays in env, null; a format with more than one value is a fault.
 xmlrpc_value* buildXmlRpcValue(xmlrpc_env* env, const char* format, va_list& params);
-
-// Holds one level of an SDL mutex until it is released or the scope ends, exceptions included.
-class SdlMutexGuard {
- public:
-  explicit SdlMutexGuard(SDL_mutex* mutex) : mMutex(mutex) { SDL_LockMutex(mMutex); }
-  ~SdlMutexGuard() { release(); }
-  SdlMutexGuard(const SdlMutexGuard&) = delete;
-  SdlMutexGuard& operator=(const SdlMutexGuard&) = delete;
-
-  // Takes over a level that the caller has locked already.
-  static SdlMutexGuard adopt(SDL_mutex* mutex) { return SdlMutexGuard(mutex, true); }
-
-  void release() {
-    if (mHeld) {
-      mHeld = false;
-      SDL_UnlockMutex(mMutex);
-    }
-  }
-
-  void lock() {
-    if (!mHeld) {
-      SDL_LockMutex(mMutex);
-      mHeld = true;
-    }
-  }
-
- private:
-  SdlMutexGuard(SDL_mutex* mutex, bool held) : mMutex(mutex), mHeld(held) {}
-
-  SDL_mutex* mMutex;
-  bool mHeld = true;
-};

@@ -4,7 +4,9 @@
 
 #include "common/GuardedTransport.h"
 #include "common/KSLResponseParsers.h"
-#include "common/XmlRpcSupport.h"
+#include "vendelo-sdl2/TMutexGuard.h"
+
+using vendelo_sdl2::TMutexGuard;
 
 namespace {
 
@@ -212,17 +214,17 @@ bool TKSLClient::IsRegistered() {
 }
 
 void TKSLClient::EnableCommunication() {
-  const SdlMutexGuard lock(KSL_call_mutex);
+  const TMutexGuard lock(KSL_call_mutex);
   mRPCEnabled = true;
 }
 
 void TKSLClient::DisableCommunication() {
-  const SdlMutexGuard lock(KSL_call_mutex);
+  const TMutexGuard lock(KSL_call_mutex);
   mRPCEnabled = false;
 }
 
 bool TKSLClient::CommunicationEnabled() const {
-  const SdlMutexGuard lock(KSL_call_mutex);
+  const TMutexGuard lock(KSL_call_mutex);
   return mRPCEnabled;
 }
 

@@ -4,6 +4,9 @@
 
 #include "common/TKSLClient.h"
 #include "common/XmlRpcSupport.h"
+#include "vendelo-sdl2/TMutexGuard.h"
+
+using vendelo_sdl2::TMutexGuard;
 
 namespace {
 
@@ -40,7 +43,7 @@ void TKSLClient::finishCall(MethodCall& call) {
 }
 
 int TKSLClient::queueMethodCall(const MethodCall& methodCall) {
-  const SdlMutexGuard lock = SdlMutexGuard::adopt(KSL_call_mutex);
+  const TMutexGuard lock = TMutexGuard::adopt(KSL_call_mutex);
   MethodCall newCall = methodCall;
   const auto drop = [&newCall](int result) {
     finishCall(newCall);
@@ -113,7 +116,7 @@ void* TKSLClient::SendRequestSyncRaw_va(MethodType methodID, const KSLCallback& 
   if (buildEnv.failed()) {
     return nullptr;
   }
-  const SdlMutexGuard lock(KSL_send_mutex);
+  const TMutexGuard lock(KSL_send_mutex);
   uidOut = ++mMethodCallUID;
   const MethodCall call{methodID, TOP_PRIORITY, parameters.get(), 0, callback, uidOut};
   xmlrpc_env env;
@@ -200,7 +203,7 @@ void TKSLClient::BeginEventStack() const { SDL_LockMutex(KSL_call_mutex); }
 void TKSLClient::EndEventStack() const { SDL_UnlockMutex(KSL_call_mutex); }
 
 unsigned int TKSLClient::calculateApproximateWaitTime(int position) {
-  const SdlMutexGuard lock(KSL_call_mutex);
+  const TMutexGuard lock(KSL_call_mutex);
   const int queueSize = static_cast<int>(mCallQueue.size());
   if (position < 0 || position > queueSize) {
     position = queueSize;

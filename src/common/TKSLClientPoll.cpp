@@ -3,8 +3,10 @@
 
 #include "common/TKSLClient.h"
 #include "common/TKSLReturnStructures.h"
-#include "common/XmlRpcSupport.h"
 #include "vendelo-sdl2/TLogManager.h"
+#include "vendelo-sdl2/TMutexGuard.h"
+
+using vendelo_sdl2::TMutexGuard;
 
 namespace {
 
@@ -38,7 +40,7 @@ int TKSLClient::Poll(unsigned int handleMaxResponses) {
   unsigned int handled = 0;
   try {
     handleTimeoutEdge();
-    SdlMutexGuard lock(KSL_response_mutex);
+    TMutexGuard lock(KSL_response_mutex);
     while (!mResponseQueue.empty()) {
       const MethodResponse response = mResponseQueue.front();
       mResponseQueue.pop();

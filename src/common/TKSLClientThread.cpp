@@ -6,6 +6,9 @@
 
 #include "common/TKSLClient.h"
 #include "common/XmlRpcSupport.h"
+#include "vendelo-sdl2/TMutexGuard.h"
+
+using vendelo_sdl2::TMutexGuard;
 
 namespace {
 
@@ -67,7 +70,7 @@ void TKSLClient::communicationPass(ThreadState& state) {
     return;
   }
   try {
-    SdlMutexGuard sendLock(KSL_send_mutex);
+    TMutexGuard sendLock(KSL_send_mutex);
     if (!registerWithService()) {
       sendLock.release();
       queueTimedOut();
@@ -83,7 +86,7 @@ void TKSLClient::communicationPass(ThreadState& state) {
 }
 
 bool TKSLClient::takeCall(MethodCall& thisCall) {
-  const SdlMutexGuard lock(KSL_call_mutex);
+  const TMutexGuard lock(KSL_call_mutex);
   if (mCallQueue.empty()) {
     return false;
   }
@@ -93,7 +96,7 @@ bool TKSLClient::takeCall(MethodCall& thisCall) {
   return mRPCEnabled || thisCall.priority >= TOP_PRIORITY;
 }
 
-void TKSLClient::sendCall(MethodCall& thisCall, const std::string& serveraddress, SdlMutexGuard& sendLock) {
+void TKSLClient::sendCall(MethodCall& thisCall, const std::string& serveraddress, TMutexGuard& sendLock) {
   struct TFinishAtEnd {
     MethodCall call;
     ~TFinishAtEnd() { finishCall(call); }
@@ -132,7 +135,7 @@ void TKSLClient::postStarted(ThreadState& state) {
 }
 
 void TKSLClient::queueResponse(const MethodResponse& response) {
-  const SdlMutexGuard lock(KSL_response_mutex);
+  const TMutexGuard lock(KSL_response_mutex);
   mResponseQueue.push(response);
 }
 
@@ -251,7 +254,7 @@ void* TKSLClient::sendInternal(xmlrpc_env* env, const char* serverUrl, const Met
 
   const xmlrpc_c::paramList parameters = buildParameters(call);
   xmlrpc_c::value result;
-  SdlMutexGuard sendLock(KSL_send_mutex);
+  TMutexGuard sendLock(KSL_send_mutex);
   const unsigned long numCalls = ++mMethodCalls[call.methodID];
   const Uint32 sentCall = SDL_GetTicks();
   callService(env, serverUrl, method.Address, parameters, result);
