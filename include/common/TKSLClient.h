@@ -212,10 +212,13 @@ class TKSLClient {
   struct ThreadState;
   void communicationPass(ThreadState& state);
   bool takeCall(MethodCall& thisCall);
-  bool registerWithService();
-  // Releases the lock once the service has answered. Leaves a call in hand that is to be sent again.
-  void sendCall(MethodCall& thisCall, const std::string& serveraddress, vendelo_sdl2::TMutexGuard& sendLock);
-  void queueTimedOut();
+  // How a series of attempts to register ended; FAILED by an exception. REGISTERED also when there was no need.
+  enum class Registration { REGISTERED, GIVEN_UP, FAILED };
+  Registration registerWithService();
+  // Releases the lock once the service has answered. Leaves a call in hand that is to be sent again. False when an
+  // exception has cost the call.
+  bool sendCall(MethodCall& thisCall, const std::string& serveraddress, vendelo_sdl2::TMutexGuard& sendLock);
+  void queueStopped();
   void postStarted(ThreadState& state);
   void queueResponse(const MethodResponse& response);
   static void finishCall(MethodCall& call);

@@ -69,19 +69,18 @@ void TKSLClient::communicationPass(ThreadState& state) {
   if ((!RegisterRequired || Registered) && noCall && !takeCall(state.thisCall)) {
     return;
   }
-  try {
-    TMutexGuard sendLock(KSL_send_mutex);
-    if (!registerWithService()) {
-      sendLock.release();
-      queueTimedOut();
-      postStarted(state);  // behind the response, which a blocking Start then delivers
-    } else if (!state.started) {
-      postStarted(state);
-    } else if (state.thisCall.methodID != M_NULL) {
-      sendCall(state.thisCall, state.serveraddress, sendLock);
-    }
-  } catch (...) {
-    queueTimedOut();
+  TMutexGuard sendLock(KSL_send_mutex);
+  const Registration registration = registerWithService();
+  bool stopped = registration != Registration::REGISTERED;
+  if (!stopped && state.started && state.thisCall.methodID != M_NULL) {
+    stopped = !sendCall(state.thisCall, state.serveraddress, sendLock);
+  }
+  sendLock.release();
+  if (stopped) {
+    queueStopped();
+  }
+  if (registration != Registration::FAILED) {
+    postStarted(state);  // behind the response, which a blocking Start then delivers
   }
 }
 
@@ -96,31 +95,37 @@ bool TKSLClient::takeCall(MethodCall& thisCall) {
   return mRPCEnabled || thisCall.priority >= TOP_PRIORITY;
 }
 
-void TKSLClient::sendCall(MethodCall& thisCall, const std::string& serveraddress, TMutexGuard& sendLock) {
+bool TKSLClient::sendCall(MethodCall& thisCall, const std::string& serveraddress, TMutexGuard& sendLock) {
   struct TFinishAtEnd {
     MethodCall call;
     ~TFinishAtEnd() { finishCall(call); }
   };
-  TFinishAtEnd sent{std::exchange(thisCall, NULL_CALL)};
-  MethodCall& call = sent.call;
-  ++call.sendingAttempts;  // of a package in hand also across registrations: it must not hold up the rest for ever
-  int errorCode = 0;
-  xmlrpc_env env;
-  void* responseData = sendInternal(&env, serveraddress.c_str(), call, errorCode);
-  sendLock.release();
-  queueResponse(MethodResponse{call.methodID, call.callback, responseData, errorCode != 0, call.requestUID});
-  if (errorCode != 0 && call.methodID == M_PUSHEVENTS && call.sendingAttempts <= MaxPushAttempts) {
-    std::swap(thisCall, call);
-  }
-  if (errorCode == E_COMMUNICATION_ERROR) {
-    TogglePopRequests(false);
-    RegisterID(-1);
-    Registered = false;
+  try {
+    TFinishAtEnd sent{std::exchange(thisCall, NULL_CALL)};
+    MethodCall& call = sent.call;
+    // Of a package in hand also across registrations: it must not hold up the rest for ever.
+    ++call.sendingAttempts;
+    int errorCode = 0;
+    xmlrpc_env env;
+    void* responseData = sendInternal(&env, serveraddress.c_str(), call, errorCode);
+    sendLock.release();
+    queueResponse(MethodResponse{call.methodID, call.callback, responseData, errorCode != 0, call.requestUID});
+    if (errorCode != 0 && call.methodID == M_PUSHEVENTS && call.sendingAttempts <= MaxPushAttempts) {
+      std::swap(thisCall, call);
+    }
+    if (errorCode == E_COMMUNICATION_ERROR) {
+      TogglePopRequests(false);
+      RegisterID(-1);
+      Registered = false;
+    }
+    return true;
+  } catch (...) {
+    return false;
   }
 }
 
 // The thread goes on all the same; whatever the text says, only Stop ends it.
-void TKSLClient::queueTimedOut() {
+void TKSLClient::queueStopped() {
   queueResponse(MethodResponse{M_INIT, KSLCallback(),
                                new KSLError(E_COMMUNICATION_ERROR, "Client timed out and stopped!"), true,
                                mMethodCallUID});
@@ -139,25 +144,26 @@ void TKSLClient::queueResponse(const MethodResponse& response) {
   mResponseQueue.push(response);
 }
 
-bool TKSLClient::registerWithService() {
-  unsigned int initTries = 0;
-  while (RegisterRequired && !Registered) {
-    if (initTries > NumRetries) {
-      return false;
+TKSLClient::Registration TKSLClient::registerWithService() {
+  try {
+    for (unsigned int initTries = 0; RegisterRequired && !Registered; ++initTries) {
+      if (initTries > NumRetries) {
+        return Registration::GIVEN_UP;
+      }
+      uint64_t uid = 0;
+      int errorCode = 0;
+      void* responseData =
+        SendRequestSyncRaw(M_INIT, KSLCallback(), uid, errorCode, "(ss)", Name().c_str(), ProtocolVersion);
+      if (handleInitResponse(responseData, errorCode != 0, uid) == 0) {
+        Registered = true;
+      } else {
+        mDelay(RegistrationPause);
+      }
     }
-    uint64_t uid = 0;
-    int errorCode = 0;
-    void* responseData =
-      SendRequestSyncRaw(M_INIT, KSLCallback(), uid, errorCode, "(ss)", Name().c_str(), ProtocolVersion);
-    const int result = handleInitResponse(responseData, errorCode != 0, uid);
-    ++initTries;
-    if (result == 0) {
-      Registered = true;
-    } else {
-      mDelay(RegistrationPause);
-    }
+    return Registration::REGISTERED;
+  } catch (...) {
+    return Registration::FAILED;
   }
-  return true;
 }
 
 int TKSLClient::handleInitResponse(void* returnData, bool isError, uint64_t requestUID) {

@@ -11,6 +11,7 @@ using linktest::errorStruct;
 using linktest::faultXml;
 using linktest::Gate;
 using linktest::initReply;
+using linktest::Note;
 using linktest::replyXml;
 using linktest::TestClient;
 using linktest::waitFor;
@@ -59,6 +60,19 @@ struct Series {
   std::vector<std::string> mReplies;
   size_t mNext = 0;
 };
+
+const Note RegisteredNote{M_INIT, 0, ""};
+const Note StoppedNote{M_INIT, E_COMMUNICATION_ERROR, "Client timed out and stopped!"};
+
+std::atomic<int> InitsParsed;
+
+// Can make something of each third answer to a registration, and throws over the others.
+void* parseEachThirdInit(const xmlrpc_c::value& toParse, int& parseStatus) {
+  if (InitsParsed++ % 3 != 0) {
+    throw 5;
+  }
+  return linktest::parseTestInit(toParse, parseStatus);
+}
 
 }  // namespace
 
@@ -183,4 +197,42 @@ TEST(TKSLClientPackages, TheOneInHandTakesNothingIn) {
   EXPECT_EQ(requests[0], requests[2]);
   EXPECT_EQ(requests[3], requests[5]);
   EXPECT_NE(requests[2], requests[3]);
+}
+
+TEST(TKSLClientPackages, TheOneInHandSurvivesExceptionsInTheRegistration) {
+  Series series({NotRegistered});
+  InitsParsed = 0;  // the first registration succeeds, each later one at the third attempt
+  series.client.SetInitMethod("topscreen.init", parseEachThirdInit, linktest::destroyTestInit);
+  series.client.SetPopRequestFrequency(100000);
+  testing::internal::CaptureStdout();
+  const bool done = series.run();
+  const std::string told = testing::internal::GetCapturedStdout();
+  ASSERT_TRUE(done);
+  const Note& good = RegisteredNote;
+  const Note& stopped = StoppedNote;
+  EXPECT_EQ((std::vector<Note>{good, stopped, stopped, good, stopped, stopped, good, stopped, stopped, good}),
+            series.client.listener.inits);
+  EXPECT_EQ((std::vector<int>{E_NOT_REGISTERED, E_NOT_REGISTERED, E_NOT_REGISTERED}), series.codes());
+  const std::vector<std::string> requests = series.client.wire.requests("game.pushEvents");
+  EXPECT_EQ((std::vector<std::string>(3, requests[0])), requests);
+  std::string lines;
+  for (int n = 0; n < 6; ++n) {
+    lines += "!!!! KSLCLIENT:: ERROR in communication thread!\n";
+  }
+  EXPECT_EQ(lines, told);
+  EXPECT_TRUE(series.client.pausesSoFar().empty());  // the next attempt begins with the next pass
+  EXPECT_TRUE(linktest::unlocked(series.client.KSL_send_mutex));
+}
+
+TEST(TKSLClientPackages, TheOneInTheQueueAndABlockingStartOutlastExceptionsInTheRegistration) {
+  TestClient client(0);
+  InitsParsed = 1;
+  client.SetInitMethod("topscreen.init", parseEachThirdInit, linktest::destroyTestInit);
+  client.wire.answer("game.pushEvents", Good);
+  client.PushEvent(G_GAME_START, "i", 5);
+  EXPECT_EQ(0, client.Start(true, 0));
+  EXPECT_EQ((std::vector<Note>{StoppedNote, StoppedNote, RegisteredNote}), client.listener.inits);
+  EXPECT_TRUE(waitFor([&] { return client.mEventPackageNumber == 1; }));
+  client.Stop();
+  EXPECT_EQ(1U, client.wire.requests("game.pushEvents").size());
 }
