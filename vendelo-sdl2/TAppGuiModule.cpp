@@ -67,10 +67,10 @@ int TAppGuiModule::CreateWindow(std::string WindowTitle, int x, int y, int w, in
   };
   WindowNativeSize = {placed(x), placed(y), w, h};
   WindowCurrentSize = WindowNativeSize;
-  mpBackBuffer = SDL_CreateTexture(mpGUIRenderer, SDL_GetWindowPixelFormat(mpWindow), SDL_TEXTUREACCESS_TARGET,
-                                   WindowNativeSize.w, WindowNativeSize.h);
+  mpBackBuffer.reset(SDL_CreateTexture(mpGUIRenderer, SDL_GetWindowPixelFormat(mpWindow), SDL_TEXTUREACCESS_TARGET,
+                                       WindowNativeSize.w, WindowNativeSize.h));
   if (!mpBackBuffer) return -4;
-  SDL_SetRenderTarget(mpGUIRenderer, mpBackBuffer);
+  SDL_SetRenderTarget(mpGUIRenderer, mpBackBuffer.get());
 
   if (SDL_Surface* surface = SDL_GetWindowSurface(mpWindow))
     if (surface->format) SetGlobalPixelFormat(surface->format);
@@ -82,8 +82,7 @@ int TAppGuiModule::CreateWindow(std::string WindowTitle, int x, int y, int w, in
 void TAppGuiModule::DestroyWindow() {
   // Destroying the renderer frees its textures: the fonts let go of theirs before.
   TBitmapFont::CleanupBitmapFonts();
-  if (mpBackBuffer) SDL_DestroyTexture(mpBackBuffer);
-  mpBackBuffer = nullptr;
+  mpBackBuffer.reset();
   if (mpGUIRenderer) {
     if (mpGUIRendererStatic == mpGUIRenderer) mpGUIRendererStatic = nullptr;
     SDL_DestroyRenderer(mpGUIRenderer);

@@ -8,6 +8,7 @@
 
 #include "vendelo-sdl2/TAppModule.h"
 #include "vendelo-sdl2/TComponentList.h"
+#include "vendelo-sdl2/TTexturePtr.h"
 
 namespace vendelo_sdl2 {
 
@@ -128,7 +129,7 @@ class TAppGuiModule : public TAppModule {
   TComponentList GuiComponentList;   // roots, rear-most first
   TGuiComponent* pLoader = nullptr;  // owned
   std::atomic<bool> mbRefreshSize{false};
-  SDL_Texture* mpBackBuffer = nullptr;
+  TTexturePtr mpBackBuffer;
   SDL_Rect WindowNativeSize{0, 0, 0, 0};   // at creation; source of the final copy
   SDL_Rect WindowCurrentSize{0, 0, 0, 0};  // destination of the final copy
   int selected_screen = -1;                // counts from 1; negative: none chosen yet

@@ -50,7 +50,7 @@ int TAppGuiModule::draw() {
   const Uint32 beforePresent = pace(rendering);
   if (rendering) {
     SDL_RenderPresent(mpGUIRenderer);
-    SDL_SetRenderTarget(mpGUIRenderer, mpBackBuffer);
+    SDL_SetRenderTarget(mpGUIRenderer, mpBackBuffer.get());
     SDL_RenderClear(mpGUIRenderer);
   }
   countFrame(beforePresent);
@@ -87,19 +87,17 @@ void TAppGuiModule::drawPicture(bool running) {
 void TAppGuiModule::copyToWindow() {
   SDL_SetRenderTarget(mpGUIRenderer, nullptr);
   SDL_RenderClear(mpGUIRenderer);
-  SDL_RenderCopyEx(mpGUIRenderer, mpBackBuffer, &WindowNativeSize, &WindowCurrentSize, ScreenRotate ? 180.0 : 0.0,
-                   nullptr, SDL_FLIP_NONE);
+  SDL_RenderCopyEx(mpGUIRenderer, mpBackBuffer.get(), &WindowNativeSize, &WindowCurrentSize,
+                   ScreenRotate ? 180.0 : 0.0, nullptr, SDL_FLIP_NONE);
 }
 
 void TAppGuiModule::rebuildTextures() {
   Uint32 format = 0;
   int w = 0, h = 0;
-  SDL_QueryTexture(mpBackBuffer, &format, nullptr, &w, &h);
-  if (SDL_Texture* fresh = SDL_CreateTexture(mpGUIRenderer, format, SDL_TEXTUREACCESS_TARGET, w, h)) {
-    SDL_DestroyTexture(mpBackBuffer);
-    mpBackBuffer = fresh;
-  }
-  SDL_SetRenderTarget(mpGUIRenderer, mpBackBuffer);
+  SDL_QueryTexture(mpBackBuffer.get(), &format, nullptr, &w, &h);
+  if (SDL_Texture* fresh = SDL_CreateTexture(mpGUIRenderer, format, SDL_TEXTUREACCESS_TARGET, w, h))
+    mpBackBuffer.reset(fresh);
+  SDL_SetRenderTarget(mpGUIRenderer, mpBackBuffer.get());
   for (TComponentList::Walk walk(GuiComponentList); TGuiComponent* root = walk.next();) root->OnTexturesLost();
   if (pLoader) pLoader->OnTexturesLost();
 }
@@ -108,7 +106,7 @@ void TAppGuiModule::applyWindowSize() {
   SDL_GetWindowSize(mpWindow, &WindowCurrentSize.w, &WindowCurrentSize.h);
   SDL_SetRenderTarget(mpGUIRenderer, nullptr);
   SDL_RenderSetViewport(mpGUIRenderer, &WindowCurrentSize);
-  SDL_SetRenderTarget(mpGUIRenderer, mpBackBuffer);
+  SDL_SetRenderTarget(mpGUIRenderer, mpBackBuffer.get());
 }
 
 // Sleeps for what is left of the frame; the next sleep is shortened by what this one overshot. The result is the

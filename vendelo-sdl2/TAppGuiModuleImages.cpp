@@ -6,6 +6,7 @@
 #include "vendelo-sdl2/PictureHeader.h"
 #include "vendelo-sdl2/TAppGuiModule.h"
 #include "vendelo-sdl2/TApplication.h"
+#include "vendelo-sdl2/TRenderGuard.h"
 
 namespace vendelo_sdl2 {
 namespace {
@@ -48,15 +49,11 @@ SDL_Texture* TAppGuiModule::SubImage(SDL_Texture* pSrc, int x, int y, int w, int
   if (!pSrc) return nullptr;
   SDL_Texture* layer = CreateLayer(pSrc, w, h, 0, 0, 0, 0, 16);
   if (!layer) return nullptr;
-  SDL_Texture* target = SDL_GetRenderTarget(mpGUIRendererStatic);
-  SDL_BlendMode blend = SDL_BLENDMODE_NONE;
-  SDL_GetTextureBlendMode(pSrc, &blend);
-  SDL_SetTextureBlendMode(pSrc, SDL_BLENDMODE_NONE);
-  SDL_SetRenderTarget(mpGUIRendererStatic, layer);
+  TRenderGuard guard(mpGUIRendererStatic);
+  guard.blendMode(pSrc, SDL_BLENDMODE_NONE);
+  guard.target(layer);
   const SDL_Rect rect{x, y, w, h};
   SDL_RenderCopy(mpGUIRendererStatic, pSrc, &rect, nullptr);
-  SDL_SetRenderTarget(mpGUIRendererStatic, target);
-  SDL_SetTextureBlendMode(pSrc, blend);
   return layer;
 }
 
@@ -67,18 +64,12 @@ SDL_Texture* TAppGuiModule::CreateLayer(SDL_Texture*, int width, int height, int
     SDL_CreateTexture(mpGUIRendererStatic, SDL_PIXELFORMAT_RGBA8888, SDL_TEXTUREACCESS_TARGET, width, height);
   if (!layer) return nullptr;
   SDL_SetTextureBlendMode(layer, SDL_BLENDMODE_NONE);
-  Uint8 r = 0, g = 0, b = 0, a = 0;
-  SDL_GetRenderDrawColor(mpGUIRendererStatic, &r, &g, &b, &a);
-  SDL_Texture* target = SDL_GetRenderTarget(mpGUIRendererStatic);
-  SDL_SetRenderTarget(mpGUIRendererStatic, layer);
+  TRenderGuard guard(mpGUIRendererStatic);
+  guard.target(layer);
   if (layersKeepColour())
-    SDL_SetRenderDrawColor(mpGUIRendererStatic, static_cast<Uint8>(tR), static_cast<Uint8>(tG),
-                           static_cast<Uint8>(tB), 0);
+    guard.clear(static_cast<Uint8>(tR), static_cast<Uint8>(tG), static_cast<Uint8>(tB), 0);
   else
-    SDL_SetRenderDrawColor(mpGUIRendererStatic, 0, 0, 0, 0);
-  SDL_RenderClear(mpGUIRendererStatic);
-  SDL_SetRenderTarget(mpGUIRendererStatic, target);
-  SDL_SetRenderDrawColor(mpGUIRendererStatic, r, g, b, a);
+    guard.clear(0, 0, 0, 0);
   SDL_SetTextureBlendMode(layer, SDL_BLENDMODE_BLEND);
   return layer;
 }

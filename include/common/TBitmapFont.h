@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "vendelo-sdl2/TAlignment.h"
+#include "vendelo-sdl2/TTexturePtr.h"
 
 class SkinXml;
 
@@ -80,8 +81,9 @@ class TBitmapFont {
   int glyphsOutsideTheAtlas() const;
   Layout measure(const std::string& text) const;
 
-  std::vector<TGlyph*> mGlyphChars;  // in file order
-  SDL_Texture* mpGlyphTexture = nullptr;
+  std::vector<TGlyph*> mGlyphChars;       // in file order
+  vendelo_sdl2::TTexturePtr mpOwnAtlas;   // null in a borrower
+  SDL_Texture* mpGlyphTexture = nullptr;  // the own atlas, or the original's
   std::string mName;
   std::string mXML;
   int mMaxHeight = 0;
@@ -93,7 +95,6 @@ class TBitmapFont {
   int mPaddingLeft = 0;
   int mPaddingRight = 0;
   SDL_Color mBackgroundColor{0, 0, 0, 255};
-  bool mOwnsAtlas = false;
 
   static std::vector<TBitmapFont*>& BitmapFonts;
   // Fonts that only their creators know, kept reachable.

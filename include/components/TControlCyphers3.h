@@ -6,6 +6,7 @@
 #include <string>
 
 #include "vendelo-sdl2/TGuiComponent.h"
+#include "vendelo-sdl2/TTexturePtr.h"
 
 class TBitmapFont;
 
@@ -109,11 +110,11 @@ class TControlCyphers3 : public vendelo_sdl2::TGuiComponent {
   int mDecimalPlaces;
   double mResizeFactorX;
   double mResizeFactorY;
-  SDL_Texture* mpCyphers;
+  vendelo_sdl2::TTexturePtr mpCyphers;
   SDL_Rect mDotRect;
-  SDL_Texture* mpDot;  // always the decimal separator
+  vendelo_sdl2::TTexturePtr mpDot;  // always the decimal separator
   SDL_Rect mCommaRect;
-  SDL_Texture* mpComma;  // always the group separator
+  vendelo_sdl2::TTexturePtr mpComma;  // always the group separator
   int mGlyphHeight;
   int mGlyphWidth;
   bool mIsMovingUp;

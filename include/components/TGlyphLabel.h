@@ -5,6 +5,7 @@
 
 #include "vendelo-sdl2/TAlignment.h"
 #include "vendelo-sdl2/TGuiComponent.h"
+#include "vendelo-sdl2/TTexturePtr.h"
 
 class TBitmapFont;
 
@@ -66,4 +67,7 @@ class TGlyphLabel : public vendelo_sdl2::TGuiComponent {
   bool mAutosizeY = false;
   int mTextureW = 0;
   int mTextureH = 0;
+
+ private:
+  vendelo_sdl2::TTexturePtr mpTextTexture;  // the target texture
 };

@@ -4,6 +4,7 @@
 #include <string>
 
 #include "vendelo-sdl2/TGuiComponent.h"
+#include "vendelo-sdl2/TTexturePtr.h"
 
 // Shows a level from 0 to 100 as two images side by side, with a smooth approach to its target that goes by frames,
 // not by the clock. Loading and drawing on the draw thread; the setters of the level under the draw mutex. Pixels
@@ -41,8 +42,8 @@ class TProgressBar : public vendelo_sdl2::TGuiComponent {
   double mCurrentPos;
   int mTargetPos;
   int Orientation;
-  SDL_Texture* mpEmptyImage;
-  SDL_Texture* mpFullImage;
+  vendelo_sdl2::TTexturePtr mpEmptyImage;
+  vendelo_sdl2::TTexturePtr mpFullImage;
   int mTextureBarW;
   int mTextureBarH;
   SDL_Rect SourceRectEmpty;

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "vendelo-sdl2/TGuiComponent.h"
+#include "vendelo-sdl2/TTexturePtr.h"
 
 // A ticker: a horizontal strip of children that waits on each child and slides on to the next, endlessly. The strip
 // goes through a texture of its own, which clips it to the rectangle. Its place is computed anew from the clock at
@@ -77,6 +78,7 @@ class TScrollingComponent : public vendelo_sdl2::TGuiComponent {
   double slideOffset(Uint32 now) const;
   void drawStrip(double offset);
 
+  vendelo_sdl2::TTexturePtr mpStrip;  // the target texture
   // What the last draw saw: its tick, the mFirstDraw of that time, and how long ago that was.
   Uint32 mSeenAt = 0;
   Uint32 mSeenFirstDraw = 0;

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "vendelo-sdl2/TGuiComponent.h"
+#include "vendelo-sdl2/TTexturePtr.h"
 
 // One frame of an animation. The loader thread hands the surface over by the atomic pointer, null until it is
 // ready; everything else belongs to the draw thread, or is written before the loader starts. Owns texture and
@@ -19,7 +20,7 @@ struct TSprite {
   double xpivot = 0, ypivot = 0;
   int original_width = 0, original_height = 0;  // before trimming
   bool rotate = false;                          // stored turned
-  SDL_Texture* texture = nullptr;
+  vendelo_sdl2::TTexturePtr texture;
   std::atomic<SDL_Surface*> surface{nullptr};
 
   TSprite() = default;

@@ -7,6 +7,7 @@
 
 #include "vendelo-sdl2/TAlignment.h"
 #include "vendelo-sdl2/TGuiComponent.h"
+#include "vendelo-sdl2/TTexturePtr.h"
 
 namespace vendelo_sdl2 {
 class TTimedTaskHandler;
@@ -66,6 +67,8 @@ class Tlabel : public vendelo_sdl2::TGuiComponent {
   void SetLabelChangedListener(LabelChangedListener* listener);
   // Builds the textures anew when text, font, colour or shadow have changed. Draw thread.
   void updateCachedTextures();
+  // Gives the text's texture away: null, and nothing is drawn, until the next build. Draw thread.
+  vendelo_sdl2::TTexturePtr TakeTexture();
 
   void draw() override;
   void OnTexturesLost() override;
@@ -92,17 +95,20 @@ class Tlabel : public vendelo_sdl2::TGuiComponent {
   Uint32 mTimeUntilHide;
   TAnimationDirection mDirection;
   vendelo_sdl2::TTimedTaskHandler* pAniTask;  // owned by the task manager
-  SDL_Texture* mpShadowTexture;
+  vendelo_sdl2::TTexturePtr mpShadowTexture;
 
  private:
   void buildOneLine();
   void buildTwoLines();
   // A texture of the text with the label's alpha, null when it cannot be made; the size goes to the rectangle.
-  SDL_Texture* renderLine(const std::string& line, SDL_Color color, SDL_Surface*& surface, SDL_Rect& size);
+  vendelo_sdl2::TTexturePtr renderLine(const std::string& line, SDL_Color color, SDL_Surface*& surface,
+                                       SDL_Rect& size);
   void clearTextures();
+  void showText(vendelo_sdl2::TTexturePtr texture);
   void startAniTask();
   void drawShadow();
 
+  vendelo_sdl2::TTexturePtr mpTextTexture;  // the target texture
   // Outlived by a deferred onShow, which asks it whether the label still exists.
   std::shared_ptr<bool> mAlive;
 };

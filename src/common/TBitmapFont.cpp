@@ -9,6 +9,7 @@
 #include "vendelo-sdl2/MyUtils.h"
 #include "vendelo-sdl2/PixelLimits.h"
 #include "vendelo-sdl2/TAppGuiModule.h"
+#include "vendelo-sdl2/TRenderGuard.h"
 
 using namespace vendelo_sdl2;
 
@@ -58,7 +59,6 @@ struct TBitmapFont::Layout {
 };
 
 TBitmapFont::~TBitmapFont() {
-  if (mOwnsAtlas) SDL_DestroyTexture(mpGlyphTexture);
   std::erase(BitmapFonts, this);
   std::erase(UnregisteredFonts, this);
 }
@@ -93,7 +93,7 @@ void TBitmapFont::CleanupBitmapFonts() {
   for (TBitmapFont* font : fonts) {
     // Fonts that borrow this atlas may be asked to draw once more.
     for (TBitmapFont* other : UnregisteredFonts)
-      if (!other->mOwnsAtlas && other->mpGlyphTexture == font->mpGlyphTexture) other->mpGlyphTexture = nullptr;
+      if (!other->mpOwnAtlas && other->mpGlyphTexture == font->mpGlyphTexture) other->mpGlyphTexture = nullptr;
     delete font;
   }
 }
@@ -186,8 +186,8 @@ SDL_Texture* TBitmapFont::RenderText(SDL_Renderer* renderer, const std::string& 
     }
   };
 
-  SDL_Texture* target = SDL_GetRenderTarget(renderer);
-  SDL_SetRenderTarget(renderer, texture);
+  TRenderGuard guard(renderer);
+  guard.target(texture);
   size_t line = 0;
   int64_t cursorx = lineStart(line);
   int64_t cursory = 0;
@@ -209,6 +209,5 @@ SDL_Texture* TBitmapFont::RenderText(SDL_Renderer* renderer, const std::string& 
     }
     cursorx += int64_t{glyph->xadvance} + layout.kerning(i);
   }
-  SDL_SetRenderTarget(renderer, target);
   return texture;
 }

@@ -13,6 +13,7 @@
 #include "vendelo-sdl2/PixelLimits.h"
 #include "vendelo-sdl2/Saturate.h"
 #include "vendelo-sdl2/TLogManager.h"
+#include "vendelo-sdl2/TRenderGuard.h"
 
 namespace {
 
@@ -185,10 +186,8 @@ int TBitmapFont::glyphsOutsideTheAtlas() const {
 }
 
 void TBitmapFont::loadAtlas(SDL_Renderer* renderer, const std::string& image) {
-  Uint8 r = 0, g = 0, b = 0, a = 0;
-  SDL_GetRenderDrawColor(renderer, &r, &g, &b, &a);
-  SDL_SetRenderDrawColor(renderer, mBackgroundColor.r, mBackgroundColor.g, mBackgroundColor.b, mBackgroundColor.a);
-  mpGlyphTexture = MyUtils::LoadTexture(renderer, mXML.substr(0, mXML.rfind('/') + 1) + image);
-  mOwnsAtlas = true;
-  SDL_SetRenderDrawColor(renderer, r, g, b, a);
+  vendelo_sdl2::TRenderGuard guard(renderer);
+  guard.colour(mBackgroundColor.r, mBackgroundColor.g, mBackgroundColor.b, mBackgroundColor.a);
+  mpOwnAtlas.reset(MyUtils::LoadTexture(renderer, mXML.substr(0, mXML.rfind('/') + 1) + image));
+  mpGlyphTexture = mpOwnAtlas.get();
 }

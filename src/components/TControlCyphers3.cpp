@@ -58,17 +58,14 @@ TControlCyphers3::TControlCyphers3(SDL_Renderer* pRenderer, int x, int y, int w,
     mDecimalPlaces(2),
     mResizeFactorX(1.0),
     mResizeFactorY(1.0),
-    mpCyphers(nullptr),
     mDotRect{0, 0, 0, 0},
-    mpDot(nullptr),
     mCommaRect{0, 0, 0, 0},
-    mpComma(nullptr),
     mGlyphHeight(0),
     mGlyphWidth(0),
     mIsMovingUp(false),
     mCypherPositions{} {}
 
-TControlCyphers3::~TControlCyphers3() { releaseTextures(); }
+TControlCyphers3::~TControlCyphers3() = default;
 
 void TControlCyphers3::SetFinalValue(long value) {
   if (value == mFinalValue) return;
@@ -212,9 +209,9 @@ void TControlCyphers3::draw() {
     if (frame.hasHitFirstDigit == -1 && !mShowLeadingZeros) continue;
     drawWheel(n, cypherPosition, frame);
     const int64_t beforePoint = int64_t{n} - mDecimalPlaces;  // any number of places may have come
-    if (beforePoint > 0 && beforePoint % 3 == 0) drawSeparator(mpComma, mCommaRect, n, frame);
+    if (beforePoint > 0 && beforePoint % 3 == 0) drawSeparator(mpComma.get(), mCommaRect, n, frame);
   }
-  if (mDecimalPlaces != 0) drawSeparator(mpDot, mDotRect, mDecimalPlaces, frame);
+  if (mDecimalPlaces != 0) drawSeparator(mpDot.get(), mDotRect, mDecimalPlaces, frame);
   mCurrentValue = currentValueRounded;
 }
 
@@ -244,8 +241,8 @@ void TControlCyphers3::drawWheel(int n, float position, const Frame& frame) {
   }
   destRect.x += frame.parentRect.x;
   destRect.y += frame.parentRect.y;
-  SDL_SetTextureAlphaMod(mpCyphers, static_cast<Uint8>(mAlpha & 255));
-  SDL_RenderCopy(frame.renderer, mpCyphers, &srcRect, &destRect);
+  SDL_SetTextureAlphaMod(mpCyphers.get(), static_cast<Uint8>(mAlpha & 255));
+  SDL_RenderCopy(frame.renderer, mpCyphers.get(), &srcRect, &destRect);
 }
 
 void TControlCyphers3::drawSeparator(SDL_Texture* texture, const SDL_Rect& source, int n, const Frame& frame) {
@@ -264,20 +261,20 @@ void TControlCyphers3::drawSeparator(SDL_Texture* texture, const SDL_Rect& sourc
 void TControlCyphers3::drawDotAt(int x, int y, float scale) {
   const SDL_Rect dest{x, y, MyUtils::toPixels(roundf(static_cast<float>(mDotRect.w) * scale)),
                       MyUtils::toPixels(roundf(static_cast<float>(mDotRect.h) * scale))};
-  if (mpDot) SDL_RenderCopy(GetRenderer(), mpDot, &mDotRect, &dest);
+  if (mpDot) SDL_RenderCopy(GetRenderer(), mpDot.get(), &mDotRect, &dest);
 }
 
 void TControlCyphers3::drawCommaAt(int x, int y, float scale) {
   const SDL_Rect dest{x, y, MyUtils::toPixels(roundf(static_cast<float>(mCommaRect.w) * scale)),
                       MyUtils::toPixels(roundf(static_cast<float>(mCommaRect.h) * scale))};
-  if (mpComma) SDL_RenderCopy(GetRenderer(), mpComma, &mCommaRect, &dest);
+  if (mpComma) SDL_RenderCopy(GetRenderer(), mpComma.get(), &mCommaRect, &dest);
 }
 
 void TControlCyphers3::drawCenteredGlyphAt(int centerx, int y, const SDL_Rect& srcRect, float scale) {
   SDL_Rect dest{centerx, y, MyUtils::toPixels(roundf(static_cast<float>(srcRect.w) * scale)),
                 MyUtils::toPixels(roundf(static_cast<float>(srcRect.h) * scale))};
   dest.x -= dest.w / 2;
-  if (mpCyphers) SDL_RenderCopy(GetRenderer(), mpCyphers, &srcRect, &dest);
+  if (mpCyphers) SDL_RenderCopy(GetRenderer(), mpCyphers.get(), &srcRect, &dest);
 }
 
 void TControlCyphers3::swapSeparators() {
@@ -287,9 +284,6 @@ void TControlCyphers3::swapSeparators() {
 }
 
 void TControlCyphers3::releaseTextures() {
-  for (SDL_Texture** texture : {&mpCyphers, &mpDot, &mpComma}) {
-    SDL_DestroyTexture(*texture);
-    *texture = nullptr;
-  }
+  for (TTexturePtr* texture : {&mpCyphers, &mpDot, &mpComma}) texture->reset();
   mSeparatorsSwapped = false;
 }

@@ -5,6 +5,7 @@
 #include "common/TBitmapFont.h"
 #include "components/TControlCyphers3.h"
 #include "vendelo-sdl2/TAppGuiModule.h"
+#include "vendelo-sdl2/TRenderGuard.h"
 
 using namespace vendelo_sdl2;
 
@@ -32,10 +33,13 @@ void copyDigit(SDL_Renderer* renderer, SDL_Texture* source, const SDL_Rect& srcR
 }
 
 // A layer with one glyph on it; the rectangle keeps its size and goes to the origin.
-SDL_Texture* separatorLayer(SDL_Renderer* renderer, SDL_Texture* source, SDL_Rect& rect) {
-  SDL_Texture* layer = TAppGuiModule::CreateLayer(nullptr, rect.w, rect.h, 0, 0, 0, 0, 16);
-  SDL_SetRenderTarget(renderer, layer);
-  if (layer) SDL_RenderCopy(renderer, source, &rect, nullptr);
+TTexturePtr separatorLayer(SDL_Renderer* renderer, SDL_Texture* source, SDL_Rect& rect) {
+  TTexturePtr layer(TAppGuiModule::CreateLayer(nullptr, rect.w, rect.h, 0, 0, 0, 0, 16));
+  if (layer) {
+    TRenderGuard guard(renderer);
+    guard.target(layer.get());
+    SDL_RenderCopy(renderer, source, &rect, nullptr);
+  }
   rect.x = rect.y = 0;
   return layer;
 }
@@ -50,9 +54,9 @@ void TControlCyphers3::SetFont(TBitmapFont* font) {
   mDotRect = mCommaRect = SDL_Rect{};
   mGlyphWidth = font->MaxGlyphWidth();
   mGlyphHeight = font->MaxGlyphHeight();
-  mpCyphers = TAppGuiModule::CreateLayer(nullptr, mGlyphWidth, mGlyphHeight * stripRows, 0, 0, 0, 0, 16);
-  SDL_Texture* const target = SDL_GetRenderTarget(renderer);
-  SDL_SetRenderTarget(renderer, mpCyphers);
+  mpCyphers.reset(TAppGuiModule::CreateLayer(nullptr, mGlyphWidth, mGlyphHeight * stripRows, 0, 0, 0, 0, 16));
+  TRenderGuard guard(renderer);
+  guard.target(mpCyphers.get());
 
   bool reported = false;
   auto find = [&](int codePoint) {
@@ -73,7 +77,6 @@ void TControlCyphers3::SetFont(TBitmapFont* font) {
     mDotRect = SDL_Rect{glyph->x, glyph->y, glyph->width, glyph->height};
     mpDot = separatorLayer(renderer, font->GlyphTexture(), mDotRect);
   }
-  SDL_SetRenderTarget(renderer, target);
   if (mLocale == COMMA_DECIMAL_DOT_THOUSANDS) swapSeparators();
 }
 
@@ -99,33 +102,25 @@ void TControlCyphers3::SetFont(TTF_Font* font, SDL_Color color) {
   // The height comes from the width figures here while the rows are as high as the component: as designed.
   mGlyphHeight = mGlyphWidth;
   const int rowHeight = mDestRect.h;
-  mpCyphers = TAppGuiModule::CreateLayer(nullptr, mGlyphWidth, rowHeight * stripRows, 0, 0, 0, 0, 16);
-  SDL_Texture* const target = SDL_GetRenderTarget(renderer);
-  SDL_SetRenderTarget(renderer, mpCyphers);
+  mpCyphers.reset(TAppGuiModule::CreateLayer(nullptr, mGlyphWidth, rowHeight * stripRows, 0, 0, 0, 0, 16));
+  TRenderGuard guard(renderer);
+  guard.target(mpCyphers.get());
 
   bool reported = false;
   auto render = [&](char c, SDL_Rect& bounds) {
-    SDL_Texture* glyph = GlyphOfFont(font, color, c, &bounds);
+    TTexturePtr glyph(GlyphOfFont(font, color, c, &bounds));
     if (!glyph && !reported) reportMissing(mName, c);
     reported = reported || !glyph;
     return glyph;
   };
   for (int i = 0; mpCyphers && i <= 9; ++i) {
     SDL_Rect bounds;
-    if (SDL_Texture* glyph = render(static_cast<char>('0' + i), bounds)) {
-      copyDigit(renderer, glyph, bounds, i, mSpinDirection, mGlyphWidth, rowHeight);
-      SDL_DestroyTexture(glyph);
-    }
+    if (const TTexturePtr glyph = render(static_cast<char>('0' + i), bounds))
+      copyDigit(renderer, glyph.get(), bounds, i, mSpinDirection, mGlyphWidth, rowHeight);
   }
-  if (SDL_Texture* glyph = render(',', mCommaRect)) {
-    mpComma = separatorLayer(renderer, glyph, mCommaRect);
-    SDL_DestroyTexture(glyph);
-  }
-  if (SDL_Texture* glyph = render('.', mDotRect)) {
-    mpDot = separatorLayer(renderer, glyph, mDotRect);
-    SDL_DestroyTexture(glyph);
-  }
-  SDL_SetRenderTarget(renderer, target);
+  if (const TTexturePtr glyph = render(',', mCommaRect))
+    mpComma = separatorLayer(renderer, glyph.get(), mCommaRect);
+  if (const TTexturePtr glyph = render('.', mDotRect)) mpDot = separatorLayer(renderer, glyph.get(), mDotRect);
   if (mLocale == COMMA_DECIMAL_DOT_THOUSANDS) swapSeparators();
 }
 

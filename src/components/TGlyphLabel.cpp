@@ -23,7 +23,7 @@ TGlyphLabel::TGlyphLabel(SDL_Renderer* pRenderer, int x, int y, int width, int h
   : TGlyphLabel(pRenderer, x, y, width, height, std::string(), std::move(bitmapFontXML), std::move(ComponentName)) {
 }
 
-TGlyphLabel::~TGlyphLabel() { SDL_DestroyTexture(mpTargetTexture); }
+TGlyphLabel::~TGlyphLabel() = default;
 
 void TGlyphLabel::SetText(std::string text) { mNewText = std::move(text); }
 
@@ -71,11 +71,12 @@ int TGlyphLabel::GetCharCode(std::string text) const { return MyUtils::GetUTF8Co
 void TGlyphLabel::UpdateCachedTextures() {
   if (!mSomethingChanged && mText == mNewText && mpTargetTexture) return;
   mText = mNewText;
-  SDL_DestroyTexture(mpTargetTexture);
   mpTargetTexture = nullptr;
+  mpTextTexture.reset();
   mSomethingChanged = false;
   if (mText.empty() || !mFont) return;
-  mpTargetTexture = mFont->RenderText(GetRenderer(), mText, &mTextureW, &mTextureH, mAlign);
+  mpTextTexture.reset(mFont->RenderText(GetRenderer(), mText, &mTextureW, &mTextureH, mAlign));
+  mpTargetTexture = mpTextTexture.get();
   if (mAutosizeX) mDestRect.w = mTextureW;
   if (mAutosizeY) mDestRect.h = mTextureH;
 }

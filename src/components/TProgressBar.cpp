@@ -30,8 +30,6 @@ TProgressBar::TProgressBar(SDL_Renderer* Render, int x, int y, int width, int he
     mCurrentPos(0),
     mTargetPos(100),
     Orientation(runToRight),
-    mpEmptyImage(nullptr),
-    mpFullImage(nullptr),
     mTextureBarW(0),
     mTextureBarH(0),
     SourceRectEmpty{0, 0, 0, 0},
@@ -41,22 +39,17 @@ TProgressBar::TProgressBar(SDL_Renderer* Render, int x, int y, int width, int he
     mPrevX(unset),
     mPrevY(unset) {}
 
-TProgressBar::~TProgressBar() {
-  SDL_DestroyTexture(mpEmptyImage);
-  SDL_DestroyTexture(mpFullImage);
-}
+TProgressBar::~TProgressBar() = default;
 
 void TProgressBar::SetEmptyImage(std::string file) {
-  SDL_DestroyTexture(mpEmptyImage);
-  mpEmptyImage = MyUtils::LoadTexture(GetRenderer(), file);
+  mpEmptyImage.reset(MyUtils::LoadTexture(GetRenderer(), file));
 }
 
 void TProgressBar::SetFullImage(std::string file) { SetFullImage(MyUtils::LoadTexture(GetRenderer(), file)); }
 
 void TProgressBar::SetFullImage(SDL_Texture* texture) {
-  if (mpFullImage != texture) SDL_DestroyTexture(mpFullImage);
-  mpFullImage = texture;
-  SDL_QueryTexture(mpFullImage, nullptr, nullptr, &mTextureBarW, &mTextureBarH);
+  if (mpFullImage.get() != texture) mpFullImage.reset(texture);
+  SDL_QueryTexture(texture, nullptr, nullptr, &mTextureBarW, &mTextureBarH);
 }
 
 void TProgressBar::SetPosition(int iPosition, bool Animate) {
@@ -100,8 +93,8 @@ void TProgressBar::draw() {
     mPrevY = y;
   }
   if (mpEmptyImage || mpFullImage) {
-    const Part empty{mpEmptyImage, SourceRectEmpty, OutputRectEmpty};
-    const Part full{mpFullImage, SourceRectFull, OutputRectFull};
+    const Part empty{mpEmptyImage.get(), SourceRectEmpty, OutputRectEmpty};
+    const Part full{mpFullImage.get(), SourceRectFull, OutputRectFull};
     if (Orientation == runToRight) drawParts(empty, full, x - mPrevX, y - mPrevY);
     if (Orientation == runToLeft) drawParts(full, empty, x - mPrevX, y - mPrevY);
   }

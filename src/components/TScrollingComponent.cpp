@@ -7,6 +7,7 @@
 
 #include "vendelo-sdl2/Saturate.h"
 #include "vendelo-sdl2/TAppGuiModule.h"
+#include "vendelo-sdl2/TRenderGuard.h"
 #include "vendelo-sdl2/Ticks.h"
 
 using namespace vendelo_sdl2;
@@ -32,11 +33,12 @@ TScrollingComponent::TScrollingComponent(SDL_Renderer* pRenderer, int x, int y, 
     mWaitChange(0),
     mWaitChangeAt(0),
     mFirstDraw(0),
-    fMovementFunction(defaultMovementFunction) {
-  mpTargetTexture = TAppGuiModule::CreateLayer(nullptr, width, height, 0, 0, 0, 0, 32);
+    fMovementFunction(defaultMovementFunction),
+    mpStrip(TAppGuiModule::CreateLayer(nullptr, width, height, 0, 0, 0, 0, 32)) {
+  mpTargetTexture = mpStrip.get();
 }
 
-TScrollingComponent::~TScrollingComponent() { SDL_DestroyTexture(mpTargetTexture); }
+TScrollingComponent::~TScrollingComponent() = default;
 
 void TScrollingComponent::AddContent(TGuiComponent* content, int index, ContentAlign alignment) {
   if (!AddComponent(content)) return;
@@ -190,15 +192,12 @@ void TScrollingComponent::draw() {
 
   SDL_Renderer* renderer = GetRenderer();
   if (!renderer || !mpTargetTexture) return;
-  SDL_Texture* const target = SDL_GetRenderTarget(renderer);
-  SDL_SetRenderTarget(renderer, mpTargetTexture);
-  SDL_Color old{};
-  SDL_GetRenderDrawColor(renderer, &old.r, &old.g, &old.b, &old.a);
-  SDL_SetRenderDrawColor(renderer, 0, 0, 0, 0);
-  SDL_RenderClear(renderer);
-  SDL_SetRenderDrawColor(renderer, old.r, old.g, old.b, old.a);
-  drawStrip(offset);
-  SDL_SetRenderTarget(renderer, target);
+  {
+    TRenderGuard guard(renderer);
+    guard.target(mpTargetTexture);
+    guard.clear(0, 0, 0, 0);
+    drawStrip(offset);
+  }
   SDL_SetTextureAlphaMod(mpTargetTexture, static_cast<Uint8>(mAlpha & 255));
   SDL_RenderCopy(renderer, mpTargetTexture, nullptr, &destRect);
 }

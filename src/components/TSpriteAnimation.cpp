@@ -5,6 +5,7 @@
 
 #include "vendelo-sdl2/Saturate.h"
 #include "vendelo-sdl2/TAppGuiModule.h"
+#include "vendelo-sdl2/TRenderGuard.h"
 #include "vendelo-sdl2/Ticks.h"
 
 using namespace vendelo_sdl2;
@@ -31,10 +32,7 @@ int rounded(double value) { return MyUtils::toPixels(roundf(static_cast<float>(v
 
 }  // namespace
 
-TSprite::~TSprite() {
-  SDL_DestroyTexture(texture);
-  freeSurface(*this);
-}
+TSprite::~TSprite() { freeSurface(*this); }
 
 TSpriteAnimation::TSpriteAnimation(SDL_Renderer* pRenderer, int x, int y, int width, int height,
                                    const std::string& spriteFilename, TAnimationMode mode,
@@ -177,8 +175,8 @@ void TSpriteAnimation::stepFrames(Uint32 now) {
 void TSpriteAnimation::makeTexture(TSprite& sprite) const {
   SDL_Surface* const surface = sprite.surface.load(std::memory_order_acquire);
   if (sprite.texture || !surface) return;
-  sprite.texture = SDL_CreateTextureFromSurface(GetRenderer(), surface);
-  if (sprite.texture) SDL_SetTextureBlendMode(sprite.texture, blendModeOf(mBlendMode));
+  sprite.texture.reset(SDL_CreateTextureFromSurface(GetRenderer(), surface));
+  if (sprite.texture) SDL_SetTextureBlendMode(sprite.texture.get(), blendModeOf(mBlendMode));
 }
 
 void TSpriteAnimation::draw() {
@@ -203,10 +201,7 @@ void TSpriteAnimation::draw() {
       if (!isFullScreen(sprite)) freeSurface(sprite);
       drawSprite(sprite, destRect);
       // A full-screen frame of a strip has no surface to come from again, so it keeps its texture.
-      if (isFullScreen(sprite) && sprite.surface.load(std::memory_order_acquire)) {
-        SDL_DestroyTexture(sprite.texture);
-        sprite.texture = nullptr;
-      }
+      if (isFullScreen(sprite) && sprite.surface.load(std::memory_order_acquire)) sprite.texture.reset();
     }
   }
   if (mAnimationMode == ONCE && mCurrentFrame + 1 > GetNumFrames() - 1) mPlayed = true;
@@ -225,15 +220,15 @@ void TSpriteAnimation::drawSprite(TSprite& sprite, SDL_Rect destRect) {
   }
   destRect.w = rounded(sprite.width * mResizeFactorX);
   destRect.h = rounded(sprite.height * mResizeFactorY);
-  if (mBlendMode != "NONE") SDL_SetTextureAlphaMod(sprite.texture, static_cast<Uint8>(mAlpha));
+  if (mBlendMode != "NONE") SDL_SetTextureAlphaMod(sprite.texture.get(), static_cast<Uint8>(mAlpha));
   SDL_Renderer* renderer = GetRenderer();
   if (mAngle > 0.0) {
     mRotPivot = SDL_Point{destRect.w / 2, destRect.h};
     const bool pivot = mRotPivot.x >= 0 && mRotPivot.y >= 0;
-    SDL_RenderCopyEx(renderer, sprite.texture, nullptr, &destRect, mAngle, pivot ? &mRotPivot : nullptr,
+    SDL_RenderCopyEx(renderer, sprite.texture.get(), nullptr, &destRect, mAngle, pivot ? &mRotPivot : nullptr,
                      SDL_FLIP_NONE);
   } else {
-    SDL_RenderCopy(renderer, sprite.texture, nullptr, &destRect);
+    SDL_RenderCopy(renderer, sprite.texture.get(), nullptr, &destRect);
   }
 }
 
@@ -257,24 +252,18 @@ SDL_Texture* TSpriteAnimation::GetFrame(int frame_id) {
   SDL_Texture* layer = TAppGuiModule::CreateLayer(nullptr, sprite.original_width, sprite.original_height, 0, back.r,
                                                   back.g, back.b, 16);
   if (!layer) return nullptr;
-  SDL_Texture* const target = SDL_GetRenderTarget(renderer);
-  SDL_SetRenderTarget(renderer, layer);
-  // Transparent whatever colour the frame drawn so far has left.
-  SDL_Color old{};
-  SDL_GetRenderDrawColor(renderer, &old.r, &old.g, &old.b, &old.a);
-  SDL_SetRenderDrawColor(renderer, back.r, back.g, back.b, 0);
-  SDL_RenderClear(renderer);
-  SDL_SetRenderDrawColor(renderer, old.r, old.g, old.b, old.a);
+  TRenderGuard guard(renderer);
+  guard.target(layer);
+  guard.clear(back.r, back.g, back.b, 0);  // transparent whatever colour the frame drawn so far has left
 
   makeTexture(sprite);
   if (sprite.texture) {
     freeSurface(sprite);
     const SDL_Rect place{sprite.xoffset, sprite.yoffset, sprite.width, sprite.height};
     if (sprite.rotate)
-      SDL_RenderCopyEx(renderer, sprite.texture, nullptr, &place, 90.0, nullptr, SDL_FLIP_NONE);
+      SDL_RenderCopyEx(renderer, sprite.texture.get(), nullptr, &place, 90.0, nullptr, SDL_FLIP_NONE);
     else
-      SDL_RenderCopy(renderer, sprite.texture, nullptr, &place);
+      SDL_RenderCopy(renderer, sprite.texture.get(), nullptr, &place);
   }
-  SDL_SetRenderTarget(renderer, target);
   return layer;
 }

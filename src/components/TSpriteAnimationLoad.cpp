@@ -12,6 +12,7 @@
 #include "vendelo-sdl2/Saturate.h"
 #include "vendelo-sdl2/TAppGuiModule.h"
 #include "vendelo-sdl2/TApplication.h"
+#include "vendelo-sdl2/TRenderGuard.h"
 
 using namespace vendelo_sdl2;
 
@@ -175,9 +176,8 @@ void TSpriteAnimation::parsePNG(const std::string& spriteFilenamePNG) {
   if (!renderer || mRect.w <= 0 || mRect.h <= 0) return;
   const bool white = TerminalFlavour == RONDELL_FLAVOUR || TerminalFlavour == TAVE2_FLAVOUR;
   mBackgroundColor = white ? SDL_Color{255, 255, 255, 255} : SDL_Color{0, 0, 0, 255};
-  SDL_Color old{};
-  SDL_GetRenderDrawColor(renderer, &old.r, &old.g, &old.b, &old.a);
-  SDL_SetRenderDrawColor(renderer, mBackgroundColor.r, mBackgroundColor.g, mBackgroundColor.b, mBackgroundColor.a);
+  TRenderGuard guard(renderer);
+  guard.colour(mBackgroundColor.r, mBackgroundColor.g, mBackgroundColor.b, mBackgroundColor.a);
 
   // The strip itself is left to the renderer; the frames are copies.
   SDL_Texture* spriteTexture = MyUtils::LoadTexture(renderer, spriteFilenamePNG);
@@ -190,9 +190,8 @@ void TSpriteAnimation::parsePNG(const std::string& spriteFilenamePNG) {
     sprite->x = x;
     sprite->width = sprite->original_width = mOriginalWidth = mRect.w;
     sprite->height = sprite->original_height = mOriginalHeight = mRect.h;
-    sprite->texture = pSlide;
+    sprite->texture.reset(pSlide);
     mSprites.push_back(std::move(sprite));
     x += mRect.w;
   }
-  SDL_SetRenderDrawColor(renderer, old.r, old.g, old.b, old.a);
 }

@@ -1,8 +1,11 @@
 #include "components/Tlabel.h"
 
+#include <utility>
+
 #include "components/SlideSupport.h"
 #include "vendelo-sdl2/TAppGuiModule.h"
 #include "vendelo-sdl2/TApplication.h"
+#include "vendelo-sdl2/TRenderGuard.h"
 #include "vendelo-sdl2/TTaskMan.h"
 
 using namespace vendelo_sdl2;
@@ -31,15 +34,14 @@ Tlabel::Tlabel(SDL_Renderer* pRenderer, int x, int y, int width, int height, std
     mTimeUntilHide(0),
     mDirection(LEFT),
     pAniTask(nullptr),
-    mpShadowTexture(nullptr),
     mAlive(std::make_shared<bool>(true)) {
   SetShadow(mDrawShadow, mShadowOffset, mShadowColor);
 }
 
 Tlabel::~Tlabel() {
   if (pApp) pApp->RemoveTimedTasksOf(this);
-  // The text's own texture stays: somebody may have taken it, and it goes with the renderer.
-  SDL_DestroyTexture(mpShadowTexture);
+  // By design the text's own texture stays: somebody may still show it. It goes with the renderer.
+  static_cast<void>(mpTextTexture.release());
   SDL_FreeSurface(mpSurface);
 }
 
@@ -107,28 +109,37 @@ void Tlabel::OnTexturesLost() {
 }
 
 void Tlabel::clearTextures() {
-  SDL_DestroyTexture(mpTargetTexture);
-  mpTargetTexture = nullptr;
-  SDL_DestroyTexture(mpShadowTexture);
-  mpShadowTexture = nullptr;
+  TakeTexture();
+  mpShadowTexture.reset();
 }
 
-SDL_Texture* Tlabel::renderLine(const std::string& line, SDL_Color color, SDL_Surface*& surface, SDL_Rect& size) {
+TTexturePtr Tlabel::TakeTexture() {
+  mpTargetTexture = nullptr;
+  return std::move(mpTextTexture);
+}
+
+void Tlabel::showText(TTexturePtr texture) {
+  mpTextTexture = std::move(texture);
+  mpTargetTexture = mpTextTexture.get();
+}
+
+TTexturePtr Tlabel::renderLine(const std::string& line, SDL_Color color, SDL_Surface*& surface, SDL_Rect& size) {
   surface = TTF_RenderUTF8_Blended(mpFont, line.c_str(), color);
   if (!surface) return nullptr;
   size.w = surface->w;
   size.h = surface->h;
-  SDL_Texture* texture = SDL_CreateTextureFromSurface(GetRenderer(), surface);
+  TTexturePtr texture(SDL_CreateTextureFromSurface(GetRenderer(), surface));
   SDL_FreeSurface(surface);
   surface = nullptr;
-  if (texture) SDL_SetTextureAlphaMod(texture, static_cast<Uint8>(mAlpha));
+  if (texture) SDL_SetTextureAlphaMod(texture.get(), static_cast<Uint8>(mAlpha));
   return texture;
 }
 
 void Tlabel::buildOneLine() {
   SDL_Rect size{};
   clearTextures();
-  if ((mpTargetTexture = renderLine(mText, mColor, mpSurface, size))) {
+  showText(renderLine(mText, mColor, mpSurface, size));
+  if (mpTargetTexture) {
     mSrcRect.w = mDestRect.w = size.w;
     mSrcRect.h = mDestRect.h = size.h;
     mpShadowTexture = renderLine(mText, mShadowColor, mpSurface, size);
@@ -143,15 +154,16 @@ void Tlabel::buildTwoLines() {
   clearTextures();
   const size_t space = mText.find(' ');
   SDL_Rect rect1{}, rect2{};
-  SDL_Texture* line1 = renderLine(mText.substr(0, space), mColor, mpSurface, rect1);
-  SDL_Texture* line2 = renderLine(mText.substr(space + 1), mColor, mpSurface2, rect2);
+  const TTexturePtr line1 = renderLine(mText.substr(0, space), mColor, mpSurface, rect1);
+  const TTexturePtr line2 = renderLine(mText.substr(space + 1), mColor, mpSurface2, rect2);
   const int mw = rect1.w > rect2.w ? rect1.w : rect2.w;
-  if (line1 && line2) mpTargetTexture = TAppGuiModule::CreateLayer(nullptr, mw, rect1.h + rect2.h, 0, 0, 0, 0, 32);
+  if (line1 && line2)
+    showText(TTexturePtr(TAppGuiModule::CreateLayer(nullptr, mw, rect1.h + rect2.h, 0, 0, 0, 0, 32)));
   if (mpTargetTexture) {
     SDL_SetTextureAlphaMod(mpTargetTexture, static_cast<Uint8>(mAlpha));
     SDL_Renderer* renderer = GetRenderer();
-    SDL_Texture* const target = SDL_GetRenderTarget(renderer);
-    SDL_SetRenderTarget(renderer, mpTargetTexture);
+    TRenderGuard guard(renderer);
+    guard.target(mpTargetTexture);
 
     const TPart side = horizontalPart(mAlign);
     SDL_Rect dest_rect{0, 0, mw, rect1.h};
@@ -164,22 +176,19 @@ void Tlabel::buildTwoLines() {
       }
     };
     place(rect1);
-    SDL_RenderCopy(renderer, line1, nullptr, &dest_rect);
+    SDL_RenderCopy(renderer, line1.get(), nullptr, &dest_rect);
     // x is not set back between the lines: a wider second line keeps the place of the first, as designed.
     dest_rect.y = rect1.h;
     dest_rect.w = mw;
     dest_rect.h = rect2.h;
     place(rect2);
-    SDL_RenderCopy(renderer, line2, nullptr, &dest_rect);
-    SDL_SetRenderTarget(renderer, target);
+    SDL_RenderCopy(renderer, line2.get(), nullptr, &dest_rect);
 
     mSrcRect = SDL_Rect{0, 0, mw, rect1.h + rect2.h};
     mDestRect.w = mw;
     mDestRect.h = rect1.h + rect2.h;
     SetAlignment(mAlign);
   }
-  SDL_DestroyTexture(line1);
-  SDL_DestroyTexture(line2);
 }
 
 void Tlabel::draw() {
@@ -197,11 +206,11 @@ void Tlabel::drawShadow() {
   dst.x += mShadowOffset;
   // Downwards in either case, to the left only for a negative offset.
   dst.y += mShadowOffset < 0 ? -mShadowOffset : mShadowOffset;
-  SDL_SetTextureAlphaMod(mpShadowTexture, static_cast<Uint8>(mAlpha & 255));
+  SDL_SetTextureAlphaMod(mpShadowTexture.get(), static_cast<Uint8>(mAlpha & 255));
   if (0.0 > mAngle)
-    SDL_RenderCopy(GetRenderer(), mpShadowTexture, &mSrcRect, &dst);
+    SDL_RenderCopy(GetRenderer(), mpShadowTexture.get(), &mSrcRect, &dst);
   else
-    SDL_RenderCopyEx(GetRenderer(), mpShadowTexture, &mSrcRect, &dst, mAngle, nullptr, SDL_FLIP_NONE);
+    SDL_RenderCopyEx(GetRenderer(), mpShadowTexture.get(), &mSrcRect, &dst, mAngle, nullptr, SDL_FLIP_NONE);
 }
 
 void Tlabel::SetAnimation(TAnimationDirection direction) {

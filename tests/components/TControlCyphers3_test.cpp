@@ -228,18 +228,18 @@ TEST_F(Cyphers, TheLocaleIsNotStored) {
   auto digits = make(2);
   EXPECT_EQ((SDL_Rect{0, 0, 10, 18}), digits->mDotRect) << "a comma before the decimals at first";
   EXPECT_EQ((SDL_Rect{0, 0, 10, 10}), digits->mCommaRect);
-  SDL_Texture* const dot = digits->mpDot;
+  SDL_Texture* const dot = digits->mpDot.get();
   digits->SetLocale(TControlCyphers3::COMMA_DECIMAL_DOT_THOUSANDS);
-  EXPECT_EQ(dot, digits->mpDot);
+  EXPECT_EQ(dot, digits->mpDot.get());
   digits->SetLocale(TControlCyphers3::COMMA_THOUSANDS_DOT_DECIMAL);
-  EXPECT_EQ(dot, digits->mpComma);
+  EXPECT_EQ(dot, digits->mpComma.get());
   EXPECT_EQ((SDL_Rect{0, 0, 10, 10}), digits->mDotRect);
   digits->SetFinalValue(123456789);
   digits->ResetAnimation();
   picture(*digits);
   EXPECT_GOLDEN(renderer, "components/cyphers_dot_decimal");
   digits->SetLocale(TControlCyphers3::COMMA_THOUSANDS_DOT_DECIMAL);
-  EXPECT_EQ(dot, digits->mpDot) << "each call swaps";
+  EXPECT_EQ(dot, digits->mpDot.get()) << "each call swaps";
   EXPECT_EQ(TControlCyphers3::COMMA_DECIMAL_DOT_THOUSANDS, digits->mLocale);
 }
 
@@ -275,7 +275,7 @@ TEST_F(Cyphers, SetFontKeepsTargetAndGivesBackTheOldTextures) {
   digits->SetFont(font);
   SDL_SetRenderTarget(renderer, nullptr);
   int w = 0, h = 0;
-  SDL_QueryTexture(digits->mpCyphers, nullptr, nullptr, &w, &h);
+  SDL_QueryTexture(digits->mpCyphers.get(), nullptr, nullptr, &w, &h);
   EXPECT_EQ(30, w);
   EXPECT_EQ(550, h);
   EXPECT_EQ(30, digits->mGlyphWidth);
@@ -297,7 +297,7 @@ TEST_F(Cyphers, TrueTypeStrip) {
   EXPECT_EQ(widest, digits.mGlyphWidth);
   EXPECT_EQ(widest, digits.mGlyphHeight) << "from the same width figures";
   int w = 0, h = 0;
-  SDL_QueryTexture(digits.mpCyphers, nullptr, nullptr, &w, &h);
+  SDL_QueryTexture(digits.mpCyphers.get(), nullptr, nullptr, &w, &h);
   EXPECT_EQ(widest, w);
   EXPECT_EQ(48 * 11, h);
   SDL_Rect bounds{9, 9, 9, 9};
@@ -313,7 +313,7 @@ TEST_F(Cyphers, TrueTypeStrip) {
   clear(0, 0, 0);
   for (int row = 0; row < 11; ++row) {
     const SDL_Rect from{0, row * 48, widest, 48}, to{row * 35, 20, widest, 48};
-    SDL_RenderCopy(renderer, digits.mpCyphers, &from, &to);
+    SDL_RenderCopy(renderer, digits.mpCyphers.get(), &from, &to);
   }
   EXPECT_GOLDEN(renderer, "components/cyphers_ttf_strip");
   TTF_CloseFont(ttf);

@@ -329,7 +329,7 @@ TEST_F(ProgressBar, TakesATextureOverAndFreesTheOldOne) {
   dress(bar);
   SDL_Texture* own = app.makeTexture(120, 12, SDL_Color{0, 255, 0, 255});
   bar.SetFullImage(own);
-  EXPECT_EQ(own, bar.mpFullImage);
+  EXPECT_EQ(own, bar.mpFullImage.get());
   EXPECT_EQ(120, bar.mTextureBarW);
   EXPECT_EQ(12, bar.mTextureBarH);
   bar.SetFullImage(own);  // the same once more

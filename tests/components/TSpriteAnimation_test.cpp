@@ -242,10 +242,10 @@ TEST_F(SpriteAnimation, BlendModes) {
     ASSERT_NE(nullptr, sprites.mSprites[0]->texture);
     EXPECT_EQ(nullptr, sprites.mSprites[0]->surface) << "freed once the texture exists";
     SDL_BlendMode mode = SDL_BLENDMODE_INVALID;
-    SDL_GetTextureBlendMode(sprites.mSprites[0]->texture, &mode);
+    SDL_GetTextureBlendMode(sprites.mSprites[0]->texture.get(), &mode);
     EXPECT_EQ(row.mode, mode);
     Uint8 alpha = 0;
-    SDL_GetTextureAlphaMod(sprites.mSprites[0]->texture, &alpha);
+    SDL_GetTextureAlphaMod(sprites.mSprites[0]->texture.get(), &alpha);
     EXPECT_EQ(row.alpha ? 99 : 255, alpha);
   }
 }

@@ -101,11 +101,11 @@ TEST_F(LabelForms, ASingleLineTakesTheAlphaOfTheLabel) {
   label->setAlpha(77);
   label->updateCachedTextures();
   EXPECT_EQ(77, alphaOf(label->mpTargetTexture));
-  EXPECT_EQ(77, alphaOf(label->mpShadowTexture));
+  EXPECT_EQ(77, alphaOf(label->mpShadowTexture.get()));
   label->SetShadow(true, 2, red);
   label->setAlpha(256 + 99);
   drawn(*label);
-  EXPECT_EQ(99, alphaOf(label->mpShadowTexture));
+  EXPECT_EQ(99, alphaOf(label->mpShadowTexture.get()));
 }
 
 TEST_F(LabelForms, OnlyTheNextTextIsSplit) {

@@ -115,6 +115,26 @@ TEST_F(WidgetTextures, ALabelHasTwoAndLeavesThatOfItsText) {
   EXPECT_EQ((std::set<SDL_Texture*>{text}), living);
 }
 
+TEST_F(WidgetTextures, ALabelGivesThatOfItsTextAway) {
+  auto label = std::make_unique<Tlabel>(nullptr, 0, 0, 300, 60, "one", ttf, white, "label");
+  begin();
+  EXPECT_EQ(nullptr, label->TakeTexture());
+  label->draw();
+  SDL_Texture* const text = label->GetTargetTexture();
+  TTexturePtr taken = label->TakeTexture();
+  EXPECT_EQ(text, taken.get());
+  EXPECT_EQ(nullptr, label->GetTargetTexture());
+  label->SetText("another");
+  label->draw();
+  EXPECT_NE(nullptr, label->GetTargetTexture());
+  EXPECT_EQ(3u, count()) << "the one given away, the new text and its shadow";
+  taken = label->TakeTexture();
+  EXPECT_EQ(2u, count());
+  label.reset();
+  taken.reset();
+  EXPECT_EQ(0u, count()) << "a label that has given its text away leaves none";
+}
+
 TEST_F(WidgetTextures, ALabelMakesItsOwnAgainWhenTheyAreLost) {
   Tlabel label(nullptr, 0, 0, 300, 60, "one", ttf, white, "label");
   auto* child = new Tlabel(nullptr, 0, 0, 300, 60, "two", ttf, white, "child");

@@ -1,5 +1,7 @@
 #include "tests/support/WidgetHarness.h"
 
+#include "vendelo-sdl2/TRenderGuard.h"
+
 using namespace vendelo_sdl2;
 
 HarnessGuiModule::HarnessGuiModule(SDL_Renderer* renderer) {
@@ -30,12 +32,8 @@ Uint32 WidgetHarness::pixel(int x, int y) const {
 
 void WidgetHarness::frame() {
   SDL_Renderer* to = renderer();
-  Uint8 r = 0, g = 0, b = 0, a = 0;
   SDL_SetRenderTarget(to, nullptr);
-  SDL_GetRenderDrawColor(to, &r, &g, &b, &a);
-  SDL_SetRenderDrawColor(to, mBackdrop.r, mBackdrop.g, mBackdrop.b, mBackdrop.a);
-  SDL_RenderClear(to);
-  SDL_SetRenderDrawColor(to, r, g, b, a);
+  TRenderGuard(to).clear(mBackdrop.r, mBackdrop.g, mBackdrop.b, mBackdrop.a);
   mpModule->serveAndDraw(true, true);
 }
 

@@ -61,7 +61,7 @@ class Calls : public testing::Test {
     app.VSync = true;
     ASSERT_EQ(0, create());
     module->WindowNativeSize = module->WindowCurrentSize = {0, 0, 64, 48};
-    sdlcalls::names[module->mpBackBuffer] = "back";
+    sdlcalls::names[module->mpBackBuffer.get()] = "back";
     app.setStatus(status);
   }
 
@@ -294,7 +294,7 @@ TEST_F(Calls, WhatIsNotThereIsNotDestroyed) {
   make();
   EXPECT_TRUE(during([this] { module->DestroyWindow(); }).empty());
   ASSERT_EQ(0, create());
-  sdlcalls::names[module->mpBackBuffer] = "back";
+  sdlcalls::names[module->mpBackBuffer.get()] = "back";
   const Names all = {"destroy back", "destroy renderer", "destroy window"};
   EXPECT_EQ(all, during([this] { module->DestroyWindow(); }));
   EXPECT_EQ(nullptr, module->mpBackBuffer);

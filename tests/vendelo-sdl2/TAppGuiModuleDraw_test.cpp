@@ -32,7 +32,7 @@ TEST_F(AppGuiModule, AFrameOfTheRunningApplicationInOrder) {
             take());
   EXPECT_FALSE(app.ComponentLogicCalled);
   EXPECT_EQ(0, app.DrawDurationMs);
-  EXPECT_EQ(module->mpBackBuffer, SDL_GetRenderTarget(renderer));
+  EXPECT_EQ(module->mpBackBuffer.get(), SDL_GetRenderTarget(renderer));
 }
 
 TEST_F(AppGuiModule, BeforeRunningOnlyTheLoaderIsDrawn) {
@@ -134,10 +134,10 @@ TEST_F(AppGuiModule, AChangeOfRenderingTakesEffectBetweenFrames) {
   add("a")->mOnLogic = [this] { module->StopRendering(); };
   module->draw();
   // The frame was presented in full, so that the next one that draws finds the back buffer as its target.
-  EXPECT_EQ(module->mpBackBuffer, SDL_GetRenderTarget(renderer));
+  EXPECT_EQ(module->mpBackBuffer.get(), SDL_GetRenderTarget(renderer));
   EXPECT_TRUE(sleeps.empty());
   module->draw();
-  EXPECT_EQ(module->mpBackBuffer, SDL_GetRenderTarget(renderer));
+  EXPECT_EQ(module->mpBackBuffer.get(), SDL_GetRenderTarget(renderer));
   EXPECT_EQ(1u, sleeps.size());
 }
 
@@ -156,7 +156,7 @@ TEST_F(AppGuiModule, TheBackBufferReachesTheWindowTurnedOnRequest) {
   module->draw();
   EXPECT_NE(0xff0000ffu, at(nullptr, 0, 0));
   EXPECT_EQ(0xff0000ffu, at(nullptr, 31, 15));
-  EXPECT_EQ(0x00000000u, at(module->mpBackBuffer, 0, 0));  // cleared for the next frame
+  EXPECT_EQ(0x00000000u, at(module->mpBackBuffer.get(), 0, 0));  // cleared for the next frame
 }
 
 }  // namespace

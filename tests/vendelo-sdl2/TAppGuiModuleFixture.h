@@ -74,9 +74,9 @@ class TestModule : public TAppGuiModule {
   using TAppGuiModule::WindowNativeSize;
 
   void makeBackBuffer(int w, int h) {
-    mpBackBuffer = SDL_CreateTexture(GetRenderer(), SDL_PIXELFORMAT_ARGB8888, SDL_TEXTUREACCESS_TARGET, w, h);
+    mpBackBuffer.reset(SDL_CreateTexture(GetRenderer(), SDL_PIXELFORMAT_ARGB8888, SDL_TEXTUREACCESS_TARGET, w, h));
     WindowNativeSize = WindowCurrentSize = {0, 0, w, h};
-    SDL_SetRenderTarget(GetRenderer(), mpBackBuffer);
+    SDL_SetRenderTarget(GetRenderer(), mpBackBuffer.get());
   }
 };
 

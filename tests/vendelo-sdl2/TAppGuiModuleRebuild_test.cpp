@@ -65,7 +65,7 @@ class Rebuild : public AppGuiModule {
     SDL_SetRenderTarget(renderer, nullptr);
     std::vector<Uint32> pixels(kWidth * kHeight);
     SDL_RenderReadPixels(renderer, nullptr, SDL_PIXELFORMAT_RGBA8888, pixels.data(), kWidth * 4);
-    SDL_SetRenderTarget(renderer, module->mpBackBuffer);
+    SDL_SetRenderTarget(renderer, module->mpBackBuffer.get());
     return pixels;
   }
   // The same once the digits have left their colour for the ground of the next frame.
@@ -84,13 +84,13 @@ class Rebuild : public AppGuiModule {
     }
   }
   void loseEverything() {
-    SDL_SetTextureUserData(module->mpBackBuffer, this);
+    SDL_SetTextureUserData(module->mpBackBuffer.get(), this);
     for (TGuiComponent* label : {static_cast<TGuiComponent*>(glyphs), static_cast<TGuiComponent*>(line),
                                  static_cast<TGuiComponent*>(lines)})
       lose(label->GetTargetTexture());
-    lose(digits->mpCyphers);
-    lose(digits->mpDot);
-    lose(digits->mpComma);
+    lose(digits->mpCyphers.get());
+    lose(digits->mpDot.get());
+    lose(digits->mpComma.get());
   }
   void report(Uint32 type) {
     SDL_Event event{};
@@ -99,7 +99,7 @@ class Rebuild : public AppGuiModule {
     while (app.ProcessNextEvent() != 0) {
     }
   }
-  bool backBufferIsNew() const { return SDL_GetTextureUserData(module->mpBackBuffer) == nullptr; }
+  bool backBufferIsNew() const { return SDL_GetTextureUserData(module->mpBackBuffer.get()) == nullptr; }
 
   TTF_Font* font = nullptr;
   TGlyphLabel* glyphs = nullptr;
@@ -119,10 +119,10 @@ TEST_F(Rebuild, EverythingComesBackAfterTheRenderTargetsWereReset) {
     EXPECT_EQ(whole, shown());
     EXPECT_TRUE(backBufferIsNew());
     int w = 0, h = 0;
-    SDL_QueryTexture(module->mpBackBuffer, nullptr, nullptr, &w, &h);
+    SDL_QueryTexture(module->mpBackBuffer.get(), nullptr, nullptr, &w, &h);
     EXPECT_EQ(kWidth, w);
     EXPECT_EQ(kHeight, h);
-    EXPECT_EQ(module->mpBackBuffer, SDL_GetRenderTarget(renderer));
+    EXPECT_EQ(module->mpBackBuffer.get(), SDL_GetRenderTarget(renderer));
   }
 }
 
@@ -139,7 +139,7 @@ TEST_F(Rebuild, EachReportIsOneLineInTheLog) {
 
 TEST_F(Rebuild, OtherEventsRebuildNothing) {
   shown();
-  SDL_SetTextureUserData(module->mpBackBuffer, this);
+  SDL_SetTextureUserData(module->mpBackBuffer.get(), this);
   SDL_SetTextureUserData(glyphs->GetTargetTexture(), this);
   report(SDL_USEREVENT);
   report(SDL_WINDOWEVENT);
@@ -185,9 +185,9 @@ TEST_F(Rebuild, WithoutRenderingItWaits) {
 TEST_F(Rebuild, DigitsWithoutTheirFontKeepWhatTheyHave) {
   shown();
   TBitmapFont::CleanupBitmapFonts();
-  SDL_Texture* strip = digits->mpCyphers;
+  SDL_Texture* strip = digits->mpCyphers.get();
   digits->OnTexturesLost();
-  EXPECT_EQ(strip, digits->mpCyphers);
+  EXPECT_EQ(strip, digits->mpCyphers.get());
 }
 
 TEST_F(Rebuild, WithoutAGuiModuleTheReportIsHarmless) {

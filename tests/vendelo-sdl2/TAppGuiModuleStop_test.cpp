@@ -67,8 +67,8 @@ class StopRendering : public AppGuiModule {
     EXPECT_EQ(before + 1, presentations);
     EXPECT_EQ(kRed, at(nullptr, 1, 1));
     EXPECT_EQ(0u, at(nullptr, 10, 10));
-    EXPECT_EQ(module->mpBackBuffer, SDL_GetRenderTarget(renderer));
-    EXPECT_EQ(0u, at(module->mpBackBuffer, 1, 1));
+    EXPECT_EQ(module->mpBackBuffer.get(), SDL_GetRenderTarget(renderer));
+    EXPECT_EQ(0u, at(module->mpBackBuffer.get(), 1, 1));
   }
   void expectNoFrame() {
     take();
@@ -79,7 +79,7 @@ class StopRendering : public AppGuiModule {
     EXPECT_EQ((Names{"deferred"}), take());
     EXPECT_EQ(before, presentations);
     EXPECT_EQ(0x0000ffffu, at(nullptr, 1, 1));  // the window is left as it is
-    EXPECT_EQ(module->mpBackBuffer, SDL_GetRenderTarget(renderer));
+    EXPECT_EQ(module->mpBackBuffer.get(), SDL_GetRenderTarget(renderer));
   }
 
   Root* mark = nullptr;

@@ -46,11 +46,11 @@ TEST_F(Window, IsCreatedWithItsBackBuffer) {
   EXPECT_NE(nullptr, module->getWindow());
   EXPECT_EQ(module->GetRenderer(), TestModule::mpGUIRendererStatic);
   EXPECT_EQ(module->getWindow(), TestModule::mpWindowStatic);
-  EXPECT_EQ(module->mpBackBuffer, SDL_GetRenderTarget(module->GetRenderer()));
+  EXPECT_EQ(module->mpBackBuffer.get(), SDL_GetRenderTarget(module->GetRenderer()));
   EXPECT_EQ(64, module->WindowNativeSize.w);
   EXPECT_EQ(48, module->WindowCurrentSize.h);
   int w = 0, h = 0;
-  SDL_QueryTexture(module->mpBackBuffer, nullptr, nullptr, &w, &h);
+  SDL_QueryTexture(module->mpBackBuffer.get(), nullptr, nullptr, &w, &h);
   EXPECT_EQ(64, w);
   EXPECT_EQ(48, h);
   SDL_BlendMode mode = SDL_BLENDMODE_NONE;
@@ -107,7 +107,7 @@ TEST_F(Window, ANewSizeIsReadAtTheNextFrame) {
   EXPECT_EQ(32, module->WindowCurrentSize.w);
   EXPECT_EQ(24, module->WindowCurrentSize.h);
   EXPECT_EQ(64, module->WindowNativeSize.w);
-  EXPECT_EQ(module->mpBackBuffer, SDL_GetRenderTarget(module->GetRenderer()));
+  EXPECT_EQ(module->mpBackBuffer.get(), SDL_GetRenderTarget(module->GetRenderer()));
 }
 
 // ---- Window events and the thread on which SDL's renderer sees them

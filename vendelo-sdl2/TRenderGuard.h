@@ -1,0 +1,55 @@
+#pragma once
+
+#include <SDL.h>
+#include <optional>
+
+namespace vendelo_sdl2 {
+
+// Changes the state in which one draws, and puts back at the end of the scope what it has changed, and nothing
+// else: what is drawn in the middle of a frame must not be seen in the rest of it. Draw thread; the renderer and
+// the textures must outlive the scope.
+class TRenderGuard {
+ public:
+  explicit TRenderGuard(SDL_Renderer* renderer) : mpRenderer(renderer) {}
+  ~TRenderGuard() {
+    if (mTarget) SDL_SetRenderTarget(mpRenderer, *mTarget);
+    if (mColour) SDL_SetRenderDrawColor(mpRenderer, mColour->r, mColour->g, mColour->b, mColour->a);
+    if (mpBlended) SDL_SetTextureBlendMode(mpBlended, mBlendMode);
+  }
+  TRenderGuard(const TRenderGuard&) = delete;
+  TRenderGuard& operator=(const TRenderGuard&) = delete;
+
+  // Null is the window.
+  void target(SDL_Texture* texture) {
+    if (!mTarget) mTarget = SDL_GetRenderTarget(mpRenderer);
+    SDL_SetRenderTarget(mpRenderer, texture);
+  }
+  void colour(Uint8 r, Uint8 g, Uint8 b, Uint8 a) {
+    if (!mColour) {
+      mColour = SDL_Color{0, 0, 0, 0};
+      SDL_GetRenderDrawColor(mpRenderer, &mColour->r, &mColour->g, &mColour->b, &mColour->a);
+    }
+    SDL_SetRenderDrawColor(mpRenderer, r, g, b, a);
+  }
+  // Once for each guard; null does nothing.
+  void blendMode(SDL_Texture* texture, SDL_BlendMode mode) {
+    mpBlended = texture;
+    SDL_GetTextureBlendMode(texture, &mBlendMode);
+    SDL_SetTextureBlendMode(texture, mode);
+  }
+  // Clears the target in this colour and leaves the draw colour as it is.
+  void clear(Uint8 r, Uint8 g, Uint8 b, Uint8 a) const {
+    TRenderGuard own(mpRenderer);
+    own.colour(r, g, b, a);
+    SDL_RenderClear(mpRenderer);
+  }
+
+ private:
+  SDL_Renderer* mpRenderer;
+  std::optional<SDL_Texture*> mTarget;
+  std::optional<SDL_Color> mColour;
+  SDL_Texture* mpBlended = nullptr;
+  SDL_BlendMode mBlendMode = SDL_BLENDMODE_NONE;
+};
+
+}  // namespace vendelo_sdl2
