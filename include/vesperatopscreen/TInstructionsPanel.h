@@ -4,6 +4,7 @@
 #include <string>
 
 #include "vendelo-sdl2/TGuiComponent.h"
+#include "vendelo-sdl2/TTexturePtr.h"
 
 class TGlyphLabel;
 
@@ -27,6 +28,6 @@ class TInstructionsPanel : public vendelo_sdl2::TGuiComponent {
 
  private:
   TGlyphLabel* mIntegrityLabel;
-  SDL_Texture* mButtonEnabled;
-  SDL_Texture* mButtonDisabled;
+  vendelo_sdl2::TTexturePtr mButtonEnabled;
+  vendelo_sdl2::TTexturePtr mButtonDisabled;
 };

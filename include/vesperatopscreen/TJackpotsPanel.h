@@ -9,6 +9,7 @@
 #include "common/TKSLReturnStructures.h"
 #include "vendelo-sdl2/TAnimation.h"
 #include "vendelo-sdl2/TGuiComponent.h"
+#include "vendelo-sdl2/TTexturePtr.h"
 
 class TBitmapFont;
 class TControlCyphers3;
@@ -54,8 +55,9 @@ float panel_grow_function(const vendelo_sdl2::TAnimation& animation, float t);
 // Create..., Clear..., the win and the idle animation run on the draw thread only (the first two check it);
 // everything else on the main thread under the draw mutex or on the draw thread. Amounts are in the smallest unit,
 // places in pixels of a 1920 by 1080 panel, times in milliseconds of the tick clock.
-// The tree owns the components, the fields only point; the captured picture's layer is owned here. Levels whose id
-// is not 0 to 3, or which come twice, are logged and skipped; missing images leave their place empty.
+// The tree owns the components, the fields only point; the captured picture's layer and the pictures that are not
+// the image cache's are owned here and lent. Levels whose id is not 0 to 3, or which come twice, are logged and
+// skipped; missing images leave their place empty.
 class TJackpotsPanel : public vendelo_sdl2::TGuiComponent {
  public:
   static constexpr int maxLevels = 4;
@@ -119,9 +121,8 @@ class TJackpotsPanel : public vendelo_sdl2::TGuiComponent {
   // The registry's, or with a missing file an empty one of this panel's own.
   TBitmapFont* createDigitFont();
   void removeChild(vendelo_sdl2::TGuiComponent* component);
-  // An image list leaves the pictures that it has loaded to its owner; those of the image cache are not for these.
-  static void destroyPictures(TImageList* list);
-  void removeLoaded(TImageList* list);
+  // Loads the picture and shows it in the list, which borrows it.
+  static vendelo_sdl2::TTexturePtr lendPicture(TImageList* list, const std::string& file);
   void deferClearUnderText();
   void setLevelVisible(int id, bool visible);
   void captureLevel(int id);
@@ -149,7 +150,8 @@ class TJackpotsPanel : public vendelo_sdl2::TGuiComponent {
   std::array<TSpriteAnimation*, maxLevels> pPanelAnimation;
   std::array<TSpriteAnimation*, maxLevels> pParticleAnimation;
   vendelo_sdl2::TGuiComponent* pWinPanel;  // shows the captured level
-  SDL_Texture* pWinJackpotTexture;
+  vendelo_sdl2::TTexturePtr pWinJackpotTexture;
+  vendelo_sdl2::TTexturePtr mpLogoPicture;
   TImageList* mLogo;
   TGlyphLabel* mIntegrityLabel;
   TGlyphLabel* mJackpotErrorLabel;
@@ -160,7 +162,9 @@ class TJackpotsPanel : public vendelo_sdl2::TGuiComponent {
   vendelo_sdl2::TAnimation mWinAnimation;
   SDL_Rect mPanelRect;  // place of the winning level before its win
   TSpriteAnimation* pAnimationOverlay;
+  vendelo_sdl2::TTexturePtr mpOverlayPicture;
   TImageList* pImageOverlay;
+  vendelo_sdl2::TTexturePtr mpDarkPicture;
   TImageList* pDarkBackground;
   vendelo_sdl2::TTimedTaskHandler* pIdleTask;  // owned by the task manager
   std::unique_ptr<TBitmapFont> mUnregisteredFont;

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "vendelo-sdl2/TGuiComponent.h"
+#include "vendelo-sdl2/TTexturePtr.h"
 
 struct PlatformState;
 struct TPaytableSetup;
@@ -71,7 +72,8 @@ class TPaytablesPanel : public vendelo_sdl2::TGuiComponent {
   void startLoad(const std::string& game_name, std::vector<ImageInfo> toLoad);
   void takeImages(const std::string& game_name,
                   const std::map<std::string, std::shared_ptr<SDL_Surface>>& surfaces);
-  void setPage(const std::string& page, SDL_Texture* texture);
+  void setPage(const std::string& page, vendelo_sdl2::TTexturePtr texture);
+  SDL_Texture* pageOf(const std::string& name) const;
   void showPage(SDL_Texture* texture);
   void clearTexts();
   void clearPages();
@@ -86,7 +88,7 @@ class TPaytablesPanel : public vendelo_sdl2::TGuiComponent {
 
   std::string mLoadedForGame;
   std::string mCreatedForGame;
-  std::map<std::string, SDL_Texture*> mHelpScreens;  // owned
+  std::map<std::string, vendelo_sdl2::TTexturePtr> mHelpScreens;
   std::map<std::string, std::vector<ImageInfo>> mHelpScreenNames;
   vendelo_sdl2::TGuiComponent* pBackground;
   vendelo_sdl2::TGuiComponent* pHelpScreen;

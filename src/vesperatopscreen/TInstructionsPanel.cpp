@@ -33,10 +33,7 @@ std::string numbered(const char* name, size_t n) { return name + MyUtils::itos(s
 
 TInstructionsPanel::TInstructionsPanel(SDL_Renderer* pRenderer, int x, int y, int width, int height,
                                        std::string ComponentName)
-  : TGuiComponent(pRenderer, x, y, width, height, ComponentName),
-    mIntegrityLabel(nullptr),
-    mButtonEnabled(nullptr),
-    mButtonDisabled(nullptr) {
+  : TGuiComponent(pRenderer, x, y, width, height, ComponentName), mIntegrityLabel(nullptr) {
   mIntegrityLabel = new TGlyphLabel(pRenderer, 0, 100, width, 150, "",
                                     MyUtils::ImageDir() + "Fonts/jackpot_win_label", "integrityLabel");
   mIntegrityLabel->SetAlignment(CENTER_CENTER);
@@ -45,21 +42,19 @@ TInstructionsPanel::TInstructionsPanel(SDL_Renderer* pRenderer, int x, int y, in
   AddComponent(mIntegrityLabel);
 }
 
-TInstructionsPanel::~TInstructionsPanel() {
-  for (SDL_Texture* picture : {mButtonEnabled, mButtonDisabled}) SDL_DestroyTexture(picture);
-}
+TInstructionsPanel::~TInstructionsPanel() = default;
 
 int TInstructionsPanel::load() {
   pApp->WriteLog(1, 0, "Loading instructions panel.");
   const std::string workingDirPath = MyUtils::ImageDir();
-  mButtonEnabled = MyUtils::LoadTexture(GetRenderer(), workingDirPath + "buttonE.png");
-  mButtonDisabled = MyUtils::LoadTexture(GetRenderer(), workingDirPath + "buttonD.png");
+  mButtonEnabled.reset(MyUtils::LoadTexture(GetRenderer(), workingDirPath + "buttonE.png"));
+  mButtonDisabled.reset(MyUtils::LoadTexture(GetRenderer(), workingDirPath + "buttonD.png"));
   size_t n = 0;
   for (const TButtonRow& row : rows) {
     ++n;
     auto* image = new TImageList(GetRenderer(), row.x, row.y, 177, 179, numbered("InstructionImage", n));
-    image->pushImage(mButtonEnabled);
-    image->pushImage(mButtonDisabled);
+    image->pushImage(mButtonEnabled.get());
+    image->pushImage(mButtonDisabled.get());
     image->DisplayImage(imageEnabled, 0);
     AddComponent(image);
     auto* button =

@@ -49,7 +49,6 @@ TJackpotsPanel::TJackpotsPanel(SDL_Renderer* pRenderer, int x, int y, int width,
     pPanelAnimation{},
     pParticleAnimation{},
     pWinPanel(nullptr),
-    pWinJackpotTexture(nullptr),
     mLogo(nullptr),
     mIntegrityLabel(nullptr),
     mJackpotErrorLabel(nullptr),
@@ -62,8 +61,7 @@ TJackpotsPanel::TJackpotsPanel(SDL_Renderer* pRenderer, int x, int y, int width,
     pIdleTask(nullptr) {
   mLogo = new TImageList(pRenderer, mScreenW / 2 - 298, mScreenH / 2 - 38, 596, 76, "logo");
   AddComponent(mLogo);
-  mLogo->LoadImage(MyUtils::ImageDir() + "logo.png");
-  mLogo->DisplayImage(0, 0);
+  mpLogoPicture = lendPicture(mLogo, MyUtils::ImageDir() + "logo.png");
   mLogo->_setVisible(false);
   mIntegrityLabel = createTextLabel("integrityLabel", 100);
   mJackpotErrorLabel = createTextLabel("jackpotErrorLabel", mScreenH - 250);
@@ -76,8 +74,6 @@ TJackpotsPanel::TJackpotsPanel(SDL_Renderer* pRenderer, int x, int y, int width,
 TJackpotsPanel::~TJackpotsPanel() {
   ClearJackpotPanel();
   ClearOverlay();
-  destroyPictures(mLogo);
-  SDL_DestroyTexture(pWinJackpotTexture);
   if (!pApp) return;
   pApp->UnregisterAllActionHandlersByRelatedObject(this, true);
   pApp->RemoveTimedTasksOf(this);
@@ -96,8 +92,8 @@ TGlyphLabel* TJackpotsPanel::createTextLabel(const char* name, int y) {
 // A clear destroys the layer, so each creation makes it again.
 void TJackpotsPanel::createWinLayer() {
   if (!pWinJackpotTexture)
-    pWinJackpotTexture = TAppGuiModule::CreateLayer(nullptr, mScreenW, mScreenH, 0, 0, 0, 0, 16);
-  pWinPanel->SetTargetTexture(pWinJackpotTexture);
+    pWinJackpotTexture.reset(TAppGuiModule::CreateLayer(nullptr, mScreenW, mScreenH, 0, 0, 0, 0, 16));
+  pWinPanel->SetTargetTexture(pWinJackpotTexture.get());
 }
 
 int TJackpotsPanel::load() {
@@ -162,14 +158,11 @@ TBitmapFont* TJackpotsPanel::createDigitFont() {
 
 void TJackpotsPanel::removeChild(TGuiComponent* component) { RemoveComponent(component, true); }
 
-void TJackpotsPanel::destroyPictures(TImageList* list) {
-  for (SDL_Texture* picture : *list->getImages()) SDL_DestroyTexture(picture);
-}
-
-void TJackpotsPanel::removeLoaded(TImageList* list) {
-  if (!list) return;
-  destroyPictures(list);
-  RemoveComponent(list, true);
+TTexturePtr TJackpotsPanel::lendPicture(TImageList* list, const std::string& file) {
+  TTexturePtr picture(MyUtils::LoadTexture(GetRenderer(), file));
+  list->pushImage(picture.get());
+  list->DisplayImage(0, 0);
+  return picture;
 }
 
 void TJackpotsPanel::ClearJackpotPanel() {
@@ -198,10 +191,10 @@ void TJackpotsPanel::ClearJackpotPanel() {
     pJackpotPanel[jId] = nullptr;
   }
   pWinPanel->SetTargetTexture(nullptr);  // it may be on the screen
-  SDL_DestroyTexture(pWinJackpotTexture);
-  pWinJackpotTexture = nullptr;
-  removeLoaded(pDarkBackground);
+  pWinJackpotTexture.reset();
+  removeChild(pDarkBackground);
   pDarkBackground = nullptr;
+  mpDarkPicture.reset();
   mIsPanelCreated = false;
   mPanelCreationRetrys = 10;
   mCapturedJackpot = -1;

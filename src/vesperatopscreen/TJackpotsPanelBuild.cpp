@@ -62,8 +62,7 @@ void TJackpotsPanel::createTitle() {
   pDarkBackground = new TImageList(GetRenderer(), 0, 0, mScreenW, mScreenH, "pDarkBackground");
   AddComponent(pDarkBackground);
   pDarkBackground->_setVisible(false);
-  pDarkBackground->LoadImage(MyUtils::ImageDir() + "Animation/Backround.png");
-  pDarkBackground->DisplayImage(0, 0);
+  mpDarkPicture = lendPicture(pDarkBackground, MyUtils::ImageDir() + "Animation/Backround.png");
 }
 
 void TJackpotsPanel::createLevel(const JackpotsData& level, TBuild& build) {

@@ -140,8 +140,9 @@ void TJackpotsPanel::ClearOverlay() {
   mActiveGameName.clear();
   removeChild(pAnimationOverlay);
   pAnimationOverlay = nullptr;
-  removeLoaded(pImageOverlay);
+  removeChild(pImageOverlay);
   pImageOverlay = nullptr;
+  mpOverlayPicture.reset();
   if (mNumJackpots > 0) OnShowHistory();
 }
 
@@ -163,8 +164,7 @@ int TJackpotsPanel::loadImagesOfGame(const std::string& name) {
   } else if (mNumJackpots == 0 && !pImageOverlay) {
     pImageOverlay = new TImageList(GetRenderer(), 0, 0, mScreenW, mScreenH, "pImageOverlay[" + name + "]");
     AddComponent(pImageOverlay);
-    pImageOverlay->LoadImage(IMAGE_DIR + "/topscreen.jpg");
-    pImageOverlay->DisplayImage(0, 0);
+    mpOverlayPicture = lendPicture(pImageOverlay, IMAGE_DIR + "/topscreen.jpg");
     pImageOverlay->Show();
   }
   return 0;

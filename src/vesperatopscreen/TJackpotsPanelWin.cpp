@@ -12,6 +12,7 @@
 #include "components/TSpriteAnimation.h"
 #include "vendelo-sdl2/MyUtils.h"
 #include "vendelo-sdl2/TApplication.h"
+#include "vendelo-sdl2/TRenderGuard.h"
 #include "vesperatopscreen/TJackpotsPanel.h"
 
 using namespace vendelo_sdl2;
@@ -119,24 +120,16 @@ void TJackpotsPanel::setLevelVisible(int id, bool visible) {
 
 // A still picture of the level, with its digits at their final value.
 void TJackpotsPanel::captureLevel(int id) {
-  SDL_Renderer* renderer = GetRenderer();
-  SDL_Texture* target = SDL_GetRenderTarget(renderer);
-  SDL_Color old{};
-  SDL_GetRenderDrawColor(renderer, &old.r, &old.g, &old.b, &old.a);
-  SDL_SetRenderTarget(renderer, pWinJackpotTexture);
-  SDL_SetRenderDrawColor(renderer, 0, 0, 0, 0);
-  SDL_RenderClear(renderer);  // an earlier win may have left its level
-  SDL_SetRenderDrawColor(renderer, old.r, old.g, old.b, old.a);
+  TRenderGuard guard(GetRenderer());
+  guard.target(pWinJackpotTexture.get());
+  guard.clear(0, 0, 0, 0);  // an earlier win may have left its level
   // The frame is copied as it is: blended here and again with the whole picture its soft edges would turn dark.
-  const int blendMode = pJackpotFrame[id]->getBlendMode();
-  pJackpotFrame[id]->setBlendMode(0);
+  guard.blendMode(pJackpotFrame[id]->GetTargetTexture(), SDL_BLENDMODE_NONE);
   pJackpotFrame[id]->draw();
-  pJackpotFrame[id]->setBlendMode(blendMode);
   pJackpotCyphers[id]->ResetAnimation();
   pJackpotCyphers[id]->draw();
   pJackpotCurrency[id]->draw();
   if (pJackpotHours[id]) pJackpotHours[id]->draw();
-  SDL_SetRenderTarget(renderer, target);
 }
 
 void TJackpotsPanel::calcFinalRect(int phase, SDL_Rect& result) const {

@@ -42,13 +42,6 @@ fs::path findPicture(const fs::path& folder, const std::string& name) {
   return {};
 }
 
-// A label leaves its text's texture to whoever may have taken it; of these two nobody has.
-void destroyBetLabelText(Tlabel* label) {
-  SDL_Texture* text = label->GetTargetTexture();
-  label->SetTargetTexture(nullptr);
-  SDL_DestroyTexture(text);
-}
-
 }  // namespace
 
 TPaytablesPanel::TPaytablesPanel(SDL_Renderer* pRenderer, int x, int y, int width, int height,
@@ -146,10 +139,11 @@ void TPaytablesPanel::startLoad(const std::string& game_name, std::vector<ImageI
 void TPaytablesPanel::takeImages(const std::string& game_name,
                                  const std::map<std::string, std::shared_ptr<SDL_Surface>>& surfaces) {
   for (const auto& [page, surface] : surfaces) {
-    SDL_Texture* texture =
-      MyUtils::IsTooLong(surface.get()) ? nullptr : SDL_CreateTextureFromSurface(GetRenderer(), surface.get());
-    SDL_SetTextureBlendMode(texture, SDL_BLENDMODE_BLEND);
-    setPage(page, texture);
+    TTexturePtr texture;
+    if (!MyUtils::IsTooLong(surface.get()))
+      texture.reset(SDL_CreateTextureFromSurface(GetRenderer(), surface.get()));
+    SDL_SetTextureBlendMode(texture.get(), SDL_BLENDMODE_BLEND);
+    setPage(page, std::move(texture));
   }
   mLoadedForGame = game_name;
   const bool fadeInAfterLoad = mRunningLoads[game_name];
@@ -186,14 +180,17 @@ bool TPaytablesPanel::fadeInIsDue() {
 }
 
 // A page that is loaded again takes the place of the old one wherever that is shown.
-void TPaytablesPanel::setPage(const std::string& page, SDL_Texture* texture) {
-  SDL_Texture*& slot = mHelpScreens[page];
-  if (slot) {
+void TPaytablesPanel::setPage(const std::string& page, TTexturePtr texture) {
+  TTexturePtr& slot = mHelpScreens[page];
+  if (slot)
     for (TGuiComponent* shown : {pBackground, pHelpScreen})
-      if (shown->GetTargetTexture() == slot) shown->SetTargetTexture(texture);
-    SDL_DestroyTexture(slot);
-  }
-  slot = texture;
+      if (shown->GetTargetTexture() == slot.get()) shown->SetTargetTexture(texture.get());
+  slot = std::move(texture);
+}
+
+SDL_Texture* TPaytablesPanel::pageOf(const std::string& name) const {
+  const auto found = mHelpScreens.find(name);
+  return found == mHelpScreens.end() ? nullptr : found->second.get();
 }
 
 void TPaytablesPanel::clearPaytable() {
@@ -211,7 +208,8 @@ void TPaytablesPanel::clearTexts() {
   }
   for (TGuiComponent* label : labels) {
     const std::string name = label->getName();
-    if (name == "minBetLabel" || name == "maxBetLabel") destroyBetLabelText(static_cast<Tlabel*>(label));
+    // A label that goes would leave its text to the renderer; of these two nobody shows it any more.
+    if (name == "minBetLabel" || name == "maxBetLabel") static_cast<Tlabel*>(label)->TakeTexture();
     // The two bet labels share one font.
     if (name == "minBetLabel")
       if (TTF_Font* font = static_cast<Tlabel*>(label)->GetFont()) TTF_CloseFont(font);
@@ -227,7 +225,6 @@ void TPaytablesPanel::clearTexts() {
 void TPaytablesPanel::clearPages() {
   pBackground->SetTargetTexture(nullptr);
   pHelpScreen->SetTargetTexture(nullptr);
-  for (const auto& [page, texture] : mHelpScreens) SDL_DestroyTexture(texture);
   mHelpScreens.clear();
   mLoadedForGame.clear();
 }
@@ -261,13 +258,9 @@ int TPaytablesPanel::UpdateData(bool fadeInAfterLoad) {
   const int result = updatePaytable();
 
   const std::vector<ImageInfo>& pages = gameIt->second;
-  const auto textureOf = [this](const ImageInfo& page) {
-    const auto found = mHelpScreens.find(page.name);
-    return found == mHelpScreens.end() ? nullptr : found->second;
-  };
   const int wanted = state.ShowingPaytable;
   SDL_Texture* texture = wanted >= 0 && wanted < static_cast<int>(pages.size())
-                           ? textureOf(pages[static_cast<size_t>(wanted)])
+                           ? pageOf(pages[static_cast<size_t>(wanted)].name)
                            : nullptr;
   if (texture) {
     showPage(texture);
@@ -275,7 +268,7 @@ int TPaytablesPanel::UpdateData(bool fadeInAfterLoad) {
   } else {
     std::printf("Can not show paytayble '%s' - was expecting it to be loaded -> going to first page\n",
                 name.c_str());
-    showPage(textureOf(pages.front()));
+    showPage(pageOf(pages.front().name));
     paytableVisible(0);
   }
   return result;

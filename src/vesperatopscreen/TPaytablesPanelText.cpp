@@ -70,8 +70,7 @@ void TPaytablesPanel::createPaytable(const std::string& gameName) {
   const PlatformState& state = &property;
   std::string content = TPaytableSetup::contentOf(state.ExtraData);
   if (mCreatedForGame == gameName && (gameName.empty() || mCreatedFrom == content)) return;
-  const auto background = mHelpScreens.find(possibleScreensArray[0]);
-  pBackground->SetTargetTexture(background == mHelpScreens.end() ? nullptr : background->second);
+  pBackground->SetTargetTexture(pageOf(possibleScreensArray[0]));
 
   const TPaytableSetup setup(state.ExtraData);
   mRefusedContent.clear();
