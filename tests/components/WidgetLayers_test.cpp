@@ -47,10 +47,10 @@ class Layers : public Cyphers, public testing::WithParamInterface<TFlavour> {
 
 TEST_P(Layers, OfTheDigitsHaveNoColourWhereNoGlyphIs) {
   auto digits = make(2);
-  expectClear(digits->mpCyphers);
-  expectClear(digits->mpDot);  // the comma, which does not fill its cell
+  expectClear(digits->mpCyphers.get());
+  expectClear(digits->mpDot.get());  // the comma, which does not fill its cell
   digits->SetFont(ttf, SDL_Color{255, 255, 255, 255});
-  for (SDL_Texture* layer : {digits->mpCyphers, digits->mpDot, digits->mpComma}) expectClear(layer);
+  for (SDL_Texture* layer : {digits->mpCyphers.get(), digits->mpDot.get(), digits->mpComma.get()}) expectClear(layer);
 }
 
 TEST_P(Layers, OfTwoLinesHaveNoColourWhereNoLetterIs) {
