@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "vendelo-sdl2/TKeepAlive.h"
+#include "vendelo-sdl2/TMutexGuard.h"
 
 namespace vendelo_sdl2 {
 
@@ -239,15 +240,15 @@ class TActionMan {
   int ActionGenerated(const std::string& ActionName, void* hActionData, ActionHandleType Filter,
                       bool executeImmediately);
 
-  std::list<TAction*> ActionList;  // under ActionListMutex
+  std::list<TAction*> ActionList GUARDED_BY(ActionListMutex);
   SDL_mutex* ActionListMutex;
-  std::queue<TGeneratedAction*> GeneratedActionQueue;  // under ActionQueueMutex
+  std::queue<TGeneratedAction*> GeneratedActionQueue GUARDED_BY(ActionQueueMutex);
   SDL_mutex* ActionQueueMutex;
   std::array<std::queue<TGeneratedSkippedAction>, 4> ToRunActionQueue;  // each under its ToRunMutex
   std::array<SDL_mutex*, 4> ToRunMutex;
 
  private:
-  std::list<TAction*>::iterator FindAction(const std::string& ActionName);
+  std::list<TAction*>::iterator FindAction(const std::string& ActionName) REQUIRES_LOCK(ActionListMutex);
   void ForgetQueuedRuns(const TAction* pAction);
 
   std::array<bool, 4> Executing{};  // each under its ToRunMutex

@@ -13,6 +13,7 @@
 #include "common/ThreadSafeProperty.h"
 #include "vendelo-sdl2/TActionMan.h"
 #include "vendelo-sdl2/TLogManager.h"
+#include "vendelo-sdl2/TMutexGuard.h"
 #include "vendelo-sdl2/TParamMan.h"
 #include "vendelo-sdl2/TSoundMachine.h"
 #include "vendelo-sdl2/TTaskMan.h"
@@ -143,12 +144,12 @@ class TApplication : public TLogManager,
   // Gives the GUI module to the caller that will destroy it; later callers get null.
   TAppGuiModule* TakeGUI() { return pAppGUI.exchange(nullptr); }
 
-  void lockMainMutex();
-  void unlockMainMutex();
-  void lockDrawMutex();
-  void unlockDrawMutex();
+  void lockMainMutex() TAKES_LOCK(mpMainMutex);
+  void unlockMainMutex() RELEASES_LOCK(mpMainMutex);
+  void lockDrawMutex() TAKES_LOCK(mpDrawMutex);
+  void unlockDrawMutex() RELEASES_LOCK(mpDrawMutex);
   // Whether it was taken.
-  bool tryLockDrawMutex();
+  bool tryLockDrawMutex() TRIES_LOCK(true, mpDrawMutex);
 
   void ExecuteActionsAndTasks(bool threadSafe);
 
@@ -182,8 +183,8 @@ class TApplication : public TLogManager,
   // evenIfAlreadyInDraw, else at the start of a frame in APP_RUNNING. After that state it is dropped.
   void DeferToDraw(const DeferredType& method, bool evenIfAlreadyInDraw);
   void DeferToDrawRender(const DeferredDrawType& method, bool evenIfAlreadyInDraw);
-  // Main thread, with the draw mutex held.
-  void ExecuteDeferredMethods();
+  // Main thread.
+  void ExecuteDeferredMethods() REQUIRES_LOCK(mpDrawMutex);
   // Draw thread, at the start of a frame.
   void ExecuteDeferredDrawMethods(SDL_Renderer* renderer);
 
@@ -223,12 +224,12 @@ class TApplication : public TLogManager,
   std::string LookUpClientID() const override { return mClientID; }
 
   std::atomic<unsigned int> mLogicInterval{10};
-  bool mIsExecutingMainDeferredMethods = false;                        // main thread only
-  std::queue<std::pair<DeferredType, SDL_semaphore*>> mDeferredQueue;  // mpDeferQueueMutex
+  bool mIsExecutingMainDeferredMethods = false;  // main thread only
+  std::queue<std::pair<DeferredType, SDL_semaphore*>> mDeferredQueue GUARDED_BY(mpDeferQueueMutex);
   std::atomic<int> mCurrentFreq{0};
   SDL_threadID ThreadID_MainThread;
-  bool mIsExecutingDeferredMethods = false;          // draw thread only
-  std::queue<DeferredDrawType> mDeferToDrawQueue;    // mpDeferDrawQueueMutex
+  bool mIsExecutingDeferredMethods = false;  // draw thread only
+  std::queue<DeferredDrawType> mDeferToDrawQueue GUARDED_BY(mpDeferDrawQueueMutex);
   std::atomic<SDL_threadID> ThreadID_DrawThread{0};  // 0 until the thread runs
 
  public:
@@ -277,6 +278,8 @@ class TApplication : public TLogManager,
   void LogBacktrace(void* const* Frames, int Count);
 
  private:
+  friend class TMainMutexGuard;
+  friend class TDrawMutexGuard;
   struct TLoopState;
   class TCrashLocks;
   // What the draw thread does with the GUI module; DRAWS also between two frames and in their sleep.
@@ -288,9 +291,9 @@ class TApplication : public TLogManager,
   void ReadLogFileName();
   void ReadRebootOnExit();
 
-  bool RunPass(TLoopState& Loop);
+  bool RunPass(TLoopState& Loop) REQUIRES_LOCK(mpMainMutex);
   void HoldFrequency(TLoopState& Loop);
-  bool RunLogic(TLoopState& Loop);
+  bool RunLogic(TLoopState& Loop) REQUIRES_LOCK(mpDrawMutex);
 
   // The end. What it keeps stands in a table above it.
   void InstallSignalHandler();
@@ -306,29 +309,43 @@ class TApplication : public TLogManager,
   int JoinDrawThread();
   void DestroyOnce(bool WithGraphics);
 
-  int mMainHolds = 0;                                    // main thread only; its own holds of the main mutex
-  int mDrawHolds = 0;                                    // draw thread only; its own holds of the draw mutex
-  std::atomic<TDrawStage> mDrawStage{TDrawStage::NONE};  // set by the draw thread; LOADS under the draw mutex
-  unsigned int mServedSignals = 0;                       // main thread only; a bit for each signal being served
-  bool mDeferClosed = false;                             // mpDeferQueueMutex; the main loop has ended
-  std::recursive_mutex mDestroyGate;                     // held over Destroy by whoever destroys
-  bool mDestroyStarted = false;                          // mDestroyGate
+  int mMainHolds = 0;                                       // main thread only; its own holds of the main mutex
+  int mDrawHolds = 0;                                       // draw thread only; its own holds of the draw mutex
+  std::atomic<TDrawStage> mDrawStage{TDrawStage::NONE};     // set by the draw thread; LOADS under the draw mutex
+  unsigned int mServedSignals = 0;                          // main thread only; a bit for each signal being served
+  bool mDeferClosed GUARDED_BY(mpDeferQueueMutex) = false;  // the main loop has ended
+  std::recursive_mutex mDestroyGate;                        // held over Destroy by whoever destroys
+  bool mDestroyStarted = false;                             // mDestroyGate
 };
 
 // Hold one of the application's two big mutexes for a scope. The application must outlive them.
-template <void (TApplication::*Lock)(), void (TApplication::*Unlock)()>
-class TApplicationGuard {
+class IS_LOCK_GUARD TMainMutexGuard {
  public:
-  explicit TApplicationGuard(TApplication& Application) : mApplication(Application) { (mApplication.*Lock)(); }
-  ~TApplicationGuard() { (mApplication.*Unlock)(); }
-  TApplicationGuard(const TApplicationGuard&) = delete;
-  TApplicationGuard& operator=(const TApplicationGuard&) = delete;
+  explicit TMainMutexGuard(TApplication& Application) TAKES_LOCK(Application.mpMainMutex)
+    : mApplication(Application) {
+    mApplication.lockMainMutex();
+  }
+  ~TMainMutexGuard() RELEASES_LOCK() { mApplication.unlockMainMutex(); }
+  TMainMutexGuard(const TMainMutexGuard&) = delete;
+  TMainMutexGuard& operator=(const TMainMutexGuard&) = delete;
 
  private:
   TApplication& mApplication;
 };
-using TMainMutexGuard = TApplicationGuard<&TApplication::lockMainMutex, &TApplication::unlockMainMutex>;
-using TDrawMutexGuard = TApplicationGuard<&TApplication::lockDrawMutex, &TApplication::unlockDrawMutex>;
+
+class IS_LOCK_GUARD TDrawMutexGuard {
+ public:
+  explicit TDrawMutexGuard(TApplication& Application) TAKES_LOCK(Application.mpDrawMutex)
+    : mApplication(Application) {
+    mApplication.lockDrawMutex();
+  }
+  ~TDrawMutexGuard() RELEASES_LOCK() { mApplication.unlockDrawMutex(); }
+  TDrawMutexGuard(const TDrawMutexGuard&) = delete;
+  TDrawMutexGuard& operator=(const TDrawMutexGuard&) = delete;
+
+ private:
+  TApplication& mApplication;
+};
 
 extern TApplication* pApp;
 // Asserts that the draw thread calls; nothing without an application.

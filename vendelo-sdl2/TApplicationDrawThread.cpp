@@ -149,13 +149,13 @@ void TApplication::DeferSync(const DeferredType& method, bool evenIfAlreadyInMai
 // waits for the next pass, so that a method which defers itself again cannot hold the loop.
 void TApplication::ExecuteDeferredMethods() {
   mIsExecutingMainDeferredMethods = true;
-  SDL_LockMutex(mpDeferQueueMutex);
+  TMutexGuard guard(mpDeferQueueMutex);
   bool empty = mDeferredQueue.empty();
   while (!empty) {
     auto [method, executed] = mDeferredQueue.front();
     mDeferredQueue.pop();
     empty = mDeferredQueue.empty();
-    SDL_UnlockMutex(mpDeferQueueMutex);
+    guard.release();
     try {
       if (method) method();
     } catch (...) {
@@ -163,10 +163,10 @@ void TApplication::ExecuteDeferredMethods() {
       WriteLog(0, 0, "TApplication: its cause: %s", CauseOfException().c_str());
     }
     method = nullptr;  // what it refers to may go as soon as the waiting caller does
-    SDL_LockMutex(mpDeferQueueMutex);
+    guard.lock();
     if (executed) SDL_SemPost(executed);
   }
-  SDL_UnlockMutex(mpDeferQueueMutex);
+  guard.release();
   mIsExecutingMainDeferredMethods = false;
 }
 
@@ -186,13 +186,13 @@ void TApplication::DeferToDrawRender(const DeferredDrawType& method, bool evenIf
 
 void TApplication::ExecuteDeferredDrawMethods(SDL_Renderer* renderer) {
   mIsExecutingDeferredMethods = true;
-  SDL_LockMutex(mpDeferDrawQueueMutex);
+  TMutexGuard guard(mpDeferDrawQueueMutex);
   bool empty = mDeferToDrawQueue.empty();
   while (!empty) {
     DeferredDrawType method = mDeferToDrawQueue.front();
     mDeferToDrawQueue.pop();
     empty = mDeferToDrawQueue.empty();
-    SDL_UnlockMutex(mpDeferDrawQueueMutex);
+    guard.release();
     try {
       if (method) method(renderer);
     } catch (...) {
@@ -200,9 +200,9 @@ void TApplication::ExecuteDeferredDrawMethods(SDL_Renderer* renderer) {
       WriteLog(0, 0, "TApplication: its cause: %s", CauseOfException().c_str());
     }
     method = nullptr;
-    SDL_LockMutex(mpDeferDrawQueueMutex);
+    guard.lock();
   }
-  SDL_UnlockMutex(mpDeferDrawQueueMutex);
+  guard.release();
   mIsExecutingDeferredMethods = false;
 }
 

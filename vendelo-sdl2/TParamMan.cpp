@@ -135,10 +135,7 @@ TParamMan::TParamList::iterator TParamMan::AddParamToCache(TAppParam* pParam) {
     std::printf("application::Parameter \"%s\" domain cannot be CACHE.\n", pParam->Name().c_str());
     return ParamList.end();
   }
-  {
-    TMutexGuard lock(pParamListMutex);
-    if (FindExact(pParam->Name(), pParam->GetRawDomain()) == ParamList.end()) return InsertSorted(pParam);
-  }
+  if (FindExact(pParam->Name(), pParam->GetRawDomain()) == ParamList.end()) return InsertSorted(pParam);
   std::printf("application::Parameter \"%s\" of ID %s already exists in this application.\n",
               pParam->Name().c_str(), pParam->GetRawDomain().c_str());
   return ParamList.end();

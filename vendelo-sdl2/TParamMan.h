@@ -14,6 +14,7 @@
 
 #include "vendelo-sdl2/Parameters.h"
 #include "vendelo-sdl2/TAppParam.h"
+#include "vendelo-sdl2/TMutexGuard.h"
 
 namespace vendelo_sdl2 {
 
@@ -124,7 +125,7 @@ class TParamMan {
   /// Hands the queued writes to OnStoreValues. Returns 0.
   int Poll();
   /// Prints the store as a table on standard output, without a lock.
-  void PrintParamList() const;
+  void PrintParamList() const UNCHECKED_LOCKS;
   void RebootOnParam(const std::string& param_name);
   void AddToStoreQueue(TAppParam* pParam);
 
@@ -146,8 +147,8 @@ class TParamMan {
   virtual std::string LookUpClientID() const;
 
   /// Takes the parameter over, or refuses it (printing why) and returns the list's end.
-  TParamList::iterator AddParamToCache(TAppParam* pParam);
-  TParamList ParamList;  // sorted by name, then raw domain; under pParamListMutex
+  TParamList::iterator AddParamToCache(TAppParam* pParam) REQUIRES_LOCK(pParamListMutex);
+  TParamList ParamList GUARDED_BY(pParamListMutex);  // sorted by name, then raw domain
 
  private:
   friend class TAppParam;
@@ -173,11 +174,13 @@ class TParamMan {
   }
 
   TParamList::iterator GetExactParamIteratorFromCache(const std::string& ClientIP, const std::string& ParamName,
-                                                      int readMode, bool createBoundParam);
-  TParamList::iterator FindExact(const std::string& ParamName, const std::string& RawDomain);
+                                                      int readMode, bool createBoundParam)
+    REQUIRES_LOCK(pParamListMutex);
+  TParamList::iterator FindExact(const std::string& ParamName, const std::string& RawDomain)
+    REQUIRES_LOCK(pParamListMutex);
   /// These two keep ParamList and mIndex alike; an equal one goes behind the others.
-  TParamList::iterator InsertSorted(TAppParam* pParam);
-  TParamList::iterator Erase(TParamList::iterator Place);
+  TParamList::iterator InsertSorted(TAppParam* pParam) REQUIRES_LOCK(pParamListMutex);
+  TParamList::iterator Erase(TParamList::iterator Place) REQUIRES_LOCK(pParamListMutex);
   /// `cacheMode` is the mode as it was asked for, `readMode` what is left of it for this client.
   TAppParam* LoadAnswer(const std::string& ClientIP, const std::string& ParamName, int readMode, int cacheMode,
                         const Parameter& Answer);
@@ -187,16 +190,16 @@ class TParamMan {
   /// when the cache refuses it.
   TAppParam* AddBound(TAppParam* pSource, const std::string& RawDomain, bool quietSave);
   /// Parameters bound to the old one follow the new one; they keep the value in any case.
-  void RepointBindings(const TAppParam* pOld, const TAppParam* pNew);
+  void RepointBindings(const TAppParam* pOld, const TAppParam* pNew) REQUIRES_LOCK(pParamListMutex);
   /// Generates the action on the application's bus, if this store is part of an application.
   void RaiseAction(const char* ActionName, void* hActionData);
 
   std::list<std::function<void(long)>> mRestrictionListeners;
   static thread_local bool isInGetOrSet;  // the calling thread is, so its misses are not printed
   int64_t mRestrictions = RESTRICTION_UNEDITABLE | RESTRICTION_HIDDEN;
-  /// The places in ParamList by its own order, so that a search has not to walk the list. Under pParamListMutex.
-  std::multiset<TParamList::iterator, TOrder> mIndex;
-  TParamList ToStore;  // under pStoreListMutex
+  /// The places in ParamList by its own order, so that a search has not to walk the list.
+  std::multiset<TParamList::iterator, TOrder> mIndex GUARDED_BY(pParamListMutex);
+  TParamList ToStore GUARDED_BY(pStoreListMutex);
   SDL_mutex* pParamListMutex;
   SDL_mutex* pStoreListMutex;
   std::set<std::string> RebootParams;

@@ -15,10 +15,7 @@
 
 #include "common/KSLTypes.h"
 #include "common/ThreadSafeProperty.h"
-
-namespace vendelo_sdl2 {
-class TMutexGuard;
-}
+#include "vendelo-sdl2/TMutexGuard.h"
 
 // The program's one link to the platform service. The main thread queues calls and never waits for the network; a
 // communication thread ("KSLClient:RPC") registers with the service, sends the calls one by one, the highest
@@ -122,8 +119,8 @@ class TKSLClient {
   void PushEvent(KSLGameEvent eventID, const char* format, ...);
 
   // Around a series of PushEvent: the package cannot be taken away in between.
-  void BeginEventStack() const;
-  void EndEventStack() const;
+  void BeginEventStack() const TAKES_LOCK(KSL_call_mutex);
+  void EndEventStack() const RELEASES_LOCK(KSL_call_mutex);
 
   // The main thread's pump: hands out queued responses (0: all) and asks for events when due. The number of
   // responses handled, -1 when a callback threw. Never waits for the network.
@@ -146,7 +143,7 @@ class TKSLClient {
  protected:
   // Puts the call into the queue or releases its parameters. Expects KSL_call_mutex to be held and releases it
   // once.
-  int queueMethodCall(const MethodCall& methodCall);
+  int queueMethodCall(const MethodCall& methodCall) RELEASES_LOCK(KSL_call_mutex);
   long sendRequest_va(MethodType methodID, int priority, const KSLCallback& callback, const char* parameterFormat,
                       va_list& params);
   void* SendRequestSyncRaw_va(MethodType methodID, const KSLCallback& callback, uint64_t& uidOut, int& errorCodeOut,
@@ -173,17 +170,17 @@ class TKSLClient {
   const std::string ClientName;
   std::vector<MethodInfo> Methods;  // indexed by MethodType; complete before Start
   ThreadSafeProperty<std::vector<float>> mAverageMethodResponseTimes;  // milliseconds, indexed by MethodType
-  std::vector<unsigned long> mMethodCalls;                             // under KSL_send_mutex
-  std::atomic<uint64_t> mMethodCallUID;                                // last one given out
+  std::vector<unsigned long> mMethodCalls GUARDED_BY(KSL_send_mutex);
+  std::atomic<uint64_t> mMethodCallUID;  // last one given out
   xmlrpc_c::clientPtr pClient;
-  std::deque<MethodCall> mCallQueue;          // under KSL_call_mutex; the front is sent next
-  std::queue<MethodResponse> mResponseQueue;  // under KSL_response_mutex
-  SDL_Thread* KSL_communication;              // main thread
+  std::deque<MethodCall> mCallQueue GUARDED_BY(KSL_call_mutex);  // the front is sent next
+  std::queue<MethodResponse> mResponseQueue GUARDED_BY(KSL_response_mutex);
+  SDL_Thread* KSL_communication;  // main thread
   SDL_semaphore* KSL_quit_sem;
-  SDL_mutex* KSL_call_mutex;      // the calls' queue, mRPCEnabled
-  SDL_mutex* KSL_response_mutex;  // the responses' queue
-  SDL_mutex* KSL_send_mutex;      // the network; entered twice by the thread
-  bool mRPCEnabled;               // under KSL_call_mutex
+  SDL_mutex* KSL_call_mutex;
+  SDL_mutex* KSL_response_mutex;
+  SDL_mutex* KSL_send_mutex;  // the network; entered twice by the thread
+  bool mRPCEnabled GUARDED_BY(KSL_call_mutex);
   std::atomic<int> mRegisteredID;
   std::string mKSL_address;  // written by the main thread under mAddressMutex
   mutable std::mutex mAddressMutex;
@@ -217,7 +214,8 @@ class TKSLClient {
   Registration registerWithService();
   // Releases the lock once the service has answered. Leaves a call in hand that is to be sent again. False when an
   // exception has cost the call.
-  bool sendCall(MethodCall& thisCall, const std::string& serveraddress, vendelo_sdl2::TMutexGuard& sendLock);
+  bool sendCall(MethodCall& thisCall, const std::string& serveraddress,
+                vendelo_sdl2::TMutexGuard& sendLock) UNCHECKED_LOCKS;
   void queueStopped();
   void postStarted(ThreadState& state);
   void queueResponse(const MethodResponse& response);

@@ -43,7 +43,7 @@ void TKSLClient::finishCall(MethodCall& call) {
 }
 
 int TKSLClient::queueMethodCall(const MethodCall& methodCall) {
-  const TMutexGuard lock = TMutexGuard::adopt(KSL_call_mutex);
+  const TMutexGuard lock(KSL_call_mutex, TMutexGuard::TAdopt());
   MethodCall newCall = methodCall;
   const auto drop = [&newCall](int result) {
     finishCall(newCall);
