@@ -15,7 +15,7 @@ Integer saturated(double value) {
   static_assert(std::is_integral_v<Integer>);
   using Limits = std::numeric_limits<Integer>;
   // The first power of two beyond the range: a double, which the largest value itself need not be.
-  constexpr double end = 2.0 * static_cast<double>(Limits::max() / 2 + 1);
+  const double end = std::ldexp(1.0, Limits::digits);
   if (std::isnan(value)) return 0;
   if (value >= end) return Limits::max();
   return value <= static_cast<double>(Limits::min()) ? Limits::min() : static_cast<Integer>(value);

@@ -13,25 +13,12 @@ namespace {
 // From this rate on vertical sync alone holds the pace.
 constexpr int kVsyncFps = 60;
 
-class DrawMutexGuard {
- public:
-  explicit DrawMutexGuard(TApplication* application) : mpApplication(application) {
-    mpApplication->lockDrawMutex();
-  }
-  ~DrawMutexGuard() { mpApplication->unlockDrawMutex(); }
-  DrawMutexGuard(const DrawMutexGuard&) = delete;
-  DrawMutexGuard& operator=(const DrawMutexGuard&) = delete;
-
- private:
-  TApplication* mpApplication;
-};
-
 }  // namespace
 
 int TAppGuiModule::draw() {
   bool rendering = false;
   {
-    DrawMutexGuard guard(pApplication);
+    const TDrawMutexGuard guard(*pApplication);
     if (!mpGUIRenderer) return 2;
     const auto state = pApplication->status();
     if (state == TApplication::APP_TERMINATE) return 1;

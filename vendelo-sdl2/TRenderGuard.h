@@ -12,7 +12,7 @@ class TRenderGuard {
  public:
   explicit TRenderGuard(SDL_Renderer* renderer) : mpRenderer(renderer) {}
   ~TRenderGuard() {
-    if (mTarget) SDL_SetRenderTarget(mpRenderer, *mTarget);
+    if (mHasTarget) SDL_SetRenderTarget(mpRenderer, mpTarget);
     if (mColour) SDL_SetRenderDrawColor(mpRenderer, mColour->r, mColour->g, mColour->b, mColour->a);
     if (mpBlended) SDL_SetTextureBlendMode(mpBlended, mBlendMode);
   }
@@ -21,7 +21,8 @@ class TRenderGuard {
 
   // Null is the window.
   void target(SDL_Texture* texture) {
-    if (!mTarget) mTarget = SDL_GetRenderTarget(mpRenderer);
+    if (!mHasTarget) mpTarget = SDL_GetRenderTarget(mpRenderer);
+    mHasTarget = true;
     SDL_SetRenderTarget(mpRenderer, texture);
   }
   void colour(Uint8 r, Uint8 g, Uint8 b, Uint8 a) {
@@ -46,7 +47,8 @@ class TRenderGuard {
 
  private:
   SDL_Renderer* mpRenderer;
-  std::optional<SDL_Texture*> mTarget;
+  bool mHasTarget = false;
+  SDL_Texture* mpTarget = nullptr;  // may be the window
   std::optional<SDL_Color> mColour;
   SDL_Texture* mpBlended = nullptr;
   SDL_BlendMode mBlendMode = SDL_BLENDMODE_NONE;

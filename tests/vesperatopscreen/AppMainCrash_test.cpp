@@ -124,7 +124,7 @@ TEST(Crash, RebootsTheMachineUnlessItIsForbidden) {
       preparation = &crash;
       char name[] = "topscreen";
       char* arguments[] = {name, nullptr};
-      std::exit(ProgramMain(1, arguments));
+      EndProcess(AppMain(1, arguments, makeApplication));
     }));
   for (int i : {0, 1}) {
     EXPECT_EQ(children[i]->end(), "exit 77");
