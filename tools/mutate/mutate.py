@@ -89,9 +89,12 @@ def class_of(source):
 
 
 def stamp_of():
-    listed = subprocess.run(["git", "ls-files", "-s", "tests", *PRODUCT, "include", "tools"], cwd=workshop.ROOT,
-                            capture_output=True, text=True, check=True).stdout
-    changed = subprocess.run(["git", "diff", "HEAD"], cwd=workshop.ROOT, capture_output=True, text=True, check=True).stdout
+    """Of all that decides which test comes where."""
+    places = ["tests", *PRODUCT, "include", "tools", f":!{INVISIBLE.relative_to(workshop.ROOT)}"]
+    listed = subprocess.run(["git", "ls-files", "-s", *places], cwd=workshop.ROOT, capture_output=True, text=True,
+                            check=True).stdout
+    changed = subprocess.run(["git", "diff", "HEAD", "--", *places], cwd=workshop.ROOT, capture_output=True, text=True,
+                             check=True).stdout
     return hashlib.sha256((listed + changed).encode()).hexdigest()
 
 
