@@ -38,7 +38,8 @@ class Case:
         self.whole_line = squeezed(text.splitlines()[mutant.line - 1])
 
     def key(self):
-        return (self.source, self.whole_line, squeezed(f"{self.before} -> {self.mutant.becomes}"))
+        """As a row of the invisible ones begins: the source, and the line with the change."""
+        return (self.source, self.whole_line + " | " + squeezed(f"{self.before} -> {self.mutant.becomes}"))
 
     def __str__(self):
         return f"{self.source}:{self.mutant.line}: {self.mutant.kind}: {squeezed(self.before)} -> {self.mutant.becomes}"
@@ -50,10 +51,11 @@ def known_invisible():
     if INVISIBLE.exists():
         for line in INVISIBLE.read_text().splitlines():
             if line.strip() and not line.startswith("#"):
-                fields = [f.strip() for f in line.split(" | ")]
-                if len(fields) != 4 or not fields[3]:
+                if line.count(" | ") < 3 or not line.rsplit(" | ", 1)[1].strip():
                     raise SystemExit(f"mutate: {INVISIBLE.name}: not four fields: {line}")
-                rows[tuple(fields[:3])] = fields[3]
+                source, rest = line.split(" | ", 1)  # the source's line may hold the sign as well
+                change, reason = rest.rsplit(" | ", 1)
+                rows[(source.strip(), change.strip())] = reason.strip()
     return rows
 
 
@@ -167,7 +169,7 @@ class Examination:
                 if verdict == "survived" or self.options.verbose:
                     say(f"{verdict}: {case}   [{by}]")
                 if verdict == "survived":
-                    say(f"    {case.key()[0]} | {case.key()[1]} | {case.key()[2]} | ")
+                    say(f"    {' | '.join(case.key())} | ")
 
         with ThreadPoolExecutor(len(self.benches)) as pool:
             for job in [pool.submit(work, bench) for bench in self.benches]:
