@@ -15,14 +15,11 @@ bool isControl(char c) {
 // Whether the character may stand in an address outside quotes.
 bool isAddressCharacter(char c) { return !isControl(c) && c != ' ' && !std::strchr("()<>@,;:\\\"[]", c); }
 
-// Walks over the quoted segment that begins at c; returns its closing quote, or null when there is none.
+// Walks over the quoted segment that begins at c; returns its closing quote, or null when there is none. A blank
+// behind a backslash may stand there as any blank may.
 const char* skipQuoted(const char* c) {
   for (++c; *c; ++c) {
     if (*c == '"') return c;
-    if (*c == '\\' && c[1] == ' ') {
-      ++c;
-      continue;
-    }
     if (isControl(*c)) return nullptr;
   }
   return nullptr;

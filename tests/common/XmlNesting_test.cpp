@@ -66,6 +66,17 @@ TEST(XmlNesting, NoSignHidesAnElementFromIt) {
   }
 }
 
+TEST(XmlNesting, NamesEndWhereTheParserEndsThem) {
+  for (int sign = 1; sign < 256; ++sign) {
+    const char one = static_cast<char>(sign);
+    for (const std::string& tag : {std::string("<a") + one + "b c='1'>", std::string("<a b") + one + "c='1'>",
+                                   std::string("<a b='1'") + one + "c='1'>", std::string("<a b='1") + one + "'>"}) {
+      const std::string deep = many(65, tag) + many(65, "</a>");
+      EXPECT_EQ(parsedDepth(deep) == 65, IsNestedTooDeep(deep.c_str())) << tag << " " << sign;
+    }
+  }
+}
+
 TEST(XmlNesting, WhatIsNoXmlIsNotDeep) {
   for (const char* text : {"", "text", "<", "<a", "<a b", "<a b=", "<a b='", "</", "<!", "<!--", "<![CDATA[", "<?",
                            "<!DOCTYPE ", "<!DOCTYPE [[", "<a b=c>", "<>"})

@@ -5,7 +5,6 @@
 
 #include <algorithm>
 #include <fstream>
-#include <iterator>
 #include <stdexcept>
 
 #include "Canvas.h"
@@ -162,15 +161,4 @@ TEST(SkinPlaces, SaysWhatIsWrong) {
   EXPECT_EQ(2, runTool(SKINPLACES " '" + (folder + "small.png") + "' kitchen -o out.png").code);
   EXPECT_EQ(2, runTool(SKINPLACES " '" + (folder + "small.png") + "'").code);
   EXPECT_FALSE(std::ifstream(folder + "out.png"));
-}
-
-TEST(PlaceLabels, EachPictureIsOfAStationOfTheTour) {
-  std::ifstream file(TOUR);
-  const std::string tour((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
-  ASSERT_NE(tour.find(R"("do": "station")"), std::string::npos);
-  for (const View& view : views()) {
-    if (std::string("loader") == view.screenshot) continue;  // stands before the tour begins
-    EXPECT_NE(tour.find(std::string(R"("do": "station", "name": ")") + view.screenshot + '"'), std::string::npos)
-      << view.name << ": " << view.screenshot;
-  }
 }

@@ -120,8 +120,8 @@ TEST(SkinsPage, EveryPictureIsThereAndSmall) {
 }
 
 TEST(SkinsPage, StationsAreThoseOfTheDemo) {
-  const std::string demo = read(SOURCE_DIR "/script/demo");
-  std::set<std::string> stations = matches(demo, "\n(?:stations=\")?[0-9]+ ([a-z-]+)");
+  const std::string tour = read(SOURCE_DIR "/tools/tour/evening.json");
+  std::set<std::string> stations = matches(tour, "\"do\": \"station\", \"name\": \"([a-z-]+)\"");
   ASSERT_GT(stations.size(), 25U);
   stations.insert("loader");
   std::set<std::string> named = matches(page(), "--until ([a-z-]+)");

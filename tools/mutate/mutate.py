@@ -36,10 +36,16 @@ class Case:
         self.source, self.text, self.mutant = source, text, mutant
         self.before = text[mutant.start:mutant.end]
         self.whole_line = squeezed(text.splitlines()[mutant.line - 1])
+        self.which = ""  # " #2" for the second of the same changes in a line
 
     def key(self):
-        """As a row of the invisible ones begins: the source, and the line with the change."""
+        """As a row of the invisible ones begins: the source, and the line with the change. Such a row means all of
+        the same changes in that line."""
         return (self.source, self.whole_line + " | " + squeezed(f"{self.before} -> {self.mutant.becomes}"))
+
+    def own_key(self):
+        """The same for this one alone."""
+        return (self.source, self.key()[1] + self.which)
 
     def __str__(self):
         return f"{self.source}:{self.mutant.line}: {self.mutant.kind}: {squeezed(self.before)} -> {self.mutant.becomes}"
@@ -70,7 +76,14 @@ def chosen(sources, count, seed):
     cases = []
     for source in sources:
         text = (workshop.ROOT / source).read_text()
-        cases += [Case(source, text, m) for m in mutants_of(text)]
+        found = [Case(source, text, m) for m in sorted(mutants_of(text), key=lambda m: m.start)]
+        alike = {}
+        for case in found:
+            alike.setdefault((case.mutant.line, case.key()), []).append(case)
+        for same in alike.values():
+            for number, case in enumerate(same, 1):
+                case.which = f" #{number}" if len(same) > 1 else ""
+        cases += found
     random.Random(seed).shuffle(cases)
     seen, first, rest = set(), [], []
     for case in cases:
@@ -156,8 +169,9 @@ class Examination:
                     running += case is not None
                 if case is None:
                     return
-                if case.key() in self.invisible:
-                    verdict, by = "invisible", self.invisible[case.key()]
+                reason = self.invisible.get(case.key()) or self.invisible.get(case.own_key())
+                if reason:
+                    verdict, by = "invisible", reason
                 else:
                     verdict, by = self.try_case(case, bench)
                 with self.lock:
@@ -169,7 +183,7 @@ class Examination:
                 if verdict == "survived" or self.options.verbose:
                     say(f"{verdict}: {case}   [{by}]")
                 if verdict == "survived":
-                    say(f"    {' | '.join(case.key())} | ")
+                    say(f"    {' | '.join(case.own_key())} | ")
 
         with ThreadPoolExecutor(len(self.benches)) as pool:
             for job in [pool.submit(work, bench) for bench in self.benches]:
@@ -207,7 +221,7 @@ def main():
         for case in cases[:options.count]:
             print(case)
         return 0
-    missing = [r for r in known_invisible() if r[0] in sources and r not in {c.key() for c in cases}]
+    missing = [r for r in known_invisible() if r[0] in sources and r not in {k for c in cases for k in (c.key(), c.own_key())}]
     for row in missing:
         say(f"of {INVISIBLE.name}, no longer in the sources: {' | '.join(row)}")
     examination = Examination(options)
