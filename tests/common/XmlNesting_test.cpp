@@ -56,6 +56,7 @@ TEST(XmlNesting, NoSignHidesAnElementFromIt) {
               {"something unknown", "<!x '><a>"},
               {"an instruction", "<?x </a>?><a>"},
               {"a document type", "<!DOCTYPE x [ <y '> ]><a>"},
+              {"what stands in the brackets of a document type", "<!DOCTYPE x [ > <c> [ ] > <c> ]><a>"},
               {"a closing tag with a space", "<a><b></b ><c/>"}};
   for (const auto& row : rows) {
     SCOPED_TRACE(row.name);

@@ -1,6 +1,7 @@
 // What the log says of a mixer of another version and of other devices than this machine has.
 #include <dlfcn.h>
 #include <algorithm>
+#include <atomic>
 #include <optional>
 
 #include "tests/support/LogLines.h"
@@ -17,6 +18,7 @@ struct Spec {
 };
 std::optional<Spec> device;
 bool leavesChannelsSilent = false;
+std::atomic<bool> nothingPlays{false};
 
 }  // namespace
 
@@ -37,6 +39,12 @@ extern "C" int Mix_AllocateChannels(int channels) {
   const int allocated = real(channels);
   if (leavesChannelsSilent && channels > 0) Mix_Volume(-1, 0);
   return allocated;
+}
+
+// As where every sound is over by the time somebody asks.
+extern "C" int Mix_Playing(int channel) {
+  static const auto real = reinterpret_cast<int (*)(int)>(dlsym(RTLD_NEXT, "Mix_Playing"));
+  return nothingPlays ? 0 : real(channel);
 }
 
 namespace vendelo_sdl2 {
@@ -91,6 +99,24 @@ TEST_F(SoundMixer, TheDeviceIsReportedWithRateBitsAndSpeakers) {
     device = row.spec;
     EXPECT_EQ(opened().back(), row.line);
   }
+}
+
+TEST_F(SoundMixer, ASoundThatIsOverBeforeItIsMarkedDoesNotCountAsPlaying) {
+  device = Spec{44100, AUDIO_S16SYS, 2};
+  ASSERT_TRUE(app->OpenAudio());
+  settle();
+  const auto effect = app->LoadSoundEffect(path("long.wav").c_str(), 0, false);
+  ASSERT_TRUE(effect);
+  settle();
+  nothingPlays = true;
+  app->Play(effect, 0);
+  settle();
+  EXPECT_FALSE(effect->IsPlaying(-1));
+  nothingPlays = false;
+  app->Play(effect, 0);
+  settle();
+  EXPECT_TRUE(effect->IsPlaying(-1));
+  app->CloseAudio();
 }
 
 TEST_F(SoundMixer, EveryChannelBeginsAtFullVolume) {

@@ -192,3 +192,17 @@ TEST(PaytableSetup, EqualContentsAreEqualAndAllOthersAreNot) {
   EXPECT_EQ(whole(), whole());
   EXPECT_EQ(whole(), TPaytableSetup::contentOf(setup({page("paytable", {Text{}})}, 10, 5))) << "of the pages alone";
 }
+
+TEST(PaytableSetup, TheCauseBeginsWithWhatHasTheWrongType) {
+  const xmlrpc_c::value_int number(5);
+  const auto begins = [](const std::string& with, const xmlrpc_c::cstruct& extra) {
+    const std::string cause = causeOf(extra);
+    EXPECT_EQ(0u, cause.find(with + ": ")) << cause;
+    EXPECT_GT(cause.size(), with.size() + 2) << "and the library's own text follows";
+  };
+  begins("\"paytableSetup\"", {{"paytableSetup", number}});
+  begins("a page", {{"paytableSetup", array({number})}});
+  begins("a text",
+         {{"paytableSetup", array({xmlrpc_c::value_struct(xmlrpc_c::cstruct{
+                              {"name", xmlrpc_c::value_string("paytable")}, {"texts", array({number})}})})}});
+}
