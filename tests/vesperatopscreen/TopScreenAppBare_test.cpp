@@ -1,6 +1,7 @@
 // The application without its screen, without its client, and with errors that say nothing.
 #include <algorithm>
 
+#include "tests/support/TopScreenHarness.h"
 #include "tests/vesperatopscreen/TopScreenAppFixture.h"
 #include "vesperatopscreen/InitData.h"
 
@@ -43,6 +44,26 @@ TEST_F(BareApp, EveryStateIsTakenWithoutAScreen) {
   EXPECT_EQ(0u, app.deferred());
   EXPECT_FALSE(app.SetupGraphics());
   EXPECT_EQ(2, app.DrawOnce());
+}
+
+TEST_F(BareApp, EveryEventIsTakenWithoutAScreen) {
+  const auto texts = [](const std::vector<std::string>& list) { return paneldata::texts(list); };
+  send(T_GAME_LOADING, paneldata::gameValue("Reels", GAMETYPE_VESPERA_SLOTGAME));
+  send(T_GAME_LOADED, paneldata::gameValue("Reels", GAMETYPE_VESPERA_SLOTGAME));
+  send(T_DEMO_MODE, xmlrpc_c::value_boolean(true));
+  send(T_INTEGRITY_DATA, xmlrpc_c::value_string("checked"));
+  send(T_BET_LIMITS, paneldata::bets(100, 20, 500));
+  for (const std::vector<std::string>& list : {std::vector<std::string>{"SPIN"}, std::vector<std::string>{}})
+    send(T_INSTRUCTIONS, texts(list));
+  send(T_PAYTABLE_STATE, xmlrpc_c::value_int(1));
+  send(T_JACKPOT_ERROR, xmlrpc_c::value_string("no link"));
+  send(T_JACKPOT_REFRESH, xmlrpc_c::value_nil());
+  send(T_JACKPOT_DATA, paneldata::levelsValue(paneldata::levels(2)));
+  send(T_EXTRA_DATA, xmlrpc_c::value_struct(paneldata::setup({}, 10, 10)));
+  send(T_LANGUAGE, texts({"en", "a", "b", "c", "d"}));
+  send(T_GAME_EXITED, xmlrpc_c::value_nil());
+  EXPECT_EQ(0u, app.deferred());
+  EXPECT_EQ(100, app.getState()->CurrentBet) << "what it said is kept";
 }
 
 TEST_F(BareApp, TheFirstDataEndTheLoaderWithoutAScreenToo) {
