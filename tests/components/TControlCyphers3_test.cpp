@@ -282,6 +282,31 @@ TEST_F(Cyphers, SetFontKeepsTargetAndGivesBackTheOldTextures) {
   EXPECT_EQ(50, digits->mGlyphHeight);
 }
 
+TEST_F(Cyphers, TheExtraZeroOfATrueTypeStripLooksLikeTheFirst) {
+  ASSERT_EQ(0, TTF_Init());
+  TTF_Font* ttf = TTF_OpenFont(ttfFile, 40);
+  ASSERT_NE(nullptr, ttf);
+  for (const int height : {30, 48, 91, 120})
+    for (const bool reversed : {false, true}) {
+      Digits digits(0, 0, 390, height);
+      digits.mSpinDirection = reversed;
+      digits.SetFont(ttf, SDL_Color{255, 255, 255, 255});
+      SDL_SetRenderTarget(renderer, digits.mpCyphers.get());
+      const auto row = [&](int number) {
+        std::vector<Uint32> pixels(static_cast<size_t>(digits.mGlyphWidth) * static_cast<size_t>(height));
+        const SDL_Rect place{0, number * height, digits.mGlyphWidth, height};
+        EXPECT_EQ(0, SDL_RenderReadPixels(renderer, &place, SDL_PIXELFORMAT_ARGB8888, pixels.data(),
+                                          digits.mGlyphWidth * 4));
+        return pixels;
+      };
+      EXPECT_EQ(row(0), row(10)) << height << reversed;
+      EXPECT_NE(row(0), row(5)) << height << reversed;
+      SDL_SetRenderTarget(renderer, nullptr);
+    }
+  TTF_CloseFont(ttf);
+  TTF_Quit();
+}
+
 TEST_F(Cyphers, TrueTypeStrip) {
   ASSERT_EQ(0, TTF_Init());
   TTF_Font* ttf = TTF_OpenFont(ttfFile, 40);

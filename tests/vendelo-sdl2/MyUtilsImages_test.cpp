@@ -270,9 +270,11 @@ TEST(Grayscale, WeighsTheColoursAndKeepsAlpha) {
 TEST(Grayscale, WorksOnRunLengthSurfacesAndLeavesThemUnlocked) {
   SDL_Surface* surface = SDL_CreateRGBSurfaceWithFormat(0, 4, 2, 24, SDL_PIXELFORMAT_RGB24);
   SDL_FillRect(surface, nullptr, SDL_MapRGB(surface->format, 255, 0, 0));
+  SDL_SetColorKey(surface, SDL_TRUE, SDL_MapRGB(surface->format, 0, 255, 0));
   SDL_SetSurfaceRLE(surface, 1);
   SDL_Surface* other = SDL_CreateRGBSurfaceWithFormat(0, 4, 2, 24, SDL_PIXELFORMAT_RGB24);
   SDL_BlitSurface(surface, nullptr, other, nullptr);  // makes the run lengths
+  ASSERT_NE(0u, surface->flags & SDL_RLEACCEL);
   MyUtils::SDL_ConvertToGrayscale(surface);
   EXPECT_EQ(0, surface->locked);
   EXPECT_EQ(0, SDL_BlitSurface(surface, nullptr, other, nullptr));

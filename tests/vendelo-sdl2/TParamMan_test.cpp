@@ -131,6 +131,13 @@ TEST_F(Params, AddressesFollowTheIdentifier) {
   EXPECT_EQ(TAppParam("n", PARAM_MINE).GetRawDomain(), "solo");
 }
 
+TEST(ParamsWithoutApplication, AGroupIsReadOffTheAddressWithoutAStoreToo) {
+  EXPECT_EQ(TAppParam::GetAddressOf(PARAM_GROUP, "a_b"), "a");
+  EXPECT_EQ(TAppParam::GetAddressOf(PARAM_GROUP, "a_b_c"), "a");
+  EXPECT_EQ(TAppParam::GetAddressOf(PARAM_GROUP, "_b"), "");
+  EXPECT_EQ(TAppParam::GetAddressOf(PARAM_GROUP, "plain"), "") << "nobody's group is known";
+}
+
 TEST(ParamsWithoutApplication, TheIdentifierIsEmptyAndTheClientsOwnDomain) {
   TParamMan plain;
   EXPECT_EQ(plain.GetGroupDomain("a"), "");

@@ -1,6 +1,8 @@
 // The application without its screen, without its client, and with errors that say nothing.
 #include <algorithm>
 
+#include "common/TBitmapFont.h"
+#include "tests/support/TestFont.h"
 #include "tests/support/TopScreenHarness.h"
 #include "tests/vesperatopscreen/TopScreenAppFixture.h"
 #include "vesperatopscreen/InitData.h"
@@ -71,6 +73,18 @@ TEST_F(BareApp, TheFirstDataEndTheLoaderWithoutAScreenToo) {
   PlatformState data;
   app.StatusReceived(&data, false);
   EXPECT_EQ(TApplication::APP_RUNNING, app.status());
+}
+
+TEST_F(BareApp, ADestroyedApplicationHasNoFonts) {
+  SDL_Surface* const picture = SDL_CreateRGBSurfaceWithFormat(0, 4, 4, 32, SDL_PIXELFORMAT_ARGB8888);
+  SDL_Renderer* const renderer = SDL_CreateSoftwareRenderer(picture);
+  const std::string file = testfont::write(testfont::freshFolder("bareapp"), "left", 2) + ".fnt";
+  auto* const font = new TBitmapFont(renderer, "left over", file);  // registers itself
+  ASSERT_EQ(font, TBitmapFont::FindBitmapFont("left over"));
+  app.Destroy();
+  EXPECT_EQ(nullptr, TBitmapFont::FindBitmapFont("left over"));
+  SDL_DestroyRenderer(renderer);
+  SDL_FreeSurface(picture);
 }
 
 TEST_F(BareApp, AFailureThatSaysNothingIsNoNews) {
