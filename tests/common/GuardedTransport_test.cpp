@@ -98,6 +98,7 @@ const Case Cases[] = {
   {"OtherElementInside", replyXml("<i8>1<b>2</b>x</i8>"), true, "12x"},
   {"Utf16BigEndianIsReadFromItsFirstSign", utf16("<!ENTITY", false, true), true, "<!ENTITY"},
   {"InAComment", replyXml("<int>1</int><!-- <i8>abc</i8> -->"), false, ""},
+  {"InACommentThatBeginsWithASign", replyXml("<int>1</int><!--> <i8>abc</i8> -->"), false, ""},
   {"InACDataText", replyXml("<string><![CDATA[<i8>abc</i8>]]></string>"), false, ""},
   {"InAnEscapedText", replyXml("<string>&lt;i8>abc&lt;/i8></string>"), false, ""},
   {"InAnInstruction", "<?x <i8>abc</i8> ?>" + replyXml("<int>1</int>"), false, ""},
