@@ -109,8 +109,7 @@ TEST_F(AppGuiModule, LoadWithoutDisplaysLeavesTheWindowAlone) {
   int index = 42;
   const SDL_Rect bounds = module->GetScreenBounds(&index);
   EXPECT_EQ(42, index);
-  EXPECT_EQ(0, bounds.w);
-  EXPECT_EQ(0, bounds.h);
+  for (const int number : {bounds.x, bounds.y, bounds.w, bounds.h}) EXPECT_EQ(0, number);
 }
 
 TEST_F(AppGuiModule, ADisplayWithoutSizeMovesNothing) {

@@ -1,7 +1,12 @@
 // The application without its screen, without its client, and with errors that say nothing.
 #include <algorithm>
+#include <chrono>
+#include <condition_variable>
+#include <mutex>
+#include <utility>
 
 #include "common/TBitmapFont.h"
+#include "tests/support/TestApplication.h"
 #include "tests/support/TestFont.h"
 #include "tests/support/TopScreenHarness.h"
 #include "tests/vesperatopscreen/TopScreenAppFixture.h"
@@ -73,6 +78,37 @@ TEST_F(BareApp, TheFirstDataEndTheLoaderWithoutAScreenToo) {
   PlatformState data;
   app.StatusReceived(&data, false);
   EXPECT_EQ(TApplication::APP_RUNNING, app.status());
+}
+
+struct WindowedScreen : TopScreenScreen {
+  using TAppGuiModule::mpWindow;
+};
+
+TEST_F(BareApp, TheWindowIsAskedToStayAboveTheOthers) {
+  const SeamsGuard seams;
+  static std::mutex mutex;
+  static std::condition_variable said;
+  static std::vector<std::string> commands;
+  SystemSeams.System = [](const char* command) {
+    const std::lock_guard lock(mutex);
+    commands.emplace_back(command);
+    said.notify_all();
+    return 0;
+  };
+  setenv("SDL_VIDEODRIVER", "dummy", 1);
+  ASSERT_EQ(0, SDL_Init(SDL_INIT_VIDEO));
+  WindowedScreen screen;
+  app.screen = &screen;
+  EXPECT_FALSE(app.SetupGraphics());  // without a window there is nothing to ask for
+  screen.mpWindow = SDL_CreateWindow("Top of all", 0, 0, 8, 8, SDL_WINDOW_HIDDEN);
+  EXPECT_FALSE(app.SetupGraphics());
+  std::unique_lock lock(mutex);
+  ASSERT_TRUE(said.wait_for(lock, std::chrono::seconds(60), [] { return !commands.empty(); }));
+  ASSERT_EQ(1u, commands.size());
+  EXPECT_NE(std::string::npos, commands[0].find("Top of all"));
+  EXPECT_NE(std::string::npos, commands[0].find("-b add,above"));
+  SDL_DestroyWindow(std::exchange(screen.mpWindow, nullptr));
+  app.screen = nullptr;
 }
 
 TEST_F(BareApp, ADestroyedApplicationHasNoFonts) {
