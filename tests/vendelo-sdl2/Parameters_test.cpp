@@ -74,6 +74,18 @@ TEST(ParameterValue, AnotherTextReportsTheValueAndKeepsTheOldOne) {
   EXPECT_EQ(parameter.reports.size(), 1u);
 }
 
+TEST(ParameterValue, NothingIsAssignedToAFrozenOne) {
+  struct Frozen : Parameter {
+    Frozen() : Parameter("mine") { Freeze(); }
+    using Parameter::operator=;
+  } frozen;
+  Parameter other("theirs");
+  other.SetValue("5");
+  frozen = other;
+  EXPECT_EQ(frozen.GetRawDomain(), "mine");
+  EXPECT_TRUE(frozen.IsNull());
+}
+
 TEST(ParameterValue, ARefusedValueLeavesNoTrace) {
   Watcher parameter;
   parameter.SetValue("7");

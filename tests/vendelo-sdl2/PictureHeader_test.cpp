@@ -80,6 +80,8 @@ TEST_F(PictureHeader, OrdinarySizesAreLeftToTheDecoder) {
 
 TEST_F(PictureHeader, WhatIsNoPictureIsLeftToTheDecoder) {
   const std::string wide = jpeg(65535, 65535, 0xc0);
+  EXPECT_FALSE(tooMany("\xff\xd8\xff\xda"s + bytes(8, 2) + "scan.." + wide.substr(2), 20000000))
+    << "behind the pixels there is no header any more";
   for (const std::string& file : {""s, "\x89PNG\r\n\x1a\n"s, "no picture at all"s, "\xff\xd8"s,
                                   "\xff\xd8\xff\xe0\0\0\0\0\0\0\0\0"s, "\xff\xd8\xff\xda"s + wide.substr(2),
                                   wide.substr(0, 33), "GIF89a\xff\xff\xff\xff"s + std::string(50, '\0')})
