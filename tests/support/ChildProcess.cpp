@@ -78,3 +78,13 @@ int occurrences(const std::string& text, const std::string& of) {
   for (size_t at = of.find(text); at != std::string::npos; at = of.find(text, at + 1)) ++count;
   return count;
 }
+
+testing::AssertionResult tellsInOrder(const std::string& output, const std::vector<std::string>& texts) {
+  size_t at = 0;
+  for (const auto& text : texts) {
+    const size_t found = output.find(text, at);
+    if (found == std::string::npos) return testing::AssertionFailure() << "no \"" << text << "\" in:\n" << output;
+    at = found + text.size();
+  }
+  return testing::AssertionSuccess();
+}

@@ -32,6 +32,9 @@ class ChildProcess {
 // How often the text stands in the other one.
 int occurrences(const std::string& text, const std::string& of);
 
+// Whether the texts stand in it one after the other, whatever is between them.
+testing::AssertionResult tellsInOrder(const std::string& output, const std::vector<std::string>& texts);
+
 // Makes the children of all rows, so that they run at the same time; then checks each with its row, under whose
 // `name` what fails is shown.
 template <typename Rows, typename Make, typename Check>

@@ -7,16 +7,21 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <string>
+#include <vector>
 
+#include "tests/support/ChildProcess.h"
 #include "tests/support/FakeClock.h"
 #include "tests/support/TestApplication.h"
 #include "vendelo-sdl2/MyUtils.h"
 
 using namespace vendelo_sdl2;
-using testing::ExitedWithCode;
-using testing::KilledBySignal;
 
 namespace {
+
+const std::string begin = "0|================== BACKTRACE ==================";
+const std::string end = "0|================ BACKTRACE END ================";
+const std::string reboot = "0|================ WILL REBOOT ON EXIT!!!!! ================";
 
 // Tells on standard error how it is closed.
 class TalkingModule : public TAppModule {
@@ -77,21 +82,42 @@ struct Child {
 class Signals : public testing::Test {
  protected:
   Signals() {
-    GTEST_FLAG_SET(death_test_style, "threadsafe");
     SystemSeams.Alarm = [](unsigned) { return 0u; };  // a busy machine may take its time over a backtrace
   }
+  SeamsGuard seams;
 };
 
+// A signal of a table, and what to call it.
+struct SignalRow {
+  std::string name;
+  int signal;
+};
+std::vector<SignalRow> rowsOf(const std::vector<int>& signals) {
+  std::vector<SignalRow> rows;
+  for (const int signal : signals) rows.push_back({"signal " + std::to_string(signal), signal});
+  return rows;
+}
+const std::vector<SignalRow> polite = rowsOf({SIGHUP, SIGINT, SIGQUIT, SIGTERM});
+
+std::string exitWith(int code) { return "exit " + std::to_string(code); }
+std::string killedBy(int signal) { return "signal " + std::to_string(signal); }
+
 TEST_F(Signals, PoliteOnesCloseTheModulesAndExitWithTheirNumber) {
-  for (const int signal : {SIGHUP, SIGINT, SIGQUIT, SIGTERM}) {
-    const std::string number = std::to_string(signal);
-    EXPECT_EXIT(Child(Gui::NONE).runAndDo([=] { std::raise(signal); }), ExitedWithCode(signal),
-                "\\[request\\]\\[close\\]0\\|Signal " + number + " received. Exiting...\n.*\\[destroy\\]");
-  }
+  endAll(
+    polite,
+    [](const auto& row) {
+      return std::make_unique<ChildProcess>([&] { Child(Gui::NONE).runAndDo([&] { std::raise(row.signal); }); });
+    },
+    [](const auto& row, ChildProcess& child) {
+      EXPECT_EQ(child.end(), exitWith(row.signal));
+      EXPECT_TRUE(tellsInOrder(
+        child.output(),
+        {"[request][close]0|Signal " + std::to_string(row.signal) + " received. Exiting...\n", "[destroy]"}));
+    });
 }
 
 TEST_F(Signals, PoliteOneDuringAFrameEndsTheProgramTheSameWay) {
-  const auto child = [] {
+  ChildProcess process([] {
     Child child(Gui::STUB);
     child.app->onDrawOnce = [&] {
       static bool raised = false;
@@ -105,12 +131,13 @@ TEST_F(Signals, PoliteOneDuringAFrameEndsTheProgramTheSameWay) {
       return 0;
     };
     child.run();
-  };
-  EXPECT_EXIT(child(), ExitedWithCode(SIGTERM), "\\[request\\]\\[close\\].*Signal 15 received.*\\[destroy\\]");
+  });
+  EXPECT_EQ(process.end(), exitWith(SIGTERM));
+  EXPECT_TRUE(tellsInOrder(process.output(), {"[request][close]", "Signal 15 received", "[destroy]"}));
 }
 
 TEST_F(Signals, PoliteOneDuringTheLoadStillClosesTheModules) {
-  const auto child = [] {
+  ChildProcess process([] {
     Child child(Gui::STUB);
     StubGui::onLoad() = [&](void*) {
       kill(getpid(), SIGTERM);
@@ -118,59 +145,79 @@ TEST_F(Signals, PoliteOneDuringTheLoadStillClosesTheModules) {
       return 0;
     };
     child.run();
-  };
-  EXPECT_EXIT(child(), ExitedWithCode(SIGTERM), "\\[request\\]\\[close\\].*\\[destroy\\]");
+  });
+  EXPECT_EQ(process.end(), exitWith(SIGTERM));
+  EXPECT_TRUE(tellsInOrder(process.output(), {"[request][close]", "[destroy]"}));
 }
 
-TEST_F(Signals, DirectCallInsideAPassOrOnAnotherThreadIsServedWithoutLocks) {
-  const auto inPass = [] {
+TEST_F(Signals, DirectCallInsideAPassIsServedWithoutLocks) {
+  ChildProcess process([] {
     Child child(Gui::STUB);
-    child.runAndDo([&] { EXPECT_TRUE(child.app->SignalHandler(SIGTERM)); });
-  };
-  EXPECT_EXIT(inPass(), ExitedWithCode(SIGTERM), "\\[close\\]");
-  const auto onDraw = [] {
+    child.runAndDo([&] {
+      if (child.app->SignalHandler(SIGTERM)) std::fprintf(stderr, "[served]");
+    });
+  });
+  EXPECT_EQ(process.end(), exitWith(SIGTERM));
+  EXPECT_TRUE(tellsInOrder(process.output(), {"[served]", "[close]"}));
+}
+
+TEST_F(Signals, DirectCallOnTheDrawThreadIsServedWithoutLocks) {
+  ChildProcess process([] {
     Child child(Gui::STUB);
     child.runAndDo([&] { child.app->DeferToDraw([&] { child.app->SignalHandler(SIGHUP); }, false); });
-  };
-  EXPECT_EXIT(onDraw(), ExitedWithCode(SIGHUP), "\\[close\\]");
+  });
+  EXPECT_EQ(process.end(), exitWith(SIGHUP));
+  EXPECT_TRUE(tellsInOrder(process.output(), {"[close]"}));
 }
 
 TEST_F(Signals, SameOneAgainIsIgnoredAnotherOneTakesOver) {
-  const auto twice = [](int second) {
-    TalkingModule::signalOnRequest = second;
-    Child child(Gui::NONE);
-    child.app->onDestroy = [&] {
-      std::fprintf(stderr, "%d of the first", child.app->log.count("0|Signal 15 received. Exiting...\n"));
-    };
-    child.runAndDo([] { std::raise(SIGTERM); });
-  };
-  EXPECT_EXIT(twice(SIGTERM), ExitedWithCode(SIGTERM), "1 of the first");
-  EXPECT_EXIT(twice(SIGINT), ExitedWithCode(SIGINT), "1 of the first");
+  endAll(
+    rowsOf({SIGTERM, SIGINT}),
+    [](const auto& second) {
+      return std::make_unique<ChildProcess>([&] {
+        TalkingModule::signalOnRequest = second.signal;
+        Child child(Gui::NONE);
+        child.app->onDestroy = [&] {
+          std::fprintf(stderr, "%d of the first", child.app->log.count("0|Signal 15 received. Exiting...\n"));
+        };
+        child.runAndDo([] { std::raise(SIGTERM); });
+      });
+    },
+    [](const auto& second, ChildProcess& child) {
+      EXPECT_EQ(child.end(), exitWith(second.signal));
+      EXPECT_TRUE(tellsInOrder(child.output(), {"1 of the first"}));
+    });
 }
 
 TEST_F(Signals, PoliteOneAfterTheLastStateIsIgnored) {
-  const auto child = [] {
+  ChildProcess process([] {
     Child child(Gui::NONE);
     child.app->setStatus(TApplication::APP_QUIT);
     std::raise(SIGTERM);
     child.app->ServePendingSignal();
-    std::fprintf(stderr, "still here");
     _exit(3);
-  };
-  EXPECT_EXIT(child(), ExitedWithCode(3), "still here");
+  });
+  EXPECT_EQ(process.end(), exitWith(3));
 }
 
 // The shell is the program's child, and its command sends the signal from there: it comes while the command runs.
 TEST_F(Signals, PoliteOneWhileAShellCommandRunsIsServed) {
-  for (const int signal : {SIGHUP, SIGINT, SIGQUIT, SIGTERM}) {
-    const std::string command = "kill -" + std::to_string(signal) + " $PPID";
-    EXPECT_EXIT(Child(Gui::NONE).runAndDo([=] { MyUtils::SystemAsync(command); }), ExitedWithCode(signal),
-                "\\[request\\]\\[close\\].*\\[destroy\\]");
-  }
+  endAll(
+    polite,
+    [](const auto& row) {
+      return std::make_unique<ChildProcess>([&] {
+        const std::string command = "kill -" + std::to_string(row.signal) + " $PPID";
+        Child(Gui::NONE).runAndDo([&] { MyUtils::SystemAsync(command); });
+      });
+    },
+    [](const auto& row, ChildProcess& child) {
+      EXPECT_EQ(child.end(), exitWith(row.signal));
+      EXPECT_TRUE(tellsInOrder(child.output(), {"[request][close]", "[destroy]"}));
+    });
 }
 
 TEST_F(Signals, SleepThatASignalInterruptsIsNoFailure) {
-  const auto child = [] {
+  ChildProcess process([] {
     SystemSeams.NanoSleep = [](const timespec*, timespec*) {
       std::raise(SIGTERM);
       return -1;
@@ -182,23 +229,29 @@ TEST_F(Signals, SleepThatASignalInterruptsIsNoFailure) {
       std::fprintf(stderr, complained ? "complained" : "silent");
     };
     child.run();
-  };
-  EXPECT_EXIT(child(), ExitedWithCode(SIGTERM), "silent");
+  });
+  EXPECT_EQ(process.end(), exitWith(SIGTERM));
+  EXPECT_TRUE(tellsInOrder(process.output(), {"silent"}));
 }
 
 TEST_F(Signals, CrashesLeaveABacktraceAndEndByTheSignal) {
-  for (const int signal : {SIGILL, SIGABRT, SIGFPE, SIGSEGV}) {
-    const std::string number = std::to_string(signal);
-    EXPECT_EXIT(Child(Gui::NONE).runAndDo([=] { std::raise(signal); }), KilledBySignal(signal),
-                "Error: signal " + number + ":\n.*0\\|Signal " + number +
-                  " received. Exiting...\n\n"
-                  "0\\|================== BACKTRACE ==================\n0\\|\\(1\\) .*0\\|\\(2\\) .*"
-                  "0\\|================ BACKTRACE END ================\n\\[destroy\\]");
-  }
+  endAll(
+    rowsOf({SIGILL, SIGABRT, SIGFPE, SIGSEGV}),
+    [](const auto& row) {
+      return std::make_unique<ChildProcess>([&] { Child(Gui::NONE).runAndDo([&] { std::raise(row.signal); }); });
+    },
+    [](const auto& row, ChildProcess& child) {
+      EXPECT_EQ(child.end(), killedBy(row.signal));
+      const std::string number = std::to_string(row.signal);
+      EXPECT_TRUE(tellsInOrder(
+        child.output(),
+        {"Error: signal " + number + ":\n", "0|Signal " + number + " received. Exiting...\n\n" + begin + "\n0|(1) ",
+         "\n0|(2) ", "\n" + end + "\n[destroy]"}));
+    });
 }
 
 TEST_F(Signals, CrashOnTheDrawThreadDestroysThere) {
-  const auto child = [] {
+  ChildProcess process([] {
     Child child(Gui::STUB);
     child.app->onRunOnce = nullptr;
     child.app->onDrawOnce = [&] {
@@ -208,12 +261,13 @@ TEST_F(Signals, CrashOnTheDrawThreadDestroysThere) {
       return 0;
     };
     child.run();
-  };
-  EXPECT_EXIT(child(), KilledBySignal(SIGSEGV), "\\[destroy\\]\\[gui deleted\\]");
+  });
+  EXPECT_EQ(process.end(), killedBy(SIGSEGV));
+  EXPECT_TRUE(tellsInOrder(process.output(), {"[destroy][gui deleted]"}));
 }
 
 TEST_F(Signals, CrashBesideAFrameThatNeverEndsLeavesTheGuiAlone) {
-  const auto child = [] {
+  ChildProcess process([] {
     Child child(Gui::STUB);
     std::atomic<bool> inFrame{false};
     child.app->onDrawOnce = [&] {
@@ -229,80 +283,115 @@ TEST_F(Signals, CrashBesideAFrameThatNeverEndsLeavesTheGuiAlone) {
                               0, TTimedTaskHandler::ENDLESS, "crash"),
                             TASK_THREAD_SAFE);
     child.run();
-  };
-  EXPECT_EXIT(child(), KilledBySignal(SIGSEGV), "\\[gui left alone\\]");
+  });
+  EXPECT_EQ(process.end(), killedBy(SIGSEGV));
+  EXPECT_TRUE(tellsInOrder(process.output(), {"[gui left alone]"}));
 }
 
 TEST_F(Signals, CrashReboots) {
-  const auto child = [](const char* disable, int rebootResult) {
-    const ScopedEnvironment environment("DISABLE_REBOOT_ON_EXIT", disable);
-    static int result;
-    result = rebootResult;
-    SystemSeams.Reboot = [](int command) {
-      std::fprintf(stderr, "[reboot %x]", static_cast<unsigned>(command));
-      if (result == 0) _exit(77);
-      return result;
-    };
-    SystemSeams.System = [](const char*) { return 0; };
-    Child child(Gui::NONE);
-    child.runAndDo([] { std::raise(SIGSEGV); });
-  };
-  const char* ending = "WILL REBOOT ON EXIT!!!!! ================\n\\[destroy\\].*\\[reboot 1234567\\]";
-  EXPECT_EXIT(child(nullptr, 0), ExitedWithCode(77), ending);
-  EXPECT_EXIT(child("0", 0), ExitedWithCode(77), ending);
-  EXPECT_EXIT(child(nullptr, -1), KilledBySignal(SIGSEGV), ending);  // not allowed to: the signal ends the process
+  const struct {
+    const char* name;
+    const char* disable;
+    int result;
+    std::string end;
+  } rows[] = {{"nobody disables it", nullptr, 0, exitWith(77)},
+              {"zero does not disable it", "0", 0, exitWith(77)},
+              {"not allowed to, the signal ends the process", nullptr, -1, killedBy(SIGSEGV)}};
+  endAll(
+    rows,
+    [](const auto& row) {
+      return std::make_unique<ChildProcess>([&] {
+        const ScopedEnvironment environment("DISABLE_REBOOT_ON_EXIT", row.disable);
+        static int result;
+        result = row.result;
+        SystemSeams.Reboot = [](int command) {
+          std::fprintf(stderr, "[reboot %x]", static_cast<unsigned>(command));
+          if (result == 0) _exit(77);
+          return result;
+        };
+        SystemSeams.System = [](const char*) { return 0; };
+        Child child(Gui::NONE);
+        child.runAndDo([] { std::raise(SIGSEGV); });
+      });
+    },
+    [](const auto& row, ChildProcess& child) {
+      EXPECT_EQ(child.end(), row.end);
+      EXPECT_TRUE(tellsInOrder(child.output(), {reboot + "\n[destroy]", "[reboot 1234567]"}));
+    });
 }
 
 TEST_F(Signals, FrequencyOfZeroIsADivisionFault) {
-  const auto child = [] {
+  ChildProcess process([] {
     Child child(Gui::NONE);
     child.app->TargetFrequency = 0;
     child.run();
-  };
-  EXPECT_EXIT(child(), KilledBySignal(SIGFPE), "Error: signal 8:");
+  });
+  EXPECT_EQ(process.end(), killedBy(SIGFPE));
+  EXPECT_TRUE(tellsInOrder(process.output(), {"Error: signal 8:"}));
 }
 
 TEST_F(Signals, FailedThreadCheckIsACrash) {
-  const auto check = [](Threads thread) {
-    Child child(Gui::NONE);
-    child.app->ThreadCheck(thread);
-    _exit(0);
+  const struct {
+    const char* name;
+    Threads thread;
+    std::string end;
+    std::vector<std::string> told;
+  } rows[] = {
+    {"this thread", THREAD_MAIN, exitWith(0), {}},
+    {"another thread", THREAD_DRAW, killedBy(SIGABRT), {"Error: signal 6:", "[destroy]"}},
+    {"no thread", static_cast<Threads>(2), killedBy(SIGABRT), {"Error: signal 6:", "[destroy]"}},
   };
-  EXPECT_EXIT(check(THREAD_MAIN), ExitedWithCode(0), "");
-  EXPECT_EXIT(check(THREAD_DRAW), KilledBySignal(SIGABRT), "Error: signal 6:.*\\[destroy\\]");
-  EXPECT_EXIT(check(static_cast<Threads>(2)), KilledBySignal(SIGABRT), "Error: signal 6:.*\\[destroy\\]");
+  endAll(
+    rows,
+    [](const auto& row) {
+      return std::make_unique<ChildProcess>([&] {
+        Child child(Gui::NONE);
+        child.app->ThreadCheck(row.thread);
+        _exit(0);
+      });
+    },
+    [](const auto& row, ChildProcess& child) {
+      EXPECT_EQ(child.end(), row.end);
+      EXPECT_TRUE(tellsInOrder(child.output(), row.told));
+    });
 }
 
 TEST_F(Signals, ThreadCheckIsSilentOnceTheThreadHasCrashed) {
-  const auto child = [] {
+  ChildProcess process([] {
     Child child(Gui::NONE);
     child.app->onDestroy = [&] {
       child.app->ThreadCheck(THREAD_DRAW);
       std::fprintf(stderr, "[went on]");
     };
     child.runAndDo([] { std::raise(SIGSEGV); });
-  };
-  EXPECT_EXIT(child(), KilledBySignal(SIGSEGV), "\\[went on\\]");
+  });
+  EXPECT_EQ(process.end(), killedBy(SIGSEGV));
+  EXPECT_TRUE(tellsInOrder(process.output(), {"[went on]"}));
 }
 
 TEST_F(Signals, WithoutAnApplicationTheyEndTheProcessOrLetItEnd) {
-  const auto child = [](int signal) {
-    delete new TestApplication;
-    std::raise(signal);
-    _exit(5);
-  };
-  EXPECT_EXIT(child(SIGSEGV), KilledBySignal(SIGSEGV), "");
-  EXPECT_EXIT(child(SIGFPE), KilledBySignal(SIGFPE), "");
-  EXPECT_EXIT(child(SIGABRT), KilledBySignal(SIGABRT), "");
-  EXPECT_EXIT(child(SIGTERM), KilledBySignal(SIGABRT), "");
-  EXPECT_EXIT(child(SIGINT), ExitedWithCode(5), "");
+  const struct {
+    const char* name;
+    int signal;
+    std::string end;
+  } rows[] = {{"memory", SIGSEGV, killedBy(SIGSEGV)},
+              {"division", SIGFPE, killedBy(SIGFPE)},
+              {"abort", SIGABRT, killedBy(SIGABRT)},
+              {"end", SIGTERM, killedBy(SIGABRT)},
+              {"interrupt", SIGINT, exitWith(5)}};
+  endAll(
+    rows,
+    [](const auto& row) {
+      return std::make_unique<ChildProcess>([&] {
+        delete new TestApplication;
+        std::raise(row.signal);
+        _exit(5);
+      });
+    },
+    [](const auto& row, ChildProcess& child) { EXPECT_EQ(child.end(), row.end); });
 }
 
 // ---- the backtrace itself
-
-const std::string begin = "0|================== BACKTRACE ==================";
-const std::string end = "0|================ BACKTRACE END ================";
-const std::string reboot = "0|================ WILL REBOOT ON EXIT!!!!! ================";
 
 TEST(Backtrace, OneFrameHasNoBannersButTheRebootLine) {
   TestApplication app;

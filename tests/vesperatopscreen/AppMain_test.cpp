@@ -7,6 +7,7 @@
 #include <optional>
 #include <stdexcept>
 
+#include "tests/support/ChildProcess.h"
 #include "tests/support/TestApplication.h"
 
 using namespace vendelo_sdl2;
@@ -133,15 +134,13 @@ TEST_F(MainProgram, ExceptionWhileRunningLeavesTheApplicationAlone) {
 }
 
 TEST_F(MainProgram, SignalDuringInitIsServedBeforeTheRun) {
-  GTEST_FLAG_SET(death_test_style, "threadsafe");
-  const auto child = [this] {
+  ChildProcess child([this] {
     run({}, [](TestApplication& app) {
       app.onInit = [] { return std::raise(SIGTERM); };
       app.onStartup = [] { _exit(98); };
     });
-    _exit(99);
-  };
-  EXPECT_EXIT(child(), testing::ExitedWithCode(SIGTERM), "");
+  });
+  EXPECT_EQ(child.end(), "exit " + std::to_string(SIGTERM));
 }
 
 }  // namespace

@@ -1,10 +1,10 @@
 // Where the pages and their texts stand, in which fonts, and what may be done to them by whom.
 #include <SDL_ttf.h>
 #include <algorithm>
-#include <csignal>
 #include <filesystem>
 
 #include "common/TBitmapFont.h"
+#include "tests/support/ChildProcess.h"
 #include "tests/support/TestFont.h"
 #include "tests/vesperatopscreen/PaytablesFixture.h"
 #include "vendelo-sdl2/MyUtils.h"
@@ -247,28 +247,35 @@ TEST_F(PaytablePlaces, AScreenOfAnotherSizeHasItsOwnEdges) {
 }
 
 TEST_F(PaytablePlaces, NobodyButTheDrawThreadTouchesThem) {
-  GTEST_FLAG_SET(death_test_style, "threadsafe");
   screen.app().getState()->ActiveGame = GAME_MENU;
   const struct {
-    const char* operation;
+    const char* name;
     std::function<void()> call;
   } rows[] = {{"clearPaytable", [this] { panel()->clearPaytable(); }},
               {"createPaytable", [this] { panel()->createPaytable(""); }},
               {"updatePaytable", [this] { panel()->updatePaytable(); }},
               {"UpdateData", [this] { panel()->UpdateData(false); }},
               {"paytableVisible", [this] { panel()->paytableVisible(0); }}};
-  for (const auto& row : rows) {
-    SCOPED_TRACE(row.operation);
-    const auto child = [&](bool onTheDrawThread) {
-      SystemSeams.Reboot = [](int) { return -1; };
-      SystemSeams.System = [](const char*) { return 0; };
-      if (onTheDrawThread)
+  const auto prepare = [] {
+    SystemSeams.Reboot = [](int) { return -1; };
+    SystemSeams.System = [](const char*) { return 0; };
+  };
+  endAll(
+    rows,
+    [&](const auto& row) {
+      return std::make_unique<ChildProcess>([&] {
+        prepare();
         row.call();
-      else
+      });
+    },
+    [](const auto&, ChildProcess& child) { EXPECT_EQ(child.end(), "exit 99"); });
+  endAll(
+    rows,
+    [&](const auto& row) {
+      return std::make_unique<ChildProcess>([&] {
+        prepare();
         screen.app().asMainThread(row.call);
-      _exit(0);
-    };
-    EXPECT_EXIT(child(true), testing::ExitedWithCode(0), "");
-    EXPECT_EXIT(child(false), testing::KilledBySignal(SIGABRT), "");
-  }
+      });
+    },
+    [](const auto&, ChildProcess& child) { EXPECT_EQ(child.end(), "signal 6"); });
 }
