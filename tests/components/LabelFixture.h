@@ -19,32 +19,6 @@ struct Label : Tlabel {
   void onShow() override { ++shown; }
   void onHide() override { ++hidden; }
   int shown = 0, hidden = 0;
-  using Tlabel::mAlign;
-  using Tlabel::mAnimationDestRect;
-  using Tlabel::mAnimationEnabled;
-  using Tlabel::mAnimationStartRect;
-  using Tlabel::mColor;
-  using Tlabel::mDestRect;
-  using Tlabel::mDirection;
-  using Tlabel::mDrawShadow;
-  using Tlabel::mIsShowing;
-  using Tlabel::mLabelRect;
-  using Tlabel::mNewText;
-  using Tlabel::mOrigPosX;
-  using Tlabel::mOrigPosY;
-  using Tlabel::mpFont;
-  using Tlabel::mpLabelChangedListener;
-  using Tlabel::mpShadowTexture;
-  using Tlabel::mpSurface;
-  using Tlabel::mpSurface2;
-  using Tlabel::mpTargetTexture;
-  using Tlabel::mShadowColor;
-  using Tlabel::mShadowOffset;
-  using Tlabel::mSomethingChanged;
-  using Tlabel::mSplitText;
-  using Tlabel::mSrcRect;
-  using Tlabel::mText;
-  using Tlabel::mTimeUntilHide;
   using Tlabel::pAniTask;
 };
 
@@ -55,8 +29,9 @@ class LabelTest : public SlideTest {
     TTF_Quit();
   }
   // A label of 200 by 60 at 50, 40 under a parent at the origin.
-  Label* make(const char* text) {
-    auto* label = new Label(50, 40, 200, 60, text, font, white);
+  template <typename AnyLabel = Label>
+  AnyLabel* make(const char* text) {
+    auto* label = new AnyLabel(50, 40, 200, 60, text, font, white);
     parent.AddComponent(label);
     return label;
   }
@@ -69,6 +44,27 @@ class LabelTest : public SlideTest {
     clear(0, 0, 0);
     label.draw();
     return inked(0);
+  }
+  // Draws; whether the picture of the text has been made anew for it.
+  bool rebuilds(Label& label) {
+    SDL_SetTextureUserData(label.GetTargetTexture(), &label);
+    label.draw();
+    return SDL_GetTextureUserData(label.GetTargetTexture()) != &label;
+  }
+  // A label of one line that is about to slide in; drawn once, hidden.
+  Label* slider(Tlabel::TAnimationDirection direction) {
+    Label* label = make("slide");
+    label->SetAnimation(direction);
+    drawn(*label);
+    label->_setVisible(false);
+    return label;
+  }
+  // Where a label of one line stands by its alignment.
+  SDL_Point restOf(const char* text) {
+    Label* label = make(text);
+    const SDL_Point rest = shownAt(*label);
+    parent.RemoveComponent(label, true);
+    return rest;
   }
   int slideThrough(Label& label) { return SlideTest::slideThrough(label, TASK_NORMAL); }
   int initialised = TTF_Init();

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <SDL.h>
+#include <cstdlib>
 
 #include "tests/components/WidgetFixture.h"
 #include "vendelo-sdl2/TGuiComponent.h"
@@ -21,12 +22,22 @@ class SlideTest : public WidgetTest {
   template <typename Widget>
   int slideThrough(Widget& widget, vendelo_sdl2::TimedTaskType set) {
     int steps = 0;
-    for (; widget.pAniTask->IsEnabled() && steps < 2000; ++steps) {
+    for (; widget.pAniTask && widget.pAniTask->IsEnabled() && steps < 2000; ++steps) {
       clock.advance(31);
       vendelo_sdl2::pApp->ProcessTasks(set);
     }
     return steps;
   }
+
+  // Where the widget stands on the screen in a draw of now.
+  template <typename Widget>
+  SDL_Point shownAt(Widget& widget) {
+    widget.draw();
+    return {widget.getX(), widget.getY()};
+  }
+
+  // The pixels between two places, along both axes.
+  static int distance(SDL_Point a, SDL_Point b) { return std::abs(a.x - b.x) + std::abs(a.y - b.y); }
 
   Plain parent{0, 0};
 };

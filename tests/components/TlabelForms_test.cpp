@@ -29,48 +29,38 @@ TEST_F(LabelForms, TwoLinesKeepNoShadowOfTheFormerSingleLine) {
   Label* label = split("Minimum");
   label->SetShadow(true, 2, red);
   drawn(*label);
-  ASSERT_NE(nullptr, label->mpShadowTexture);
+  ASSERT_GT(pixelsOf(0xff0000), 0);
   label->SetText("Minimum bet");
   const SDL_Rect both = drawn(*label);
-  EXPECT_EQ(nullptr, label->mpShadowTexture);
+  EXPECT_EQ(0, pixelsOf(0xff0000));
   label->SetShadow(false, 2, red);
   EXPECT_EQ(both, drawn(*label)) << "nor is one drawn";
   label->SetShadow(true, 2, red);
   label->SetText("Minimum");
   drawn(*label);
-  EXPECT_NE(nullptr, label->mpShadowTexture) << "a single line has its own again";
+  EXPECT_GT(pixelsOf(0xff0000), 0) << "a single line has its own again";
 }
 
 TEST_F(LabelForms, TwoLinesLeaveTheSlideAlone) {
-  Label* label = split("slide");
-  label->SetAnimation(Tlabel::LEFT);
-  drawn(*label);
-  label->_setVisible(false);
+  Label* label = slider(Tlabel::LEFT);
+  label->SplitText(true);
   label->ShowFor(600);
   for (int i = 0; i < 5; ++i) {
     clock.advance(31);
     pApp->ProcessTasks(TASK_NORMAL);
   }
-  ASSERT_EQ(390, label->mOrigPosX);
-  const SDL_Rect start = label->mAnimationStartRect, rest = label->mAnimationDestRect;
+  ASSERT_EQ(390, shownAt(*label).x);
   label->SetText("two lines");
-  drawn(*label);
   // Unlike a single line: it stands at its alignment's place, and neither end of the slide is taken anew.
-  EXPECT_EQ(start, label->mAnimationStartRect);
-  EXPECT_EQ(rest, label->mAnimationDestRect);
-  EXPECT_EQ(50, label->mOrigPosX);
-  EXPECT_EQ(40 + 30 - label->mSrcRect.h / 2, label->mOrigPosY);
-  EXPECT_TRUE(label->mIsShowing);
-  EXPECT_TRUE(label->pAniTask->IsEnabled());
-  EXPECT_FALSE(label->mSomethingChanged);
+  EXPECT_EQ((SDL_Point{50, 40 + 30 - sizeOf("two").y}), shownAt(*label));
+  EXPECT_FALSE(rebuilds(*label));
   // There the way in ends with its next step, and the way out goes to the former start.
   EXPECT_EQ(1, slideThrough(*label));
-  EXPECT_EQ(50, label->mOrigPosX);
+  EXPECT_EQ(50, shownAt(*label).x);
   clock.advance(601);
   pApp->ProcessTasks(TASK_NORMAL);
-  EXPECT_FALSE(label->mIsShowing);
   slideThrough(*label);
-  EXPECT_EQ(start.x, label->mOrigPosX);
+  EXPECT_EQ(400, shownAt(*label).x);
   EXPECT_FALSE(label->isVisible());
 }
 
@@ -78,17 +68,17 @@ TEST_F(LabelForms, ANewSlideOfTwoLinesLastsUntilTheNextDraw) {
   Label* label = split("two lines");
   drawn(*label);
   label->SetAnimation(Tlabel::LEFT);
-  EXPECT_EQ(400, label->mOrigPosX);
-  drawn(*label);
-  EXPECT_EQ(50, label->mOrigPosX) << "the rebuild that a new slide asks for places by the alignment alone";
-  EXPECT_EQ(400, label->mAnimationStartRect.x);
+  EXPECT_EQ(50, shownAt(*label).x) << "the rebuild that a new slide asks for places by the alignment alone";
+  label->_setVisible(false);
+  label->ShowFor(600);
+  EXPECT_EQ(400, shownAt(*label).x);
 }
 
 TEST_F(LabelForms, TwoLinesTakeTheAlphaOfTheLabel) {
   Label* label = split("two lines");
   label->setAlpha(77);
   label->updateCachedTextures();
-  EXPECT_EQ(77, alphaOf(label->mpTargetTexture));
+  EXPECT_EQ(77, alphaOf(label->GetTargetTexture()));
   clear(0, 0, 0);
   label->setAlpha(255);
   label->draw();
@@ -97,36 +87,49 @@ TEST_F(LabelForms, TwoLinesTakeTheAlphaOfTheLabel) {
 }
 
 TEST_F(LabelForms, ASingleLineTakesTheAlphaOfTheLabel) {
-  Label* label = make("line");
+  struct Shadowed : Label {
+    using Label::Label;
+    using Tlabel::mpShadowTexture;
+  };
+  auto* label = make<Shadowed>("line");
   label->setAlpha(77);
   label->updateCachedTextures();
-  EXPECT_EQ(77, alphaOf(label->mpTargetTexture));
+  EXPECT_EQ(77, alphaOf(label->GetTargetTexture()));
   EXPECT_EQ(77, alphaOf(label->mpShadowTexture.get()));
+}
+
+TEST_F(LabelForms, TheShadowIsDrawnWithTheLowestByteOfTheAlpha) {
+  Label* label = make("line");
   label->SetShadow(true, 2, red);
   label->setAlpha(256 + 99);
   drawn(*label);
-  EXPECT_EQ(99, alphaOf(label->mpShadowTexture.get()));
+  EXPECT_GT(pixelsOf(99 << 16), 0);
 }
 
 TEST_F(LabelForms, OnlyTheNextTextIsSplit) {
   Label* label = make("two lines");
   drawn(*label);
-  const int h = label->mSrcRect.h;
+  const int h = label->getSrcRect().h;
   label->SplitText(true);
   drawn(*label);
-  EXPECT_EQ(h, label->mSrcRect.h);
+  EXPECT_EQ(h, label->getSrcRect().h);
   label->SetText("two more");
   drawn(*label);
-  EXPECT_EQ(2 * h, label->mSrcRect.h);
+  EXPECT_EQ(2 * h, label->getSrcRect().h);
   label->SetText("three more lines");
   drawn(*label);
-  EXPECT_EQ(sizeOf("more lines").x, label->mSrcRect.w) << "at the first space";
+  EXPECT_EQ(sizeOf("more lines").x, label->getSrcRect().w) << "at the first space";
 }
 
 // ---- Fonts and texts that are missing
 
 TEST_F(LabelForms, WithoutAFontTheFormerPictureStaysWhateverTheText) {
-  Label* label = make("former");
+  struct Texts : Label {
+    using Label::Label;
+    using Tlabel::mSomethingChanged;
+    using Tlabel::mText;
+  };
+  auto* label = make<Texts>("former");
   label->SetShadow(true, 2, red);
   const SDL_Rect former = drawn(*label);
   label->SetFont(nullptr);
@@ -141,18 +144,18 @@ TEST_F(LabelForms, WithoutAFontTheFormerPictureStaysWhateverTheText) {
   drawn(*label);
   label->SetFont(font);
   drawn(*label);
-  EXPECT_EQ(sizeOf("new").x, label->mSrcRect.w) << "with a font the text of now is made";
+  EXPECT_EQ(sizeOf("new").x, label->getSrcRect().w) << "with a font the text of now is made";
 }
 
 TEST_F(LabelForms, AnEmptyTextMovesNothing) {
   Label* label = make("text");
   label->SetAlignment(RIGHT_DOWN);
   drawn(*label);
-  const SDL_Rect place = label->mDestRect;
+  const SDL_Rect place = label->getDestRect();
   label->SetText("");
   drawn(*label);
-  EXPECT_EQ(place.w, label->mSrcRect.w);
-  EXPECT_EQ(place, label->mDestRect);
+  EXPECT_EQ(place.w, label->getSrcRect().w);
+  EXPECT_EQ(place, label->getDestRect());
 }
 
 // ---- Places
@@ -166,9 +169,9 @@ TEST_F(LabelForms, CentredPlacesHalveBoxAndTextEachOnItsOwn) {
       Label label(51, 41, 200 + more, 60 + more, "Agq", other, white);
       label.SetAlignment(CENTER_CENTER);
       label.updateCachedTextures();
-      const SDL_Rect s = label.mSrcRect;
-      EXPECT_EQ(51 + 100 - s.w / 2, label.mDestRect.x) << size << ", " << more;
-      EXPECT_EQ(41 + 30 - s.h / 2, label.mDestRect.y) << size << ", " << more;
+      const SDL_Rect s = label.getSrcRect();
+      EXPECT_EQ(51 + 100 - s.w / 2, label.getDestRect().x) << size << ", " << more;
+      EXPECT_EQ(41 + 30 - s.h / 2, label.getDestRect().y) << size << ", " << more;
       oddHeight = oddHeight || s.h % 2 != 0;
       oddWidth = oddWidth || s.w % 2 != 0;
     }
@@ -181,10 +184,10 @@ TEST_F(LabelForms, ARootIsPlacedInItsRectangleOnly) {
   Label label(50, 40, 200, 60, "text", font, white);
   label.SetAlignment(RIGHT_DOWN);
   label.updateCachedTextures();
-  EXPECT_EQ(250 - label.mSrcRect.w, label.mDestRect.x);
-  EXPECT_EQ(100 - label.mSrcRect.h, label.mDestRect.y);
-  EXPECT_EQ(50, label.mOrigPosX) << "the place relative to a parent is for labels that have one";
-  EXPECT_EQ(40, label.mOrigPosY);
+  EXPECT_EQ(250 - label.getSrcRect().w, label.getDestRect().x);
+  EXPECT_EQ(100 - label.getSrcRect().h, label.getDestRect().y);
+  label.setParent(&parent);
+  EXPECT_EQ((SDL_Point{50, 40}), shownAt(label)) << "the place relative to a parent is for labels that have one";
 }
 
 TEST_F(LabelForms, ThePlaceGoesThroughTheVirtualSetters) {
@@ -195,8 +198,8 @@ TEST_F(LabelForms, ThePlaceGoesThroughTheVirtualSetters) {
   };
   Moved label(50, 40, 200, 60, "text", font, white);
   label.SetAlignment(LEFT_UP);
-  EXPECT_EQ(1050, label.mDestRect.x);
-  EXPECT_EQ(2040, label.mDestRect.y);
+  EXPECT_EQ(1050, label.getDestRect().x);
+  EXPECT_EQ(2040, label.getDestRect().y);
 }
 
 // ---- Showing
@@ -217,17 +220,25 @@ TEST_F(LabelForms, OnShowWaitsForTheDrawThread) {
 }
 
 TEST_F(LabelForms, OneMillisecondIsTheShortestSlide) {
-  for (const int time : {1, 0, -1}) {
-    Label* label = make("slide");
-    label->SetAnimation(Tlabel::DOWN);
-    drawn(*label);
-    label->_setVisible(false);
+  Label* label = slider(Tlabel::DOWN);
+  const SDL_Point start = shownAt(*label);
+  label->setY(7);
+  label->ShowFor(1);
+  EXPECT_EQ(start, shownAt(*label));
+  slideThrough(*label);
+  clock.advance(2);
+  pApp->ProcessTasks(TASK_NORMAL);
+  EXPECT_EQ(1, label->hidden);
+}
+
+TEST_F(LabelForms, AShorterTimeIsNoSlide) {
+  for (const int time : {0, -1}) {
+    Label* label = slider(Tlabel::DOWN);
     label->setY(7);
     label->ShowFor(time);
-    EXPECT_EQ(time == 1, label->mIsShowing) << time;
-    EXPECT_EQ(time == 1 ? label->mAnimationStartRect.y : 7, label->mOrigPosY) << time;
-    EXPECT_EQ(time == 1 ? 1u : 0u, label->mTimeUntilHide) << time;
-    EXPECT_EQ(time == 1, label->pAniTask != nullptr) << time;
+    EXPECT_TRUE(label->isVisible()) << time;
+    EXPECT_EQ(7, shownAt(*label).y) << time;
+    EXPECT_EQ(nullptr, pApp->GetTimedTask(label)) << time;
     parent.RemoveComponent(label, true);
   }
 }

@@ -4,106 +4,119 @@
 
 using namespace labeltest;
 
+const Tlabel::TAnimationDirection directions[] = {Tlabel::LEFT, Tlabel::RIGHT, Tlabel::UP, Tlabel::DOWN};
+
 TEST_F(LabelTest, SetAnimationPutsTheLabelAtItsStart) {
+  Label* plain = make("slide");
+  drawn(*plain);
+  const SDL_Rect rest = plain->getDestRect();
   const struct {
     Tlabel::TAnimationDirection direction;
-    int x, y;  // relative to the resting place; 1000 stands for "the same"
-  } rows[] = {
-    {Tlabel::LEFT, 400, 1000}, {Tlabel::RIGHT, -1, 1000}, {Tlabel::UP, 1000, 200}, {Tlabel::DOWN, 1000, -1}};
+    SDL_Point start;
+  } rows[] = {{Tlabel::LEFT, {400, rest.y}},
+              {Tlabel::RIGHT, {-rest.w, rest.y}},
+              {Tlabel::UP, {rest.x, 200}},
+              {Tlabel::DOWN, {rest.x, -rest.h}}};
+  parent.RemoveComponent(plain, true);
   for (const auto& row : rows) {
     SCOPED_TRACE(row.direction);
     Label* label = make("slide");
     drawn(*label);
-    const SDL_Rect rest = label->mDestRect;
     label->SetAnimation(row.direction);
-    EXPECT_TRUE(label->mAnimationEnabled);
-    EXPECT_TRUE(label->mSomethingChanged);
-    EXPECT_EQ(rest, label->mAnimationDestRect);
-    const int x = row.x == 1000 ? rest.x : row.x == -1 ? -rest.w : row.x;
-    const int y = row.y == 1000 ? rest.y : row.y == -1 ? -rest.h : row.y;
-    EXPECT_EQ((SDL_Rect{x, y, rest.w, rest.h}), label->mAnimationStartRect);
-    EXPECT_EQ(x, label->mOrigPosX);
-    EXPECT_EQ(y, label->mOrigPosY);
-    drawn(*label);
-    EXPECT_FALSE(label->mSomethingChanged) << "the rebuild would put it back at every frame";
-    EXPECT_EQ((SDL_Rect{x, y, rest.w, rest.h}), label->mAnimationStartRect) << "the rebuild keeps the direction";
+    EXPECT_TRUE(rebuilds(*label));
+    EXPECT_EQ(row.start, shownAt(*label));
+    EXPECT_FALSE(rebuilds(*label)) << "it would put it back at every frame";
+    label->_setVisible(false);
+    label->ShowFor(600);
+    EXPECT_EQ(row.start, shownAt(*label)) << "the rebuild keeps the direction";
+    slideThrough(*label);
+    EXPECT_EQ((SDL_Point{rest.x, rest.y}), shownAt(*label));
+    EXPECT_EQ(rest.w, label->getWidth());
+    EXPECT_EQ(rest.h, label->getHeight());
     parent.RemoveComponent(label, true);
   }
 }
 
-TEST_F(LabelTest, SlidesInRestsSlidesOut) {
-  for (const auto direction : {Tlabel::LEFT, Tlabel::RIGHT, Tlabel::UP, Tlabel::DOWN}) {
+TEST_F(LabelTest, TheSlideIsAnEndlessTaskOfTheMainThread) {
+  Label* label = slider(Tlabel::LEFT);
+  EXPECT_EQ(nullptr, label->pAniTask);
+  label->ShowFor(600);
+  ASSERT_NE(nullptr, label->pAniTask);
+  EXPECT_EQ("Tlabel::AnimateTask, 30", label->pAniTask->GetName());
+  EXPECT_EQ(30u, label->pAniTask->GetInterval());
+  EXPECT_EQ(TTimedTaskHandler::ENDLESS, label->pAniTask->GetType());
+  EXPECT_TRUE(pApp->IsTimedTaskValid(label->pAniTask, TASK_NORMAL));
+}
+
+TEST_F(LabelTest, EachStepMovesItByTwoPixelsAndADrawByNone) {
+  for (const auto direction : directions) {
     SCOPED_TRACE(direction);
-    Label* label = make("slide");
-    label->SetAnimation(direction);
-    drawn(*label);
-    label->_setVisible(false);
-    const SDL_Rect rest = label->mAnimationDestRect, start = label->mAnimationStartRect;
+    Label* label = slider(direction);
+    const SDL_Point start = shownAt(*label);
     label->ShowFor(600);
     EXPECT_TRUE(label->isVisible());
-    EXPECT_TRUE(label->mIsShowing);
-    EXPECT_EQ(600u, label->mTimeUntilHide);
-    ASSERT_NE(nullptr, label->pAniTask);
-    EXPECT_EQ("Tlabel::AnimateTask, 30", label->pAniTask->GetName());
-    EXPECT_EQ(30u, label->pAniTask->GetInterval());
-    EXPECT_EQ(TTimedTaskHandler::ENDLESS, label->pAniTask->GetType());
-    EXPECT_TRUE(pApp->IsTimedTaskValid(label->pAniTask, TASK_NORMAL));
-
     clock.advance(31);
     pApp->ProcessTasks(TASK_NORMAL);
-    const int moved = std::abs(label->mOrigPosX - start.x) + std::abs(label->mOrigPosY - start.y);
-    EXPECT_EQ(2, moved);
-    label->draw();
-    EXPECT_EQ(2, std::abs(label->mOrigPosX - start.x) + std::abs(label->mOrigPosY - start.y)) << "a draw keeps it";
+    for (int draws = 0; draws < 2; ++draws) EXPECT_EQ(2, distance(start, shownAt(*label)));
+    parent.RemoveComponent(label, true);
+  }
+}
 
-    const int way = std::abs(rest.x - start.x) + std::abs(rest.y - start.y);
-    EXPECT_EQ((way + 1) / 2 - 1, slideThrough(*label));
-    EXPECT_EQ(rest.x, label->mOrigPosX);
-    EXPECT_EQ(rest.y, label->mOrigPosY);
-
-    clock.advance(600);
+TEST_F(LabelTest, SlidesInToItsPlaceAndOutToItsStart) {
+  for (const auto direction : directions) {
+    SCOPED_TRACE(direction);
+    const SDL_Point rest = restOf("slide");
+    Label* label = slider(direction);
+    const SDL_Point start = shownAt(*label);
+    const int steps = (distance(start, rest) + 1) / 2;
+    label->ShowFor(600);
+    EXPECT_EQ(steps, slideThrough(*label));
+    EXPECT_EQ(rest, shownAt(*label));
+    clock.advance(601);
     pApp->ProcessTasks(TASK_NORMAL);
-    EXPECT_FALSE(label->pAniTask->IsEnabled()) << "hidden before its time";
-    clock.advance(1);
-    pApp->ProcessTasks(TASK_NORMAL);
-    EXPECT_TRUE(label->pAniTask->IsEnabled());
-    EXPECT_EQ(1, label->hidden);
     EXPECT_TRUE(label->isVisible());
-
-    EXPECT_EQ((way + 1) / 2, slideThrough(*label));
-    EXPECT_EQ(start.x, label->mOrigPosX);
-    EXPECT_EQ(start.y, label->mOrigPosY);
+    EXPECT_EQ(steps, slideThrough(*label));
+    EXPECT_EQ(start, shownAt(*label));
     EXPECT_FALSE(label->isVisible());
     parent.RemoveComponent(label, true);
   }
 }
 
+TEST_F(LabelTest, HidesWhenItHasRestedForItsTime) {
+  Label* label = slider(Tlabel::LEFT);
+  label->ShowFor(600);
+  slideThrough(*label);
+  clock.advance(600);
+  pApp->ProcessTasks(TASK_NORMAL);
+  EXPECT_FALSE(label->pAniTask->IsEnabled()) << "hidden before its time";
+  EXPECT_EQ(0, label->hidden);
+  clock.advance(1);
+  pApp->ProcessTasks(TASK_NORMAL);
+  EXPECT_TRUE(label->pAniTask->IsEnabled());
+  EXPECT_EQ(1, label->hidden);
+  EXPECT_TRUE(label->isVisible());
+}
+
 TEST_F(LabelTest, ShowForBeginsAtTheStartAndHideAtTheRestingPlace) {
+  const SDL_Point rest = restOf("slide");
   for (const auto direction : {Tlabel::LEFT, Tlabel::UP}) {
-    Label* label = make("slide");
-    label->SetAnimation(direction);
-    drawn(*label);
-    const SDL_Rect rest = label->mAnimationDestRect, start = label->mAnimationStartRect;
+    Label* label = slider(direction);
+    const SDL_Point start = shownAt(*label);
     for (int i = 0; i < 2; ++i) {
       label->_setVisible(false);
-      label->mOrigPosX = rest.x;
-      label->mOrigPosY = rest.y;
+      label->setX(rest.x);
+      label->setY(rest.y);
       label->ShowFor(600);
-      EXPECT_EQ(start.x, label->mOrigPosX);
-      EXPECT_EQ(start.y, label->mOrigPosY);
+      EXPECT_EQ(start, shownAt(*label));
       label->Hide();
-      EXPECT_EQ(rest.x, label->mOrigPosX) << "and the way out at the resting place";
-      EXPECT_EQ(rest.y, label->mOrigPosY);
+      EXPECT_EQ(rest, shownAt(*label)) << "and the way out at the resting place";
     }
     parent.RemoveComponent(label, true);
   }
 }
 
 TEST_F(LabelTest, TheTimedHideIsAOneShotOfTheMainThread) {
-  Label* label = make("slide");
-  label->SetAnimation(Tlabel::DOWN);
-  drawn(*label);
-  label->_setVisible(false);
+  Label* label = slider(Tlabel::DOWN);
   label->ShowFor(600);
   slideThrough(*label);
   bool found = false;
@@ -119,17 +132,12 @@ TEST_F(LabelTest, TheTimedHideIsAOneShotOfTheMainThread) {
 }
 
 TEST_F(LabelTest, ShowForZeroOnlyMakesVisible) {
-  Label* label = make("slide");
-  label->SetAnimation(Tlabel::RIGHT);
-  drawn(*label);
-  label->_setVisible(false);
+  Label* label = slider(Tlabel::RIGHT);
   label->setX(77);
   label->ShowFor(0);
   EXPECT_TRUE(label->isVisible());
-  EXPECT_EQ(77, label->mOrigPosX);
-  EXPECT_EQ(nullptr, label->pAniTask);
-  EXPECT_EQ(0u, label->mTimeUntilHide);
-  EXPECT_FALSE(label->mIsShowing);
+  EXPECT_EQ(77, shownAt(*label).x);
+  EXPECT_EQ(nullptr, pApp->GetTimedTask(label));
 }
 
 TEST_F(LabelTest, ShowForRunsTheHookOnceAndOnlyOnAHiddenLabel) {
@@ -150,49 +158,36 @@ TEST_F(LabelTest, ShowForRunsTheHookOnceAndOnlyOnAHiddenLabel) {
 }
 
 TEST_F(LabelTest, ATextChangeInSlideModeGoesBackToTheStartAndRunsOn) {
-  Label* label = make("slide");
-  label->SetAnimation(Tlabel::LEFT);
-  drawn(*label);
-  label->_setVisible(false);
+  Label* label = slider(Tlabel::LEFT);
   label->ShowFor(600);
   for (int i = 0; i < 5; ++i) {
     clock.advance(31);
     pApp->ProcessTasks(TASK_NORMAL);
   }
-  EXPECT_EQ(390, label->mOrigPosX);
+  EXPECT_EQ(390, shownAt(*label).x);
   label->SetText("something longer");
-  drawn(*label);
-  EXPECT_EQ(400, label->mOrigPosX);
-  EXPECT_TRUE(label->mIsShowing);
-  EXPECT_TRUE(label->pAniTask->IsEnabled());
+  EXPECT_EQ(400, shownAt(*label).x);
   clock.advance(31);
   pApp->ProcessTasks(TASK_NORMAL);
-  EXPECT_EQ(398, label->mOrigPosX);
+  EXPECT_EQ(398, shownAt(*label).x);
 }
 
 TEST_F(LabelTest, HideDuringASlideInGoesOutFromTheRestingPlace) {
-  Label* label = make("slide");
-  label->SetAnimation(Tlabel::LEFT);
-  drawn(*label);
-  label->_setVisible(false);
+  Label* label = slider(Tlabel::LEFT);
   label->ShowFor(600);
   clock.advance(31);
   pApp->ProcessTasks(TASK_NORMAL);
-  EXPECT_EQ(398, label->mOrigPosX);
+  EXPECT_EQ(398, shownAt(*label).x);
   label->Hide();
-  EXPECT_EQ(50, label->mOrigPosX);
-  EXPECT_FALSE(label->mIsShowing);
+  EXPECT_EQ(50, shownAt(*label).x);
   EXPECT_TRUE(label->isVisible());
   clock.advance(31);
   pApp->ProcessTasks(TASK_NORMAL);
-  EXPECT_EQ(52, label->mOrigPosX);
+  EXPECT_EQ(52, shownAt(*label).x);
 }
 
 TEST_F(LabelTest, TasksAndDeferredHookDoNotOutliveTheLabel) {
-  Label* label = make("slide");
-  label->SetAnimation(Tlabel::DOWN);
-  drawn(*label);
-  label->_setVisible(false);
+  Label* label = slider(Tlabel::DOWN);
   label->ShowFor(600);
   slideThrough(*label);
   parent.RemoveComponent(label, true);
@@ -206,18 +201,17 @@ TEST_F(LabelTest, WithoutAnApplicationNobodyMovesIt) {
   TApplication* const application = std::exchange(pApp, nullptr);
   {
     Label label(50, 40, 200, 60, "slide", font, white);
-    drawn(label);
-    const SDL_Rect rest = label.mDestRect;
+    label.setParent(&parent);
+    const SDL_Point rest = shownAt(label);
     label.SetAnimation(Tlabel::LEFT);
-    EXPECT_EQ(1920, label.mOrigPosX) << "the screen of the terminal";
+    EXPECT_EQ(1920, shownAt(label).x) << "the screen of the terminal";
     label._setVisible(false);
     label.ShowFor(600);
     EXPECT_TRUE(label.isVisible());
-    EXPECT_TRUE(label.mIsShowing);
     EXPECT_EQ(nullptr, label.pAniTask);
     EXPECT_EQ(0, label.shown) << "the hook is for the draw thread, and there is none";
     for (int i = 0; i < 1000; ++i) label.AnimateTask();
-    EXPECT_EQ(rest.x, label.mOrigPosX) << "it rests, and nothing hides it";
+    EXPECT_EQ(rest, shownAt(label)) << "it rests, and nothing hides it";
     label.Hide();
     EXPECT_EQ(nullptr, label.pAniTask);
   }

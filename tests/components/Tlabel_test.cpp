@@ -1,5 +1,6 @@
 #include "tests/components/LabelFixture.h"
 
+#include <functional>
 #include <memory>
 
 #include "tests/components/AllocationCount.h"
@@ -17,10 +18,35 @@ struct Listener : LabelChangedListener {
   SDL_Texture* last = reinterpret_cast<SDL_Texture*>(1);
 };
 
+// What a new label holds.
+struct Inside : Label {
+  using Label::Label;
+  using Tlabel::mAlign;
+  using Tlabel::mAnimationDestRect;
+  using Tlabel::mAnimationEnabled;
+  using Tlabel::mAnimationStartRect;
+  using Tlabel::mColor;
+  using Tlabel::mDirection;
+  using Tlabel::mDrawShadow;
+  using Tlabel::mIsShowing;
+  using Tlabel::mLabelRect;
+  using Tlabel::mNewText;
+  using Tlabel::mpLabelChangedListener;
+  using Tlabel::mpShadowTexture;
+  using Tlabel::mpSurface;
+  using Tlabel::mpSurface2;
+  using Tlabel::mShadowColor;
+  using Tlabel::mShadowOffset;
+  using Tlabel::mSomethingChanged;
+  using Tlabel::mSplitText;
+  using Tlabel::mText;
+  using Tlabel::mTimeUntilHide;
+};
+
 }  // namespace
 
 TEST_F(LabelTest, StartsAsDocumented) {
-  Label label(1, 2, 30, 40, "Hello", font, SDL_Color{9, 8, 7, 6});
+  Inside label(1, 2, 30, 40, "Hello", font, SDL_Color{9, 8, 7, 6});
   EXPECT_EQ("Hello", label.mText);
   EXPECT_EQ("Hello", label.mNewText);
   EXPECT_EQ("Hello", label.GetText());
@@ -53,36 +79,71 @@ TEST_F(LabelTest, StartsAsDocumented) {
   EXPECT_EQ(3, Tlabel::DOWN);
 }
 
-TEST_F(LabelTest, SettersStoreAndTheDrawBuilds) {
+TEST_F(LabelTest, AnotherTextShowsAtTheNextDraw) {
   Label* label = make("one");
   drawn(*label);
-  SDL_Texture* const first = label->mpTargetTexture;
+  SDL_Texture* const first = label->GetTargetTexture();
   ASSERT_NE(nullptr, first);
-  EXPECT_FALSE(label->mSomethingChanged);
   label->SetText("another");
   EXPECT_EQ("another", label->GetText());
-  EXPECT_EQ("one", label->mText);
-  EXPECT_EQ(first, label->mpTargetTexture);
-  drawn(*label);
-  EXPECT_EQ("another", label->mText);
-  EXPECT_EQ(sizeOf("another").x, label->mSrcRect.w);
-  EXPECT_EQ(sizeOf("another").y, label->mDestRect.h);
+  EXPECT_EQ(first, label->GetTargetTexture());
+  EXPECT_EQ(sizeOf("one").x, label->getSrcRect().w);
+  EXPECT_TRUE(rebuilds(*label));
+  EXPECT_EQ(sizeOf("another").x, label->getSrcRect().w);
+  EXPECT_EQ(sizeOf("another").y, label->getDestRect().h);
+}
 
-  label->SetColor(SDL_Color{255, 0, 0, 255});
-  EXPECT_TRUE(label->mSomethingChanged);
+TEST_F(LabelTest, AnotherFontShowsAtTheNextDraw) {
+  TTF_Font* large = TTF_OpenFont(fontFile, 40);
+  Label* label = make("text");
   drawn(*label);
-  label->SetFont(font);
-  EXPECT_TRUE(label->mSomethingChanged);
+  label->SetFont(large);
+  EXPECT_EQ(large, label->GetFont());
+  EXPECT_EQ(sizeOf("text").y, label->getSrcRect().h);
   drawn(*label);
-  label->SetShadow(true, 5, SDL_Color{1, 2, 3, 4});
-  EXPECT_TRUE(label->mSomethingChanged);
-  EXPECT_TRUE(label->mDrawShadow);
-  EXPECT_EQ(5, label->mShadowOffset);
-  EXPECT_EQ(2, label->mShadowColor.g);
+  EXPECT_EQ(TTF_FontHeight(large), label->getSrcRect().h);
+  parent.RemoveComponent(label, true);
+  TTF_CloseFont(large);
+}
+
+TEST_F(LabelTest, AnotherShadowShowsAtTheNextDraw) {
+  Label* label = make("HHH");
+  label->SetShadow(true, 2, SDL_Color{255, 0, 0, 255});
+  const SDL_Rect near = drawn(*label);
+  EXPECT_GT(pixelsOf(0xff0000), 0);
+  label->SetShadow(true, 5, SDL_Color{0, 0, 255, 255});
+  const SDL_Rect far = drawn(*label);
+  EXPECT_GT(pixelsOf(0x0000ff), 0);
+  EXPECT_EQ(0, pixelsOf(0xff0000));
+  EXPECT_EQ((SDL_Rect{near.x, near.y, near.w + 3, near.h + 3}), far);
+}
+
+TEST_F(LabelTest, WhatChangesThePictureMakesItAnewOnce) {
+  Label* label = make("two lines");
   drawn(*label);
-  label->SplitText(true);
-  EXPECT_TRUE(label->mSplitText);
-  EXPECT_FALSE(label->mSomethingChanged);
+  EXPECT_FALSE(rebuilds(*label));
+  const struct {
+    const char* name;
+    std::function<void()> change;
+    bool anew;
+  } rows[] = {{"colour", [&] { label->SetColor(white); }, true},
+              {"font", [&] { label->SetFont(font); }, true},
+              {"shadow",
+               [&] {
+                 label->SetShadow(true, 5, SDL_Color{1, 2, 3, 4});
+               },
+               true},
+              {"alignment", [&] { label->SetAlignment(RIGHT_UP); }, true},
+              {"the alignment in force", [&] { label->SetAlignment(RIGHT_UP); }, false},
+              {"text", [&] { label->SetText("two more"); }, true},
+              {"the text that it has", [&] { label->SetText("two more"); }, false},
+              {"split", [&] { label->SplitText(true); }, false}};
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.name);
+    row.change();
+    EXPECT_EQ(row.anew, rebuilds(*label));
+    EXPECT_FALSE(rebuilds(*label));
+  }
 }
 
 TEST_F(LabelTest, NinePlaces) {
@@ -95,26 +156,19 @@ TEST_F(LabelTest, NinePlaces) {
     Label* label = make("Agq");
     label->SetAlignment(static_cast<TAlignment>(a));
     drawn(*label);
-    EXPECT_EQ((SDL_Rect{xs[a % 3], ys[a / 3], s.x, s.y}), label->mDestRect);
-    EXPECT_EQ(xs[a % 3], label->mOrigPosX);
-    EXPECT_EQ(ys[a / 3], label->mOrigPosY);
+    EXPECT_EQ((SDL_Rect{xs[a % 3], ys[a / 3], s.x, s.y}), label->getDestRect());
     parent.RemoveComponent(label, true);
   }
 }
 
-TEST_F(LabelTest, TheAlignmentInForcePlacesAgainAndMarksNoRebuild) {
+TEST_F(LabelTest, TheAlignmentInForcePlacesAgain) {
   Label* label = make("text");
-  drawn(*label);
-  const int y = label->mOrigPosY;
+  const SDL_Point place = shownAt(*label);
   label->setX(300);
   label->setY(100);
+  EXPECT_EQ((SDL_Point{300, 100}), shownAt(*label));
   label->SetAlignment(LEFT_CENTER);
-  EXPECT_EQ(50, label->mOrigPosX);
-  EXPECT_EQ(y, label->mOrigPosY);
-  EXPECT_FALSE(label->mSomethingChanged);
-  label->SetAlignment(RIGHT_CENTER);
-  EXPECT_TRUE(label->mSomethingChanged);
-  EXPECT_EQ(RIGHT_CENTER, label->mAlign);
+  EXPECT_EQ(place, shownAt(*label));
 }
 
 TEST_F(LabelTest, EmptyTextTakesBothTexturesAndTellsTheListener) {
@@ -123,13 +177,12 @@ TEST_F(LabelTest, EmptyTextTakesBothTexturesAndTellsTheListener) {
   label->SetLabelChangedListener(&listener);
   label->SetShadow(true, 2, SDL_Color{255, 0, 0, 255});
   drawn(*label);
-  EXPECT_NE(nullptr, label->mpTargetTexture);
-  EXPECT_NE(nullptr, label->mpShadowTexture);
+  EXPECT_NE(nullptr, label->GetTargetTexture());
+  EXPECT_GT(pixelsOf(0xff0000), 0);
   EXPECT_EQ(0, listener.calls) << "only an empty text is told";
   label->SetText("");
   EXPECT_EQ(0, drawn(*label).w);
-  EXPECT_EQ(nullptr, label->mpTargetTexture);
-  EXPECT_EQ(nullptr, label->mpShadowTexture);
+  EXPECT_EQ(nullptr, label->GetTargetTexture());
   EXPECT_EQ(1, listener.calls);
   EXPECT_EQ(nullptr, listener.last);
   drawn(*label);
@@ -142,12 +195,12 @@ TEST_F(LabelTest, WithoutAFontNothingIsBuilt) {
   label.SplitText(true);
   label.SetText("two more");
   EXPECT_EQ(0, drawn(label).w);
-  EXPECT_EQ(nullptr, label.mpTargetTexture);
+  EXPECT_EQ(nullptr, label.GetTargetTexture());
   label.SetFont(font);
   EXPECT_NE(0, drawn(label).w);
   label.SetFont(nullptr);
   drawn(label);
-  EXPECT_NE(nullptr, label.mpTargetTexture) << "the old picture stays";
+  EXPECT_NE(nullptr, label.GetTargetTexture()) << "the old picture stays";
 }
 
 TEST_F(LabelTest, ATextThatCannotBeRenderedLeavesAnEmptyLabel) {
@@ -159,11 +212,11 @@ TEST_F(LabelTest, ATextThatCannotBeRenderedLeavesAnEmptyLabel) {
   ASSERT_EQ(0, sizeOf(nothing).x);
   label->SetText(nothing);
   EXPECT_EQ(0, drawn(*label).w);
-  EXPECT_EQ(nullptr, label->mpTargetTexture);
+  EXPECT_EQ(nullptr, label->GetTargetTexture());
   label->SplitText(true);
   label->SetText("word ");  // the second line is empty
   EXPECT_EQ(0, drawn(*label).w);
-  EXPECT_EQ(nullptr, label->mpTargetTexture);
+  EXPECT_EQ(nullptr, label->GetTargetTexture());
   label->SetText("text");
   EXPECT_NE(0, drawn(*label).w);
 }
@@ -206,23 +259,22 @@ TEST_F(LabelTest, SplitsAtTheFirstSpaceOnly) {
   label->SetShadow(true, 2, SDL_Color{255, 0, 0, 255});
   drawn(*label);
   const int mw = std::max(one.x, two.x);
-  EXPECT_EQ((SDL_Rect{0, 0, mw, one.y + two.y}), label->mSrcRect);
-  EXPECT_EQ(mw, label->mDestRect.w);
-  EXPECT_EQ(one.y + two.y, label->mDestRect.h);
-  EXPECT_EQ(40 + 30 - (one.y + two.y) / 2, label->mDestRect.y);
-  EXPECT_EQ(nullptr, label->mpShadowTexture) << "two lines have no shadow";
-  EXPECT_EQ(nullptr, label->mpSurface);
-  EXPECT_EQ(nullptr, label->mpSurface2);
+  EXPECT_EQ((SDL_Rect{0, 0, mw, one.y + two.y}), label->getSrcRect());
+  EXPECT_EQ(mw, label->getDestRect().w);
+  EXPECT_EQ(one.y + two.y, label->getDestRect().h);
+  EXPECT_EQ(40 + 30 - (one.y + two.y) / 2, label->getDestRect().y);
+  EXPECT_EQ(0, pixelsOf(0xff0000)) << "two lines have no shadow";
   EXPECT_EQ(nullptr, SDL_GetRenderTarget(renderer));
 }
 
 TEST_F(LabelTest, SplitWithoutASpaceIsOneLine) {
   Label* label = make("Minimum");
   label->SplitText(true);
+  label->SetShadow(true, 2, SDL_Color{255, 0, 0, 255});
   drawn(*label);
-  EXPECT_EQ(sizeOf("Minimum").x, label->mSrcRect.w);
-  EXPECT_EQ(sizeOf("Minimum").y, label->mSrcRect.h);
-  EXPECT_NE(nullptr, label->mpShadowTexture);
+  EXPECT_EQ(sizeOf("Minimum").x, label->getSrcRect().w);
+  EXPECT_EQ(sizeOf("Minimum").y, label->getSrcRect().h);
+  EXPECT_GT(pixelsOf(0xff0000), 0);
 }
 
 TEST_F(LabelTest, TwoLinesAreSetByTheAlignment) {
@@ -249,7 +301,7 @@ TEST_F(LabelTest, TwoLinesAreSetByTheAlignment) {
 TEST_F(LabelTest, TheTextTextureOutlivesTheLabel) {
   Label* label = make("text");
   drawn(*label);
-  SDL_Texture* texture = label->mpTargetTexture;
+  SDL_Texture* texture = label->GetTargetTexture();
   parent.RemoveComponent(label, true);
   EXPECT_EQ(0, SDL_QueryTexture(texture, nullptr, nullptr, nullptr, nullptr));
   SDL_DestroyTexture(texture);
@@ -267,7 +319,7 @@ TEST_F(LabelTest, AFrameTakesNothingFromTheHeap) {
 TEST_F(LabelTest, ASurfaceThatItStillHoldsIsFreed) {
   SDL_Surface* surface = SDL_CreateRGBSurfaceWithFormat(0, 2, 2, 32, SDL_PIXELFORMAT_RGBA32);
   surface->refcount = 3;
-  Label* label = make("one");
+  Inside* label = make<Inside>("one");
   label->mpSurface = surface;
   label->draw();
   EXPECT_EQ(2, surface->refcount) << "by a rebuild";
@@ -282,6 +334,17 @@ TEST_F(LabelTest, ASurfaceThatItStillHoldsIsFreed) {
   parent.RemoveComponent(label, true);
   EXPECT_EQ(1, surface->refcount) << "with the label";
   SDL_FreeSurface(surface);
+}
+
+TEST_F(LabelTest, NoSurfaceIsLeftOfABuild) {
+  for (const bool split : {false, true}) {
+    Inside* label = make<Inside>("two lines");
+    label->SplitText(split);
+    drawn(*label);
+    EXPECT_EQ(nullptr, label->mpSurface);
+    EXPECT_EQ(nullptr, label->mpSurface2);
+    parent.RemoveComponent(label, true);
+  }
 }
 
 TEST_F(LabelTest, AnotherColourIsThatOfTheTextAtTheNextDraw) {

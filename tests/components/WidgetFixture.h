@@ -51,6 +51,14 @@ class WidgetTest : public testing::Test {
     return box;
   }
 
+  // How many pixels are of the colour.
+  int pixelsOf(Uint32 colour) {
+    int count = 0;
+    for (int y = 0; y < screenH; ++y)
+      for (int x = 0; x < screenW; ++x) count += app.pixel(x, y) == colour;
+    return count;
+  }
+
   // A texture of one colour; the fixture frees it.
   SDL_Texture* solid(int w, int h, SDL_Color color) {
     SDL_Surface* surface = SDL_CreateRGBSurfaceWithFormat(0, w, h, 32, SDL_PIXELFORMAT_RGBA32);
@@ -69,6 +77,8 @@ class WidgetTest : public testing::Test {
 };
 
 inline bool operator==(const SDL_Rect& a, const SDL_Rect& b) { return SDL_RectEquals(&a, &b); }
+inline bool operator==(const SDL_Point& a, const SDL_Point& b) { return a.x == b.x && a.y == b.y; }
+inline void PrintTo(const SDL_Point& p, std::ostream* out) { *out << "(" << p.x << ", " << p.y << ")"; }
 inline void PrintTo(const SDL_Rect& r, std::ostream* out) {
   *out << "(" << r.x << ", " << r.y << ", " << r.w << " by " << r.h << ")";
 }
