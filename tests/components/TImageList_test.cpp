@@ -31,8 +31,29 @@ TEST(ImageListWithoutRenderer, LoadImageSaysSoAndAppendsNothing) {
   EXPECT_TRUE(list.getImages()->empty());
 }
 
+namespace {
+// What a new list holds.
+struct Inside : List {
+  using List::List;
+  using TImageList::Images;
+  using TImageList::mAlignment;
+  using TImageList::mAnimationDestRect;
+  using TImageList::mAnimationEnabled;
+  using TImageList::mAnimationStartRect;
+  using TImageList::mDataOffsetX;
+  using TImageList::mDataOffsetY;
+  using TImageList::mDirection;
+  using TImageList::mFitProportionally;
+  using TImageList::mIsShowing;
+  using TImageList::mpDataTexture;
+  using TImageList::mResizeFactorX;
+  using TImageList::mResizeFactorY;
+  using TImageList::mTimeUntilHide;
+};
+}  // namespace
+
 TEST_F(ImageList, StartsWithNothingShown) {
-  List list(1, 2, 3, 4);
+  Inside list(1, 2, 3, 4);
   EXPECT_EQ(-1, list.getCurrentImageIndex());
   EXPECT_EQ(0u, list.mTimeUntilHide);
   EXPECT_EQ(TImageList::LEFT, list.mDirection);
@@ -56,13 +77,13 @@ TEST_F(ImageList, LoadImageRefusesAnEmptyNameAndKeepsANullForAMissingFile) {
   testing::internal::CaptureStdout();
   list.LoadImage("");
   EXPECT_EQ("The image name is empy\n", testing::internal::GetCapturedStdout());
-  EXPECT_TRUE(list.Images.empty());
+  EXPECT_TRUE(list.getImages()->empty());
 
   testing::internal::CaptureStdout();
   list.LoadImage("/nowhere/nothing.png");
   testing::internal::GetCapturedStdout();
-  ASSERT_EQ(1u, list.Images.size());
-  EXPECT_EQ(nullptr, list.Images[0]);
+  ASSERT_EQ(1u, list.getImages()->size());
+  EXPECT_EQ(nullptr, list.getImages()->at(0));
   list.DisplayImage(0, 0);
   EXPECT_EQ(0, list.getCurrentImageIndex());
   EXPECT_EQ(nullptr, list.GetTargetTexture());
@@ -78,8 +99,8 @@ TEST_F(ImageList, LoadImageAppendsTheFile) {
   SDL_FreeSurface(surface);
   List list(0, 0, 10, 10);
   list.LoadImage(file);
-  ASSERT_EQ(1u, list.Images.size());
-  textures.push_back(list.Images[0]);
+  ASSERT_EQ(1u, list.getImages()->size());
+  textures.push_back(list.getImages()->at(0));
   list.DisplayImage(0, 0);
   EXPECT_EQ((SDL_Rect{0, 0, 7, 9}), list.getSrcRect());
   std::filesystem::remove(file);
@@ -88,24 +109,25 @@ TEST_F(ImageList, LoadImageAppendsTheFile) {
 TEST_F(ImageList, ListsMayShareTheCallersVector) {
   std::vector<SDL_Texture*> shared;
   List one(0, 0, 10, 10), two(0, 0, 10, 10);
+  const std::vector<SDL_Texture*>*const ownOfOne = one.getImages(), *const ownOfTwo = two.getImages();
   one.setImages(&shared);
   two.setImages(&shared);
   one.pushImage(solid(4, 5, red));
-  EXPECT_TRUE(one.Images.empty());
+  EXPECT_TRUE(ownOfOne->empty());
   two.DisplayImage(0, 0);
   EXPECT_EQ(shared[0], two.GetTargetTexture());
   EXPECT_EQ(&shared, two.getImages());
   two.setImages(nullptr);
-  EXPECT_EQ(&two.Images, two.getImages());
+  EXPECT_EQ(ownOfTwo, two.getImages());
 }
 
 TEST_F(ImageList, MinusOneDoesNothingAtFirstAndClearsAfterAnImage) {
   List* list = make(0, 0);
-  list->SetTargetTexture(list->Images[1]);
+  list->SetTargetTexture(list->getImages()->at(1));
   list->DisplayImage(-1, 0);  // the index is -1 already
-  EXPECT_EQ(list->Images[1], list->GetTargetTexture());
+  EXPECT_EQ(list->getImages()->at(1), list->GetTargetTexture());
   list->DisplayImage(0, 0);
-  EXPECT_EQ(list->Images[0], list->GetTargetTexture());
+  EXPECT_EQ(list->getImages()->at(0), list->GetTargetTexture());
   EXPECT_EQ((SDL_Rect{0, 0, 30, 20}), list->getSrcRect());
   list->DisplayImage(-1, 0);
   EXPECT_EQ(-1, list->getCurrentImageIndex());
@@ -126,28 +148,55 @@ TEST_F(ImageList, AnIndexOfTheSizeIsStoredAndClearsTheImage) {
   list->DisplayImage(1, 0);
   list->DisplayImage(3, 0);  // above the size: nothing
   EXPECT_EQ(1, list->getCurrentImageIndex());
-  EXPECT_EQ(list->Images[1], list->GetTargetTexture());
+  EXPECT_EQ(list->getImages()->at(1), list->GetTargetTexture());
   list->DisplayImage(2, 0);
   EXPECT_EQ(2, list->getCurrentImageIndex());
   EXPECT_EQ(nullptr, list->GetTargetTexture());
 }
 
-TEST_F(ImageList, DataIsStoredWithAnImageAndClearedWithIt) {
-  List* list = make(0, 0);
+// An image of 100 by 60 at 40, 50, and data of 10 by 10.
+class ImageListData : public ImageList {
+ protected:
+  SDL_Rect shown() {
+    clear(0, 0, 0);
+    list->draw();
+    return inked(0);
+  }
+  List* list = make(40, 50);
   SDL_Texture* data = solid(10, 10, blue);
-  list->DisplayImage(0, 0, data, 7, -3);
-  EXPECT_EQ(data, list->mpDataTexture);
-  EXPECT_EQ(7, list->mDataOffsetX);
-  EXPECT_EQ(-3, list->mDataOffsetY);
-  list->DisplayImage(0, 0, nullptr, 1, 1);  // the index shown already: not even the data
-  EXPECT_EQ(data, list->mpDataTexture);
-  EXPECT_EQ(7, list->mDataOffsetX);
-  list->DisplayImage(1, 0);  // the short form leaves the data
-  EXPECT_EQ(data, list->mpDataTexture);
+};
+
+TEST_F(ImageListData, IsShownWithItsImage) {
+  list->DisplayImage(0, 0, data, 100, -3);
+  EXPECT_EQ((SDL_Rect{40, 47, 110, 63}), shown());
+}
+
+TEST_F(ImageListData, StaysWhenTheIndexIsTheOneShown) {
+  list->DisplayImage(0, 0, data, 100, -3);
+  list->DisplayImage(0, 0, nullptr, 1, 1);
+  EXPECT_EQ((SDL_Rect{40, 47, 110, 63}), shown());
+}
+
+TEST_F(ImageListData, IsLeftAloneByTheShortForm) {
+  list->DisplayImage(0, 0, data, 100, -3);
+  list->DisplayImage(1, 0);
+  EXPECT_EQ((SDL_Rect{40, 47, 110, 63}), shown());
+  list->DisplayImage(-1, 0);
+  EXPECT_EQ((SDL_Rect{140, 47, 10, 10}), shown()) << "also by one that clears the image";
+}
+
+TEST_F(ImageListData, GoesWithItsImage) {
+  list->DisplayImage(0, 0, data, 100, -3);
   list->DisplayImage(2, 0, data, 5, 5);
-  EXPECT_EQ(nullptr, list->mpDataTexture);
-  EXPECT_EQ(0, list->mDataOffsetX);
-  EXPECT_EQ(0, list->mDataOffsetY);
+  EXPECT_EQ(0, shown().w);
+}
+
+TEST_F(ImageListData, TakesItsOffsetsAlong) {
+  auto* opened = make<Inside>(40, 50);
+  opened->DisplayImage(0, 0, data, 100, -3);
+  opened->DisplayImage(2, 0, data, 5, 5);
+  EXPECT_EQ(0, opened->mDataOffsetX);
+  EXPECT_EQ(0, opened->mDataOffsetY);
 }
 
 TEST_F(ImageList, DrawsTheImageIntoItsRectangle) {
