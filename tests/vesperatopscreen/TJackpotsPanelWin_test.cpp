@@ -1,7 +1,9 @@
 // The win, the idle sparkle and the overlays of the jackpot panel on the whole screen.
 #include "tests/vesperatopscreen/JackpotsFixture.h"
 
+#include <algorithm>
 #include <filesystem>
+#include <initializer_list>
 #include <set>
 
 #include "components/TControlCyphers3.h"
@@ -69,71 +71,91 @@ TEST_F(Jackpots, AWinGoesOnWhereTheClockComesRound) {
   EXPECT_NEAR(1180, at.w, 2) << "it pulses";
 }
 
-TEST_F(Jackpots, AWinIsNoticedFliesPulsesAndGoesBackToIdle) {
-  start(4);
-  win(1, true);
+// The win of the second of four levels.
+class JackpotWin : public Jackpots {
+ protected:
+  JackpotWin() {
+    start(4);
+    win(1, true);
+  }
+  // The pauses between the frames, one after the other.
+  void skip(std::initializer_list<Uint32> pauses) {
+    for (const Uint32 milliseconds : pauses) screen.skip(milliseconds);
+  }
+  bool panelIsAt(const SDL_Rect& expected) {
+    const SDL_Rect at = place("JackpotWinPanel");
+    return SDL_RectEquals(&at, &expected);
+  }
+  const SDL_Rect from = TJackpotLayout(4).levelRect(1), middle{506, 436, 908, 208};
+};
+
+TEST_F(JackpotWin, IsNoticedAndBegins200MillisecondsLater) {
   EXPECT_EQ(1u, screen.app().linesOf("1|Jackpot LEVEL2 was won! Showing win animation!"));
-  screen.skip(200);
-  EXPECT_FALSE(shown("pDarkBackground")) << "200 ms from the notice to the start";
+  skip({200});
+  EXPECT_FALSE(shown("pDarkBackground"));
   EXPECT_EQ(1u, sparkles().size());
-  screen.skip(1);
+  skip({1});
   EXPECT_TRUE(shown("pDarkBackground"));
   EXPECT_TRUE(shown("JackpotWinPanel"));
+  EXPECT_TRUE(panelIsAt(from)) << "it starts at the level's place";
+}
+
+TEST_F(JackpotWin, TakesThePlaceOfItsLevelAndOfTheSparkle) {
+  skip({201});
   EXPECT_TRUE(screen.part(1, "pPanelAnimation")->isVisible());
   EXPECT_EQ(std::vector<int>{}, sparkles()) << "no sparkle during a win";
   for (const char* name :
        {"pJackpotFrame", "ControlCyphers", "pJackpotCurrency", "pJackpotInfo", "pJackpotInfoBackground"})
     EXPECT_FALSE(screen.part(1, name)->isVisible()) << name;
-  SDL_Rect at = place("JackpotWinPanel"), from = TJackpotLayout(4).levelRect(1);
-  EXPECT_TRUE(SDL_RectEquals(&at, &from)) << "it starts at the level's place";
+}
 
-  screen.skip(500);
-  at = place("JackpotWinPanel");
+TEST_F(JackpotWin, FliesToTheMiddleAndHasParticlesThere) {
+  skip({201, 500});
+  const SDL_Rect at = place("JackpotWinPanel");
   EXPECT_EQ(908, at.w);
   const float half = move_to_center(TAnimation(), 0.5f);
   EXPECT_NEAR(99 + (506 - 99) * half, at.x, 1);
   EXPECT_NEAR(369 + (436 - 369) * half, at.y, 1);
   EXPECT_FALSE(shown("pParticleAnimation[1]"));
+  skip({500});
+  EXPECT_TRUE(shown("pParticleAnimation[1]")) << "with the arrival";
+  EXPECT_TRUE(panelIsAt(middle));
+}
 
-  screen.skip(500);
-  EXPECT_TRUE(shown("pParticleAnimation[1]")) << "particles with the arrival";
-  at = place("JackpotWinPanel");
-  const SDL_Rect middle{506, 436, 908, 208};
-  EXPECT_TRUE(SDL_RectEquals(&at, &middle));
-  screen.skip(400);
-  at = place("JackpotWinPanel");
-  EXPECT_TRUE(SDL_RectEquals(&at, &middle)) << "the pause before the pulse";
-  screen.skip(500);
-  at = place("JackpotWinPanel");
-  EXPECT_EQ(1180, at.w) << "at most 30 per cent larger";
-  EXPECT_EQ(270, at.h);
-  EXPECT_EQ(506 - 136, at.x);
-  EXPECT_EQ(436 - 31, at.y);
-  screen.skip(500);
-  at = place("JackpotWinPanel");
-  EXPECT_NEAR(908, at.w, 1);
+TEST_F(JackpotWin, PulsesAboutTheMiddleAfterAPause) {
+  skip({201, 500, 500, 400});
+  EXPECT_TRUE(panelIsAt(middle)) << "the pause before the pulse";
+  skip({500});
+  EXPECT_TRUE(panelIsAt({506 - 136, 436 - 31, 1180, 270})) << "at most 30 per cent larger";
+  skip({500});
+  EXPECT_NEAR(908, place("JackpotWinPanel").w, 1);
+}
 
-  // The pulse goes on for as long as the status stays.
+TEST_F(JackpotWin, PulsesForAsLongAsTheStatusStays) {
+  skip({201, 1000, 1400});
   int widest = 0;
   for (int i = 0; i < 150; ++i) {
-    screen.skip(20);
+    skip({20});
     const SDL_Rect now = place("JackpotWinPanel");
     EXPECT_GE(now.w, 908);
     EXPECT_LE(now.w, 1181);
     widest = std::max(widest, now.w);
   }
   EXPECT_GT(widest, 1170);
+}
 
+TEST_F(JackpotWin, GoesBackToIdleWithItsStatus) {
+  skip({201, 1000, 700});
   win(1, false);
   EXPECT_EQ(1u, screen.app().linesOf("1|Hiding jackpot win animation."));
   for (const char* name : {"pDarkBackground", "JackpotWinPanel", "pParticleAnimation[1]"})
-    EXPECT_FALSE(shown(name));
+    EXPECT_FALSE(shown(name)) << name;
   for (const char* name : {"pJackpotFrame", "ControlCyphers", "pJackpotCurrency"})
     EXPECT_TRUE(screen.part(1, name)->isVisible()) << name;
   EXPECT_FALSE(screen.part(1, "pPanelAnimation")->isVisible());
   EXPECT_TRUE(historyShown(1));
   EXPECT_EQ(1u, sparkles().size());
-  at = place("pJackpotPanel[1]");
+  const SDL_Rect at = place("pJackpotPanel[1]");
   EXPECT_TRUE(SDL_RectEquals(&at, &from));
 }
 
