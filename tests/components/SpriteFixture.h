@@ -11,33 +11,12 @@
 struct Sprites : TSpriteAnimation {
   Sprites(int x, int y, int w, int h, const std::string& file, TAnimationMode mode)
     : TSpriteAnimation(nullptr, x, y, w, h, file, mode, "sprites") {}
-  using TSpriteAnimation::mAnimationMode;
-  using TSpriteAnimation::mBackgroundColor;
-  using TSpriteAnimation::mBlendMode;
-  using TSpriteAnimation::mBuffer;
-  using TSpriteAnimation::mCurrentFrame;
-  using TSpriteAnimation::mDestinationFrame;
-  using TSpriteAnimation::mDrawXOfset;
-  using TSpriteAnimation::mDrawYOfset;
-  using TSpriteAnimation::mFileName;
-  using TSpriteAnimation::mHideAfterEnd;
-  using TSpriteAnimation::mLastRefresh;
-  using TSpriteAnimation::mLoadFinished;
-  using TSpriteAnimation::mLoadThread;
-  using TSpriteAnimation::mLoopStartFrame;
-  using TSpriteAnimation::mLoopStopFrame;
-  using TSpriteAnimation::mPlayed;
-  using TSpriteAnimation::mRect;
-  using TSpriteAnimation::mRefreshRate;
-  using TSpriteAnimation::mResize;
-  using TSpriteAnimation::mResizeFactorX;
-  using TSpriteAnimation::mResizeFactorY;
-  using TSpriteAnimation::mRotPivot;
-  using TSpriteAnimation::mSprites;
 
+  // A frame as it was read.
+  const TSprite& frame(size_t i) const { return *mSprites.at(i); }
   // Waits for the loader and leaves the counters alone.
   Sprites& loaded() {
-    SetFrame(mDestinationFrame, true);
+    CopyData(nullptr);
     return *this;
   }
 };

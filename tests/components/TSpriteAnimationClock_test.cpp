@@ -36,8 +36,7 @@ TEST_F(SpriteClock, AnAnimationBegunOnTickZeroRuns) {
   Sprites sprites(0, 0, 20, 20, atlas("zero", 10, 20, 20), TSpriteAnimation::LOOP);
   sprites.loaded().SetRefreshRate(25.0f);
   EXPECT_EQ(0, seen(sprites, kRound));
-  EXPECT_NE(0u, sprites.mLastRefresh) << "0 stands for not begun";
-  EXPECT_EQ(0, seen(sprites, kRound + 38));  // counted from the millisecond before
+  EXPECT_EQ(0, seen(sprites, kRound + 38));  // counted from the millisecond before: 0 stands for not begun
   EXPECT_EQ(1, seen(sprites, kRound + 39));
   EXPECT_EQ(2, seen(sprites, kRound + 79));
 }
@@ -94,11 +93,13 @@ TEST_F(SpriteClock, OnlyAFinishedAnimationHides) {
 }
 
 TEST_F(SpriteClock, TheFirstDrawNotesItsTickAlsoWithoutFrames) {
-  Sprites empty(0, 0, 20, 20, "", TSpriteAnimation::LOOP);
-  seen(empty, 1234);
-  EXPECT_EQ(1234u, empty.mLastRefresh);
-  seen(empty, 2000);
-  EXPECT_EQ(1234u, empty.mLastRefresh) << "no step is made";
+  Sprites source(0, 0, 20, 20, atlas("later", 60, 20, 20), TSpriteAnimation::LOOP);
+  Sprites sprites(0, 0, 20, 20, "", TSpriteAnimation::LOOP);
+  sprites.SetRefreshRate(25.0f);
+  seen(sprites, 1234);
+  seen(sprites, 2000);  // no step is made
+  sprites.CopyData(&source.loaded());
+  EXPECT_EQ(20, seen(sprites, 1244 + 20 * 40));
 }
 
 TEST_F(SpriteClock, AFinishedAnimationMakesNoStep) {
@@ -108,7 +109,6 @@ TEST_F(SpriteClock, AFinishedAnimationMakesNoStep) {
   seen(once, 1050);
   ASSERT_TRUE(once.FinishPlaying());
   seen(once, 3000);
-  EXPECT_EQ(1050u, once.mLastRefresh);
   EXPECT_EQ(1, once.GetCurrentFrame());
 }
 
@@ -125,4 +125,35 @@ TEST_F(SpriteClock, ASingleFrameOfOnceIsDrawnOnce) {
   EXPECT_EQ(0, seen(sprites, 1000));
   EXPECT_TRUE(sprites.FinishPlaying());
   EXPECT_EQ(-1, seen(sprites, 1001));
+}
+
+TEST_F(SpriteClock, AResetBeginsAnewAtItsSize) {
+  Sprites sprites(0, 0, 20, 20, atlas("anew", 4, 20, 20), TSpriteAnimation::ONCE);
+  sprites.loaded().SetRefreshRate(25.0f);
+  drawn(sprites, 1000);
+  drawn(sprites, 1070);  // and three quarters of the next
+  sprites.SetResizeFactor(2, 2);
+  sprites.ResetAnimation();
+  EXPECT_EQ(0, sprites.GetCurrentFrame());
+  EXPECT_EQ(0, drawn(sprites, 6000));
+  EXPECT_EQ((SDL_Rect{0, 0, 20, 20}), inked(0));
+  EXPECT_EQ(0, drawn(sprites, 6039));
+  EXPECT_EQ(1, drawn(sprites, 6040));
+}
+
+TEST_F(SpriteClock, AResetPlaysAgainWhatIsOver) {
+  Sprites sprites(0, 0, 20, 20, atlas("again", 4, 20, 20), TSpriteAnimation::ONCE);
+  sprites.loaded().SetRefreshRate(25.0f);
+  drawn(sprites, 1000);
+  drawn(sprites, 1120);
+  ASSERT_TRUE(sprites.FinishPlaying());
+  sprites.ResetAnimation(6000);
+  EXPECT_FALSE(sprites.FinishPlaying());
+  EXPECT_EQ(2, drawn(sprites, 6080)) << "counted from the tick that is given";
+}
+
+TEST_F(SpriteClock, ThePartOfAFrameIsCarriedOver) {
+  Sprites sprites(0, 0, 20, 20, atlas("long", 60, 20, 20), TSpriteAnimation::LOOP);
+  sprites.loaded().SetRefreshRate(25.0f);
+  for (Uint32 i = 0; i < 38; ++i) EXPECT_EQ(static_cast<int>(39 * i / 40), drawn(sprites, 1000 + 39 * i));
 }

@@ -75,19 +75,28 @@ TEST_F(SpriteDrawing, AFrameOnItsOwnIsPlacedLikeADrawnOne) {
 }
 
 TEST_F(SpriteDrawing, ThePivotIsTheMiddleOfTheLowerEdgeAsDrawn) {
-  Sprites sprites(150, 60, 80, 50, atlas("turn", 1, 80, 50), TSpriteAnimation::NONE);
+  struct Turned : Sprites {
+    using Sprites::mRotPivot;
+    using Sprites::Sprites;
+  };
+  Turned sprites(150, 60, 80, 50, atlas("turn", 1, 80, 50), TSpriteAnimation::NONE);
   sprites.loaded().SetResizeFactor(0.5, 0.3);
-  sprites.draw();
-  EXPECT_EQ(-1, sprites.mRotPivot.x) << "an upright frame has none";
+  for (const double upright : {0.0, -40.0}) {
+    sprites.setAngle(upright);
+    sprites.draw();
+    EXPECT_EQ((SDL_Point{-1, -1}), sprites.mRotPivot) << "an upright frame has none";
+  }
   sprites.setAngle(0.5);
   sprites.draw();
-  EXPECT_EQ(20, sprites.mRotPivot.x);
-  EXPECT_EQ(15, sprites.mRotPivot.y);
+  EXPECT_EQ((SDL_Point{20, 15}), sprites.mRotPivot);
+}
+
+TEST_F(SpriteDrawing, AHalfTurnGoesOverTheLowerEdge) {
+  Sprites sprites(150, 60, 80, 50, atlas("turn", 1, 80, 50), TSpriteAnimation::NONE);
   clear(0, 0, 0);
-  sprites.setAngle(180.0);
-  sprites.SetResizeFactor(1.0, 1.0);
+  sprites.loaded().setAngle(180.0);
   sprites.draw();
-  EXPECT_EQ((SDL_Rect{150, 110, 80, 50}), inked(0)) << "turned over its lower edge";
+  EXPECT_EQ((SDL_Rect{150, 110, 80, 50}), inked(0));
   clear(0, 0, 0);
   sprites.drawFrame(0, SDL_Rect{150, 60, 1, 1});
   EXPECT_EQ((SDL_Rect{150, 110, 80, 50}), inked(0));
@@ -133,7 +142,13 @@ TEST_F(SpriteDrawing, CopiesTakeWidthHeightAndMarksEachFromItsPlace) {
   source.SetLoopStopFrame(4);
   source.SetFrame(3, false);
   source.SetRefreshRate(50.0f);
-  Sprites copy(0, 0, 30, 20, "", TSpriteAnimation::NONE);
+  struct Copy : Sprites {
+    using Sprites::mLoopStartFrame;
+    using Sprites::mLoopStopFrame;
+    using Sprites::mRefreshRate;
+    using Sprites::Sprites;
+  };
+  Copy copy(0, 0, 30, 20, "", TSpriteAnimation::NONE);
   copy.CopyData(&source);
   EXPECT_EQ(30, copy.GetOriginalWidth());
   EXPECT_EQ(20, copy.GetOriginalHeight());
@@ -163,7 +178,7 @@ TEST_F(SpriteDrawing, CutFramesKeepTheirTransparency) {
       <sprite n="a" x="0" y="0" w="20" h="10"/></TextureAtlas>)"),
                   TSpriteAnimation::NONE);
   sprites.loaded();
-  SDL_Surface* cut = sprites.mSprites[0]->surface;
+  SDL_Surface* cut = sprites.frame(0).surface;
   ASSERT_NE(nullptr, cut);
   Uint8 r = 0, g = 0, b = 0, a = 0;
   Uint32 value = 0;
@@ -185,8 +200,10 @@ TEST_F(SpriteDrawing, AnyNameWithDotPngInItIsAStrip) {
   Sprites sprites(0, 0, 20, 20, folder + "strip.png_", TSpriteAnimation::LOOP);  // the loader's other endings hold
   testing::internal::GetCapturedStdout();
   EXPECT_EQ(3, sprites.GetNumFrames());
-  EXPECT_EQ(nullptr, sprites.mLoadThread);
-  EXPECT_EQ("BLEND", sprites.mBlendMode);
+  EXPECT_EQ(0, drawn(sprites, 1000)) << "cut at once";
+  SDL_BlendMode mode = SDL_BLENDMODE_INVALID;
+  SDL_GetTextureBlendMode(sprites.frame(0).texture.get(), &mode);
+  EXPECT_EQ(SDL_BLENDMODE_BLEND, mode);
 }
 
 TEST_F(SpriteDrawing, TheDrawColourIsTheBackgroundsWhileAStripLoads) {
@@ -202,4 +219,29 @@ TEST_F(SpriteDrawing, TheDrawColourIsTheBackgroundsWhileAStripLoads) {
     EXPECT_EQ(row.colour, colourOfTheLoad);
     EXPECT_EQ(0x01020304u, drawColour(renderer)) << "and the old one again afterwards";
   }
+}
+
+TEST_F(SpriteDrawing, CopiesShareTheFrames) {
+  auto source = std::make_unique<Sprites>(0, 0, 20, 20, atlas("shared", 6, 20, 20), TSpriteAnimation::LOOP);
+  Sprites copy(0, 0, 20, 20, "", TSpriteAnimation::ONCE);
+  copy.CopyData(nullptr);
+  copy.CopyData(&source->loaded());
+  ASSERT_EQ(6, copy.GetNumFrames());
+  for (size_t i = 0; i < 6; ++i) EXPECT_EQ(&source->frame(i), &copy.frame(i));
+  source.reset();
+  EXPECT_EQ(0, drawn(copy, 1000)) << "the frames live as long as one of them";
+}
+
+TEST_F(SpriteDrawing, CopiesTakeTheBlendModeAndKeepTheirOwnMode) {
+  writeCells("cells.png", 1, 20, 20);
+  Sprites source(0, 0, 20, 20, write("added", R"(<TextureAtlas imagePath="cells.png" blendMode="ADD">
+    <sprite n="a" x="0" y="0" w="20" h="20"/></TextureAtlas>)"),
+                 TSpriteAnimation::LOOP);
+  Sprites copy(0, 0, 20, 20, "", TSpriteAnimation::ONCE);
+  copy.CopyData(&source.loaded());
+  copy.draw();
+  SDL_BlendMode mode = SDL_BLENDMODE_INVALID;
+  SDL_GetTextureBlendMode(copy.frame(0).texture.get(), &mode);
+  EXPECT_EQ(SDL_BLENDMODE_ADD, mode);
+  EXPECT_TRUE(copy.FinishPlaying()) << "its single frame has been shown once";
 }

@@ -62,13 +62,19 @@ void SDL_DestroyTexture(SDL_Texture* texture) {
 
 namespace {
 
+struct Made : Sprites {
+  using Sprites::mLoopStopFrame;
+  using Sprites::mSprites;
+  using Sprites::Sprites;
+};
+
 // An animation of so many full-screen frames that share the pixels of one surface, so that the test itself is
 // small.
 class FullScreenFrames : public SpriteAnimation {
  protected:
   ~FullScreenFrames() override { SDL_FreeSurface(surface); }
   std::unique_ptr<Sprites> make(int frames) {
-    auto sprites = std::make_unique<Sprites>(0, 0, 1920, 1080, "", TSpriteAnimation::LOOP);
+    auto sprites = std::make_unique<Made>(0, 0, 1920, 1080, "", TSpriteAnimation::LOOP);
     for (int i = 0; i < frames; ++i) {
       auto sprite = std::make_shared<TSprite>();
       sprite->id = i;
