@@ -50,7 +50,8 @@ TEST_P(Layers, OfTheDigitsHaveNoColourWhereNoGlyphIs) {
   expectClear(digits->mpCyphers.get());
   expectClear(digits->mpDot.get());  // the comma, which does not fill its cell
   digits->SetFont(ttf, SDL_Color{255, 255, 255, 255});
-  for (SDL_Texture* layer : {digits->mpCyphers.get(), digits->mpDot.get(), digits->mpComma.get()}) expectClear(layer);
+  for (SDL_Texture* layer : {digits->mpCyphers.get(), digits->mpDot.get(), digits->mpComma.get()})
+    expectClear(layer);
 }
 
 TEST_P(Layers, OfTwoLinesHaveNoColourWhereNoLetterIs) {

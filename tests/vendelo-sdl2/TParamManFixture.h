@@ -20,8 +20,8 @@ using namespace vendelo_sdl2;
 class Store : public TParamMan, public TActionMan {
  public:
   using TParamMan::AddParamToCache;
-  using TParamMan::ParamList;
   using TParamMan::ParametersThatTriggerAction;
+  using TParamMan::ParamList;
 
   Parameter OnRequestValue(const std::string& address, const std::string& name) override {
     requests.push_back(address + "/" + name);
