@@ -48,6 +48,8 @@ TEST_F(PictureHeader, NeverSoManyThatNoRendererDrawsThem) {
   EXPECT_TRUE(tooMany(png(16385, 16384, 8, 2), 20000000));
   EXPECT_TRUE(tooMany(png(2147483647, 2147483647, 16, 6), 20000000));
   EXPECT_TRUE(tooMany(png(4294967295, 4294967295, 255, 255), 20000000));
+  EXPECT_TRUE(tooMany(png(4294967295, 4294967295, 8, 6).substr(0, 26), 26)) << "all that is asked for is there";
+  EXPECT_FALSE(tooMany(png(4294967295, 4294967295, 8, 6).substr(0, 25), 25));
   EXPECT_TRUE(tooMany(jpeg(65535, 65535, 0xc0), 20000000));
   EXPECT_TRUE(tooMany(jpeg(65535, 65535, 0xc9), 20000000)) << "however it is coded";
   EXPECT_FALSE(tooMany(png(16384, 16384, 8, 6), 20000000));

@@ -1,6 +1,7 @@
 // Ends that begin where locks are held: whoever was to come next can still have them.
 #include <gtest/gtest.h>
 #include <unistd.h>
+#include <atomic>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
@@ -52,6 +53,33 @@ TEST_F(SetGuiThatThrows, InTheModulesConstructorLeavesTheDrawMutexFreeAndNoModul
   EXPECT_TRUE(drawMutexIsFree(app));
   EXPECT_EQ(app.GUI(), nullptr);
   EXPECT_EQ(app.status(), TApplication::APP_INITIALIZING);
+}
+
+// A crashed thread does not wait for ever for what another one draws under.
+TEST(CrashEnd, AsksForTheDrawMutexForAFifthOfASecond) {
+  ChildProcess child([] {
+    static std::atomic<int> sleeps{0};
+    static std::atomic<bool> held{false};
+    auto* app = new TestApplication;  // never deleted: the process ends
+    SystemSeams.MicroSleep = [](useconds_t microseconds) {
+      sleeps += microseconds == 1000;
+      return 0;
+    };
+    SystemSeams.Kill = [](pid_t, int) {
+      dprintf(STDERR_FILENO, "[slept %d]", sleeps.load());
+      _exit(9);
+      return 0;
+    };
+    std::thread([app] {
+      app->lockDrawMutex();
+      held = true;
+      for (;;) usleep(1000);
+    }).detach();
+    while (!held) usleep(1000);
+    std::raise(SIGSEGV);
+  });
+  EXPECT_EQ(child.end(), "exit 9");
+  EXPECT_EQ(occurrences("[slept 200]", child.output()), 1) << child.output();
 }
 
 // The main mutex is held there, and the teardown takes it on the draw thread.
