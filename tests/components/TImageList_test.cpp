@@ -192,11 +192,14 @@ TEST_F(ImageListData, GoesWithItsImage) {
 }
 
 TEST_F(ImageListData, TakesItsOffsetsAlong) {
-  auto* opened = make<Inside>(40, 50);
-  opened->DisplayImage(0, 0, data, 100, -3);
-  opened->DisplayImage(2, 0, data, 5, 5);
-  EXPECT_EQ(0, opened->mDataOffsetX);
-  EXPECT_EQ(0, opened->mDataOffsetY);
+  Inside opened(40, 50, 100, 60);
+  opened.pushImage(solid(30, 20, red));
+  opened.pushImage(solid(50, 40, green));
+  opened.DisplayImage(0, 0, data, 100, -3);
+  EXPECT_EQ(100, opened.mDataOffsetX);
+  opened.DisplayImage(2, 0, data, 5, 5);
+  EXPECT_EQ(0, opened.mDataOffsetX);
+  EXPECT_EQ(0, opened.mDataOffsetY);
 }
 
 TEST_F(ImageList, DrawsTheImageIntoItsRectangle) {

@@ -333,20 +333,20 @@ TEST_F(Signals, FrequencyOfZeroIsADivisionFault) {
 TEST_F(Signals, FailedThreadCheckIsACrash) {
   const struct {
     const char* name;
-    Threads thread;
+    int thread;
     std::string end;
     std::vector<std::string> told;
   } rows[] = {
     {"this thread", THREAD_MAIN, exitWith(0), {}},
     {"another thread", THREAD_DRAW, killedBy(SIGABRT), {"Error: signal 6:", "[destroy]"}},
-    {"no thread", static_cast<Threads>(2), killedBy(SIGABRT), {"Error: signal 6:", "[destroy]"}},
+    {"no thread", 2, killedBy(SIGABRT), {"Error: signal 6:", "[destroy]"}},
   };
   endAll(
     rows,
     [](const auto& row) {
       return std::make_unique<ChildProcess>([&] {
         Child child(Gui::NONE);
-        child.app->ThreadCheck(row.thread);
+        child.app->ThreadCheck(static_cast<Threads>(row.thread));
         _exit(0);
       });
     },
