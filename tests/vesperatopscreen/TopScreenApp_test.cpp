@@ -132,7 +132,8 @@ TEST_F(TopScreenAppTest, AReplyWithAMissingKeyIsAFailedRegistration) {
   client.SetListener(&app);
   client.SetInitMethod("topscreen.init", ParseInitResponse, DestroyInitObject);
   EXPECT_EQ(-1, client.Start(true, 0));
-  EXPECT_EQ(1, std::count_if(app.lines.begin(), app.lines.end(), [](const TestApp::Line& line) {
+  // More than one where the machine is so busy that the next series of attempts has begun meanwhile.
+  EXPECT_LE(1, std::count_if(app.lines.begin(), app.lines.end(), [](const TestApp::Line& line) {
               return line.text == "KSL: ERROR on init [Parsing of topscreen.init response failed.]!!!";
             }));
   EXPECT_EQ(',', MyUtils::decimal_separator);
