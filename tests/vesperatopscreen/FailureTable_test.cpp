@@ -94,7 +94,7 @@ class Link : public TKSLClient {
     SetListener(&app);
     SetPopRequestFrequency(10);  // requests for events go first: leave room for the others
     SetInitMethod("topscreen.init", ParseInitResponse, DestroyInitObject);
-    mDelay = [this](Uint32 milliseconds) {
+    mDelay = [](Uint32 milliseconds) {
       pause = milliseconds;
       SDL_Delay(1);
     };
