@@ -1,18 +1,20 @@
 #include "common/SkinXml.h"
 
 #include <fstream>
-#include <iterator>
 
 #include "common/XmlNesting.h"
 
 SkinXml::SkinXml(const std::string& path) {
   std::ifstream file(path, std::ios::binary);
-  if (!file) {
+  // By read, which notes a failing medium or a folder where the stream's iterators throw.
+  for (char piece[4096]; file.read(piece, sizeof piece) || file.gcount() > 0;)
+    mText.insert(mText.end(), piece, piece + file.gcount());
+  if (!file.is_open() || file.bad()) {
+    mText.clear();
     mFault = Fault::UNREADABLE;
     mProblem = "the file cannot be read";
     return;
   }
-  mText.assign(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>());
   mText.push_back('\0');
   if (IsNestedTooDeep(mText.data())) {
     mFault = Fault::NESTED_TOO_DEEP;

@@ -38,6 +38,23 @@ TEST_F(SkinXmls, MissingFileIsUnreadable) {
   EXPECT_FALSE(file.document().first_node());
 }
 
+TEST_F(SkinXmls, FolderInItsPlaceIsUnreadable) {
+  const SkinXml file(testing::TempDir());
+  EXPECT_EQ(file.fault(), Fault::UNREADABLE);
+  EXPECT_EQ(file.problem(), "the file cannot be read");
+  EXPECT_FALSE(file.document().first_node());
+}
+
+TEST_F(SkinXmls, LongFileIsReadToItsEnd) {
+  for (const size_t length : {4095u, 4096u, 4097u, 8192u, 100000u}) {
+    const std::string start = "<a b='", end = "'/>";
+    const std::string text(length - start.size() - end.size(), 'x');
+    const SkinXml file(written(start + text + end));
+    ASSERT_EQ(file.fault(), Fault::NONE) << length;
+    EXPECT_EQ(file.document().first_node("a")->first_attribute("b")->value(), text);
+  }
+}
+
 TEST_F(SkinXmls, EmptyFileIsAnEmptyDocument) {
   const SkinXml file(written(""));
   EXPECT_EQ(file.fault(), Fault::NONE);
