@@ -53,7 +53,7 @@ int AppMain(int argc, char** argv, const ApplicationMaker& MakeApplication) {
   return 0;
 }
 
-void EndProcess(int Result) {
+void ExitProgram(int Result) {
   std::fflush(nullptr);
   if (Result == initThrew || Result == runThrew) _exit(Result);
   std::exit(Result);

@@ -1,3 +1,3 @@
 #include "vesperatopscreen/AppMain.h"
 
-int main(int argc, char** argv) { EndProcess(AppMain(argc, argv)); }
+int main(int argc, char** argv) { ExitProgram(AppMain(argc, argv)); }

@@ -1,6 +1,7 @@
 // One frame of the GUI module: what runs, in which order and under which lock.
 #include <thread>
 
+#include "tests/support/ThreadState.h"
 #include "tests/vendelo-sdl2/TAppGuiModuleFixture.h"
 
 using namespace guitest;
@@ -63,37 +64,22 @@ TEST_F(AppGuiModule, DrawDurationIsWhatTheDrawingTook) {
 }
 
 TEST_F(AppGuiModule, NoRendererAndTerminationEndTheFrameAndLetTheMutexGo) {
-  const auto mutexIsFree = [this] {
-    bool free = false;
-    std::thread([&] {
-      free = app.tryLockDrawMutex();
-      if (free) app.unlockDrawMutex();
-    }).join();
-    return free;
-  };
   module->SetRenderer(nullptr);
   EXPECT_EQ(2, module->draw());
-  EXPECT_TRUE(mutexIsFree());
+  EXPECT_TRUE(drawMutexIsFree(app));
   module->SetRenderer(renderer);
   EXPECT_EQ(0, module->draw());
-  EXPECT_TRUE(mutexIsFree());
+  EXPECT_TRUE(drawMutexIsFree(app));
   app.setStatus(TApplication::APP_TERMINATE);
   EXPECT_EQ(1, module->draw());
-  EXPECT_TRUE(mutexIsFree());
+  EXPECT_TRUE(drawMutexIsFree(app));
 }
 
 TEST_F(AppGuiModule, TheMutexIsHeldWhileDrawingAndFreeWhileSleeping) {
   static HarnessApplication* application;
   static bool freeInSleep;
   application = &app;
-  const auto probe = [] {
-    bool free = false;
-    std::thread([&free] {
-      free = application->tryLockDrawMutex();
-      if (free) application->unlockDrawMutex();
-    }).join();
-    return free;
-  };
+  const auto probe = [] { return drawMutexIsFree(*application); };
   app.setStatus(TApplication::APP_RUNNING);
   module->makeBackBuffer(32, 16);
   module->SetTargetFPS(30);

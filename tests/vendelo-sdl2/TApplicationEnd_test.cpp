@@ -11,19 +11,11 @@
 
 #include "tests/support/ChildProcess.h"
 #include "tests/support/TestApplication.h"
+#include "tests/support/ThreadState.h"
 
 using namespace vendelo_sdl2;
 
 namespace {
-
-bool drawMutexIsFree(TestApplication& app) {
-  bool free = false;
-  std::thread([&] {
-    free = app.tryLockDrawMutex();
-    if (free) app.unlockDrawMutex();
-  }).join();
-  return free;
-}
 
 struct NoGui : StubGui {
   NoGui() { throw std::runtime_error("no gui"); }

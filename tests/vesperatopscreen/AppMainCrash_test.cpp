@@ -124,7 +124,7 @@ TEST(Crash, RebootsTheMachineUnlessItIsForbidden) {
       preparation = &crash;
       char name[] = "topscreen";
       char* arguments[] = {name, nullptr};
-      EndProcess(AppMain(1, arguments, makeApplication));
+      ExitProgram(AppMain(1, arguments, makeApplication));
     }));
   for (int i : {0, 1}) {
     EXPECT_EQ(children[i]->end(), "exit 77");

@@ -82,7 +82,7 @@ std::unique_ptr<ChildProcess> program(const Preparation& prepare) {
     preparation = &prepare;
     char name[] = "topscreen";
     char* arguments[] = {name, nullptr};
-    EndProcess(AppMain(1, arguments, makeApplication));
+    ExitProgram(AppMain(1, arguments, makeApplication));
   });
 }
 
