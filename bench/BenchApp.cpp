@@ -17,7 +17,7 @@ using namespace vendelo_sdl2;
 
 namespace {
 
-constexpr Uint32 warmUpMilliseconds = 6000;  // until the picture stands and every wheel has rolled
+constexpr Uint32 kWarmUpMilliseconds = 6000;  // until the picture stands and every wheel has rolled
 
 PlatformState fourLevels() {
   PlatformState state;
@@ -136,7 +136,7 @@ int BenchApp::DrawOnce() {
     screen_->AddComponent(sprite);
     runningSince_ = SDL_GetTicks();
   }
-  if (runningSince_ == 0 || SDL_GetTicks() - runningSince_ < warmUpMilliseconds)
+  if (runningSince_ == 0 || SDL_GetTicks() - runningSince_ < kWarmUpMilliseconds)
     return screen_ ? screen_->draw() : 2;
   measurement_(*this);
   return 1;

@@ -14,7 +14,7 @@
 
 namespace {
 
-constexpr int framesPerRound = 60;
+constexpr int kFramesPerRound = 60;
 
 void measure(BenchApp& app, int rounds) {
   TopScreenScreen& screen = app.screen();
@@ -25,13 +25,13 @@ void measure(BenchApp& app, int rounds) {
     double before = app.cpu();
     long allocated = allocationsOfThisThread();
     const long newed = newsOfThisThread();
-    for (int i = 0; i < framesPerRound; ++i) screen.draw();
+    for (int i = 0; i < kFramesPerRound; ++i) screen.draw();
     programNews += newsOfThisThread() - newed;
-    program.push_back((app.cpu() - before) / framesPerRound * 1000);
+    program.push_back((app.cpu() - before) / kFramesPerRound * 1000);
     programAllocations += allocationsOfThisThread() - allocated;
 
     recorder::start();
-    for (int i = 0; i < framesPerRound; ++i) {
+    for (int i = 0; i < kFramesPerRound; ++i) {
       screen.draw();
       recorder::mark();
     }
@@ -42,15 +42,15 @@ void measure(BenchApp& app, int rounds) {
     before = app.cpu();
     allocated = allocationsOfThisThread();
     for (int i = 0; i < recorder::frames(); ++i) recorder::replay(i);
-    floor.push_back((app.cpu() - before) / framesPerRound * 1000);
+    floor.push_back((app.cpu() - before) / kFramesPerRound * 1000);
     floorAllocations += allocationsOfThisThread() - allocated;
     app.unlockDrawMutex();
     ratios.push_back(program.back() / floor.back());
   }
-  const double frames = static_cast<double>(rounds) * framesPerRound;
+  const double frames = static_cast<double>(rounds) * kFramesPerRound;
   const double wall = seconds(CLOCK_MONOTONIC) - wallBefore;
   std::printf("driver %s, %d rounds of %d frames, %.1f copies a frame\n", app.driver().c_str(), rounds,
-              framesPerRound, static_cast<double>(copies) / framesPerRound);
+              kFramesPerRound, static_cast<double>(copies) / kFramesPerRound);
   std::printf("CPU ms a frame: program %.3f, floor %.3f, ratio %.3f (median of the rounds' ratios %.3f)\n",
               median(program), median(floor), median(program) / median(floor), median(ratios));
   std::printf("heap allocations a frame: program %.3f, floor %.3f; by our own code %.3f\n",

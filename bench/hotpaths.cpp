@@ -187,12 +187,12 @@ void reportLongest(const char* disk) {
               static_cast<double>(logBench->longestPoll()) / 1e6);
   logBench.reset();
 }
-constexpr int WriterLines = 100000;
+constexpr int kWriterLines = 100000;
 BENCHMARK(writeLog)
   ->Name("writeLog/disk_free")
   ->Setup([](const benchmark::State&) { logBench = std::make_unique<LogBench>(false); })
   ->Teardown([](const benchmark::State&) { reportLongest("disk free"); })
-  ->Iterations(WriterLines)
+  ->Iterations(kWriterLines)
   ->Threads(1)
   ->Threads(4)
   ->UseRealTime();
@@ -200,7 +200,7 @@ BENCHMARK(writeLog)
   ->Name("writeLog/disk_held_up")
   ->Setup([](const benchmark::State&) { logBench = std::make_unique<LogBench>(true); })
   ->Teardown([](const benchmark::State&) { reportLongest("disk held up"); })
-  ->Iterations(WriterLines)
+  ->Iterations(kWriterLines)
   ->Threads(4)
   ->UseRealTime();
 

@@ -24,7 +24,7 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-constexpr const char* POP = "game.popEvents";
+constexpr const char* kPop = "game.popEvents";
 
 // A process whose first line of output is a port.
 class Simulator {
@@ -144,7 +144,7 @@ Result pollFor(std::vector<Client>& clients, double seconds, std::chrono::millis
     for (Client& client : clients)
       if (client.socket >= 0 && !client.waits && client.due <= now) {
         client.got.clear();
-        ask(client, POP, "<param><value><int>" + std::to_string(client.id) + "</int></value></param>");
+        ask(client, kPop, "<param><value><int>" + std::to_string(client.id) + "</int></value></param>");
         client.due += interval;
       }
     poll(watched.data(), watched.size(), 1);

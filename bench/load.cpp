@@ -19,9 +19,9 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr int framesBefore = 120;
-constexpr int atlasFrames = 60;
-constexpr double giveUpSeconds = 60;
+constexpr int kFramesBefore = 120;
+constexpr int kAtlasFrames = 60;
+constexpr double kGiveUpSeconds = 60;
 
 const char* const pages[] = {"InfoPage_Paytable",   "InfoPage_Paytable_Bonus", "InfoPage_ExpandFeature",
                              "InfoPage_Features",   "InfoPages_BonusFeature",  "InfoPage_Features2",
@@ -68,8 +68,8 @@ Longest loadAtlas(BenchApp& app, const std::string& file, Atlas*& atlas) {
 // Its frames are shown for the first time, and so become textures.
 Longest playAtlas(BenchApp& app, Atlas& atlas) {
   Longest frames;
-  atlas.SetFrame(atlasFrames - 1, true);
-  while (atlas.GetCurrentFrame() < atlasFrames - 1) frames.draw(app.screen());
+  atlas.SetFrame(kAtlasFrames - 1, true);
+  while (atlas.GetCurrentFrame() < kAtlasFrames - 1) frames.draw(app.screen());
   return frames;
 }
 
@@ -79,12 +79,12 @@ Longest loadPages(BenchApp& app) {
   app.screen().ClearPaytablesPanel();
   app.screen().UpdatePaytablesPanel(false);
   const double begin = seconds(CLOCK_MONOTONIC);
-  for (long made = 0; made < 10 && seconds(CLOCK_MONOTONIC) - begin < giveUpSeconds;) {
+  for (long made = 0; made < 10 && seconds(CLOCK_MONOTONIC) - begin < kGiveUpSeconds;) {
     const long before = recorder::texturesFromSurfaces();
     frames.draw(app.screen());
     made = recorder::texturesFromSurfaces() - before;  // the full-screen animation takes one in every frame
   }
-  if (seconds(CLOCK_MONOTONIC) - begin >= giveUpSeconds)
+  if (seconds(CLOCK_MONOTONIC) - begin >= kGiveUpSeconds)
     std::fprintf(stderr, "bench_load: the pages did not come\n");
   return frames;
 }
@@ -106,7 +106,7 @@ void print(const char* what, const Series& with, const Series& without) {
 void measure(BenchApp& app, int rounds) {
   TopScreenScreen& screen = app.screen();
   const std::string folder = scratchFolder();
-  const std::string file = writeAtlas(folder, "sixty", atlasFrames, 1000, 380);
+  const std::string file = writeAtlas(folder, "sixty", kAtlasFrames, 1000, 380);
   writePages(folder + "Games/Bench/Icons/");
   fs::current_path(folder);  // the games' folders are looked for from here
   {
@@ -118,7 +118,7 @@ void measure(BenchApp& app, int rounds) {
   Series without, cutting, playing, paging;
   for (int round = 0; round < rounds; ++round) {
     Longest plain;
-    for (int i = 0; i < framesBefore; ++i) plain.draw(screen);
+    for (int i = 0; i < kFramesBefore; ++i) plain.draw(screen);
     without.add(plain);
     Atlas* atlas = nullptr;
     cutting.add(loadAtlas(app, file, atlas));

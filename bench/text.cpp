@@ -16,7 +16,7 @@ using namespace vendelo_sdl2;
 
 namespace {
 
-constexpr int textsPerRound = 100;
+constexpr int kTextsPerRound = 100;
 const char* const text =
   "The jackpot of 123.456,78 EUR was won today at 12:34 on terminal 17; the next one grows from 500 EUR";
 
@@ -29,7 +29,7 @@ template <class Make>
 void measure(BenchApp& app, Cost& cost, const Make& make) {
   SDL_Renderer* const renderer = app.screen().GetRenderer();
   const double cpu = app.cpu(), wall = seconds(CLOCK_MONOTONIC);
-  for (int i = 0; i < textsPerRound; ++i) {
+  for (int i = 0; i < kTextsPerRound; ++i) {
     SDL_Texture* const texture = make(renderer);
     SDL_Rect place{0, 0, 0, 0};
     SDL_QueryTexture(texture, nullptr, nullptr, &place.w, &place.h);
@@ -41,8 +41,8 @@ void measure(BenchApp& app, Cost& cost, const Make& make) {
   Uint32 pixel = 0;
   const SDL_Rect corner{0, 0, 1, 1};
   SDL_RenderReadPixels(renderer, &corner, SDL_PIXELFORMAT_ARGB8888, &pixel, 4);
-  cost.cpu.push_back((app.cpu() - cpu) / textsPerRound * 1000);
-  cost.wall.push_back((seconds(CLOCK_MONOTONIC) - wall) / textsPerRound * 1000);
+  cost.cpu.push_back((app.cpu() - cpu) / kTextsPerRound * 1000);
+  cost.wall.push_back((seconds(CLOCK_MONOTONIC) - wall) / kTextsPerRound * 1000);
 }
 
 void measureAll(BenchApp& app, int rounds) {

@@ -32,48 +32,48 @@ struct TRun {
   TSpecialChars::TDirection direction;
 };
 
-constexpr auto BOTH = TSpecialChars::BOTH;
-constexpr auto ONLY_TO_UPPER = TSpecialChars::ONLY_TO_UPPER;
+constexpr auto kBoth = TSpecialChars::BOTH;
+constexpr auto kOnlyToUpper = TSpecialChars::ONLY_TO_UPPER;
 
-constexpr TRun Runs[] = {
-  {0x0e0, 0x0f6, 1, -32, BOTH},
-  {0x0f8, 0x0fe, 1, -32, BOTH},
-  {0x0ff, 0x0ff, 1, 121, BOTH},
-  {0x101, 0x12f, 2, -1, BOTH},
-  {0x131, 0x131, 1, 'I' - 0x131, ONLY_TO_UPPER},  // dotless i
-  {0x133, 0x137, 2, -1, BOTH},
-  {0x13a, 0x148, 2, -1, BOTH},
-  {0x14b, 0x177, 2, -1, BOTH},
-  {0x17a, 0x17e, 2, -1, BOTH},
-  {0x17f, 0x17f, 1, 'S' - 0x17f, ONLY_TO_UPPER},  // long s
-  {0x371, 0x373, 2, -1, BOTH},
-  {0x377, 0x377, 1, -1, BOTH},
-  {0x37b, 0x37d, 1, 130, BOTH},
-  {0x3ac, 0x3ac, 1, -38, BOTH},
-  {0x3ad, 0x3af, 1, -37, BOTH},
-  {0x3b1, 0x3c1, 1, -32, BOTH},
-  {0x3c2, 0x3c2, 1, -31, ONLY_TO_UPPER},  // final sigma
-  {0x3c3, 0x3cb, 1, -32, BOTH},
-  {0x3cc, 0x3cc, 1, -64, BOTH},
-  {0x3cd, 0x3ce, 1, -63, BOTH},
-  {0x3d0, 0x3d0, 1, -62, ONLY_TO_UPPER},  // from here on the symbol forms of Greek letters
-  {0x3d1, 0x3d1, 1, -57, ONLY_TO_UPPER},
-  {0x3d5, 0x3d5, 1, -47, ONLY_TO_UPPER},
-  {0x3d6, 0x3d6, 1, -54, ONLY_TO_UPPER},
-  {0x3d7, 0x3d7, 1, -8, BOTH},
-  {0x3d9, 0x3ef, 2, -1, BOTH},
-  {0x3f0, 0x3f0, 1, -86, ONLY_TO_UPPER},
-  {0x3f1, 0x3f1, 1, -80, ONLY_TO_UPPER},
-  {0x3f2, 0x3f2, 1, 7, BOTH},
-  {0x3f3, 0x3f3, 1, -116, BOTH},
-  {0x3f5, 0x3f5, 1, -96, ONLY_TO_UPPER},
-  {0x3f8, 0x3f8, 1, -1, BOTH},
-  {0x3fb, 0x3fb, 1, -1, BOTH},
+constexpr TRun kRuns[] = {
+  {0x0e0, 0x0f6, 1, -32, kBoth},
+  {0x0f8, 0x0fe, 1, -32, kBoth},
+  {0x0ff, 0x0ff, 1, 121, kBoth},
+  {0x101, 0x12f, 2, -1, kBoth},
+  {0x131, 0x131, 1, 'I' - 0x131, kOnlyToUpper},  // dotless i
+  {0x133, 0x137, 2, -1, kBoth},
+  {0x13a, 0x148, 2, -1, kBoth},
+  {0x14b, 0x177, 2, -1, kBoth},
+  {0x17a, 0x17e, 2, -1, kBoth},
+  {0x17f, 0x17f, 1, 'S' - 0x17f, kOnlyToUpper},  // long s
+  {0x371, 0x373, 2, -1, kBoth},
+  {0x377, 0x377, 1, -1, kBoth},
+  {0x37b, 0x37d, 1, 130, kBoth},
+  {0x3ac, 0x3ac, 1, -38, kBoth},
+  {0x3ad, 0x3af, 1, -37, kBoth},
+  {0x3b1, 0x3c1, 1, -32, kBoth},
+  {0x3c2, 0x3c2, 1, -31, kOnlyToUpper},  // final sigma
+  {0x3c3, 0x3cb, 1, -32, kBoth},
+  {0x3cc, 0x3cc, 1, -64, kBoth},
+  {0x3cd, 0x3ce, 1, -63, kBoth},
+  {0x3d0, 0x3d0, 1, -62, kOnlyToUpper},  // from here on the symbol forms of Greek letters
+  {0x3d1, 0x3d1, 1, -57, kOnlyToUpper},
+  {0x3d5, 0x3d5, 1, -47, kOnlyToUpper},
+  {0x3d6, 0x3d6, 1, -54, kOnlyToUpper},
+  {0x3d7, 0x3d7, 1, -8, kBoth},
+  {0x3d9, 0x3ef, 2, -1, kBoth},
+  {0x3f0, 0x3f0, 1, -86, kOnlyToUpper},
+  {0x3f1, 0x3f1, 1, -80, kOnlyToUpper},
+  {0x3f2, 0x3f2, 1, 7, kBoth},
+  {0x3f3, 0x3f3, 1, -116, kBoth},
+  {0x3f5, 0x3f5, 1, -96, kOnlyToUpper},
+  {0x3f8, 0x3f8, 1, -1, kBoth},
+  {0x3fb, 0x3fb, 1, -1, kBoth},
 };
 
 std::vector<TSpecialChars>& makeRows() {
   auto& rows = *new std::vector<TSpecialChars>;
-  for (const TRun& run : Runs)
+  for (const TRun& run : kRuns)
     for (int c = run.first; c <= run.last; c += run.step)
       rows.emplace_back(utf8(c), utf8(c + run.distance), run.direction);
   // Two capitals whose lower-case letters belong to other capitals.
@@ -107,7 +107,7 @@ size_t appendMapped(std::string& result, const std::string& Input, size_t at, in
 TSpecialChars::TSpecialChars(const std::string& lower, const std::string& upper, TDirection direction)
   : lower(lower), upper(upper) {
   toUpperMap().emplace(lower, upper);
-  if (direction == BOTH) toLowerMap().emplace(upper, lower);
+  if (direction == kBoth) toLowerMap().emplace(upper, lower);
 }
 
 const std::vector<TSpecialChars>& SpecialChars = makeRows();

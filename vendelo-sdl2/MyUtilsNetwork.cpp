@@ -16,9 +16,9 @@ const char* const ServiceNetworkAddress = "192.168.100.1";
 
 namespace {
 
-constexpr size_t ListBytes = 2560;  // 64 interfaces
+constexpr size_t kListBytes = 2560;  // 64 interfaces
 
-constexpr const char* MacInterfaces[] = {
+constexpr const char* kMacInterfaces[] = {
   "eth0",   "eth1",   "enp3s0",  "enp4s0",  "enp1s0",  "enp2s0", "eno1", "eno0", "enp5s0", "enp6s0", "enp7s0",
   "enp8s0", "enp9s0", "enp10s0", "enp11s0", "enp12s0", "eth2",   "eth3", "eth4", "eth5",   "eth6",   "eth7"};
 
@@ -27,7 +27,7 @@ class TInterfaces {
  public:
   TInterfaces() : mSocket(NetworkSeams.Socket(AF_INET, SOCK_DGRAM, 0)) {
     if (mSocket < 0) return;
-    ifreq list[ListBytes / sizeof(ifreq)];
+    ifreq list[kListBytes / sizeof(ifreq)];
     ifconf conf{};
     conf.ifc_len = sizeof list;
     conf.ifc_req = list;
@@ -116,7 +116,7 @@ std::string GetFirstMacAddress(std::string& MACAddress, unsigned char* pHexMac, 
   } else if (GetMacAddressForIP(ServiceNetworkAddress, found, mac, pHexMac) == 0) {
     chosen = found;
   } else {
-    for (const char* name : MacInterfaces) {
+    for (const char* name : kMacInterfaces) {
       if (GetMacAddress(name, mac, pHexMac) != 0) continue;
       chosen = name;
       break;
@@ -150,7 +150,7 @@ std::vector<std::string> GetAllIPAddresses() {
 }
 
 int ipv4_parse(const uint8_t* string, uint8_t string_length, ipv4_type* result) {
-  constexpr int NumDots = 3;
+  constexpr int kNumDots = 3;
   ipv4_type parsed{};
   int dots = 0;
   int octet = -1;  // below 0 while there is no digit
@@ -162,7 +162,7 @@ int ipv4_parse(const uint8_t* string, uint8_t string_length, ipv4_type* result) 
       parsed.data[dots] = static_cast<uint8_t>(octet);
     } else if (c == '.') {
       if (octet < 0) return -2;
-      if (dots == NumDots) return -3;
+      if (dots == kNumDots) return -3;
       ++dots;
       octet = -1;
     } else {
@@ -170,7 +170,7 @@ int ipv4_parse(const uint8_t* string, uint8_t string_length, ipv4_type* result) 
     }
   }
   if (octet < 0) return -5;
-  if (dots < NumDots) return -6;
+  if (dots < kNumDots) return -6;
   if (result) *result = parsed;
   return 0;
 }

@@ -6,31 +6,31 @@ namespace MyUtils {
 
 namespace {
 
-constexpr char Units[10][11] = {"",      "ONE ", "TWO ",   "THREE ", "FOUR ",
-                                "FIVE ", "SIX ", "SEVEN ", "EIGHT ", "NINE "};
-constexpr char Teens[10][11] = {"TEN ",     "ELEVEN ",  "TWELVE ",    "THIRTEEN ", "FOURTEEN ",
-                                "FIFTEEN ", "SIXTEEN ", "SEVENTEEN ", "EIGHTEEN ", "NINETEEN "};
+constexpr char kUnits[10][11] = {"",      "ONE ", "TWO ",   "THREE ", "FOUR ",
+                                 "FIVE ", "SIX ", "SEVEN ", "EIGHT ", "NINE "};
+constexpr char kTeens[10][11] = {"TEN ",     "ELEVEN ",  "TWELVE ",    "THIRTEEN ", "FOURTEEN ",
+                                 "FIFTEEN ", "SIXTEEN ", "SEVENTEEN ", "EIGHTEEN ", "NINETEEN "};
 // "FOURTY " and "THOUNSAND " are spelt so in what reads the output.
-constexpr char Tens[10][11] = {"",       "",       "TWENTY ",  "THIRTY ", "FOURTY ",
-                               "FIFTY ", "SIXTY ", "SEVENTY ", "EIGHTY ", "NINETY "};
+constexpr char kTens[10][11] = {"",       "",       "TWENTY ",  "THIRTY ", "FOURTY ",
+                                "FIFTY ", "SIXTY ", "SEVENTY ", "EIGHTY ", "NINETY "};
 // Only the last five end in a blank.
-constexpr char BigWords[22][20] = {
+constexpr char kBigWords[22][20] = {
   "VIGINTILLION",      "NOVEMDECILLION", "OCTODECILLION", "SEPTENDECILLION", "SEXDECILLION", "QUINDECILLION",
   "QUATTUORDECILLION", "TREDECILLION",   "DUODECILLION",  "UNDECILLION",     "DECILLION",    "NONILLION",
   "OCTILLION",         "SEPTILLION",     "SEXTILLION",    "QUINTILLION",     "QUADRILLION",  "TRILLION ",
   "BILLION ",          "MILLION ",       "THOUNSAND ",    "HUNDRED "};
-constexpr int Hundred = 21;
-constexpr int Thousand = 20;  // the scale of a number of 4 digits; each further one stands 3 digits higher
-constexpr int FirstScale = 4;
-constexpr int LastScale = 64;
-constexpr int MaxWords = 150;
+constexpr int kHundred = 21;
+constexpr int kThousand = 20;  // the scale of a number of 4 digits; each further one stands 3 digits higher
+constexpr int kFirstScale = 4;
+constexpr int kLastScale = 64;
+constexpr int kMaxWords = 150;
 
 // Appends words to a text, up to the number that the callers' buffers are made for.
 class TWords {
  public:
   explicit TWords(char* out) : mOut(out) { *mOut = '\0'; }
   void add(const char* word) {
-    if (mCount++ >= MaxWords) return;
+    if (mCount++ >= kMaxWords) return;
     const size_t length = std::strlen(word);
     std::memcpy(mOut, word, length + 1);
     mOut += length;
@@ -61,19 +61,19 @@ void NumberToText(const char* only_number, char* outputString) {
     if (digit != 0) {
       inGroup = true;
       if (place == 1) {
-        words.add(Units[digit]);
+        words.add(kUnits[digit]);
       } else if (place == 0) {
-        words.add(Units[digit]);
-        words.add(BigWords[Hundred]);
+        words.add(kUnits[digit]);
+        words.add(kBigWords[kHundred]);
       } else if (digit != 1) {
-        words.add(Tens[digit]);
+        words.add(kTens[digit]);
       } else {
-        words.add(Teens[digitOf(only_number[++pos])]);
+        words.add(kTeens[digitOf(only_number[++pos])]);
       }
     }
     const int left = len - pos;
-    if (inGroup && left >= FirstScale && left <= LastScale && left % 3 == 1)
-      words.add(BigWords[Thousand - (left - FirstScale) / 3]);
+    if (inGroup && left >= kFirstScale && left <= kLastScale && left % 3 == 1)
+      words.add(kBigWords[kThousand - (left - kFirstScale) / 3]);
   }
 }
 

@@ -73,9 +73,9 @@ void itoa(long val, char* Result, int base) {
   if (!Result) return;
   *Result = '\0';
   if (base < 2) return;
-  constexpr int MaxDigits = 30;
-  char buffer[MaxDigits + 2] = "";
-  int at = MaxDigits + 1;
+  constexpr int kMaxDigits = 30;
+  char buffer[kMaxDigits + 2] = "";
+  int at = kMaxDigits + 1;
   auto rest = static_cast<unsigned long>(val);
   if (val < 0) rest = 0 - rest;
   do {
@@ -97,10 +97,10 @@ char* itoa4(int64_t value, char* result, int base) {
   char* end = result;
   if (base >= 2 && base <= 36) {
     // The digits of negative remainders stand left of the 0.
-    static constexpr char Digits[] = "zyxwvutsrqponmlkjihgfedcba9876543210123456789abcdefghijklmnopqrstuvwxyz";
+    static constexpr char kDigits[] = "zyxwvutsrqponmlkjihgfedcba9876543210123456789abcdefghijklmnopqrstuvwxyz";
     int64_t rest = value;
     do {
-      *end++ = Digits[35 + rest % base];
+      *end++ = kDigits[35 + rest % base];
       rest /= base;
     } while (rest);
     if (value < 0) *end++ = '-';

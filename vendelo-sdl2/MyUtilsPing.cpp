@@ -20,11 +20,11 @@ namespace MyUtils {
 namespace {
 
 constexpr size_t DataLength = 56;
-constexpr size_t IcmpHeader = 8;
-constexpr size_t IpHeader = 20;  // taken as fixed
-constexpr size_t PacketLength = DataLength + 136;
-constexpr uint16_t Sequence = 12345;
-constexpr int IcmpProtocol = 1;
+constexpr size_t kIcmpHeader = 8;
+constexpr size_t kIpHeader = 20;  // taken as fixed
+constexpr size_t kPacketLength = DataLength + 136;
+constexpr uint16_t kSequence = 12345;
+constexpr int kIcmpProtocol = 1;
 
 class TSocket {
  public:
@@ -60,12 +60,12 @@ bool resolve(const std::string& target, sockaddr_in& to) {
 bool sendEcho(int fd, const sockaddr_in& to) {
   union {
     icmphdr header;
-    uint16_t words[(IcmpHeader + DataLength) / 2];
-    uint8_t bytes[IcmpHeader + DataLength];
+    uint16_t words[(kIcmpHeader + DataLength) / 2];
+    uint8_t bytes[kIcmpHeader + DataLength];
   } packet{};
   std::memset(packet.bytes, 0, sizeof packet.bytes);
   packet.header.type = ICMP_ECHO;
-  packet.header.un.echo.sequence = htons(Sequence);
+  packet.header.un.echo.sequence = htons(kSequence);
   packet.header.un.echo.id = htons(ownIdentifier());
   packet.header.checksum = in_cksum(packet.words, sizeof packet.bytes);
   const ssize_t sent = NetworkSeams.SendTo(fd, packet.bytes, sizeof packet.bytes, 0,
@@ -75,8 +75,8 @@ bool sendEcho(int fd, const sockaddr_in& to) {
 
 bool isOwnReply(const uint8_t* packet) {
   icmphdr header;
-  std::memcpy(&header, packet + IpHeader, sizeof header);
-  return header.type == ICMP_ECHOREPLY && header.un.echo.sequence == htons(Sequence) &&
+  std::memcpy(&header, packet + kIpHeader, sizeof header);
+  return header.type == ICMP_ECHOREPLY && header.un.echo.sequence == htons(kSequence) &&
          header.un.echo.id == htons(ownIdentifier());
 }
 
@@ -104,9 +104,9 @@ uint16_t in_cksum(uint16_t* addr, unsigned int len) {
 PingResult Ping(const std::string& target, int& durationOut) {
   sockaddr_in to;
   if (!resolve(target, to)) return PING_BAD_HOST;
-  const std::unique_ptr<uint8_t[]> packet(new (std::nothrow) uint8_t[PacketLength]);
+  const std::unique_ptr<uint8_t[]> packet(new (std::nothrow) uint8_t[kPacketLength]);
   if (!packet) return PING_ERROR;
-  const TSocket socket(NetworkSeams.Socket(AF_INET, SOCK_RAW, IcmpProtocol));
+  const TSocket socket(NetworkSeams.Socket(AF_INET, SOCK_RAW, kIcmpProtocol));
   if (socket.fd() < 0 || socket.fd() >= FD_SETSIZE) return PING_ERROR;
 
   timeval start{};
@@ -121,9 +121,9 @@ PingResult Ping(const std::string& target, int& durationOut) {
     const int ready = select(socket.fd() + 1, &readable, nullptr, nullptr, &timeout);
     if (ready < 0) return PING_ERROR;
     if (ready == 0) return PING_TIMEOUT;
-    const ssize_t received = recvfrom(socket.fd(), packet.get(), PacketLength, 0, nullptr, nullptr);
+    const ssize_t received = recvfrom(socket.fd(), packet.get(), kPacketLength, 0, nullptr, nullptr);
     if (received < 0) return PING_BAD_HOST;
-    if (received < static_cast<ssize_t>(IpHeader + IcmpHeader)) return PING_ERROR;
+    if (received < static_cast<ssize_t>(kIpHeader + kIcmpHeader)) return PING_ERROR;
     if (!isOwnReply(packet.get())) continue;
     timeval end{};
     gettimeofday(&end, nullptr);

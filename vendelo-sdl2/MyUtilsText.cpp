@@ -34,16 +34,16 @@ void StringReplace(std::string& str, const std::string& from, const std::string&
 }
 
 void UnescapeXml(std::string& xml) {
-  static constexpr const char* Entities[][2] = {
+  static constexpr const char* kEntities[][2] = {
     {"&quot;", "\""}, {"&apos;", "'"}, {"&amp;", "&"}, {"&lt;", "<"}, {"&gt;", ">"}};
-  for (const auto& [entity, character] : Entities) StringReplace(xml, entity, character);
+  for (const auto& [entity, character] : kEntities) StringReplace(xml, entity, character);
 }
 
 std::string CreateLoggableTicketNumber(const std::string& ticketValidationNumber) {
-  constexpr size_t ShownCharacters = 4;
+  constexpr size_t kShownCharacters = 4;
   std::string masked = ticketValidationNumber;
   StringReplace(masked, "-", "");
-  const size_t endOfStarsIndex = std::max(ShownCharacters, masked.size()) - ShownCharacters;
+  const size_t endOfStarsIndex = std::max(kShownCharacters, masked.size()) - kShownCharacters;
   masked.replace(0, endOfStarsIndex, endOfStarsIndex, '*');
 
   std::string result;

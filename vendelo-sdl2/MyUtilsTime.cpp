@@ -12,7 +12,7 @@ namespace MyUtils {
 namespace {
 
 // A distance on the tick clock that only a wrap of its 32 bits explains.
-constexpr Uint32 OverflowConstant = 0x7fffffff;
+constexpr Uint32 kOverflowConstant = 0x7fffffff;
 
 tm localNow() {
   const time_t now = std::time(nullptr);
@@ -48,9 +48,9 @@ std::string GetCurrentDateString() {
 bool IsTime(Uint32& LastTime, Uint32 Interval, bool UpdateLastTime) {
   const Uint32 ticks = SDL_GetTicks();
   const int64_t distance = std::llabs(static_cast<int64_t>(ticks) - static_cast<int64_t>(LastTime));
-  if (LastTime > 1 && distance > OverflowConstant) {
+  if (LastTime > 1 && distance > kOverflowConstant) {
     logman::WriteLog(0, 0, "SDLGetTicks overflow detected (LastTime=%u, GetTicks()=%u, overflow_constant=%u)",
-                     LastTime, ticks, OverflowConstant);
+                     LastTime, ticks, kOverflowConstant);
     LastTime = ticks;
   }
   if (LastTime != 0 && ticks - LastTime <= Interval) return false;

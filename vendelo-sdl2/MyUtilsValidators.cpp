@@ -69,9 +69,9 @@ int IsEmailAddressValid(const char* address) {
 
 int ValidateNumber(char* number, char* only_number) {
   if (!only_number) return 0;
-  constexpr int MaxDigits = 99;
+  constexpr int kMaxDigits = 99;
   int count = 0;
-  while (number && count < MaxDigits && number[count] >= '0' && number[count] <= '9') {
+  while (number && count < kMaxDigits && number[count] >= '0' && number[count] <= '9') {
     only_number[count] = number[count];
     ++count;
   }

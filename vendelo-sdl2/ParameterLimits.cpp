@@ -21,20 +21,20 @@ struct TComparator {
 };
 
 // The longer ones first, as they begin with the shorter ones.
-constexpr TComparator COMPARATORS[] = {{"<=", Limit::MAX_INCLUSIVE},
-                                       {">=", Limit::MIN_INCLUSIVE},
-                                       {"=", Limit::EQUAL},
-                                       {"<", Limit::MAX},
-                                       {">", Limit::MIN}};
+constexpr TComparator kComparators[] = {{"<=", Limit::MAX_INCLUSIVE},
+                                        {">=", Limit::MIN_INCLUSIVE},
+                                        {"=", Limit::EQUAL},
+                                        {"<", Limit::MAX},
+                                        {">", Limit::MIN}};
 
 const TComparator& ReadComparator(const std::string& Block) {
-  for (const auto& comparator : COMPARATORS)
+  for (const auto& comparator : kComparators)
     if (Block.starts_with(comparator.Text)) return comparator;
   // The argument has not been read yet, so the message ends here.
   throw std::runtime_error("Unsupported comparator - ");
 }
 
-/// What kind of argument the block has; the block as a whole is the class's ParseBlock.
+// What kind of argument the block has; the block as a whole is the class's ParseBlock.
 Limit::LimitType parseBlock(const std::string& Argument) {
   if (Argument.empty()) throw std::runtime_error("Argument after comparator cannot be empty");
   if (Argument.front() != '"') return isIntOrDouble(Argument);

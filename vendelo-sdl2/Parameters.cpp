@@ -24,7 +24,7 @@ bool Satisfies(const ParameterLimits& Limits, const std::string& Value) {
 
 void ParamChangeListener::OnValueChanged(int /*changes*/) {}
 
-/// One Changed() under way, over the listeners that there were at its start.
+// One Changed() under way, over the listeners that there were at its start.
 struct ParameterData::TReport {
   ParameterData& Data;
   std::vector<ParamChangeListener*> Listeners;
@@ -161,11 +161,10 @@ int Parameter::SetData(const std::shared_ptr<ParameterData>& newData) {
   if (mFrozen || newData == Data()) return 0;
   const std::shared_ptr<ParameterData> data = newData;
   if (mIsInEdit > 0) {
-    if (const auto oldData = Data()) {
+    if (const auto oldData = Data())
       oldData->EndEdit();
-    } else {
+    else
       data->BeginEdit();
-    }
   }
   const auto oldData = Exchange(data);
   const int changes = oldData && data ? oldData->Compare(*data) : static_cast<int>(ALL);

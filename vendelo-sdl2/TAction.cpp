@@ -12,8 +12,8 @@ namespace vendelo_sdl2 {
 
 namespace {
 
-/// What an "asyncAction" thread needs. It shares the handler, so that deleting the wrapper, which a once-handler
-/// does right after the start of the thread, leaves the run alone.
+// What an "asyncAction" thread needs. It shares the handler, so that deleting the wrapper, which a once-handler
+// does right after the start of the thread, leaves the run alone.
 struct AsyncAHData {
   TAsyncJob Job;  // first, so that it ends after the handler
   std::shared_ptr<TActionHandler> Handler;
@@ -30,7 +30,7 @@ int execAH(void* data) {
   return 0;
 }
 
-/// Runs the wrapped handler on a detached thread of its own each time.
+// Runs the wrapped handler on a detached thread of its own each time.
 class TAsyncActionHandler : public TActionHandler {
  public:
   TAsyncActionHandler(TActionHandler* pHandler, void* UserData)
@@ -85,7 +85,7 @@ TAction::TPin::~TPin() {
   if (Action.mPins.End()) delete &Action;
 }
 
-/// One Execute() under way: the node that it stands on, which Erase moves on when that node goes.
+// One Execute() under way: the node that it stands on, which Erase moves on when that node goes.
 struct TAction::TWalk {
   const TPin Pin;  // first, so that it is let go last
   TAction& Action;
@@ -99,7 +99,7 @@ struct TAction::TWalk {
     Action.mWalks.push_back(this);
   }
 
-  /// Called without the action's mutex, also for an exception; the action may be gone afterwards.
+  // Called without the action's mutex, also for an exception; the action may be gone afterwards.
   ~TWalk() {
     if (Running != nullptr) Running->EndRun();
     std::lock_guard<std::recursive_mutex> lock(Action.mMutex);

@@ -12,9 +12,9 @@ namespace vendelo_sdl2 {
 
 namespace {
 
-/// So many characters of a generated name choose where the walk over the sorted names starts: behind every name
-/// that is not longer, so names of this length or less never match, and stay so.
-constexpr size_t CUT_DOWN_LENGTH = 3;
+// So many characters of a generated name choose where the walk over the sorted names starts: behind every name
+// that is not longer, so names of this length or less never match, and stay so.
+constexpr size_t kCutDownLength = 3;
 
 bool NameOrdersBefore(const std::string& Name, const TAction* pAction) {
   return Name.compare(pAction->GetName()) < 0;
@@ -113,8 +113,8 @@ int TActionMan::ActionGenerated(const std::string& ActionName, void* hActionData
                                 bool executeImmediately) {
   TMutexGuard lock(ActionListMutex);
   int numMatched = 0;
-  const std::string cutDownActionName = ActionName.substr(0, CUT_DOWN_LENGTH);
-  size_t minimumMatch = CUT_DOWN_LENGTH;
+  const std::string cutDownActionName = ActionName.substr(0, kCutDownLength);
+  size_t minimumMatch = kCutDownLength;
   bool matched = false;
   auto it = std::upper_bound(ActionList.begin(), ActionList.end(), cutDownActionName, NameOrdersBefore);
   while (it != ActionList.end()) {

@@ -16,7 +16,7 @@ const TAppParam* const pVoidParam = TAppParam::MakeSentinel();
 
 namespace {
 
-/// Writes a number as every parameter has it, whatever the language of the screen.
+// Writes a number as every parameter has it, whatever the language of the screen.
 template <class T>
 std::string NumberText(T Value, bool& Good) {
   std::ostringstream text;
@@ -150,9 +150,8 @@ void TAppParam::Delete() {
 
 void TAppParam::Bind(const TAppParam* otherParam) {
   if (IsSentinel("Bind") || otherParam == nullptr || otherParam->IsNull()) return;
-  for (const TAppParam* source = otherParam; source != nullptr; source = source->pBoundTo) {
+  for (const TAppParam* source = otherParam; source != nullptr; source = source->pBoundTo)
     if (source == this) return;  // it would follow itself
-  }
   ScopedLock lock(*this);
   Unbind();
   SetData(otherParam->Data());

@@ -96,11 +96,11 @@ void TApplication::ClearAllEventListeners() {
 }
 
 int TApplication::SetTerminalFlavour(std::string terminal_flavour) {
-  static constexpr std::array<const char*, 10> names = {"",    "RONDELL", "TAVE",  "TAVE2", "PELIX",
-                                                        "UDO", "LOMA",    "QUIRA", "ZOD",   "VESPERA"};
+  static constexpr std::array<const char*, 10> kNames = {"",    "RONDELL", "TAVE",  "TAVE2", "PELIX",
+                                                         "UDO", "LOMA",    "QUIRA", "ZOD",   "VESPERA"};
   TerminalFlavour = UNKNOWN_FLAVOUR;
   for (int flavour = RONDELL_FLAVOUR; flavour <= VESPERA_FLAVOUR; ++flavour)
-    if (terminal_flavour == names[flavour]) TerminalFlavour = static_cast<TFlavour>(flavour);
+    if (terminal_flavour == kNames[flavour]) TerminalFlavour = static_cast<TFlavour>(flavour);
   return TerminalFlavour;
 }
 

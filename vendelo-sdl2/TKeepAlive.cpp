@@ -6,7 +6,7 @@ namespace vendelo_sdl2 {
 
 namespace {
 
-/// Immortal, as handlers may run while the process ends.
+// Immortal, as handlers may run while the process ends.
 std::mutex& KeepAliveMutex() {
   static std::mutex& mutex = *new std::mutex;
   return mutex;

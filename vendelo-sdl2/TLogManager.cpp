@@ -16,19 +16,19 @@ namespace vendelo_sdl2 {
 
 namespace {
 
-constexpr size_t FormatBuffer = 2048;
-constexpr size_t StampLength = 24;
-constexpr TLogType UserTypes = 0x10000;
-constexpr TLogType WarningType = 4;
-constexpr size_t MaxHistory = 50;
-constexpr size_t KeptOldLogs = 39;
-constexpr Uint32 DateCheckInterval = 10000;
-constexpr Uint32 FlushInterval = 100;
-constexpr Uint32 ReopenInterval = 37840;
-constexpr Uint32 RetryInterval = 1000;  // of a file that could be opened and then took no more
-constexpr size_t FileBuffer = 8192;
+constexpr size_t kFormatBuffer = 2048;
+constexpr size_t kStampLength = 24;
+constexpr TLogType kUserTypes = 0x10000;
+constexpr TLogType kWarningType = 4;
+constexpr size_t kMaxHistory = 50;
+constexpr size_t kKeptOldLogs = 39;
+constexpr Uint32 kDateCheckInterval = 10000;
+constexpr Uint32 kFlushInterval = 100;
+constexpr Uint32 kReopenInterval = 37840;
+constexpr Uint32 kRetryInterval = 1000;  // of a file that could be opened and then took no more
+constexpr size_t kFileBuffer = 8192;
 
-constexpr const char* Prefixes[] = {
+constexpr const char* kPrefixes[] = {
   ": ", ": ", ": debINFO: ", ": INFO: ", ": WARN: ", ": ERROR: ", ": debERROR: ", ": CRITICAL: ", ": "};
 
 // The manager behind logman. Any thread reads it; it changes only in Init, Destroy and the destructor.
@@ -41,12 +41,12 @@ std::string stampOf(time_t time) {
   localtime_r(&time, &local);
   char buffer[64] = "";
   asctime_r(&local, buffer);
-  return std::string(buffer).substr(0, StampLength);
+  return std::string(buffer).substr(0, kStampLength);
 }
 
 const char* prefixOf(TLogType type) {
   const TLogType low = type & 0xff;
-  return low < sizeof Prefixes / sizeof Prefixes[0] ? Prefixes[low] : "";
+  return low < sizeof kPrefixes / sizeof kPrefixes[0] ? kPrefixes[low] : "";
 }
 
 }  // namespace
@@ -96,7 +96,7 @@ void TLogManager::removeOldLogs(const fs::path& directory, const std::string& lo
     logFiles.emplace_back(entry.last_write_time(), entry.path());
   }
   std::sort(logFiles.begin(), logFiles.end(), [](const auto& a, const auto& b) { return a > b; });
-  for (size_t i = KeptOldLogs; i < logFiles.size(); ++i) fs::remove(logFiles[i].second);
+  for (size_t i = kKeptOldLogs; i < logFiles.size(); ++i) fs::remove(logFiles[i].second);
 }
 
 int TLogManager::Open() {
@@ -135,7 +135,7 @@ int TLogManager::Open() {
 bool TLogManager::openFile() {
   hLogFile.rdbuf()->pubsetbuf(nullptr, 0);
   hLogFile.open(mLogFileLocation, std::ios::app);
-  mFileBuffer.reserve(2 * FileBuffer);
+  mFileBuffer.reserve(2 * kFileBuffer);
   return hLogFile.is_open();
 }
 
@@ -169,7 +169,7 @@ bool TLogManager::flushFile() {
 void TLogManager::resume(const std::string& before) {
   mFileBuffer = before;
   if (mLostLines > 0)
-    mFileBuffer += stampOf(std::time(nullptr)) + prefixOf(WarningType) +
+    mFileBuffer += stampOf(std::time(nullptr)) + prefixOf(kWarningType) +
                    "The log file could not be written, lines lost: " + std::to_string(mLostLines) + "\n";
   if (!flushFile()) return;
   mLostLines = 0;
@@ -177,7 +177,7 @@ void TLogManager::resume(const std::string& before) {
 }
 
 void TLogManager::reopen() {
-  if (!MyUtils::IsTime(FileOpenTime, mWriteFailed ? RetryInterval : ReopenInterval, true)) return;
+  if (!MyUtils::IsTime(FileOpenTime, mWriteFailed ? kRetryInterval : kReopenInterval, true)) return;
   if (!openFile() || !mWriteFailed) return;
   if (mLostLines == 0)
     resume("\n\n");  // all that was lost
@@ -202,7 +202,7 @@ int TLogManager::_WriteLog(char color, TLogType LogType, unsigned long GameId, c
   entry->Color = color;
   const std::string stamp = stampOf(now);
   entry->Message = stamp + (bAppendPrefix ? prefixOf(LogType) : ": ") + Text;
-  if (LogType > UserTypes) entry->Message.insert(stamp.size(), ": LT_USER_" + std::to_string(LogType));
+  if (LogType > kUserTypes) entry->Message.insert(stamp.size(), ": LT_USER_" + std::to_string(LogType));
 
   if (OutputToConsole) {
     std::string line = entry->Message;
@@ -254,16 +254,16 @@ int TLogManager::Poll() {
                                                            std::make_move_iterator(queued.end()));
   LinesToGo = static_cast<int>(logsToSave.size());
   mLogHistory.insert(mLogHistory.end(), logsToSave.begin(), logsToSave.end());
-  while (mLogHistory.size() > MaxHistory) mLogHistory.pop_front();
+  while (mLogHistory.size() > kMaxHistory) mLogHistory.pop_front();
 
   for (const auto& entry : logsToSave) {
     --LinesToGo;
-    if (MyUtils::IsTime(LastTime, DateCheckInterval, true)) switchDate();
+    if (MyUtils::IsTime(LastTime, kDateCheckInterval, true)) switchDate();
     WriteToFile(entry->Message + "\n");
     tellListeners(*entry);
   }
   if (hLogFile.is_open()) {
-    if (MyUtils::IsTime(FileFlushTime, FlushInterval, true)) flushFile();
+    if (MyUtils::IsTime(FileFlushTime, kFlushInterval, true)) flushFile();
   } else {
     reopen();
   }
@@ -297,7 +297,7 @@ int TLogManager::WriteColoredLog(char color, TLogType LogType, unsigned long Gam
 int TLogManager::WriteLogV(char color, TLogType LogType, unsigned long GameId, const char* pText,
                            va_list arguments) {
   if (!pText) return -1;
-  char buffer[FormatBuffer] = "";
+  char buffer[kFormatBuffer] = "";
   std::vsnprintf(buffer, sizeof buffer, pText, arguments);
   _WriteLog(color, LogType, GameId, buffer);
   return 0;
@@ -313,7 +313,7 @@ void TLogManager::WriteToFile(const std::string& message) {
   }
   mFileBuffer += message;
   if (isLine) mLineEnds.push_back(mFileBuffer.size());
-  if (mFileBuffer.size() >= FileBuffer) flushFile();
+  if (mFileBuffer.size() >= kFileBuffer) flushFile();
 }
 
 void TLogManager::FlushFile() {

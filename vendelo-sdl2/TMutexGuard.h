@@ -15,12 +15,12 @@ extern DECLSPEC int SDLCALL SDL_UnlockMutex(SDL_mutex* mutex) RELEASES_LOCK(mute
 
 namespace vendelo_sdl2 {
 
-/// Holds one level of an SDL mutex (recursive) until it is released or the scope ends. The mutex must outlive the
-/// guard.
+// Holds one level of an SDL mutex (recursive) until it is released or the scope ends. The mutex must outlive the
+// guard.
 class IS_LOCK_GUARD TMutexGuard {
  public:
   explicit TMutexGuard(SDL_mutex* Mutex) TAKES_LOCK(Mutex) : pMutex(Mutex) { SDL_LockMutex(pMutex); }
-  /// Takes over a level that the caller has locked already.
+  // Takes over a level that the caller has locked already.
   struct TAdopt {};
   TMutexGuard(SDL_mutex* Mutex, TAdopt) REQUIRES_LOCK(Mutex) : pMutex(Mutex) {}
   ~TMutexGuard() RELEASES_LOCK() { release(); }

@@ -18,15 +18,15 @@ namespace vendelo_sdl2 {
 
 namespace {
 
-constexpr int DOMAIN_BITS = 4;
-constexpr int READ_MASK = (1 << DOMAIN_BITS) - 1;
+constexpr int kDomainBits = 4;
+constexpr int kReadMask = (1 << kDomainBits) - 1;
 
 std::atomic<TParamMan*> pDefInst{nullptr};
 
-/// The one place that makes the const sentinel a result of the lookups; its writers do nothing.
+// The one place that makes the const sentinel a result of the lookups; its writers do nothing.
 TAppParam* VoidParam() { return const_cast<TAppParam*>(pVoidParam); }
 
-/// Sets a flag for a scope.
+// Sets a flag for a scope.
 class TFlagScope {
  public:
   explicit TFlagScope(bool& Flag) : mFlag(Flag) { mFlag = true; }
@@ -186,7 +186,7 @@ TAppParam* TParamMan::GetParam(const std::string& ParamName, int ReadMode) {
 }
 
 TAppParam* TParamMan::GetExactParam(const std::string& ClientIP, const std::string& ParamName, int readMode) {
-  readMode %= 1 << DOMAIN_BITS;
+  readMode %= 1 << kDomainBits;
   const int cacheMode = readMode;
   if (ParamName.empty() || readMode <= 0) return VoidParam();
   if (readMode == PARAM_CACHE) return GetExactParamFromCache(ClientIP, ParamName, PARAM_MINE, true);
@@ -233,16 +233,15 @@ TAppParam* TParamMan::LoadAnswer(const std::string& ClientIP, const std::string&
   }
   present->Load(Answer);
   // What is left are the domains more specific than the answer's; each follows the one before.
-  for (int left = readMode & ((1 << DOMAIN_BITS) - 2 * present->Domain(ClientIP)); left != 0;
+  for (int left = readMode & ((1 << kDomainBits) - 2 * present->Domain(ClientIP)); left != 0;
        left &= ~lowestOrderBit(left)) {
     const std::string address =
       TAppParam::GetAddressOf(static_cast<ParameterDomain>(lowestOrderBit(left)), ClientIP);
     TAppParam* next = GetExactParamFromCache(address, ParamName, PARAM_MINE, false);
-    if (next == pVoidParam) {
+    if (next == pVoidParam)
       next = AddBound(present, address, quiet);
-    } else {
+    else
       next->Bind(present);
-    }
     present = next;
   }
   return present;
@@ -301,8 +300,8 @@ TAppParam* TParamMan::GetOrSetExactParam(const std::string& ClientID, const std:
                                          const std::string& DefaultValue, const std::string& Caption,
                                          const std::string& Description, ParameterReadWriteMode mode,
                                          bool quietSave) {
-  const int readMask = mode & READ_MASK;
-  const auto writeDomain = static_cast<ParameterDomain>(mode >> DOMAIN_BITS);
+  const int readMask = mode & kReadMask;
+  const auto writeDomain = static_cast<ParameterDomain>(mode >> kDomainBits);
   const std::string writeAddress = TAppParam::GetAddressOf(writeDomain, ClientID);
   const std::optional<std::string> before = CachedValue(writeAddress, ParamName);
   TAppParam* const found = [&] {

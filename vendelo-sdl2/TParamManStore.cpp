@@ -11,9 +11,9 @@ namespace vendelo_sdl2 {
 
 namespace {
 
-constexpr size_t SHOWN_VALUE = 40;
-constexpr size_t CUT_VALUE = 37;
-constexpr size_t TABLE_WIDTH = 149;
+constexpr size_t kShownValue = 40;
+constexpr size_t kCutValue = 37;
+constexpr size_t kTableWidth = 149;
 
 }  // namespace
 
@@ -128,14 +128,14 @@ void TParamMan::AddRestrictionListener(const std::function<void(long)>& listener
 }
 
 void TParamMan::PrintParamList() const {
-  const std::string line(TABLE_WIDTH, '=');
+  const std::string line(kTableWidth, '=');
   std::printf(" #  : %-40s | %-15s | %-6s | %-42s | %-40s | %s\n", "Name", "Domain", "Restr.", "Value", "Caption",
               "Description");
   std::printf("%s\n", line.c_str());
   int number = 0;
   for (const auto* param : ParamList) {
     std::string value = param->Value();
-    if (value.length() > SHOWN_VALUE) value = value.substr(0, CUT_VALUE) + "...";
+    if (value.length() > kShownValue) value = value.substr(0, kCutValue) + "...";
     std::printf("%-4d: %-40s | %-15s | %-6ld | %-42s | %-40s | %s\n", number++, param->Name().c_str(),
                 param->GetRawDomain().c_str(), static_cast<long>(param->Restrictions()),
                 ("\"" + value + "\"").c_str(), param->Caption().c_str(), param->Description().c_str());

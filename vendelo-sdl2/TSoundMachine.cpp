@@ -13,20 +13,20 @@ namespace vendelo_sdl2 {
 
 namespace {
 
-constexpr int AUDIO_RATE = 44100;
-constexpr Uint16 AUDIO_FORMAT = AUDIO_S16SYS;
-constexpr int AUDIO_OUTPUTS = 2;
-constexpr int AUDIO_CHUNK_SIZE = 1024;
-constexpr int MIXER_CHANNELS = 16;
-constexpr double FULL_VOLUME = 128.0;
+constexpr int kAudioRate = 44100;
+constexpr Uint16 kAudioFormat = AUDIO_S16SYS;
+constexpr int kAudioOutputs = 2;
+constexpr int kAudioChunkSize = 1024;
+constexpr int kMixerChannels = 16;
+constexpr double kFullVolume = 128.0;
 
-constexpr TLogType LOG_INFO = 3;
-constexpr TLogType LOG_WARNING = 4;
-constexpr TLogType LOG_ERROR = 5;
+constexpr TLogType kLogInfo = 3;
+constexpr TLogType kLogWarning = 4;
+constexpr TLogType kLogError = 5;
 
 std::atomic<TSoundMachine*> pDefInst{nullptr};
 
-/// The mixer's callback, on its own thread under the lock of the audio device; nothing is thrown out of it.
+// The mixer's callback, on its own thread under the lock of the audio device; nothing is thrown out of it.
 void channel_finished(int channel) {
   try {
     TSoundMachine* const machine = pDefInst;
@@ -67,11 +67,10 @@ bool TSoundEffect::IsPlaying(int channel) const {
 
 void TSoundEffect::SetPlaying(int channel, bool playing) {
   std::lock_guard<std::mutex> lock(mChannelsMutex);
-  if (playing) {
+  if (playing)
     playingOnChannels.insert(channel);
-  } else {
+  else
     playingOnChannels.erase(channel);
-  }
 }
 
 TSoundMachine::TSoundMachine() { pDefInst = this; }
@@ -80,10 +79,10 @@ TSoundMachine::~TSoundMachine() { CloseAudio(); }
 
 bool TSoundMachine::OpenAudio() {
   if (AudioThread.joinable()) return true;
-  logman::WriteLog(LOG_INFO, 0, "Opening audio device...");
+  logman::WriteLog(kLogInfo, 0, "Opening audio device...");
   if (SDL_Init(SDL_INIT_AUDIO) != 0) {
-    logman::WriteLog(LOG_ERROR, 0, "Can not init SDL_AUDIO subsystem. Audio won't be available.");
-    logman::WriteLog(LOG_ERROR, 0, "Can not open audio device...");
+    logman::WriteLog(kLogError, 0, "Can not init SDL_AUDIO subsystem. Audio won't be available.");
+    logman::WriteLog(kLogError, 0, "Can not open audio device...");
     return false;
   }
   if (SDL_WasInit(SDL_INIT_AUDIO) != 0) ReportBackends();
@@ -91,10 +90,10 @@ bool TSoundMachine::OpenAudio() {
   SDL_MIXER_VERSION(&compiled);
   const SDL_version& linked = *Mix_Linked_Version();
   if (compiled.major != linked.major || compiled.minor != linked.minor || compiled.patch != linked.patch) {
-    logman::WriteLog(LOG_WARNING, 0, "SDL_MIXER WARINING:");
-    logman::WriteLog(LOG_WARNING, 0, "**compiled with SDL_mixer version: %d.%d.%d", compiled.major, compiled.minor,
+    logman::WriteLog(kLogWarning, 0, "SDL_MIXER WARINING:");
+    logman::WriteLog(kLogWarning, 0, "**compiled with SDL_mixer version: %d.%d.%d", compiled.major, compiled.minor,
                      compiled.patch);
-    logman::WriteLog(LOG_WARNING, 0, "**running with SDL_mixer version: %d.%d.%d", linked.major, linked.minor,
+    logman::WriteLog(kLogWarning, 0, "**running with SDL_mixer version: %d.%d.%d", linked.major, linked.minor,
                      linked.patch);
   }
   pDefInst = this;
@@ -105,12 +104,12 @@ bool TSoundMachine::OpenAudio() {
 
 void TSoundMachine::ReportBackends() {
   const int drivers = SDL_GetNumAudioDrivers();
-  logman::WriteLog(LOG_INFO, 0, "[SDL] %d audio backends compiled into SDL:", drivers);
-  for (int i = 0; i < drivers; ++i) logman::WriteLog(LOG_INFO, 0, " '%s'", SDL_GetAudioDriver(i));
+  logman::WriteLog(kLogInfo, 0, "[SDL] %d audio backends compiled into SDL:", drivers);
+  for (int i = 0; i < drivers; ++i) logman::WriteLog(kLogInfo, 0, " '%s'", SDL_GetAudioDriver(i));
   std::printf("[SDL] Audio driver: %s", SDL_GetCurrentAudioDriver());  // no line end, as with other notices
   const int devices = SDL_GetNumAudioDevices(0);
-  logman::WriteLog(LOG_INFO, 0, "[SDL] %d audio devices:", devices);
-  for (int i = 0; i < devices; ++i) logman::WriteLog(LOG_INFO, 0, "%s", SDL_GetAudioDeviceName(i, 0));
+  logman::WriteLog(kLogInfo, 0, "[SDL] %d audio devices:", devices);
+  for (int i = 0; i < devices; ++i) logman::WriteLog(kLogInfo, 0, "%s", SDL_GetAudioDeviceName(i, 0));
 }
 
 void TSoundMachine::AudioWorkerThread() {
@@ -118,18 +117,18 @@ void TSoundMachine::AudioWorkerThread() {
   struct TThreadData {
     ~TThreadData() { SDL_TLSCleanup(); }
   } threadData;
-  if (Mix_OpenAudio(AUDIO_RATE, AUDIO_FORMAT, AUDIO_OUTPUTS, AUDIO_CHUNK_SIZE) != 0) {
-    logman::WriteLog(LOG_ERROR, 0, "Could not open audio device.: %s", SDL_GetError());
+  if (Mix_OpenAudio(kAudioRate, kAudioFormat, kAudioOutputs, kAudioChunkSize) != 0) {
+    logman::WriteLog(kLogError, 0, "Could not open audio device.: %s", SDL_GetError());
     return;
   }
   int rate = 0;
   Uint16 format = 0;
   int outputs = 0;
   Mix_QuerySpec(&rate, &format, &outputs);
-  logman::WriteLog(LOG_INFO, 0, "Opened audio at %d Hz %d bit %s", rate, format & 0xFF, SpeakersName(outputs));
-  Mix_AllocateChannels(MIXER_CHANNELS);
+  logman::WriteLog(kLogInfo, 0, "Opened audio at %d Hz %d bit %s", rate, format & 0xFF, SpeakersName(outputs));
+  Mix_AllocateChannels(kMixerChannels);
   Mix_ChannelFinished(channel_finished);
-  Mix_Volume(-1, static_cast<int>(FULL_VOLUME));
+  Mix_Volume(-1, static_cast<int>(kFullVolume));
   while (!bShouldQuit) {
     TAudioCommands commands;
     {
@@ -190,7 +189,7 @@ void TSoundMachine::SetActionSound(const std::string& action, const std::string&
   // An application is the mixer and the bus in one object.
   auto* const bus = dynamic_cast<TActionMan*>(this);
   if (bus == nullptr) {
-    logman::WriteLog(LOG_WARNING, 0, "No action %s for sound %s", action.c_str(), sound.c_str());
+    logman::WriteLog(kLogWarning, 0, "No action %s for sound %s", action.c_str(), sound.c_str());
     return;
   }
   const auto play = [this, sound](const std::string&, void*) { PlaySound(sound.c_str(), -1); };
@@ -218,7 +217,7 @@ void TSoundMachine::DropChunk(Mix_Chunk* pChunk) {
   const std::shared_ptr<Mix_Chunk> chunk(pChunk, Mix_FreeChunk);
   QueueAudioCommand([this, chunk] {
     // Freeing a chunk cuts its channels off without the callback, and the effect would seem to play for ever.
-    for (int channel = 0; channel < MIXER_CHANNELS; ++channel)
+    for (int channel = 0; channel < kMixerChannels; ++channel)
       if (Mix_Playing(channel) != 0 && Mix_GetChunk(channel) == chunk.get()) Mix_HaltChannel(channel);
     std::shared_ptr<TSoundEffect> effect;  // let go of behind the lock
     std::lock_guard<std::mutex> lock(mSoundMutex);
@@ -249,7 +248,7 @@ std::shared_ptr<TSoundEffect> TSoundMachine::LoadSoundEffect(const char* FileNam
   if (chunk == nullptr) chunk = LoadChunk(inAudioPath);
   DropChunk(effect->pChunk.exchange(chunk));
   if (chunk == nullptr) {
-    logman::WriteLog(LOG_WARNING, 0, "Can not load %s(tried also %s) : %s", name.c_str(), inAudioPath.c_str(),
+    logman::WriteLog(kLogWarning, 0, "Can not load %s(tried also %s) : %s", name.c_str(), inAudioPath.c_str(),
                      SDL_GetError());
     return nullptr;
   }
@@ -304,12 +303,12 @@ void TSoundMachine::Play(std::shared_ptr<TSoundEffect> sound, int loops) {
 }
 
 void TSoundMachine::SetVolume(int percent, int channel) {
-  const double volume = (percent / 100.0) * FULL_VOLUME;
+  const double volume = (percent / 100.0) * kFullVolume;
   QueueAudioCommand([channel, volume] { Mix_Volume(channel, MyUtils::saturated<int>(volume)); });
 }
 
 int TSoundMachine::GetVolume(int channel) const {
-  return DeviceIsOpen() ? static_cast<int>(100.0 * Mix_Volume(channel, -1) / FULL_VOLUME) : 0;
+  return DeviceIsOpen() ? static_cast<int>(100.0 * Mix_Volume(channel, -1) / kFullVolume) : 0;
 }
 
 }  // namespace vendelo_sdl2

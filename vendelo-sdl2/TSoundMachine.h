@@ -17,17 +17,17 @@
 
 namespace vendelo_sdl2 {
 
-/// A loaded sound file and the channels that play it. Shared by the machine, its queued commands and callers; any
-/// thread.
+// A loaded sound file and the channels that play it. Shared by the machine, its queued commands and callers; any
+// thread.
 class TSoundEffect {
  public:
   TSoundEffect() = default;
-  /// Frees the chunk.
+  // Frees the chunk.
   ~TSoundEffect();
   TSoundEffect(const TSoundEffect&) = delete;
   TSoundEffect& operator=(const TSoundEffect&) = delete;
 
-  /// Whether this channel plays the effect; with -1, whether any does.
+  // Whether this channel plays the effect; with -1, whether any does.
   bool IsPlaying(int channel) const;
   void SetPlaying(int channel, bool playing);
 
@@ -41,48 +41,48 @@ class TSoundEffect {
   std::set<int> playingOnChannels;    // under mChannelsMutex
 };
 
-/// Plays named sound files. One worker thread, fed by a queue of commands, makes the mixer calls that touch
-/// playback; it exists from OpenAudio to CloseAudio.
-///
-/// Any thread may call everything but OpenAudio and CloseAudio, which belong to the main thread. A file that cannot
-/// be loaded is logged; without an open device nothing is loaded or played.
+// Plays named sound files. One worker thread, fed by a queue of commands, makes the mixer calls that touch
+// playback; it exists from OpenAudio to CloseAudio.
+//
+// Any thread may call everything but OpenAudio and CloseAudio, which belong to the main thread. A file that cannot
+// be loaded is logged; without an open device nothing is loaded or played.
 class TSoundMachine {
  public:
   TSoundMachine();
-  /// Closes the audio.
+  // Closes the audio.
   virtual ~TSoundMachine();
   TSoundMachine(const TSoundMachine&) = delete;
   TSoundMachine& operator=(const TSoundMachine&) = delete;
 
-  /// Starts SDL's audio and the worker, which opens the device soon after. False when there is no audio. True, with
-  /// nothing done, when it is open already.
+  // Starts SDL's audio and the worker, which opens the device soon after. False when there is no audio. True, with
+  // nothing done, when it is open already.
   bool OpenAudio();
-  /// Ends the worker, lets go of the effects and quits SDL's audio. Nothing to undo is no error.
+  // Ends the worker, lets go of the effects and quits SDL's audio. Nothing to undo is no error.
   void CloseAudio();
 
-  /// The folder before file names that are not found as they stand.
+  // The folder before file names that are not found as they stand.
   void SetAudioPath(std::string Path);
-  /// While muted, no sound is started; what plays goes on.
+  // While muted, no sound is started; what plays goes on.
   void Mute() { Muted = true; }
   void Unmute() { Muted = false; }
   bool IsMuted() const { return Muted; }
-  /// Plays `sound` whenever the action is generated.
+  // Plays `sound` whenever the action is generated.
   void SetActionSound(const std::string& action, const std::string& sound);
 
-  /// 1 when the sound was queued, else 0. Loads the file when it is new. `LoopCount` are repeats after the first
-  /// run; -1 takes the effect's own.
+  // 1 when the sound was queued, else 0. Loads the file when it is new. `LoopCount` are repeats after the first
+  // run; -1 takes the effect's own.
   int PlaySound(const char* FileName, int LoopCount);
-  /// Stops a channel, all with -1.
+  // Stops a channel, all with -1.
   void StopSound(int channel);
-  /// Loads the file, anew when the effect exists. Null for an empty name or a file that cannot be loaded.
+  // Loads the file, anew when the effect exists. Null for an empty name or a file that cannot be loaded.
   std::shared_ptr<TSoundEffect> LoadSoundEffect(const char* FileName, int LoopCount, bool MultiChannelPlay);
-  /// Forgets the effect; its chunk is freed once the commands queued before have run. False when there is none.
+  // Forgets the effect; its chunk is freed once the commands queued before have run. False when there is none.
   bool RemoveSoundEffect(const char* FileName);
   std::shared_ptr<TSoundEffect> GetSoundEffect(const char* FileName);
   std::shared_ptr<TSoundEffect> GetSoundEffect(Mix_Chunk* pChunk);
-  /// Queues the effect; one without MultiChannelPlay does not start while it plays.
+  // Queues the effect; one without MultiChannelPlay does not start while it plays.
   void Play(std::shared_ptr<TSoundEffect> sound, int loops);
-  /// Volume of a channel, all with -1, in percent; 0 without an open device.
+  // Volume of a channel, all with -1, in percent; 0 without an open device.
   void SetVolume(int percent, int channel);
   int GetVolume(int channel) const;
 

@@ -6,20 +6,19 @@ namespace vendelo_sdl2 {
 
 namespace {
 
-constexpr size_t SETS = TASK_ANY;
+constexpr size_t kSets = TASK_ANY;
 
 bool IsSet(TimedTaskType Type) { return Type >= TASK_NORMAL && Type < TASK_ANY; }
 
 }  // namespace
 
-/// Holds the lock of one set for a scope. The thread may be inside a task of that set (nothing is locked again,
-/// since the owner record is not a count) or of another one (whose lock is let go of meanwhile).
+// Holds the lock of one set for a scope. The thread may be inside a task of that set (nothing is locked again,
+// since the owner record is not a count) or of another one (whose lock is let go of meanwhile).
 class TTaskMan::TSetAccess {
  public:
   TSetAccess(const TTaskMan& Manager, size_t Index) : Set(Manager.TaskList[Index]) {
-    for (size_t other = 0; other < SETS; ++other) {
+    for (size_t other = 0; other < kSets; ++other)
       if (other != Index && Manager.TaskList[other].IsLocked()) mLetGo.emplace(Manager.TaskList[other]);
-    }
     mLocked = Set.LockChecked();
   }
   ~TSetAccess() {
@@ -34,7 +33,7 @@ class TTaskMan::TSetAccess {
   bool mLocked = false;
 };
 
-/// One ProcessTasks() of a set under way.
+// One ProcessTasks() of a set under way.
 struct TTaskMan::TWalk {
   TTimedTaskHandler* Running = nullptr;
   bool Removed = false;  // the running task left the set during its run
@@ -44,7 +43,7 @@ struct TTaskMan::TWalk {
 TTaskMan::TTaskMan() = default;
 
 TTaskMan::~TTaskMan() {
-  for (size_t index = 0; index < SETS; ++index) {
+  for (size_t index = 0; index < kSets; ++index) {
     ScopedLock lock(TaskList[index]);
     TTaskSet tasks;
     tasks.swap(&TaskList[index]);
@@ -85,14 +84,14 @@ bool TTaskMan::RemoveFrom(size_t Index, TTimedTaskHandler* pTimedTask, bool Dele
 
 void TTaskMan::RemoveTimedTask(TTimedTaskHandler* pTimedTask, bool DeleteInstance) {
   if (pTimedTask == nullptr) return;
-  for (size_t index = 0; index < SETS; ++index) {
+  for (size_t index = 0; index < kSets; ++index) {
     TSetAccess access(*this, index);
     if (RemoveFrom(index, pTimedTask, DeleteInstance)) return;
   }
 }
 
 TTimedTaskHandler* TTaskMan::GetTimedTask(void* RelatedObject) {
-  for (size_t index = 0; index < SETS; ++index) {
+  for (size_t index = 0; index < kSets; ++index) {
     TSetAccess access(*this, index);
     for (auto* task : &TaskList[index])
       if (task->GetRelatedObject() == RelatedObject) return task;
@@ -114,7 +113,7 @@ TimedTaskType TTaskMan::_IsTimedTaskValid(TTimedTaskHandler* pTimedTask, TimedTa
     TSetAccess access(*this, type);
     return TaskList[type]->contains(pTimedTask) ? type : TASK_ANY;
   }
-  for (size_t index = 0; index < SETS; ++index) {
+  for (size_t index = 0; index < kSets; ++index) {
     const auto found = _IsTimedTaskValid(pTimedTask, static_cast<TimedTaskType>(index));
     if (found != TASK_ANY) return found;
   }
@@ -123,7 +122,7 @@ TimedTaskType TTaskMan::_IsTimedTaskValid(TTimedTaskHandler* pTimedTask, TimedTa
 
 void TTaskMan::ProcessTasks(TimedTaskType type) {
   if (!IsSet(type)) {
-    for (size_t index = 0; index < SETS; ++index) ProcessTasks(static_cast<TimedTaskType>(index));
+    for (size_t index = 0; index < kSets; ++index) ProcessTasks(static_cast<TimedTaskType>(index));
     return;
   }
   TSetAccess access(*this, type);

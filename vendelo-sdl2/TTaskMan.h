@@ -14,7 +14,7 @@
 
 namespace vendelo_sdl2 {
 
-/// The set that a task stands in, which fixes its thread for good.
+// The set that a task stands in, which fixes its thread for good.
 enum TimedTaskType {
   TASK_NORMAL,       // main thread, with the draw mutex held; skipped in a pass that could not take it
   TASK_DRAW,         // draw thread, only while the application runs
@@ -22,11 +22,11 @@ enum TimedTaskType {
   TASK_ANY           // a filter, and the answer for a task in no set
 };
 
-/// A callback that is due after, or every, so many milliseconds of SDL_GetTicks(). It is polled: no timer thread
-/// exists, and it runs in the first poll after its time. The settings may be changed from any thread.
+// A callback that is due after, or every, so many milliseconds of SDL_GetTicks(). It is polled: no timer thread
+// exists, and it runs in the first poll after its time. The settings may be changed from any thread.
 class TTimedTaskHandler {
  public:
-  /// What happens after a run.
+  // What happens after a run.
   enum TTaskType {
     EXECUTE_ONCE,          // the manager deletes the task after its first run
     EXECUTE_COUNT,         // the manager deletes it when the number of runs has reached the limit
@@ -34,23 +34,23 @@ class TTimedTaskHandler {
     EXECUTE_COUNT_NO_FREE  // it stops at the limit and stays in its set
   };
 
-  /// The first run comes one `Interval` after now.
+  // The first run comes one `Interval` after now.
   TTimedTaskHandler(void* UserData, Uint32 Interval, TTaskType taskType, std::string TaskName);
   TTimedTaskHandler(const TTimedTaskHandler&) = delete;
   TTimedTaskHandler& operator=(const TTimedTaskHandler&) = delete;
 
   virtual ~TTimedTaskHandler();
   virtual void execute(void* UserData) = 0;
-  /// The object that the task works for, by which it can be found.
+  // The object that the task works for, by which it can be found.
   virtual void* GetRelatedObject();
 
   bool IsEnabled() const { return Enabled != 0; }
   void Disable() { Enabled = 0; }
-  /// The next run comes a full interval from now, however long the task was off.
+  // The next run comes a full interval from now, however long the task was off.
   void Enable();
-  /// Enables the task and runs it on the calling thread; the run counts and restarts the interval.
+  // Enables the task and runs it on the calling thread; the run counts and restarts the interval.
   void EnableAndExecuteImmediate();
-  /// Milliseconds until the task is due, 0 when it is.
+  // Milliseconds until the task is due, 0 when it is.
   Uint32 GetTimeRemainigToExecute() const;
   TTaskType GetType() const { return static_cast<TTaskType>(TaskType); }
   Uint32 GetInterval() const { return Interval; }
@@ -60,10 +60,10 @@ class TTimedTaskHandler {
   void* GetUserData() const { return UserData; }
   void SetUserData(void* NewUserData) { UserData = NewUserData; }
   const std::string& GetName() const { return mTaskName; }
-  /// A real-time task keeps its grid: a late run does not move later ones, and it catches up one run per poll.
+  // A real-time task keeps its grid: a late run does not move later ones, and it catches up one run per poll.
   void SetRealTime(bool NewRealTime) { RealTime = NewRealTime; }
 
-  /// Runs the task if it is due; true tells the manager to delete it. Exceptions of the task are logged.
+  // Runs the task if it is due; true tells the manager to delete it. Exceptions of the task are logged.
   bool ExecuteConditional();
 
  protected:
@@ -80,8 +80,8 @@ class TTimedTaskHandler {
   std::atomic<bool> RealTime{false};
 };
 
-/// Calls a member function without arguments; its result is dropped. `pClass` must outlive the task; null does
-/// nothing.
+// Calls a member function without arguments; its result is dropped. `pClass` must outlive the task; null does
+// nothing.
 template <class T, class R>
 class TtthMember : public TTimedTaskHandler {
  public:
@@ -99,7 +99,7 @@ class TtthMember : public TTimedTaskHandler {
   TpfMember pfMember;
 };
 
-/// Calls a function object. An empty one throws, which a run logs like any exception.
+// Calls a function object. An empty one throws, which a run logs like any exception.
 class TtthLambda : public TTimedTaskHandler {
  public:
   TtthLambda(std::function<void()> Lambda, Uint32 Interval, TTaskType taskType, std::string TaskName);
@@ -109,11 +109,11 @@ class TtthLambda : public TTimedTaskHandler {
   const std::function<void()> mLambda;
 };
 
-/// A task that runs on a worker thread of its own, at once and then every `Interval` milliseconds; it is never
-/// given to a TTaskMan.
-///
-/// With `autoFree` it belongs to its worker, which deletes it at the end: nobody may touch it after the start.
-/// Without, the owner calls free() and deletes it; the destructor calls free() as well.
+// A task that runs on a worker thread of its own, at once and then every `Interval` milliseconds; it is never
+// given to a TTaskMan.
+//
+// With `autoFree` it belongs to its worker, which deletes it at the end: nobody may touch it after the start.
+// Without, the owner calls free() and deletes it; the destructor calls free() as well.
 class TAsyncTimedTaskHandler : public TtthLambda {
  public:
   TAsyncTimedTaskHandler(const std::function<void()>& lambda, Uint32 Interval, TTaskType taskType,
@@ -121,11 +121,11 @@ class TAsyncTimedTaskHandler : public TtthLambda {
   ~TAsyncTimedTaskHandler() override;
 
   void execute(void* UserData) override;
-  /// Makes the worker thread; nothing from a start to the next free(). The last act that touches the object.
+  // Makes the worker thread; nothing from a start to the next free(). The last act that touches the object.
   void start();
-  /// Stops the worker and waits for it, unless called on the worker itself. Nothing with `autoFree`.
+  // Stops the worker and waits for it, unless called on the worker itself. Nothing with `autoFree`.
   void free();
-  /// Finished runs.
+  // Finished runs.
   Uint32 completedCount() const;
 
  private:
@@ -138,34 +138,34 @@ class TAsyncTimedTaskHandler : public TtthLambda {
   std::atomic<SDL_Thread*> pWorkerThread{nullptr};
 };
 
-/// The scheduler: three sets of tasks, each polled on its own thread. Owns the tasks in its sets.
-///
-/// Everything but ProcessTasks may be called from any thread, also from inside a task, which may remove itself or
-/// others and add to any set. A set's lock is held while its tasks run; no thread ever holds the locks of two sets:
-/// inside a task, work on another set lets go of the walked one meanwhile. Within a set the order of the runs is
-/// that of the addresses.
+// The scheduler: three sets of tasks, each polled on its own thread. Owns the tasks in its sets.
+//
+// Everything but ProcessTasks may be called from any thread, also from inside a task, which may remove itself or
+// others and add to any set. A set's lock is held while its tasks run; no thread ever holds the locks of two sets:
+// inside a task, work on another set lets go of the walked one meanwhile. Within a set the order of the runs is
+// that of the addresses.
 class TTaskMan {
  public:
   TTaskMan();
-  /// Deletes every task.
+  // Deletes every task.
   ~TTaskMan();
   TTaskMan(const TTaskMan&) = delete;
   TTaskMan& operator=(const TTaskMan&) = delete;
 
-  /// Returns the task; null for a null task or TASK_ANY, and then the task stays the caller's.
+  // Returns the task; null for a null task or TASK_ANY, and then the task stays the caller's.
   TTimedTaskHandler* AddTimedTask(TTimedTaskHandler* pTimedTask, TimedTaskType type);
-  /// Takes the task from the set that holds it and, with `DeleteInstance`, deletes it; the delete of a task that is
-  /// running waits for the end of its run. A task in no set is left alone.
+  // Takes the task from the set that holds it and, with `DeleteInstance`, deletes it; the delete of a task that is
+  // running waits for the end of its run. A task in no set is left alone.
   void RemoveTimedTask(TTimedTaskHandler* pTimedTask, bool DeleteInstance);
-  /// The first task, in the order of the types, with this related object; null when there is none.
+  // The first task, in the order of the types, with this related object; null when there is none.
   TTimedTaskHandler* GetTimedTask(void* RelatedObject);
-  /// Takes every task with this related object out and deletes it, as an object does at its end.
+  // Takes every task with this related object out and deletes it, as an object does at its end.
   void RemoveTimedTasksOf(void* RelatedObject);
-  /// Whether the set of `type` (any set for TASK_ANY) holds the task. The pointer is only compared.
+  // Whether the set of `type` (any set for TASK_ANY) holds the task. The pointer is only compared.
   bool IsTimedTaskValid(TTimedTaskHandler* pTimedTask, TimedTaskType type) const;
-  /// The type whose set holds the task, TASK_ANY when none of those asked for does.
+  // The type whose set holds the task, TASK_ANY when none of those asked for does.
   TimedTaskType _IsTimedTaskValid(TTimedTaskHandler* pTimedTask, TimedTaskType type) const;
-  /// Runs the tasks of one set that are due, or of all three in order. Called on that set's thread.
+  // Runs the tasks of one set that are due, or of all three in order. Called on that set's thread.
   void ProcessTasks(TimedTaskType type);
 
  private:

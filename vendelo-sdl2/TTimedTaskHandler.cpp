@@ -73,7 +73,7 @@ void TtthLambda::execute(void* /*UserData*/) {
   if (Enabled != 0) mLambda();
 }
 
-/// Holds the worker back until start() is done with the object, which a self-freeing worker may delete at once.
+// Holds the worker back until start() is done with the object, which a self-freeing worker may delete at once.
 struct TAsyncTimedTaskHandler::TStartGate {
   TAsyncTimedTaskHandler* const Handler;
   const bool AutoFree;
@@ -120,11 +120,10 @@ void TAsyncTimedTaskHandler::start() {
     logman::WriteLog(4, 0, "No thread for task %s: %s", mTaskName.c_str(), SDL_GetError());
     return;
   }
-  if (autoFree) {
+  if (autoFree)
     SDL_DetachThread(thread);
-  } else {
+  else
     pWorkerThread = thread;
-  }
   SDL_SemPost(gate->Open);
 }
 
@@ -158,11 +157,10 @@ void TAsyncTimedTaskHandler::WorkerLoop() {
     }
     if (TaskType == EXECUTE_ONCE) return;
     if ((TaskType == EXECUTE_COUNT || TaskType == EXECUTE_COUNT_NO_FREE) && count >= GetExecutionLimit()) return;
-    if (mDeleteSemaphore == nullptr) {
+    if (mDeleteSemaphore == nullptr)
       SDL_Delay(Interval);
-    } else if (SDL_SemWaitTimeout(mDeleteSemaphore, Interval) == 0) {
+    else if (SDL_SemWaitTimeout(mDeleteSemaphore, Interval) == 0)
       return;
-    }
   }
 }
 

@@ -26,9 +26,7 @@ class XmlRpcReference {
  public:
   explicit XmlRpcReference(xmlrpc_value* value) : mValue(value) {}
   ~XmlRpcReference() {
-    if (mValue != nullptr) {
-      xmlrpc_DECREF(mValue);
-    }
+    if (mValue != nullptr) xmlrpc_DECREF(mValue);
   }
   XmlRpcReference(const XmlRpcReference&) = delete;
   XmlRpcReference& operator=(const XmlRpcReference&) = delete;

@@ -90,7 +90,7 @@ class TControlCyphers3 : public vendelo_sdl2::TGuiComponent {
   void OnTexturesLost() override;
 
  protected:
-  static constexpr int cypherCount = 18;
+  static constexpr int kCypherCount = 18;
 
   long mFinalValue;
   double mLastValue;
@@ -118,7 +118,7 @@ class TControlCyphers3 : public vendelo_sdl2::TGuiComponent {
   int mGlyphHeight;
   int mGlyphWidth;
   bool mIsMovingUp;
-  Cypher mCypherPositions[cypherCount];  // index 0 is the right-most digit
+  Cypher mCypherPositions[kCypherCount];  // index 0 is the right-most digit
 
  private:
   // What one frame has worked out before its first digit.

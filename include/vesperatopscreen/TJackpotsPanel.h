@@ -28,7 +28,7 @@ class TTimedTaskHandler;
 struct TJackpotLayout {
   static constexpr int sumSize = 844;
   static constexpr int levelFrameHeight = 208;
-  static constexpr int levelFrameWidth = 908;
+  static constexpr int kLevelFrameWidth = 908;
   int levelGap;
   int odmikNivoja;    // vertical step from one id to the next
   int zacetniOdmikY;  // offset of the first level
@@ -60,7 +60,7 @@ float panel_grow_function(const vendelo_sdl2::TAnimation& animation, float t);
 // skipped; missing images leave their place empty.
 class TJackpotsPanel : public vendelo_sdl2::TGuiComponent {
  public:
-  static constexpr int maxLevels = 4;
+  static constexpr int kMaxLevels = 4;
 
   TJackpotsPanel(SDL_Renderer* pRenderer, int x, int y, int width, int height, std::string ComponentName);
   ~TJackpotsPanel() override;
@@ -139,16 +139,16 @@ class TJackpotsPanel : public vendelo_sdl2::TGuiComponent {
   bool mHistoryShown;
   TImageList* pJackpotLabel;
   TSpriteAnimation* pBackgroundAnimation;  // reserved: nothing makes it
-  std::array<vendelo_sdl2::TGuiComponent*, maxLevels> pJackpotPanel;
-  std::array<TImageList*, maxLevels> pJackpotFrame;
-  std::array<TControlCyphers3*, maxLevels> pJackpotCyphers;
-  std::array<TGlyphLabel*, maxLevels> pJackpotCurrency;
-  std::array<TGlyphLabel*, maxLevels> pJackpotHours;
-  std::array<TProgressBar*, maxLevels> pJackpotInfoBackground;
-  std::array<TScrollingComponent*, maxLevels> pJackpotInfo;
-  std::array<TSpriteAnimation*, maxLevels> pIdleAnimation;
-  std::array<TSpriteAnimation*, maxLevels> pPanelAnimation;
-  std::array<TSpriteAnimation*, maxLevels> pParticleAnimation;
+  std::array<vendelo_sdl2::TGuiComponent*, kMaxLevels> pJackpotPanel;
+  std::array<TImageList*, kMaxLevels> pJackpotFrame;
+  std::array<TControlCyphers3*, kMaxLevels> pJackpotCyphers;
+  std::array<TGlyphLabel*, kMaxLevels> pJackpotCurrency;
+  std::array<TGlyphLabel*, kMaxLevels> pJackpotHours;
+  std::array<TProgressBar*, kMaxLevels> pJackpotInfoBackground;
+  std::array<TScrollingComponent*, kMaxLevels> pJackpotInfo;
+  std::array<TSpriteAnimation*, kMaxLevels> pIdleAnimation;
+  std::array<TSpriteAnimation*, kMaxLevels> pPanelAnimation;
+  std::array<TSpriteAnimation*, kMaxLevels> pParticleAnimation;
   vendelo_sdl2::TGuiComponent* pWinPanel;  // shows the captured level
   vendelo_sdl2::TTexturePtr pWinJackpotTexture;
   vendelo_sdl2::TTexturePtr mpLogoPicture;

@@ -9,16 +9,14 @@ namespace {
 
 using Wide = __int128;
 
-constexpr int64_t Smallest = std::numeric_limits<int64_t>::min();
-constexpr int64_t Largest = std::numeric_limits<int64_t>::max();
+constexpr int64_t kSmallest = std::numeric_limits<int64_t>::min();
+constexpr int64_t kLargest = std::numeric_limits<int64_t>::max();
 
-int64_t intoRange(Wide value) { return static_cast<int64_t>(std::clamp<Wide>(value, Smallest, Largest)); }
+int64_t intoRange(Wide value) { return static_cast<int64_t>(std::clamp<Wide>(value, kSmallest, kLargest)); }
 
 // The index of one kind; refuses what is none.
 size_t indexOfKind(int type) {
-  if (type < CREDIT_NON_RESTRICTED || type >= CREDIT_ALL) {
-    throw CreditError("No such credit type");
-  }
+  if (type < CREDIT_NON_RESTRICTED || type >= CREDIT_ALL) throw CreditError("No such credit type");
   return static_cast<size_t>(type);
 }
 
@@ -44,9 +42,7 @@ long CreditArray::operator[](int type) const { return type == CREDIT_ALL ? Total
 long CreditArray::operator[](CreditType type) const { return (*this)[static_cast<int>(type)]; }
 
 long& CreditArray::operator[](int type) {
-  if (type == CREDIT_ALL) {
-    throw CreditError("Cannot alter the sum of all credits!");
-  }
+  if (type == CREDIT_ALL) throw CreditError("Cannot alter the sum of all credits!");
   return at(indexOfKind(type));
 }
 
@@ -54,9 +50,7 @@ long& CreditArray::operator[](CreditType type) { return (*this)[static_cast<int>
 
 int64_t CreditArray::Total() const {
   Wide sum = 0;
-  for (const long amount : *this) {
-    sum += amount;
-  }
+  for (const long amount : *this) sum += amount;
   return intoRange(sum);
 }
 
@@ -64,19 +58,15 @@ void CreditArray::Clear() { fill(0); }
 
 void CreditArray::ClearMin() { fill(-1); }
 
-void CreditArray::ClearMax() { fill(Largest); }
+void CreditArray::ClearMax() { fill(kLargest); }
 
 CreditArray& CreditArray::operator+=(const CreditArray& other) {
-  for (size_t kind = 0; kind < size(); ++kind) {
-    at(kind) = intoRange(Wide{at(kind)} + other.at(kind));
-  }
+  for (size_t kind = 0; kind < size(); ++kind) at(kind) = intoRange(Wide{at(kind)} + other.at(kind));
   return *this;
 }
 
 CreditArray& CreditArray::operator-=(const CreditArray& other) {
-  for (size_t kind = 0; kind < size(); ++kind) {
-    at(kind) = intoRange(Wide{at(kind)} - other.at(kind));
-  }
+  for (size_t kind = 0; kind < size(); ++kind) at(kind) = intoRange(Wide{at(kind)} - other.at(kind));
   return *this;
 }
 
@@ -107,9 +97,7 @@ bool CreditArray::IsStrictlyNegative(bool orZero) const {
 }
 
 void CreditArray::ZeroOutNegative() {
-  for (long& amount : *this) {
-    amount = std::max(amount, 0L);
-  }
+  for (long& amount : *this) amount = std::max(amount, 0L);
 }
 
 bool CreditArray::IsEmpty() const { return *this == ZeroCredits; }
@@ -120,9 +108,7 @@ CreditArray CreditArray::MakeBet(uint64_t bet) const {
   CreditArray taken;
   uint64_t paid = 0;
   for (const CreditType kind : {CREDIT_RESTRICTED, CREDIT_NON_RESTRICTED, CREDIT_CASHABLE}) {
-    if (paid >= bet) {
-      break;
-    }
+    if (paid >= bet) break;
     // A kind in the red pays nothing.
     const long held = std::max((*this)[kind], 0L);
     const uint64_t amount = std::min(bet - paid, static_cast<uint64_t>(held));

@@ -7,16 +7,12 @@
 #include "vendelo-sdl2/MyUtils.h"
 
 Event::Event(int id, const xmlrpc_c::value& v) : id_(id), context_(nullptr) {
-  if (!v.isInstantiated()) {
-    throw girerr::error("An event without a context");
-  }
+  if (!v.isInstantiated()) throw girerr::error("An event without a context");
   context_ = v.cValue();
 }
 
 Event::Event(int id, xmlrpc_value* v) : id_(id), context_(v) {
-  if (context_ != nullptr) {
-    xmlrpc_INCREF(context_);
-  }
+  if (context_ != nullptr) xmlrpc_INCREF(context_);
 }
 
 Event::Event(int id, const char* format, ...) : id_(id), context_(nullptr) {
@@ -28,9 +24,7 @@ Event::Event(int id, const char* format, ...) : id_(id), context_(nullptr) {
 }
 
 Event::~Event() {
-  if (context_ != nullptr) {
-    xmlrpc_DECREF(context_);
-  }
+  if (context_ != nullptr) xmlrpc_DECREF(context_);
 }
 
 int Event::id() const { return id_; }
@@ -78,15 +72,11 @@ int64_t Event::asLong() const {
 }
 
 std::string Event::asString() const {
-  if (context_ == nullptr) {
-    return "";
-  }
+  if (context_ == nullptr) return "";
   XmlRpcEnv env;
   const char* buffer = nullptr;  // the library leaves it alone on a fault
   xmlrpc_read_string(env.get(), context_, &buffer);
-  if (env.failed() || buffer == nullptr) {
-    return "";
-  }
+  if (env.failed() || buffer == nullptr) return "";
   std::string text(buffer);
   std::free(const_cast<char*>(buffer));
   MyUtils::UnescapeXml(text);

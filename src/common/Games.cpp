@@ -2,7 +2,7 @@
 
 namespace {
 
-constexpr int MaxGameID = 1000;
+constexpr int kMaxGameID = 1000;
 
 }  // namespace
 
@@ -40,14 +40,10 @@ void GameRegistryEntry::Init() {
 }
 
 bool GameRegistryEntry::RegisterGame(int ID, const std::string& name, const std::string& type) {
-  if (ID < 0 || ID > MaxGameID) {
-    return false;
-  }
+  if (ID < 0 || ID > kMaxGameID) return false;
   GameRegistryEntry& slot = AllGames[static_cast<size_t>(ID)];
   const GameTypes parsedType = parseGameType(type);
-  if (slot.type != GAMETYPE_NULL_TYPE || parsedType == GAMETYPE_NULL_TYPE) {
-    return false;
-  }
+  if (slot.type != GAMETYPE_NULL_TYPE || parsedType == GAMETYPE_NULL_TYPE) return false;
   slot = GameRegistryEntry(ID, name, parsedType);
   AllGamesMap[name] = &slot;
   return true;
@@ -59,20 +55,14 @@ const GameRegistryEntry& GameRegistryEntry::findGameByName(const std::string& na
 }
 
 const GameRegistryEntry& GameRegistryEntry::findGameByID(int ID) {
-  for (const auto& named : AllGamesMap) {
-    if (named.second->ID == ID) {
-      return *named.second;
-    }
-  }
+  for (const auto& named : AllGamesMap)
+    if (named.second->ID == ID) return *named.second;
   return GAME_NULL;
 }
 
 void GameRegistryEntry::forEachGame(const std::function<bool(const GameRegistryEntry&)>& callback) {
-  for (const auto& named : AllGamesMap) {
-    if (named.second->type >= GAMETYPE_ROULETTE && !callback(*named.second)) {
-      return;
-    }
-  }
+  for (const auto& named : AllGamesMap)
+    if (named.second->type >= GAMETYPE_ROULETTE && !callback(*named.second)) return;
 }
 
 GameTypes parseGameType(const std::string& name) {
@@ -81,10 +71,7 @@ GameTypes parseGameType(const std::string& name) {
 }
 
 std::string getTypeName(GameTypes type) {
-  for (const auto& named : GameTypeStrings) {
-    if (named.second == type) {
-      return named.first;
-    }
-  }
+  for (const auto& named : GameTypeStrings)
+    if (named.second == type) return named.first;
   return "";
 }

@@ -8,22 +8,18 @@
 
 namespace {
 
-constexpr std::string_view Spaces = " \t\r\n";
-constexpr size_t QuotedLength = 64;
-constexpr size_t LongestReference = 64;
+constexpr std::string_view kSpaces = " \t\r\n";
+constexpr size_t kQuotedLength = 64;
+constexpr size_t kLongestReference = 64;
 
 // The library takes UTF-16 as well. What matters here is ASCII in every encoding that it reads; of a UTF-16
 // document the other characters become '?'.
 std::string asciiView(const std::string& xml) {
   const auto byte = [&xml](size_t n) { return static_cast<unsigned char>(xml[n]); };
-  if (xml.size() < 2) {
-    return xml;
-  }
+  if (xml.size() < 2) return xml;
   const bool littleEndian = (byte(0) == 0xFF && byte(1) == 0xFE) || (byte(0) != 0 && byte(1) == 0);
   const bool bigEndian = (byte(0) == 0xFE && byte(1) == 0xFF) || (byte(0) == 0 && byte(1) != 0);
-  if (!littleEndian && !bigEndian) {
-    return xml;
-  }
+  if (!littleEndian && !bigEndian) return xml;
   std::string view;
   view.reserve(xml.size() / 2);
   for (size_t n = 0; n + 1 < xml.size(); n += 2) {
@@ -34,9 +30,7 @@ std::string asciiView(const std::string& xml) {
 }
 
 bool isReadableI8(const std::string& text) {
-  if (text.empty() || std::strchr(" \t\r\n\v\f", text[0]) != nullptr) {
-    return false;
-  }
+  if (text.empty() || std::strchr(" \t\r\n\v\f", text[0]) != nullptr) return false;
   char* end = nullptr;
   errno = 0;
   std::strtoll(text.c_str(), &end, 10);
@@ -69,9 +63,7 @@ class TI8Scan {
   bool startsWith(std::string_view prefix) const { return mXml.substr(mAt, prefix.size()) == prefix; }
 
   void collect(char c) {
-    if (mInside) {
-      mText += c;
-    }
+    if (mInside) mText += c;
   }
 
   // Goes behind the next `end`, or to the end of a document that lacks it.
@@ -88,9 +80,7 @@ class TI8Scan {
     } else if (startsWith("<![CDATA[")) {
       const size_t start = mAt + 9;
       skipBehind("]]>");
-      for (size_t n = start; n + 3 < mAt; ++n) {
-        collect(mXml[n]);
-      }
+      for (size_t n = start; n + 3 < mAt; ++n) collect(mXml[n]);
     } else if (startsWith("<?")) {
       skipBehind("?>");
     } else if (startsWith("<!ENTITY")) {
@@ -125,9 +115,8 @@ class TI8Scan {
   std::string_view localName() {
     const size_t start = mAt;
     while (mAt < mXml.size() && mXml[mAt] != '>' && mXml[mAt] != '/' &&
-           Spaces.find(mXml[mAt]) == std::string_view::npos) {
+           kSpaces.find(mXml[mAt]) == std::string_view::npos)
       ++mAt;
-    }
     const std::string_view name = mXml.substr(start, mAt - start);
     const size_t colon = name.rfind(':');
     return colon == std::string_view::npos ? name : name.substr(colon + 1);
@@ -140,14 +129,10 @@ class TI8Scan {
     while (mAt < mXml.size() && mXml[mAt] != '>') {
       const char c = mXml[mAt++];
       selfClosing = c == '/';
-      if (c == '"' || c == '\'') {
-        skipBehind(std::string_view(&c, 1));
-      }
+      if (c == '"' || c == '\'') skipBehind(std::string_view(&c, 1));
     }
     ++mAt;
-    if (!isI8) {
-      return false;
-    }
+    if (!isI8) return false;
     mText.clear();
     mInside = true;
     return selfClosing && judge();
@@ -168,7 +153,7 @@ class TI8Scan {
 
   // A character or a predefined entity; others cannot be, for a document that declares one is refused.
   void reference() {
-    const std::string_view ahead = mXml.substr(mAt + 1, LongestReference);
+    const std::string_view ahead = mXml.substr(mAt + 1, kLongestReference);
     const size_t end = ahead.find(';');
     if (end == std::string_view::npos) {
       collect('?');
@@ -206,9 +191,8 @@ void GuardedTransport::call(xmlrpc_c::carriageParm* const carriageParmP, std::st
                             std::string* const responseXmlP) {
   mInner->call(carriageParmP, callXml, responseXmlP);
   std::string text;
-  if (findUnreadableI8(*responseXmlP, text)) {
-    throw girerr::error("The reply holds an unreadable <i8>: \"" + text.substr(0, QuotedLength) + "\"");
-  }
+  if (findUnreadableI8(*responseXmlP, text))
+    throw girerr::error("The reply holds an unreadable <i8>: \"" + text.substr(0, kQuotedLength) + "\"");
 }
 
 void GuardedTransport::setInterrupt(int* const interruptP) { mInner->setInterrupt(interruptP); }

@@ -19,8 +19,6 @@ void TKSLListener::handleClientDied() {}
 void TKSLListener::handleTimeout(bool) {}
 
 int TKSLListener::handleError(MethodType inResponseToMethodID, KSLError* err) {
-  if (err == nullptr) {
-    return 0;
-  }
+  if (err == nullptr) return 0;
   return handleError(inResponseToMethodID, err->errorCode, *err->errorDescription);
 }

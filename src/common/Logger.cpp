@@ -25,10 +25,10 @@ ThreadSafeProperty<Logger::ComponentMap, std::recursive_mutex>& Logger::Componen
 
 namespace {
 
-constexpr size_t FormatBuffer = 4096;
+constexpr size_t kFormatBuffer = 4096;
 
 std::string formatted(const char* format, va_list arguments) {
-  char buffer[FormatBuffer];
+  char buffer[kFormatBuffer];
   const int length = std::vsnprintf(buffer, sizeof buffer, format, arguments);
   if (length <= 0) return "";
   return std::string(buffer, std::min<size_t>(static_cast<size_t>(length), sizeof buffer - 1));

@@ -4,13 +4,13 @@ namespace logs {
 
 namespace {
 
-constexpr const char* Names[] = {"Critical", "Error", "Warning", "Important",  "Info",
-                                 "Normal",   "Debug", "Verbose", "VeryVerbose"};
-constexpr int NumVerbosities = sizeof Names / sizeof Names[0];
+constexpr const char* kNames[] = {"Critical", "Error", "Warning", "Important",  "Info",
+                                  "Normal",   "Debug", "Verbose", "VeryVerbose"};
+constexpr int kNumVerbosities = sizeof kNames / sizeof kNames[0];
 
 }  // namespace
 
-const char* EVerbosity::_to_string() const { return mValue >= 0 && mValue < NumVerbosities ? Names[mValue] : ""; }
+const char* EVerbosity::_to_string() const { return mValue >= 0 && mValue < kNumVerbosities ? kNames[mValue] : ""; }
 
 LogVerbosityFilter::LogVerbosityFilter(int filter, bool whitelist) : Filter(filter), bWhitelist(whitelist) {}
 
@@ -41,7 +41,7 @@ bool LogVerbosityFilter::IsSupressed(EVerbosity v) const {
   return bWhitelist ? bit : !bit;
 }
 
-int LogVerbosityFilter::All() { return (1 << NumVerbosities) - 1; }
+int LogVerbosityFilter::All() { return (1 << kNumVerbosities) - 1; }
 int LogVerbosityFilter::MoreSevere_Inclusive(EVerbosity v) { return (1 << (v._to_integral() + 1)) - 1; }
 int LogVerbosityFilter::MoreSevere_Exclusive(EVerbosity v) { return (1 << v._to_integral()) - 1; }
 int LogVerbosityFilter::LessSevere_Inclusive(EVerbosity v) { return All() & ~MoreSevere_Exclusive(v); }

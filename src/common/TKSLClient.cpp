@@ -33,8 +33,8 @@ const BaseMethod BaseMethods[] = {
 
 const TKSLClient::MethodInfo NoMethod = {"", nullptr, nullptr};
 
-constexpr Uint32 DefaultPopInterval = 100;
-constexpr int RestartRetries = 3;
+constexpr Uint32 kDefaultPopInterval = 100;
+constexpr int kRestartRetries = 3;
 
 // Straight to the service: given an empty name, the library does not look for a proxy in the environment.
 xmlrpc_c::clientXmlTransportPtr makeTransport() {
@@ -73,7 +73,7 @@ TKSLClient::TKSLClient(const std::string& Name, const std::string& address, unsi
     mPushCallback([this](void* data, bool isError) { return handlePushResponse(data, isError); }),
     mPopCallback([this](void* data, bool isError) { return handlePopResponse(data, isError); }),
     mPopEnabled(false),
-    mPopTargetFrequency(DefaultPopInterval),
+    mPopTargetFrequency(kDefaultPopInterval),
     mLastPopResponse(0),
     mLastPopRequest(0),
     mLastGoodResponse(0),
@@ -83,9 +83,7 @@ TKSLClient::TKSLClient(const std::string& Name, const std::string& address, unsi
   Methods.resize(numRows, MethodInfo{nullptr, nullptr, nullptr});
   mMethodCalls.resize(numRows, 0);
   mAverageMethodResponseTimes = std::vector<float>(numRows, 0.0F);
-  for (const BaseMethod& method : BaseMethods) {
-    Methods[method.methodID] = method.row;
-  }
+  for (const BaseMethod& method : BaseMethods) Methods[method.methodID] = method.row;
 }
 
 TKSLClient::~TKSLClient() {
@@ -102,9 +100,7 @@ TKSLClient::~TKSLClient() {
   SDL_DestroyMutex(KSL_response_mutex);
   SDL_DestroyMutex(KSL_call_mutex);
   SDL_DestroySemaphore(KSL_quit_sem);
-  if (InitSemaphore != nullptr) {
-    SDL_DestroySemaphore(InitSemaphore);
-  }
+  if (InitSemaphore != nullptr) SDL_DestroySemaphore(InitSemaphore);
 }
 
 void TKSLClient::SetInitMethod(const char* methodAddress, ::ResponseParser parser,
@@ -114,9 +110,7 @@ void TKSLClient::SetInitMethod(const char* methodAddress, ::ResponseParser parse
 
 bool TKSLClient::AddMethod(MethodType methodID, const char* methodAddress, ::ResponseParser parser,
                            DestroyDataObjectFunction destroyer) {
-  if (methodID < 1 || methodID >= mNumMethods || Methods[methodID].Address != nullptr) {
-    return false;
-  }
+  if (methodID < 1 || methodID >= mNumMethods || Methods[methodID].Address != nullptr) return false;
   Methods[methodID] = MethodInfo{methodAddress, parser, destroyer};
   return true;
 }
@@ -128,36 +122,24 @@ void TKSLClient::SetPopRequestFrequency(unsigned int interval) { mPopTargetFrequ
 void TKSLClient::SetRegisterRequired(bool required) { RegisterRequired = required; }
 
 int TKSLClient::Start(bool block, int numRetry) {
-  if (Running()) {
-    return 1;
-  }
+  if (Running()) return 1;
   NumRetries = static_cast<unsigned int>(numRetry);
-  if (InitSemaphore != nullptr) {
-    SDL_DestroySemaphore(InitSemaphore);  // of an earlier start that nobody asked about
-  }
+  if (InitSemaphore != nullptr) SDL_DestroySemaphore(InitSemaphore);  // of an earlier start that nobody asked about
   InitSemaphore = SDL_CreateSemaphore(0);
   KSL_communication = SDL_CreateThread(KSL_communication_thread, "KSLClient:RPC", this);
-  if (KSL_communication == nullptr) {
-    return -1;
-  }
-  if (!block) {
-    return 0;
-  }
+  if (KSL_communication == nullptr) return -1;
+  if (!block) return 0;
   SDL_SemWait(InitSemaphore);
   SDL_DestroySemaphore(InitSemaphore);
   InitSemaphore = nullptr;
   Poll(0);
-  if (!RegisterRequired || ID() > 0) {
-    return 0;
-  }
+  if (!RegisterRequired || ID() > 0) return 0;
   Stop();
   return -1;
 }
 
 int TKSLClient::Stop() {
-  if (KSL_communication == nullptr) {
-    return -1;
-  }
+  if (KSL_communication == nullptr) return -1;
   int status = 0;
   SDL_SemPost(KSL_quit_sem);
   SDL_WaitThread(KSL_communication, &status);
@@ -168,7 +150,7 @@ int TKSLClient::Stop() {
 
 int TKSLClient::Restart() {
   Stop();
-  return Start(true, RestartRetries);
+  return Start(true, kRestartRetries);
 }
 
 bool TKSLClient::Running() const { return KSL_communication != nullptr; }
@@ -195,20 +177,12 @@ int TKSLClient::ID() const { return mRegisteredID; }
 void TKSLClient::RegisterID(int ID) { mRegisteredID = ID; }
 
 bool TKSLClient::IsRegistered() {
-  if (!Running()) {
-    return false;
-  }
-  if (InitSemaphore == nullptr) {
-    return ID() > 0;
-  }
-  if (SDL_SemTryWait(InitSemaphore) != 0) {
-    return false;
-  }
+  if (!Running()) return false;
+  if (InitSemaphore == nullptr) return ID() > 0;
+  if (SDL_SemTryWait(InitSemaphore) != 0) return false;
   SDL_DestroySemaphore(InitSemaphore);
   InitSemaphore = nullptr;
-  if (ID() > 0) {
-    return true;
-  }
+  if (ID() > 0) return true;
   Stop();
   return false;
 }
@@ -229,9 +203,7 @@ bool TKSLClient::CommunicationEnabled() const {
 }
 
 void TKSLClient::TogglePopRequests(bool enabled) {
-  if (enabled && !mPopEnabled) {
-    mLastPopRequest = 0;
-  }
+  if (enabled && !mPopEnabled) mLastPopRequest = 0;
   mPopEnabled = enabled;
 }
 

@@ -10,8 +10,8 @@ using vendelo_sdl2::TMutexGuard;
 
 namespace {
 
-constexpr int MaxPackageSizeSum = 21;  // a package stays below
-constexpr int PushPriority = 1;
+constexpr int kMaxPackageSizeSum = 21;  // a package stays below
+constexpr int kPushPriority = 1;
 
 int arraySize(xmlrpc_env* env, xmlrpc_value* array) { return array == nullptr ? 0 : xmlrpc_array_size(env, array); }
 
@@ -19,9 +19,7 @@ bool isPop(const MethodCall& call) { return call.methodID == M_POPEVENTS; }
 
 // Moves the items of the new call's array behind those of the waiting one. False on a fault.
 bool mergePackages(xmlrpc_env* env, MethodCall& waiting, const MethodCall& added, int count) {
-  if (waiting.parameters == nullptr) {
-    waiting.parameters = xmlrpc_array_new(env);
-  }
+  if (waiting.parameters == nullptr) waiting.parameters = xmlrpc_array_new(env);
   for (int n = 0; n < count && !env->fault_occurred; ++n) {
     xmlrpc_value* item = nullptr;
     xmlrpc_array_read_item(env, added.parameters, static_cast<unsigned int>(n), &item);
@@ -36,9 +34,7 @@ bool mergePackages(xmlrpc_env* env, MethodCall& waiting, const MethodCall& added
 }  // namespace
 
 void TKSLClient::finishCall(MethodCall& call) {
-  if (call.parameters != nullptr) {
-    xmlrpc_DECREF(call.parameters);
-  }
+  if (call.parameters != nullptr) xmlrpc_DECREF(call.parameters);
   call = NULL_CALL;
 }
 
@@ -52,13 +48,9 @@ int TKSLClient::queueMethodCall(const MethodCall& methodCall) {
 
   const size_t queueSize = mCallQueue.size();
   size_t n = 0;
-  while (n < queueSize && mCallQueue[queueSize - n - 1].priority < newCall.priority) {
-    ++n;
-  }
+  while (n < queueSize && mCallQueue[queueSize - n - 1].priority < newCall.priority) ++n;
   if (n == queueSize) {
-    if (queueSize != 0 && isPop(newCall) && isPop(mCallQueue.front())) {
-      return drop(0);
-    }
+    if (queueSize != 0 && isPop(newCall) && isPop(mCallQueue.front())) return drop(0);
     mCallQueue.push_front(newCall);
     return 0;
   }
@@ -69,17 +61,12 @@ int TKSLClient::queueMethodCall(const MethodCall& methodCall) {
     XmlRpcEnv env;
     const int waiting = arraySize(env.get(), inFrontCall.parameters);
     const int added = env.failed() ? 0 : arraySize(env.get(), newCall.parameters);
-    if (env.failed()) {
-      return drop(-2);
-    }
-    if (waiting + added < MaxPackageSizeSum) {
+    if (env.failed()) return drop(-2);
+    if (waiting + added < kMaxPackageSizeSum)
       return drop(mergePackages(env.get(), inFrontCall, newCall, added) ? 0 : -2);
-    }
   }
 
-  if (isPop(newCall) && (isPop(inFrontCall) || (n > 0 && isPop(mCallQueue[queueSize - n])))) {
-    return drop(0);
-  }
+  if (isPop(newCall) && (isPop(inFrontCall) || (n > 0 && isPop(mCallQueue[queueSize - n])))) return drop(0);
   mCallQueue.insert(mCallQueue.end() - static_cast<std::ptrdiff_t>(n), newCall);
   return 0;
 }
@@ -88,14 +75,11 @@ long TKSLClient::sendRequest_va(MethodType methodID, int priority, const KSLCall
                                 const char* parameterFormat, va_list& params) {
   XmlRpcEnv env;
   xmlrpc_value* parameters = nullptr;
-  if (parameterFormat != nullptr && *parameterFormat != '\0') {
+  if (parameterFormat != nullptr && *parameterFormat != '\0')
     parameters = buildXmlRpcValue(env.get(), parameterFormat, params);
-  } else {
+  else
     parameters = xmlrpc_array_new(env.get());
-  }
-  if (env.failed()) {
-    return -1;
-  }
+  if (env.failed()) return -1;
   SDL_LockMutex(KSL_call_mutex);
   return queueMethodCall(MethodCall{methodID, priority, parameters, 0, callback, ++mMethodCallUID});
 }
@@ -113,9 +97,7 @@ void* TKSLClient::SendRequestSyncRaw_va(MethodType methodID, const KSLCallback& 
                                         int& errorCodeOut, const char* parameterFormat, va_list& params) {
   XmlRpcEnv buildEnv;
   const XmlRpcReference parameters(buildXmlRpcValue(buildEnv.get(), parameterFormat, params));
-  if (buildEnv.failed()) {
-    return nullptr;
-  }
+  if (buildEnv.failed()) return nullptr;
   const TMutexGuard lock(KSL_send_mutex);
   uidOut = ++mMethodCallUID;
   const MethodCall call{methodID, TOP_PRIORITY, parameters.get(), 0, callback, uidOut};
@@ -153,18 +135,14 @@ int TKSLClient::SendRequestSyncQueued(int timeout, MethodType methodID, int prio
   const uint64_t serial = ++mSyncSerial;
   // Outlives this function when the answer comes too late; it must not end a later call's wait then.
   const KSLCallback wrapper = [this, serial, callback](void* responseData, bool isError) {
-    if (serial == mSyncSerial) {
-      syncMethodWaitFlag = false;
-    }
+    if (serial == mSyncSerial) syncMethodWaitFlag = false;
     return callback ? callback(responseData, isError) : 0;
   };
   va_list params;
   va_start(params, parameterFormat);
   const int queued = static_cast<int>(sendRequest_va(methodID, priority, wrapper, parameterFormat, params));
   va_end(params);
-  if (queued != 0) {
-    return queued;
-  }
+  if (queued != 0) return queued;
   int elapsed = 0;
   do {
     SDL_Delay(1);
@@ -186,16 +164,12 @@ void TKSLClient::PushEvent(KSLGameEvent eventID, const char* format, ...) {
     va_end(params);
   }
   const XmlRpcReference context(content);
-  if (env.failed()) {
-    return;
-  }
+  if (env.failed()) return;
   xmlrpc_value* package =
     xmlrpc_build_value(env.get(), "({s:i,s:V})", "eventID", static_cast<xmlrpc_int32>(eventID), "context", content);
-  if (env.failed()) {
-    return;
-  }
+  if (env.failed()) return;
   SDL_LockMutex(KSL_call_mutex);
-  queueMethodCall(MethodCall{M_PUSHEVENTS, PushPriority, package, 0, mPushCallback, ++mMethodCallUID});
+  queueMethodCall(MethodCall{M_PUSHEVENTS, kPushPriority, package, 0, mPushCallback, ++mMethodCallUID});
 }
 
 void TKSLClient::BeginEventStack() const { SDL_LockMutex(KSL_call_mutex); }
@@ -205,16 +179,12 @@ void TKSLClient::EndEventStack() const { SDL_UnlockMutex(KSL_call_mutex); }
 unsigned int TKSLClient::calculateApproximateWaitTime(int position) {
   const TMutexGuard lock(KSL_call_mutex);
   const int queueSize = static_cast<int>(mCallQueue.size());
-  if (position < 0 || position > queueSize) {
-    position = queueSize;
-  }
+  if (position < 0 || position > queueSize) position = queueSize;
   const ScopedLock averagesLock(mAverageMethodResponseTimes);
   float sum = 0;
   for (int n = 0; n < position; ++n) {
     const MethodType methodID = mCallQueue[static_cast<size_t>(n)].methodID;
-    if (validMethod(methodID)) {
-      sum += (*mAverageMethodResponseTimes.operator->())[methodID];
-    }
+    if (validMethod(methodID)) sum += (*mAverageMethodResponseTimes.operator->())[methodID];
   }
   const double rounded = std::roundf(sum);
   constexpr unsigned int longest = std::numeric_limits<unsigned int>::max();

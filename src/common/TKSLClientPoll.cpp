@@ -10,27 +10,23 @@ using vendelo_sdl2::TMutexGuard;
 
 namespace {
 
-constexpr Uint32 SilenceLimit = 5000;
-constexpr int PopPriority = 2;
-constexpr vendelo_sdl2::TLogType LogWarning = 4;
+constexpr Uint32 kSilenceLimit = 5000;
+constexpr int kPopPriority = 2;
+constexpr vendelo_sdl2::TLogType kLogWarning = 4;
 
 }  // namespace
 
-bool TKSLClient::IsTimedOut() const { return mPopEnabled && SDL_GetTicks() - mLastPopResponse >= SilenceLimit; }
+bool TKSLClient::IsTimedOut() const { return mPopEnabled && SDL_GetTicks() - mLastPopResponse >= kSilenceLimit; }
 
 void TKSLClient::handleTimeoutEdge() {
   TKSLListener* listener = mListener;
   if (IsTimedOut()) {
     if (!mLockedTimeout) {
-      if (listener != nullptr) {
-        listener->handleTimeout(true);
-      }
+      if (listener != nullptr) listener->handleTimeout(true);
       mLockedTimeout = true;
     }
   } else if (mLockedTimeout && mPopEnabled) {
-    if (listener != nullptr) {
-      listener->handleTimeout(false);
-    }
+    if (listener != nullptr) listener->handleTimeout(false);
     mLockedTimeout = false;
   }
 }
@@ -48,9 +44,7 @@ int TKSLClient::Poll(unsigned int handleMaxResponses) {
       handleResponse(response);
       ++handled;
       lock.lock();
-      if (handleMaxResponses != 0 && handled >= handleMaxResponses) {
-        break;
-      }
+      if (handleMaxResponses != 0 && handled >= handleMaxResponses) break;
     }
     result = static_cast<int>(handled);
   } catch (...) {
@@ -61,7 +55,7 @@ int TKSLClient::Poll(unsigned int handleMaxResponses) {
   const Uint32 now = SDL_GetTicks();
   if (mPopEnabled && now - mLastPopRequest > mPopTargetFrequency) {
     mLastPopRequest = now;
-    SendRequest(M_POPEVENTS, PopPriority, mPopCallback, "");
+    SendRequest(M_POPEVENTS, kPopPriority, mPopCallback, "");
   }
   return result;
 }
@@ -76,48 +70,33 @@ int TKSLClient::handleResponse(const MethodResponse& response) {
 
   TKSLListener* listener = mListener;
   auto* error = response.isError ? static_cast<KSLError*>(response.responseData) : nullptr;
-  if (response.callback) {
-    return response.callback(response.responseData, response.isError);
-  }
-  if (response.respondingToMethodID == M_INIT && listener != nullptr) {
+  if (response.callback) return response.callback(response.responseData, response.isError);
+  if (response.respondingToMethodID == M_INIT && listener != nullptr)
     return listener->handleInitResponse(error != nullptr ? error->errorCode : E_NO_ERROR, response.responseData);
-  }
-  if (response.isError && listener != nullptr) {
-    listener->handleError(response.respondingToMethodID, error);
-  }
+  if (response.isError && listener != nullptr) listener->handleError(response.respondingToMethodID, error);
   return 0;
 }
 
 void TKSLClient::freeResponseData(const MethodResponse& response) {
-  if (response.responseData == nullptr) {
-    return;
-  }
+  if (response.responseData == nullptr) return;
   if (response.isError) {
     delete static_cast<KSLError*>(response.responseData);
     return;
   }
   const MethodInfo& method = getMethodInfo(response.respondingToMethodID);
-  if (method.DestroyData != nullptr) {
-    method.DestroyData(response.responseData);
-  }
+  if (method.DestroyData != nullptr) method.DestroyData(response.responseData);
 }
 
 int TKSLClient::handlePushResponse(void* returnData, bool isError) {
   TKSLListener* listener = mListener;
-  if (listener != nullptr && isError) {
-    listener->handleError(M_PUSHEVENTS, static_cast<KSLError*>(returnData));
-  }
+  if (listener != nullptr && isError) listener->handleError(M_PUSHEVENTS, static_cast<KSLError*>(returnData));
   return 0;
 }
 
 int TKSLClient::handlePopResponse(void* returnData, bool isError) {
-  if (!isError) {
-    mLastPopResponse = SDL_GetTicks();
-  }
+  if (!isError) mLastPopResponse = SDL_GetTicks();
   TKSLListener* listener = mListener;
-  if (listener == nullptr) {
-    return 0;
-  }
+  if (listener == nullptr) return 0;
   if (isError) {
     listener->handleError(M_POPEVENTS, static_cast<KSLError*>(returnData));
     return 0;
@@ -128,7 +107,7 @@ int TKSLClient::handlePopResponse(void* returnData, bool isError) {
     try {
       listener->handlePlatformEvent(*event);
     } catch (...) {
-      logman::WriteLog(LogWarning, 0UL, "KSL: Exception thrown handling platform event (%d)", event->id());
+      logman::WriteLog(kLogWarning, 0UL, "KSL: Exception thrown handling platform event (%d)", event->id());
     }
   }
   return 0;

@@ -12,15 +12,15 @@ using vendelo_sdl2::TMutexGuard;
 
 namespace {
 
-constexpr const char* ProtocolVersion = "1.5.0";
-constexpr Uint32 RegistrationPause = 1000;
-constexpr Uint32 PassPause = 1;
-constexpr int MaxPushAttempts = 2;  // so many failures are followed by another try
+constexpr const char* kProtocolVersion = "1.5.0";
+constexpr Uint32 kRegistrationPause = 1000;
+constexpr Uint32 kPassPause = 1;
+constexpr int kMaxPushAttempts = 2;  // so many failures are followed by another try
 
 // What the HTTP transport itself reports as broken.
-constexpr int NetworkFault = -504;
-constexpr int TimeoutFault = -505;
-constexpr int FailedTransport = 1;  // no ErrorTypes enumerator, and no reason to drop the registration
+constexpr int kNetworkFault = -504;
+constexpr int kTimeoutFault = -505;
+constexpr int kFailedTransport = 1;  // no ErrorTypes enumerator, and no reason to drop the registration
 
 // The methods that carry no client identifier.
 bool isAnonymous(MethodType methodID) {
@@ -57,38 +57,28 @@ int TKSLClient::KSL_communication_thread(void* data) {
   auto* client = static_cast<TKSLClient*>(data);
   ThreadState state;
   state.serveraddress = client->copyAddress();
-  while (SDL_SemWaitTimeout(client->KSL_quit_sem, PassPause) != 0) {
-    client->communicationPass(state);
-  }
+  while (SDL_SemWaitTimeout(client->KSL_quit_sem, kPassPause) != 0) client->communicationPass(state);
   finishCall(state.thisCall);
   return 0;
 }
 
 void TKSLClient::communicationPass(ThreadState& state) {
   const bool noCall = state.thisCall.methodID == M_NULL;
-  if ((!RegisterRequired || Registered) && noCall && !takeCall(state.thisCall)) {
-    return;
-  }
+  if ((!RegisterRequired || Registered) && noCall && !takeCall(state.thisCall)) return;
   TMutexGuard sendLock(KSL_send_mutex);
   const Registration registration = registerWithService();
   bool stopped = registration != Registration::REGISTERED;
-  if (!stopped && state.started && state.thisCall.methodID != M_NULL) {
+  if (!stopped && state.started && state.thisCall.methodID != M_NULL)
     stopped = !sendCall(state.thisCall, state.serveraddress, sendLock);
-  }
   sendLock.release();
-  if (stopped) {
-    queueStopped();
-  }
-  if (registration != Registration::FAILED) {
+  if (stopped) queueStopped();
+  if (registration != Registration::FAILED)
     postStarted(state);  // behind the response, which a blocking Start then delivers
-  }
 }
 
 bool TKSLClient::takeCall(MethodCall& thisCall) {
   const TMutexGuard lock(KSL_call_mutex);
-  if (mCallQueue.empty()) {
-    return false;
-  }
+  if (mCallQueue.empty()) return false;
   thisCall = mCallQueue.front();
   mCallQueue.pop_front();
   // A call that communication is closed to loses this pass only: the next one finds it in hand and sends it.
@@ -110,9 +100,8 @@ bool TKSLClient::sendCall(MethodCall& thisCall, const std::string& serveraddress
     void* responseData = sendInternal(&env, serveraddress.c_str(), call, errorCode);
     sendLock.release();
     queueResponse(MethodResponse{call.methodID, call.callback, responseData, errorCode != 0, call.requestUID});
-    if (errorCode != 0 && call.methodID == M_PUSHEVENTS && call.sendingAttempts <= MaxPushAttempts) {
+    if (errorCode != 0 && call.methodID == M_PUSHEVENTS && call.sendingAttempts <= kMaxPushAttempts)
       std::swap(thisCall, call);
-    }
     if (errorCode == E_COMMUNICATION_ERROR) {
       TogglePopRequests(false);
       RegisterID(-1);
@@ -147,18 +136,15 @@ void TKSLClient::queueResponse(const MethodResponse& response) {
 TKSLClient::Registration TKSLClient::registerWithService() {
   try {
     for (unsigned int initTries = 0; RegisterRequired && !Registered; ++initTries) {
-      if (initTries > NumRetries) {
-        return Registration::GIVEN_UP;
-      }
+      if (initTries > NumRetries) return Registration::GIVEN_UP;
       uint64_t uid = 0;
       int errorCode = 0;
       void* responseData =
-        SendRequestSyncRaw(M_INIT, KSLCallback(), uid, errorCode, "(ss)", Name().c_str(), ProtocolVersion);
-      if (handleInitResponse(responseData, errorCode != 0, uid) == 0) {
+        SendRequestSyncRaw(M_INIT, KSLCallback(), uid, errorCode, "(ss)", Name().c_str(), kProtocolVersion);
+      if (handleInitResponse(responseData, errorCode != 0, uid) == 0)
         Registered = true;
-      } else {
-        mDelay(RegistrationPause);
-      }
+      else
+        mDelay(kRegistrationPause);
     }
     return Registration::REGISTERED;
   } catch (...) {
@@ -180,9 +166,7 @@ int TKSLClient::handleInitResponse(void* returnData, bool isError, uint64_t requ
     }
   }
   queueResponse(MethodResponse{M_INIT, KSLCallback(), returnData, errCode != 0, requestUID});
-  if (errCode == E_COMMUNICATION_ERROR) {
-    return 1;
-  }
+  if (errCode == E_COMMUNICATION_ERROR) return 1;
   if (goodRecord) {
     if (id > 0) {
       RegisterID(id);
@@ -197,25 +181,20 @@ int TKSLClient::handleInitResponse(void* returnData, bool isError, uint64_t requ
 
 xmlrpc_c::paramList TKSLClient::buildParameters(const MethodCall& call) const {
   xmlrpc_c::paramList parameters;
-  if (!isAnonymous(call.methodID)) {
-    parameters.add(xmlrpc_c::value_int(mRegisteredID));
-  }
+  if (!isAnonymous(call.methodID)) parameters.add(xmlrpc_c::value_int(mRegisteredID));
   xmlrpc_c::carray items;
   if (call.parameters != nullptr) {
     const xmlrpc_c::value value(call.parameters);
-    if (value.type() == xmlrpc_c::value::TYPE_ARRAY) {
+    if (value.type() == xmlrpc_c::value::TYPE_ARRAY)
       items = xmlrpc_c::value_array(value).vectorValueValue();
-    } else {
+    else
       items.push_back(value);
-    }
   }
   if (call.methodID == M_PUSHEVENTS) {
     parameters.add(xmlrpc_c::value_int(mEventPackageNumber));
     parameters.add(xmlrpc_c::value_array(items));
   } else {
-    for (const xmlrpc_c::value& item : items) {
-      parameters.add(item);
-    }
+    for (const xmlrpc_c::value& item : items) parameters.add(item);
   }
   return parameters;
 }
@@ -231,12 +210,12 @@ void TKSLClient::callService(xmlrpc_env* env, const char* serverUrl, const char*
       return;
     }
     const xmlrpc_c::fault fault = rpc->getFault();
-    const bool network = fault.getCode() == NetworkFault || fault.getCode() == TimeoutFault;
+    const bool network = fault.getCode() == kNetworkFault || fault.getCode() == kTimeoutFault;
     xmlrpc_env_set_fault(env, network ? E_COMMUNICATION_ERROR : E_INTERNAL_ERROR, fault.getDescription().c_str());
   } catch (girerr::error* error) {
-    xmlrpc_env_set_fault(env, FailedTransport, error->what());
+    xmlrpc_env_set_fault(env, kFailedTransport, error->what());
   } catch (...) {
-    xmlrpc_env_set_fault(env, FailedTransport, "sendInternal(): Connection failed");
+    xmlrpc_env_set_fault(env, kFailedTransport, "sendInternal(): Connection failed");
   }
 }
 
@@ -279,9 +258,7 @@ void* TKSLClient::sendInternal(xmlrpc_env* env, const char* serverUrl, const Met
   } else if (result.type() == xmlrpc_c::value::TYPE_STRUCT) {
     readFaultStruct(result, errCodeOut, description);
   }
-  if (errCodeOut == 0) {
-    return parseReply(call, result, errCodeOut);
-  }
+  if (errCodeOut == 0) return parseReply(call, result, errCodeOut);
   if (errCodeOut == E_NOT_REGISTERED) {
     DisableCommunication();
     TogglePopRequests(false);
@@ -297,14 +274,10 @@ void* TKSLClient::parseReply(const MethodCall& call, const xmlrpc_c::value& resu
   int parseStatus = 0;  // seven parsers do not write it
   void* record = method.ResponseParser(result, parseStatus);
   if (parseStatus != 0) {
-    if (record != nullptr && method.DestroyData != nullptr) {
-      method.DestroyData(record);
-    }
+    if (record != nullptr && method.DestroyData != nullptr) method.DestroyData(record);
     errCodeOut = E_INTERNAL_ERROR;
     return new KSLError(E_INTERNAL_ERROR, std::string("Parsing of ") + method.Address + " response failed.");
   }
-  if (call.methodID == M_PUSHEVENTS) {
-    ++mEventPackageNumber;
-  }
+  if (call.methodID == M_PUSHEVENTS) ++mEventPackageNumber;
   return record;
 }

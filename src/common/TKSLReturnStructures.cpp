@@ -22,9 +22,8 @@ int64_t readI8(const xmlrpc_c::cstruct& members, const char* key) {
 
 std::vector<std::string> readTexts(const xmlrpc_c::cstruct& members, const char* key) {
   std::vector<std::string> texts;
-  for (const xmlrpc_c::value& item : xmlrpc_c::value_array(member(members, key)).vectorValueValue()) {
+  for (const xmlrpc_c::value& item : xmlrpc_c::value_array(member(members, key)).vectorValueValue())
     texts.push_back(xmlrpc_c::value_string(item));
-  }
   return texts;
 }
 
@@ -95,9 +94,7 @@ PlatformState::PlatformState()
     MaxBet(0) {}
 
 void PlatformState::parse(const xmlrpc_c::value& v) {
-  if (v.type() != xmlrpc_c::value::TYPE_STRUCT) {
-    throw "Result is not struct!";
-  }
+  if (v.type() != xmlrpc_c::value::TYPE_STRUCT) throw "Result is not struct!";
   const xmlrpc_c::cstruct members = xmlrpc_c::value_struct(v);
   ActiveGame = gameFromXml(member(members, "ActiveGame"));
   read(IsLoading, members, "IsLoading");
@@ -113,9 +110,8 @@ void PlatformState::parse(const xmlrpc_c::value& v) {
   LanguageMessages = readTexts(members, "LanguageMessages");
 
   const auto extra = members.find("ExtraData");
-  if (extra != members.end() && extra->second.type() == xmlrpc_c::value::TYPE_STRUCT) {
+  if (extra != members.end() && extra->second.type() == xmlrpc_c::value::TYPE_STRUCT)
     ExtraData = xmlrpc_c::value_struct(extra->second);
-  }
 }
 
 void PlatformState::parseJackpotData(const xmlrpc_c::value& v) {
@@ -130,9 +126,7 @@ void PlatformState::parseJackpotData(const xmlrpc_c::value& v) {
 
 xmlrpc_c::value_struct PlatformState::toXml() const {
   xmlrpc_c::carray levels;
-  for (const JackpotsData& level : JackpotData) {
-    levels.push_back(level.toXml());
-  }
+  for (const JackpotsData& level : JackpotData) levels.push_back(level.toXml());
   xmlrpc_c::cstruct members;
   members["IntegrityCheckData"] = xmlrpc_c::value_string(IntegrityCheckData);
   members["ActiveGame"] = gameToXml(ActiveGame);
@@ -144,11 +138,10 @@ xmlrpc_c::value_struct PlatformState::toXml() const {
   members["CurrentBet"] = xmlrpc_c::value_i8(CurrentBet);
   members["MinBet"] = xmlrpc_c::value_i8(MinBet);
   members["MaxBet"] = xmlrpc_c::value_i8(MaxBet);
-  if (ExtraData.empty()) {
+  if (ExtraData.empty())
     members["ExtraData"] = xmlrpc_c::value_nil();
-  } else {
+  else
     members["ExtraData"] = xmlrpc_c::value_struct(ExtraData);
-  }
   members["JackpotData"] = xmlrpc_c::value_array(levels);
   members["JackpotErrorString"] = xmlrpc_c::value_string(JackpotErrorString);
   return xmlrpc_c::value_struct(members);

@@ -202,7 +202,7 @@ void TControlCyphers3::draw() {
                                      : MyUtils::saturated<long>(std::round(currentValue));
   updateWheels(currentValueRounded, now);
 
-  for (int n = cypherCount - 1; n >= 0; --n) {
+  for (int n = kCypherCount - 1; n >= 0; --n) {
     const float cypherPosition = cypherPos(mCypherPositions[n], now);
     if (cypherPosition != 0.0f && frame.hasHitFirstDigit == -1) frame.hasHitFirstDigit = n;
     if (n == mDecimalPlaces && frame.hasHitFirstDigit < 0) frame.hasHitFirstDigit = n;

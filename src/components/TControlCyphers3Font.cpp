@@ -11,7 +11,7 @@ using namespace vendelo_sdl2;
 
 namespace {
 
-constexpr int stripRows = 11;
+constexpr int kStripRows = 11;
 
 // The strip's row of a digit. The second row of 0 closes the circle, so that the turn from 9 to 0 is continuous.
 int rowOf(int digit, bool reversed) { return reversed ? 10 - digit : digit; }
@@ -54,7 +54,7 @@ void TControlCyphers3::SetFont(TBitmapFont* font) {
   mDotRect = mCommaRect = SDL_Rect{};
   mGlyphWidth = font->MaxGlyphWidth();
   mGlyphHeight = font->MaxGlyphHeight();
-  mpCyphers.reset(TAppGuiModule::CreateLayer(nullptr, mGlyphWidth, mGlyphHeight * stripRows, 0, 0, 0, 0, 16));
+  mpCyphers.reset(TAppGuiModule::CreateLayer(nullptr, mGlyphWidth, mGlyphHeight * kStripRows, 0, 0, 0, 0, 16));
   TRenderGuard guard(renderer);
   guard.target(mpCyphers.get());
 
@@ -102,7 +102,7 @@ void TControlCyphers3::SetFont(TTF_Font* font, SDL_Color color) {
   // The height comes from the width figures here while the rows are as high as the component: as designed.
   mGlyphHeight = mGlyphWidth;
   const int rowHeight = mDestRect.h;
-  mpCyphers.reset(TAppGuiModule::CreateLayer(nullptr, mGlyphWidth, rowHeight * stripRows, 0, 0, 0, 0, 16));
+  mpCyphers.reset(TAppGuiModule::CreateLayer(nullptr, mGlyphWidth, rowHeight * kStripRows, 0, 0, 0, 0, 16));
   TRenderGuard guard(renderer);
   guard.target(mpCyphers.get());
 

@@ -36,13 +36,12 @@ TImageList::~TImageList() {
 
 void TImageList::LoadImage(std::string imageName) {
   SDL_Renderer* renderer = GetRenderer();
-  if (!renderer) {
+  if (!renderer)
     std::printf("Component %s: The renderer was not yes set!!!\n", mName.c_str());
-  } else if (imageName.empty()) {
+  else if (imageName.empty())
     std::printf("The image name is empy\n");
-  } else {
+  else
     pImages->push_back(MyUtils::LoadTexture(renderer, imageName));
-  }
 }
 
 void TImageList::pushImage(SDL_Texture* image) { pImages->push_back(image); }

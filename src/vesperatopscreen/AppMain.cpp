@@ -12,7 +12,7 @@ using vendelo_sdl2::TApplication;
 
 namespace {
 
-constexpr int initFailed = -2, initThrew = -4, runThrew = -6;
+constexpr int kInitFailed = -2, kInitThrew = -4, kRunThrew = -6;
 
 TApplication* MakeTopScreen(const std::string* ServerAddress) {
   auto* application = new TopScreenApp;
@@ -35,18 +35,18 @@ int AppMain(int argc, char** argv, const ApplicationMaker& MakeApplication) {
       application->Destroy();
       delete application;
       std::printf("========== APP EXITED WITH FAILURE ==========\n");
-      return initFailed;
+      return kInitFailed;
     }
   } catch (...) {
     std::printf("Unhadled exception occoured while loading application\n");
-    return initThrew;
+    return kInitThrew;
   }
   try {
     application->ServePendingSignal();
     application->Run();
   } catch (...) {
     std::printf("Unhadled exception occoured\n");
-    return runThrew;
+    return kRunThrew;
   }
   delete application;
   std::printf("========== APP EXITED SUCCESSFULLY ==========\n");
@@ -55,6 +55,6 @@ int AppMain(int argc, char** argv, const ApplicationMaker& MakeApplication) {
 
 void ExitProgram(int Result) {
   std::fflush(nullptr);
-  if (Result == initThrew || Result == runThrew) _exit(Result);
+  if (Result == kInitThrew || Result == kRunThrew) _exit(Result);
   std::exit(Result);
 }

@@ -20,12 +20,12 @@ struct TButtonRow {
 };
 
 // Button 2 stands higher, and rows 7 and 8 start with the text of row 1: all as it is wanted.
-constexpr TButtonRow rows[] = {{88, 856, "Instruction1", "Auto Spin"},    {300, 737, "Instruction2", "Payout"},
-                               {512, 856, "Instruction3", "Game Select"}, {730, 856, "Instruction4", "Service"},
-                               {952, 856, "Instruction5", "Bet- Red"},    {1172, 856, "Instruction6", "Info"},
-                               {1388, 856, "Instruction1", "Bet+ Black"}, {1670, 856, "Instruction1", "Spin"}};
+constexpr TButtonRow kRows[] = {{88, 856, "Instruction1", "Auto Spin"},    {300, 737, "Instruction2", "Payout"},
+                                {512, 856, "Instruction3", "Game Select"}, {730, 856, "Instruction4", "Service"},
+                                {952, 856, "Instruction5", "Bet- Red"},    {1172, 856, "Instruction6", "Info"},
+                                {1388, 856, "Instruction1", "Bet+ Black"}, {1670, 856, "Instruction1", "Spin"}};
 
-constexpr int imageEnabled = 0, imageDisabled = 1;
+constexpr int kImageEnabled = 0, kImageDisabled = 1;
 
 std::string numbered(const char* name, size_t n) { return name + MyUtils::itos(static_cast<long>(n)); }
 
@@ -50,12 +50,12 @@ int TInstructionsPanel::load() {
   mButtonEnabled.reset(MyUtils::LoadTexture(GetRenderer(), workingDirPath + "buttonE.png"));
   mButtonDisabled.reset(MyUtils::LoadTexture(GetRenderer(), workingDirPath + "buttonD.png"));
   size_t n = 0;
-  for (const TButtonRow& row : rows) {
+  for (const TButtonRow& row : kRows) {
     ++n;
     auto* image = new TImageList(GetRenderer(), row.x, row.y, 177, 179, numbered("InstructionImage", n));
     image->pushImage(mButtonEnabled.get());
     image->pushImage(mButtonDisabled.get());
-    image->DisplayImage(imageEnabled, 0);
+    image->DisplayImage(kImageEnabled, 0);
     AddComponent(image);
     auto* button =
       new TGlyphLabel(GetRenderer(), row.x + 32, row.y + 31, 101, 80, row.text,
@@ -86,7 +86,7 @@ int TInstructionsPanel::UpdateData() {
     if (auto* button = static_cast<TGlyphLabel*>(FindComponentByName(numbered("InstructionButton", n))))
       button->SetText(texts[i]);
     if (auto* image = static_cast<TImageList*>(FindComponentByName(numbered("InstructionImage", n))))
-      image->DisplayImage(texts[i].empty() ? imageDisabled : imageEnabled, 0);
+      image->DisplayImage(texts[i].empty() ? kImageDisabled : kImageEnabled, 0);
   }
   return 0;
 }

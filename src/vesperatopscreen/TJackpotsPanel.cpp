@@ -22,7 +22,7 @@ TJackpotLayout::TJackpotLayout(int numJackpots) {
 }
 
 SDL_Rect TJackpotLayout::levelRect(int id) const {
-  return {51 + id * 48, 160 + id * odmikNivoja + zacetniOdmikY, levelFrameWidth, levelFrameHeight};
+  return {51 + id * 48, 160 + id * odmikNivoja + zacetniOdmikY, kLevelFrameWidth, levelFrameHeight};
 }
 
 TJackpotsPanel::TJackpotsPanel(SDL_Renderer* pRenderer, int x, int y, int width, int height,
@@ -175,7 +175,7 @@ void TJackpotsPanel::ClearJackpotPanel() {
   pJackpotLabel = nullptr;
   removeChild(pBackgroundAnimation);
   pBackgroundAnimation = nullptr;
-  for (int jId = maxLevels - 1; jId >= 0; --jId) {
+  for (int jId = kMaxLevels - 1; jId >= 0; --jId) {
     if (!pJackpotPanel[jId]) continue;
     pJackpotFrame[jId] = nullptr;
     pJackpotCyphers[jId] = nullptr;

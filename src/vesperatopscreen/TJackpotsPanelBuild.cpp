@@ -25,13 +25,13 @@ struct TLevelColour {
 };
 
 // By id; Gold is id 0.
-constexpr TLevelColour levelColours[TJackpotsPanel::maxLevels] = {
+constexpr TLevelColour kLevelColours[TJackpotsPanel::kMaxLevels] = {
   {"Animation/GoldPnlWin", "GOLD_RIGHT.png", "GOLD_LEFT.png", nullptr},
   {"Animation/SilverPnlWin", "SILVER_RIGHT.png", "SILVER_LEFT.png", nullptr},
   {"Animation/BronzePnlWin", "BRONZE_RIGHT.png", "BRONZE_LEFT.png", nullptr},
   {"Animation/EmeraldPnlWin", "EMERALD_RIGHT.png", "EMERALD_LEFT.png", "Fonts/emerald_hours_font"}};
 
-constexpr int scheduledMode = 2;  // JackpotsData::mode of a level that is open at certain hours
+constexpr int kScheduledMode = 2;  // JackpotsData::mode of a level that is open at certain hours
 
 std::string indexed(const char* name, int id) { return std::string(name) + "[" + MyUtils::itos(id) + "]"; }
 
@@ -67,11 +67,11 @@ void TJackpotsPanel::createTitle() {
 
 void TJackpotsPanel::createLevel(const JackpotsData& level, TBuild& build) {
   const int jId = level.id;
-  if (jId < 0 || jId >= maxLevels || pJackpotPanel[jId]) {
+  if (jId < 0 || jId >= kMaxLevels || pJackpotPanel[jId]) {
     pApp->WriteLog(4, 0, "Jackpot level with id %d cannot be shown: ids are 0 to 3, each once.", jId);
     return;
   }
-  const TLevelColour& colour = levelColours[jId];
+  const TLevelColour& colour = kLevelColours[jId];
   const SDL_Rect place = build.layout.levelRect(jId);
   TGuiComponent* container =
     new TGuiComponent(GetRenderer(), place.x, place.y, place.w, place.h, indexed("pJackpotPanel", jId));
@@ -87,7 +87,7 @@ void TJackpotsPanel::createLevel(const JackpotsData& level, TBuild& build) {
   createCurrency(level);
   createDigits(level, build.font);
   createAnimations(level, build);
-  if (level.mode == scheduledMode && colour.hourFont) createHours(level);
+  if (level.mode == kScheduledMode && colour.hourFont) createHours(level);
   createInfoBar(level, place);
 
   // The info bar and its text stay below.
@@ -142,7 +142,7 @@ void TJackpotsPanel::createAnimations(const JackpotsData& level, TBuild& build) 
   prepareSprite(pIdleAnimation[jId]);
 
   pPanelAnimation[jId] =
-    new TSpriteAnimation(GetRenderer(), -346, -176, 1600, 600, directory + levelColours[jId].winAnimation,
+    new TSpriteAnimation(GetRenderer(), -346, -176, 1600, 600, directory + kLevelColours[jId].winAnimation,
                          TSpriteAnimation::LOOP, indexed("pPanelAnimation", jId));
   pJackpotPanel[jId]->AddComponent(pPanelAnimation[jId]);
   prepareSprite(pPanelAnimation[jId]);
@@ -162,7 +162,7 @@ void TJackpotsPanel::createAnimations(const JackpotsData& level, TBuild& build) 
 void TJackpotsPanel::createHours(const JackpotsData& level) {
   const int jId = level.id;
   auto* hours = new TGlyphLabel(GetRenderer(), 282, 0, 430, 62, level.TimeFrom + " - " + level.TimeTo,
-                                MyUtils::ImageDir() + levelColours[jId].hourFont, indexed("pJackpotHours", jId));
+                                MyUtils::ImageDir() + kLevelColours[jId].hourFont, indexed("pJackpotHours", jId));
   pJackpotHours[jId] = hours;
   pJackpotPanel[jId]->AddComponent(hours);
   hours->SetAlignment(CENTER_CENTER);

@@ -33,12 +33,12 @@ int TJackpotsPanel::UpdateData(const std::vector<JackpotsData>& jackpotData, con
 
 void TJackpotsPanel::UpdateJackpotData(const std::vector<JackpotsData>& jackpotData) {
   if (mNumJackpots < 1) return;
-  std::array<bool, maxLevels> seen{};
+  std::array<bool, kMaxLevels> seen{};
   int jackpotWinId = -1;
   for (const JackpotsData& level : jackpotData) {
     const int jId = level.id;
     // No tree, an id that has no place in it, or one that comes twice: the creation has logged it.
-    if (jId < 0 || jId >= maxLevels || seen[jId] || !pJackpotCyphers[jId]) continue;
+    if (jId < 0 || jId >= kMaxLevels || seen[jId] || !pJackpotCyphers[jId]) continue;
     seen[jId] = true;
     pJackpotCyphers[jId]->SetFinalValue(level.potValue);
     if (pJackpotInfo[jId])

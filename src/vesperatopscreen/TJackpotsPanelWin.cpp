@@ -39,7 +39,7 @@ float panel_grow_function(const TAnimation&, float t) {
 }
 
 bool TJackpotsPanel::levelStands(int id) const {
-  return id >= 0 && id < maxLevels && pJackpotPanel[id] && pPanelAnimation[id] && pDarkBackground;
+  return id >= 0 && id < kMaxLevels && pJackpotPanel[id] && pPanelAnimation[id] && pDarkBackground;
 }
 
 void TJackpotsPanel::StartIdleAnimation() {
@@ -49,7 +49,7 @@ void TJackpotsPanel::StartIdleAnimation() {
   if (mIdleAnimation >= 0 && pIdleAnimation[mIdleAnimation]) pIdleAnimation[mIdleAnimation]->Hide();
   if (mNumJackpots > 1)
     while (r == mIdleAnimation) r = std::rand() % mNumJackpots;
-  if (r >= maxLevels) r = maxLevels - 1;
+  if (r >= kMaxLevels) r = kMaxLevels - 1;
   mIdleAnimation = r;
   const Uint32 now = SDL_GetTicks();
   if (!pIdleAnimation[r]) return;  // an id that is not there ends the rotation
@@ -216,7 +216,7 @@ void TJackpotsPanel::StopWinAnimation() {
 
 void TJackpotsPanel::OnToggleWinAnimation(std::string, void* hActionData, void*) {
   const auto number = reinterpret_cast<intptr_t>(hActionData);
-  const bool known = number >= 1 && number <= maxLevels;
+  const bool known = number >= 1 && number <= kMaxLevels;
   const bool starts = known && pDarkBackground && !pDarkBackground->isVisible();
   if (!known || !pDarkBackground || (starts && !levelStands(static_cast<int>(number) - 1))) {
     pApp->WriteLog(4, 0, "No win to toggle on jackpot level %ld.", static_cast<long>(number));

@@ -20,7 +20,7 @@ using namespace vendelo_sdl2;
 
 namespace {
 
-constexpr const char* paytablePage = "paytable";
+constexpr const char* kPaytablePage = "paytable";
 
 // Numbers beyond this, in pixels, say nothing that a screen shows and do not survive the toolkit's arithmetic.
 constexpr int kFarAway = 1 << 20;
@@ -100,14 +100,14 @@ void TPaytablesPanel::buildPages(const TPaytableSetup& setup, int64_t currentBet
   const bool gameStays = !gamePath(mCreatedForGame).empty();  // else its name was told already
   std::set<std::string> refusedFonts;
   for (const TPaytableSetup::TPage& page : setup.pages) {
-    const size_t index = page.name != paytablePage;
+    const size_t index = page.name != kPaytablePage;
     for (const TPaytableText& text : page.texts) {
       if (gameStays && gamePath(mCreatedForGame, text.font).empty() && refusedFonts.insert(text.font).second)
         pApp->WriteLog(4, 0, "The font '%s' of game '%s' leads out of the game folders: it counts as missing.",
                        text.font.c_str(), mCreatedForGame.c_str());
       buildText(text, index, paytableWin(text.prize, currentBet, setup.betCost));
     }
-    if (page.name == paytablePage) buildBetLabels(page.texts.empty() ? TPaytableText{} : page.texts.back());
+    if (page.name == kPaytablePage) buildBetLabels(page.texts.empty() ? TPaytableText{} : page.texts.back());
     mPaytableComponents[index].push_back(prizeLabel);
   }
 }

@@ -8,8 +8,8 @@ using namespace credit;
 
 namespace {
 
-constexpr long Most = std::numeric_limits<long>::max();
-constexpr long Least = std::numeric_limits<long>::min();
+constexpr long kMost = std::numeric_limits<long>::max();
+constexpr long kLeast = std::numeric_limits<long>::min();
 
 CreditArray amounts(long a, long b, long c, long d, long e, long f) {
   return CreditArray(std::array<long, 6>{a, b, c, d, e, f});
@@ -77,8 +77,8 @@ TEST(CreditArray, Clears) {
   credits.ClearMin();
   EXPECT_EQ(CreditArray(CREDIT_ALL, -1), credits);
   credits.ClearMax();
-  EXPECT_EQ(CreditArray(CREDIT_ALL, Most), credits);
-  EXPECT_EQ(Most, credits.Total());
+  EXPECT_EQ(CreditArray(CREDIT_ALL, kMost), credits);
+  EXPECT_EQ(kMost, credits.Total());
   credits.Clear();
   EXPECT_TRUE(credits.IsEmpty());
 }
@@ -93,7 +93,7 @@ TEST(CreditArray, AddsAndSubtractsPerKind) {
   sum += b;
   sum -= a;
   EXPECT_EQ(b, sum);
-  EXPECT_EQ(CreditArray(CREDIT_ALL, Most), CreditArray(CREDIT_ALL, Most) + a);
+  EXPECT_EQ(CreditArray(CREDIT_ALL, kMost), CreditArray(CREDIT_ALL, kMost) + a);
 }
 
 TEST(CreditArray, ComparisonIsPartial) {
@@ -151,7 +151,7 @@ TEST(CreditArray, NegativeKindsBecomeZero) {
 }
 
 TEST(CreditArray, WhatLeavesTheRangeStaysAtItsEnd) {
-  const CreditArray largest(CREDIT_ALL, Most), smallest(CREDIT_ALL, Least), one(CREDIT_ALL, 1);
+  const CreditArray largest(CREDIT_ALL, kMost), smallest(CREDIT_ALL, kLeast), one(CREDIT_ALL, 1);
   EXPECT_EQ(largest, largest + one);
   EXPECT_EQ(largest, largest + largest);
   EXPECT_EQ(largest, largest - smallest);
@@ -160,23 +160,23 @@ TEST(CreditArray, WhatLeavesTheRangeStaysAtItsEnd) {
   EXPECT_EQ(smallest, smallest - largest);
   EXPECT_EQ(CreditArray(CREDIT_ALL, -1), largest + smallest);
   EXPECT_EQ(largest, -smallest);
-  EXPECT_EQ(CreditArray(CREDIT_ALL, -Most), -largest);
-  EXPECT_EQ(Most, largest.Total());
-  EXPECT_EQ(Least, smallest.Total());
-  EXPECT_EQ(Least, smallest[CREDIT_ALL]);
-  EXPECT_EQ(-3, amounts(Most, Most, Most, Least, Least, Least).Total());  // the sum itself is exact
-  EXPECT_TRUE(amounts(Most, 1, Least, 0, 0, 0).IsZero());
+  EXPECT_EQ(CreditArray(CREDIT_ALL, -kMost), -largest);
+  EXPECT_EQ(kMost, largest.Total());
+  EXPECT_EQ(kLeast, smallest.Total());
+  EXPECT_EQ(kLeast, smallest[CREDIT_ALL]);
+  EXPECT_EQ(-3, amounts(kMost, kMost, kMost, kLeast, kLeast, kLeast).Total());  // the sum itself is exact
+  EXPECT_TRUE(amounts(kMost, 1, kLeast, 0, 0, 0).IsZero());
   EXPECT_TRUE(largest > smallest && smallest < largest);
   EXPECT_TRUE(largest.IsStrictlyPositive(false) && smallest.IsStrictlyNegative(false));
 }
 
 TEST(CreditArray, BetsAndHoldingsFromTheEndsOfTheirRanges) {
   const uint64_t all = std::numeric_limits<uint64_t>::max();
-  EXPECT_EQ(amounts(Most, Most, 1, 0, 0, 0), amounts(Most, Most, Most, 0, 0, 0).MakeBet(all));
-  EXPECT_EQ(amounts(1, Most, 0, 0, 0, 0), amounts(Most, Most, Most, 0, 0, 0).MakeBet(uint64_t{1} << 63));
-  EXPECT_EQ(CreditArray(), CreditArray(CREDIT_ALL, Least).MakeBet(all));
-  EXPECT_EQ(amounts(0, 1, 0, 0, 0, 0), CreditArray(CREDIT_ALL, Most).MakeBet(1));
-  EXPECT_EQ(amounts(1, 0, 0, 0, 0, 0), amounts(Most, Least, Most, 0, 0, 0).MakeBet(1));
+  EXPECT_EQ(amounts(kMost, kMost, 1, 0, 0, 0), amounts(kMost, kMost, kMost, 0, 0, 0).MakeBet(all));
+  EXPECT_EQ(amounts(1, kMost, 0, 0, 0, 0), amounts(kMost, kMost, kMost, 0, 0, 0).MakeBet(uint64_t{1} << 63));
+  EXPECT_EQ(CreditArray(), CreditArray(CREDIT_ALL, kLeast).MakeBet(all));
+  EXPECT_EQ(amounts(0, 1, 0, 0, 0, 0), CreditArray(CREDIT_ALL, kMost).MakeBet(1));
+  EXPECT_EQ(amounts(1, 0, 0, 0, 0, 0), amounts(kMost, kLeast, kMost, 0, 0, 0).MakeBet(1));
 }
 
 TEST(CreditArray, ABetIsPaidFromThreeKindsInOrder) {

@@ -14,11 +14,9 @@ struct Run {
 };
 
 void expectRuns(const std::vector<Run>& runs) {
-  for (const Run& run : runs) {
-    for (size_t n = 0; n < run.names.size(); ++n) {
+  for (const Run& run : runs)
+    for (size_t n = 0; n < run.names.size(); ++n)
       EXPECT_EQ(run.first + static_cast<int>(n), run.names[n]) << "name " << n << " from " << run.first;
-    }
-  }
 }
 
 }  // namespace

@@ -22,9 +22,7 @@ void PrintTo(const Case& c, std::ostream* out) { *out << c.name; }
 
 std::string utf16(const std::string& ascii, bool littleEndian, bool mark) {
   std::string out = mark ? (littleEndian ? "\xFF\xFE" : "\xFE\xFF") : "";
-  for (const char c : ascii) {
-    out += littleEndian ? std::string{c, '\0'} : std::string{'\0', c};
-  }
+  for (const char c : ascii) out += littleEndian ? std::string{c, '\0'} : std::string{'\0', c};
   return out;
 }
 

@@ -24,9 +24,7 @@ inline bool waitFor(const std::function<bool()>& condition) {
   const Uint64 start = SDL_GetPerformanceCounter();
   const Uint64 limit = SDL_GetPerformanceFrequency() * 10;
   while (!condition()) {
-    if (SDL_GetPerformanceCounter() - start > limit) {
-      return false;
-    }
+    if (SDL_GetPerformanceCounter() - start > limit) return false;
     SDL_Delay(1);
   }
   return true;
@@ -54,9 +52,7 @@ inline std::string errorStruct(int code, const std::string& text) {
 
 inline std::string arrayXml(const std::vector<std::string>& items) {
   std::string xml = "<array><data>";
-  for (const std::string& item : items) {
-    xml += "<value>" + item + "</value>";
-  }
+  for (const std::string& item : items) xml += "<value>" + item + "</value>";
   return xml + "</data></array>";
 }
 
@@ -85,9 +81,7 @@ inline std::string textOf(const xmlrpc_c::value& value) {
   xmlrpc_serialize_value2(env.get(), block, reference.get(), xmlrpc_dialect_i8);
   std::string text(static_cast<const char*>(xmlrpc_mem_block_contents(block)), xmlrpc_mem_block_size(block));
   xmlrpc_mem_block_free(block);
-  for (size_t at; (at = text.find("\r\n")) != std::string::npos;) {
-    text.erase(at, 2);
-  }
+  for (size_t at; (at = text.find("\r\n")) != std::string::npos;) text.erase(at, 2);
   return text;
 }
 
@@ -96,9 +90,7 @@ inline bool unlocked(SDL_mutex* mutex) {
   SDL_Thread* thread = SDL_CreateThread(
     [](void* data) {
       auto* probed = static_cast<SDL_mutex*>(data);
-      if (SDL_TryLockMutex(probed) != 0) {
-        return 0;
-      }
+      if (SDL_TryLockMutex(probed) != 0) return 0;
       SDL_UnlockMutex(probed);
       return 1;
     },
@@ -112,9 +104,7 @@ inline bool unlocked(SDL_mutex* mutex) {
 inline std::string requestXml(const std::string& method, const std::vector<std::string>& params) {
   std::string xml = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\r\n<methodCall>\r\n<methodName>" + method +
                     "</methodName>\r\n<params>\r\n";
-  for (const std::string& param : params) {
-    xml += "<param><value>" + param + "</value></param>\r\n";
-  }
+  for (const std::string& param : params) xml += "<param><value>" + param + "</value></param>\r\n";
   return xml + "</params>\r\n</methodCall>\r\n";
 }
 
@@ -135,9 +125,7 @@ class FakeTransport : public xmlrpc_c::clientXmlTransport {
       const std::lock_guard<std::mutex> lock(mMutex);
       mRequests.push_back(callXml);
       const auto found = mAnswers.find(methodOf(callXml));
-      if (found != mAnswers.end()) {
-        answer = found->second;
-      }
+      if (found != mAnswers.end()) answer = found->second;
     }
     *responseXmlP = answer ? answer(callXml) : replyXml("<nil/>");
   }
@@ -158,11 +146,8 @@ class FakeTransport : public xmlrpc_c::clientXmlTransport {
 
   std::vector<std::string> requests(const std::string& method) const {
     std::vector<std::string> chosen;
-    for (const std::string& request : requests()) {
-      if (methodOf(request) == method) {
-        chosen.push_back(request);
-      }
-    }
+    for (const std::string& request : requests())
+      if (methodOf(request) == method) chosen.push_back(request);
     return chosen;
   }
 
@@ -236,17 +221,14 @@ class NotingListener : public TKSLListener {
   int getIDFromInitData(void* data) override { return static_cast<TestInitData*>(data)->ID; }
   int handleInitResponse(ErrorTypes response, void* responseData) override {
     inits.push_back(Note{M_INIT, response, ""});
-    if (response != E_NO_ERROR) {
+    if (response != E_NO_ERROR)
       inits.back().text = *static_cast<KSLError*>(responseData)->errorDescription;
-    } else if (responseData == nullptr) {
+    else if (responseData == nullptr)
       inits.back().text = "no record";
-    }
     return 0;
   }
   int handlePlatformEvent(const Event& ev) override {
-    if (onEvent) {
-      onEvent(ev);
-    }
+    if (onEvent) onEvent(ev);
     events.push_back(ev.id());
     return 0;
   }
@@ -327,9 +309,8 @@ class TestClient : public TKSLClient {
   // Empties the calls' queue; how many there were.
   size_t dropCalls() {
     const size_t count = mCallQueue.size();
-    for (; !mCallQueue.empty(); mCallQueue.pop_front()) {
+    for (; !mCallQueue.empty(); mCallQueue.pop_front())
       const XmlRpcReference parameters(mCallQueue.front().parameters);
-    }
     return count;
   }
 
@@ -343,9 +324,7 @@ class TestClient : public TKSLClient {
 
   // Starts the thread, waits for the registration and forgets what the listener heard of it.
   bool startRegistered() {
-    if (Start(true, 0) != 0) {
-      return false;
-    }
+    if (Start(true, 0) != 0) return false;
     listener.inits.clear();
     return true;
   }

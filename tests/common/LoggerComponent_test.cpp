@@ -102,14 +102,14 @@ TEST_F(LoggerTest, UnregisteringByNumberTakesTheComponentOut) {
 }
 
 TEST_F(LoggerTest, ManyThreadsLoseNoEntryAndMixNoText) {
-  constexpr int NumThreads = 4, NumLines = 200;
-  Logger::MaxHistoryCacheSize = NumThreads * NumLines;
+  constexpr int kNumThreads = 4, kNumLines = 200;
+  Logger::MaxHistoryCacheSize = kNumThreads * kNumLines;
   Logger::Output = [](const LogEntry&) {};
   std::vector<std::thread> threads;
-  for (int t = 0; t < NumThreads; ++t)
+  for (int t = 0; t < kNumThreads; ++t)
     threads.emplace_back([t] {
       LogTestComponent component;
-      for (int i = 0; i < NumLines; ++i) {
+      for (int i = 0; i < kNumLines; ++i) {
         if (i % 2)
           KLOG(LogApp, Info, "thread %d line %d", t, i);
         else
@@ -121,24 +121,24 @@ TEST_F(LoggerTest, ManyThreadsLoseNoEntryAndMixNoText) {
   for (auto& thread : threads) thread.join();
   std::set<std::string> texts;
   for (const auto& entry : history()) texts.insert(entry.Message);
-  EXPECT_EQ(texts.size(), static_cast<size_t>(NumThreads * NumLines));
+  EXPECT_EQ(texts.size(), static_cast<size_t>(kNumThreads * kNumLines));
   EXPECT_EQ(texts.count("thread 3 line 199"), 1u);
 }
 
 TEST_F(LoggerTest, ConsoleLinesOfManyThreadsStayWhole) {
-  constexpr int NumThreads = 4, NumLines = 150;
+  constexpr int kNumThreads = 4, kNumLines = 150;
   testing::internal::CaptureStdout();
   std::vector<std::thread> threads;
-  for (int t = 0; t < NumThreads; ++t)
+  for (int t = 0; t < kNumThreads; ++t)
     threads.emplace_back([t] {
-      for (int i = 0; i < NumLines; ++i) {
+      for (int i = 0; i < kNumLines; ++i) {
         Logger::Log(LogApp, Warning, "thread %d line %d end", t, i);
         Logger::SetVerbosity("app", i % 2 ? Warning : VeryVerbose);
       }
     });
   for (auto& thread : threads) thread.join();
   std::istringstream out(testing::internal::GetCapturedStdout());
-  std::vector<int> next(NumThreads, 0);
+  std::vector<int> next(kNumThreads, 0);
   for (std::string line; std::getline(out, line);) {
     int t = -1, i = -1, length = 0;
     ASSERT_EQ(std::sscanf(line.c_str() + 24, ": app | Warning: : thread %d line %d end%n", &t, &i, &length), 2)
@@ -146,7 +146,7 @@ TEST_F(LoggerTest, ConsoleLinesOfManyThreadsStayWhole) {
     EXPECT_EQ(line.size(), 24u + static_cast<size_t>(length)) << line;
     EXPECT_EQ(i, next.at(static_cast<size_t>(t))++);
   }
-  EXPECT_EQ(next, std::vector<int>(NumThreads, NumLines));
+  EXPECT_EQ(next, std::vector<int>(kNumThreads, kNumLines));
 }
 
 }  // namespace

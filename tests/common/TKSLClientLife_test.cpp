@@ -301,11 +301,8 @@ TEST(TKSLClientLife, QueuedCallsSurviveTheLossOfTheRegistration) {
   ASSERT_TRUE(waitFor([&] { return client.wire.requests("system.denomination").size() == 1; }));
   client.Stop();
   std::vector<std::string> methods;
-  for (const std::string& request : client.wire.requests()) {
-    if (linktest::methodOf(request) != "game.popEvents") {
-      methods.push_back(linktest::methodOf(request));
-    }
-  }
+  for (const std::string& request : client.wire.requests())
+    if (linktest::methodOf(request) != "game.popEvents") methods.push_back(linktest::methodOf(request));
   EXPECT_EQ((std::vector<std::string>{"topscreen.init", "system.volume", "topscreen.init", "game.getParam",
                                       "system.denomination"}),
             methods);

@@ -37,15 +37,11 @@ class TKSLClientMemory : public testing::Test {
   // What a round leaves on the heap when it is done again and again.
   template <class F>
   static double leftByEach(F round) {
-    constexpr int Rounds = 500;
-    for (int n = 0; n < 20; ++n) {
-      round();
-    }
+    constexpr int kRounds = 500;
+    for (int n = 0; n < 20; ++n) round();
     const auto before = static_cast<long>(mallinfo2().uordblks);
-    for (int n = 0; n < Rounds; ++n) {
-      round();
-    }
-    return static_cast<double>(static_cast<long>(mallinfo2().uordblks) - before) / Rounds;
+    for (int n = 0; n < kRounds; ++n) round();
+    return static_cast<double>(static_cast<long>(mallinfo2().uordblks) - before) / kRounds;
   }
 };
 
@@ -137,7 +133,7 @@ class Forgetful : public linktest::FakeTransport {
   std::string reply;
 };
 
-constexpr double Nothing = 16;  // less than the smallest piece
+constexpr double kNothing = 16;  // less than the smallest piece
 
 const std::string Long(200, 'x');
 
@@ -151,12 +147,12 @@ TEST_F(TKSLClientMemory, SynchronousCallsLeaveNothingOnTheHeap) {
   for (const std::string& reply : {replyXml("<int>5</int>"), replyXml("<string>" + Long + "</string>"),
                                    faultXml(3, Long), replyXml(errorStruct(5, Long)), std::string("no XML")}) {
     wire->reply = reply;
-    EXPECT_LT(leftByEach(call), Nothing) << reply;
+    EXPECT_LT(leftByEach(call), kNothing) << reply;
   }
   EXPECT_LT(leftByEach([&] { client.SendRequestSync(M_PUSHEVENTS, KSLCallback(), "(ss", Long.c_str(), "x"); }),
-            Nothing);
+            kNothing);
   EXPECT_LT(leftByEach([&] { client.SendRequestSync(M_PUSHEVENTS, KSLCallback(), "ss", Long.c_str(), "x"); }),
-            Nothing);
+            kNothing);
 }
 
 TEST_F(TKSLClientMemory, WhatIsQueuedGoesWithTheClient) {
@@ -168,24 +164,22 @@ TEST_F(TKSLClientMemory, WhatIsQueuedGoesWithTheClient) {
     auto* record = new GetParamResponseData(xmlrpc_c::value_string(Long));
     client.mResponseQueue.push({M_GETPARAM, KSLCallback(), record, false, 2});
   };
-  EXPECT_LT(leftByEach(round), Nothing);
+  EXPECT_LT(leftByEach(round), kNothing);
 }
 
 TEST_F(TKSLClientMemory, EventsOfOnePackageAreMovedNotCopied) {
   const auto round = [] {
     TestClient client(new Forgetful, 0);
-    for (int n = 0; n < 40; ++n) {
-      client.PushEvent(static_cast<KSLGameEvent>(n), "s", Long.c_str());
-    }
+    for (int n = 0; n < 40; ++n) client.PushEvent(static_cast<KSLGameEvent>(n), "s", Long.c_str());
     EXPECT_EQ(2U, client.mCallQueue.size());
   };
-  EXPECT_LT(leftByEach(round), Nothing);
+  EXPECT_LT(leftByEach(round), kNothing);
 }
 
 TEST_F(TKSLClientMemory, AQuestionForEventsThatIsAskedAlreadyIsDropped) {
   TestClient client(new Forgetful, 0);
   client.SendRequest(M_POPEVENTS, 2, KSLCallback(), "(s)", Long.c_str());
-  EXPECT_LT(leftByEach([&] { client.SendRequest(M_POPEVENTS, 2, KSLCallback(), "(s)", Long.c_str()); }), Nothing);
+  EXPECT_LT(leftByEach([&] { client.SendRequest(M_POPEVENTS, 2, KSLCallback(), "(s)", Long.c_str()); }), kNothing);
   EXPECT_EQ(1U, client.mCallQueue.size());
 }
 
@@ -203,5 +197,5 @@ TEST_F(TKSLClientMemory, ACallThatTheThreadSentIsFreedAndSoIsItsAnswer) {
     client.SendRequest(M_GETPARAM, 0, count, "(s)", Long.c_str());
     ASSERT_TRUE(client.pollUntil([&] { return answers > before; }));
   };
-  EXPECT_LT(leftByEach(round), Nothing);
+  EXPECT_LT(leftByEach(round), kNothing);
 }

@@ -46,11 +46,8 @@ struct Series {
   size_t registrations() const { return client.wire.requests("topscreen.init").size(); }
   std::vector<int> codes() const {
     std::vector<int> found;
-    for (const linktest::Note& note : client.listener.errors) {
-      if (note.method == M_PUSHEVENTS) {
-        found.push_back(note.code);
-      }
-    }
+    for (const linktest::Note& note : client.listener.errors)
+      if (note.method == M_PUSHEVENTS) found.push_back(note.code);
     return found;
   }
 
@@ -68,9 +65,7 @@ std::atomic<int> InitsParsed;
 
 // Can make something of each third answer to a registration, and throws over the others.
 void* parseEachThirdInit(const xmlrpc_c::value& toParse, int& parseStatus) {
-  if (InitsParsed++ % 3 != 0) {
-    throw 5;
-  }
+  if (InitsParsed++ % 3 != 0) throw 5;
   return linktest::parseTestInit(toParse, parseStatus);
 }
 
@@ -127,9 +122,7 @@ TEST(TKSLClientPackages, AGoodAnswerIsTheEnd) {
 
 TEST(TKSLClientPackages, EachOneHasThreeTriesOfItsOwn) {
   Series series({NotRegistered});
-  for (int n = 0; n < 20; ++n) {
-    series.client.PushEvent(G_LOG, "i", n);
-  }
+  for (int n = 0; n < 20; ++n) series.client.PushEvent(G_LOG, "i", n);
   ASSERT_TRUE(series.run());  // with the 21st event a second package
   EXPECT_EQ(6U, series.sent());
 }
@@ -139,9 +132,7 @@ TEST(TKSLClientPackages, AttemptsToRegisterAreNotAttemptsToSend) {
   std::atomic<int> attempts{0};
   // Every registration but the first one succeeds only with the fourth attempt.
   series.client.wire.answer("topscreen.init", [&attempts](const std::string&) -> std::string {
-    if (attempts++ % 4 != 0) {
-      throw girerr::error("refused");
-    }
+    if (attempts++ % 4 != 0) throw girerr::error("refused");
     return initReply(7);
   });
   series.client.SetPopRequestFrequency(100000);
@@ -216,9 +207,7 @@ TEST(TKSLClientPackages, TheOneInHandSurvivesExceptionsInTheRegistration) {
   const std::vector<std::string> requests = series.client.wire.requests("game.pushEvents");
   EXPECT_EQ((std::vector<std::string>(3, requests[0])), requests);
   std::string lines;
-  for (int n = 0; n < 6; ++n) {
-    lines += "!!!! KSLCLIENT:: ERROR in communication thread!\n";
-  }
+  for (int n = 0; n < 6; ++n) lines += "!!!! KSLCLIENT:: ERROR in communication thread!\n";
   EXPECT_EQ(lines, told);
   EXPECT_TRUE(series.client.pausesSoFar().empty());  // the next attempt begins with the next pass
   EXPECT_TRUE(linktest::unlocked(series.client.KSL_send_mutex));

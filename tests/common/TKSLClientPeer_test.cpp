@@ -32,9 +32,7 @@ std::string python(const char* what, const std::string& file) {
   }
   std::string text;
   char buffer[4096];
-  for (size_t count; (count = std::fread(buffer, 1, sizeof buffer, output)) > 0;) {
-    text.append(buffer, count);
-  }
+  for (size_t count; (count = std::fread(buffer, 1, sizeof buffer, output)) > 0;) text.append(buffer, count);
   EXPECT_EQ(0, pclose(output)) << command;
   return text;
 }
@@ -95,11 +93,8 @@ class TKSLClientPeer : public testing::Test {
   std::vector<std::string> calls(const std::string& method) const {
     std::istringstream lines(python("calls", recording));
     std::vector<std::string> chosen;
-    for (std::string line; std::getline(lines, line);) {
-      if (line.starts_with(method + " ")) {
-        chosen.push_back(line.substr(method.size() + 1));
-      }
-    }
+    for (std::string line; std::getline(lines, line);)
+      if (line.starts_with(method + " ")) chosen.push_back(line.substr(method.size() + 1));
     return chosen;
   }
 
@@ -109,9 +104,7 @@ class TKSLClientPeer : public testing::Test {
       client->Poll(0);
       const std::string text = contentOf(recording);
       int found = 0;
-      for (size_t at = 0; (at = text.find("\"method\":\"" + method, at)) != std::string::npos; ++at) {
-        ++found;
-      }
+      for (size_t at = 0; (at = text.find("\"method\":\"" + method, at)) != std::string::npos; ++at) ++found;
       return found >= count;
     });
   }
@@ -172,11 +165,10 @@ TEST_F(TKSLClientPeer, ReadsTheWholeState) {
   client->SendRequestSync(
     M_PLATFORM_STATUS,
     [&](void* data, bool isError) {
-      if (isError) {
+      if (isError)
         failure = *static_cast<KSLError*>(data)->errorDescription;
-      } else {
+      else
         state = *static_cast<PlatformState*>(data);
-      }
       return 0;
     },
     "()");

@@ -30,26 +30,20 @@ MethodResponse events(TestClient& client, const std::vector<std::string>& items)
 
 TEST(TKSLClientPoll, HandsOutEverythingOrAsManyAsAsked) {
   TestClient client(0);
-  for (int n = 1; n <= 5; ++n) {
-    client.mResponseQueue.push(failure(M_VOLUME, -n, "x"));
-  }
+  for (int n = 1; n <= 5; ++n) client.mResponseQueue.push(failure(M_VOLUME, -n, "x"));
   EXPECT_EQ(1, client.Poll(1));
   EXPECT_EQ(1U, client.listener.errors.size());
   EXPECT_EQ(2, client.Poll(2));
   EXPECT_EQ(2, client.Poll(0));
   EXPECT_EQ(0, client.Poll(0));
   ASSERT_EQ(5U, client.listener.errors.size());
-  for (int n = 1; n <= 5; ++n) {
-    EXPECT_EQ(-n, client.listener.errors[static_cast<size_t>(n - 1)].code);
-  }
+  for (int n = 1; n <= 5; ++n) EXPECT_EQ(-n, client.listener.errors[static_cast<size_t>(n - 1)].code);
 }
 
 TEST(TKSLClientPoll, ALimitedPollStillAsksForEvents) {
   FakeClock clock(1000);
   TestClient client(0);
-  for (int n = 0; n < 5; ++n) {
-    client.mResponseQueue.push(failure(M_VOLUME, -3, "x"));
-  }
+  for (int n = 0; n < 5; ++n) client.mResponseQueue.push(failure(M_VOLUME, -3, "x"));
   client.TogglePopRequests(true);
   EXPECT_EQ(1, client.Poll(1));
   ASSERT_EQ(1U, client.mCallQueue.size());
@@ -148,9 +142,7 @@ TEST(TKSLClientPoll, AnExceptionCostsOneEventAndIsLogged) {
   ASSERT_EQ(0, log.Init(testing::TempDir() + "TKSLClientPoll.log", onLine, &lines, false));
   TestClient client(0);
   client.listener.onEvent = [](const Event& ev) {
-    if (ev.id() == 2) {
-      throw "broken";
-    }
+    if (ev.id() == 2) throw "broken";
   };
   EXPECT_EQ(0, client.handleResponse(
                  events(client, {eventXml(1, "<nil/>"), eventXml(2, "<nil/>"), eventXml(3, "<nil/>")})));

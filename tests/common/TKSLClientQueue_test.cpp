@@ -14,9 +14,7 @@ using Entry = std::pair<MethodType, int>;
 
 std::vector<Entry> order(const TestClient& client) {
   std::vector<Entry> entries;
-  for (const MethodCall& call : client.mCallQueue) {
-    entries.emplace_back(call.methodID, call.priority);
-  }
+  for (const MethodCall& call : client.mCallQueue) entries.emplace_back(call.methodID, call.priority);
   return entries;
 }
 
@@ -124,9 +122,7 @@ TEST(TKSLClientQueue, APopBetweenTwoOthersIsKept) {
 
 TEST(TKSLClientQueue, OnlyPopsAreDroppedBesideTheirLike) {
   TestClient client(0);
-  for (const int priority : {1, 1, 3, 2}) {
-    send(client, M_PLATFORM_STATUS, priority);
-  }
+  for (const int priority : {1, 1, 3, 2}) send(client, M_PLATFORM_STATUS, priority);
   EXPECT_EQ(4U, client.mCallQueue.size());
 }
 
@@ -163,18 +159,14 @@ TEST(TKSLClientQueue, EventsGoBehindRequestsForEventsAndInFrontOfTheStatus) {
 TEST(TKSLClientQueue, AStackOfEventsIsOnePackageUpToTwenty) {
   TestClient client(0);
   client.BeginEventStack();
-  for (int n = 0; n < 21; ++n) {
-    client.PushEvent(G_LOG, "i", n);
-  }
+  for (int n = 0; n < 21; ++n) client.PushEvent(G_LOG, "i", n);
   client.EndEventStack();
   EXPECT_EQ((std::vector<int>{20, 1}), packageSizes(client));
 }
 
 TEST(TKSLClientQueue, MergedEventsKeepTheirOrder) {
   TestClient client(0);
-  for (int n = 0; n < 20; ++n) {
-    client.PushEvent(static_cast<KSLGameEvent>(300 - n), "i", n);
-  }
+  for (int n = 0; n < 20; ++n) client.PushEvent(static_cast<KSLGameEvent>(300 - n), "i", n);
   ASSERT_EQ(1U, client.mCallQueue.size());
   const xmlrpc_c::carray items =
     xmlrpc_c::value_array(xmlrpc_c::value(client.mCallQueue[0].parameters)).vectorValueValue();
@@ -189,9 +181,7 @@ TEST(TKSLClientQueue, MergedEventsKeepTheirOrder) {
 
 TEST(TKSLClientQueue, TwentyEventsMergeIntoOnePackage) {
   TestClient client(0);
-  for (int n = 0; n < 20; ++n) {
-    client.PushEvent(G_GAME_START, "i", n);
-  }
+  for (int n = 0; n < 20; ++n) client.PushEvent(G_GAME_START, "i", n);
   EXPECT_EQ((std::vector<int>{20}), packageSizes(client));
   client.PushEvent(G_GAME_START, "i", 20);
   EXPECT_EQ((std::vector<int>{20, 1}), packageSizes(client));

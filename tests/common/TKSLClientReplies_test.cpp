@@ -50,9 +50,7 @@ Note answered(MethodType method, const std::string& reply) {
   int code = 0;
   void* data = client.SendRequestSyncRaw(method, KSLCallback(), uid, code, "()");
   Note note{method, code, ""};
-  if (code != 0) {
-    note.text = *static_cast<KSLError*>(data)->errorDescription;
-  }
+  if (code != 0) note.text = *static_cast<KSLError*>(data)->errorDescription;
   client.handleResponse(MethodResponse{method, [](void*, bool) { return 0; }, data, code != 0, uid});
   EXPECT_EQ(code == E_NOT_REGISTERED ? -1 : 7, client.ID());
   EXPECT_EQ(code != E_NOT_REGISTERED, client.Registered);
@@ -84,20 +82,17 @@ TEST(TKSLClientReplies, OnlyTheAnswerThatSomebodyIsNotRegisteredEndsTheRegistrat
   for (int n = 0; n < M_NULL; ++n) {
     const auto method = static_cast<MethodType>(n);
     for (const int code : {-1, -2, -3, -4, -5, -6, -7, -8, -9, -10, -101, -500, -501, 1, 12345,
-                           std::numeric_limits<int>::min(), std::numeric_limits<int>::max()}) {
+                           std::numeric_limits<int>::min(), std::numeric_limits<int>::max()})
       EXPECT_EQ((Note{method, code, "text"}), answered(method, replyXml(errorStruct(code, "text"))));
-    }
   }
 }
 
 TEST(TKSLClientReplies, OfTheFaultsOnlyTwoCountAsTheNetwork) {
   for (const int code : {-1, -500, -501, -502, -503, -506, -507, 0, 1, 504, 505, std::numeric_limits<int>::min(),
-                         std::numeric_limits<int>::max()}) {
+                         std::numeric_limits<int>::max()})
     EXPECT_EQ((Note{M_VOLUME, E_INTERNAL_ERROR, "broken"}), answered(M_VOLUME, faultXml(code, "broken")));
-  }
-  for (const int code : {-504, -505}) {
+  for (const int code : {-504, -505})
     EXPECT_EQ((Note{M_VOLUME, E_COMMUNICATION_ERROR, "broken"}), answered(M_VOLUME, faultXml(code, "broken")));
-  }
 }
 
 TEST(TKSLClientReplies, AFaultCodeOfSixtyFourBitsIsNoErrorReport) {
@@ -131,15 +126,10 @@ TEST(TKSLClientReplies, ANumberOfSixtyFourBitsIsNoEventsNumber) {
 
 TEST(TKSLClientReplies, ContextsOfAnyNumberAreReadable) {
   std::vector<std::string> items;
-  for (const char* number : Numbers) {
-    items.push_back(eventXml(1, std::string("<int>") + number + "</int>"));
-  }
-  for (const char* number : LongNumbers) {
-    items.push_back(eventXml(2, std::string("<i8>") + number + "</i8>"));
-  }
-  for (const char* number : {"0", "-0.0", "-0.000000001", "123456789012345678901234567890"}) {
+  for (const char* number : Numbers) items.push_back(eventXml(1, std::string("<int>") + number + "</int>"));
+  for (const char* number : LongNumbers) items.push_back(eventXml(2, std::string("<i8>") + number + "</i8>"));
+  for (const char* number : {"0", "-0.0", "-0.000000001", "123456789012345678901234567890"})
     items.push_back(eventXml(3, std::string("<double>") + number + "</double>"));
-  }
   std::vector<std::string> seen;
   TestClient client(0);
   client.listener.onEvent = [&seen](const Event& event) {
@@ -166,9 +156,8 @@ TEST(TKSLClientReplies, ContextsOfAnyNumberAreReadable) {
 }
 
 TEST(TKSLClientReplies, APackageMayBeAcknowledgedWithAnyNumber) {
-  for (const char* number : Numbers) {
+  for (const char* number : Numbers)
     EXPECT_EQ(0, answered(M_PUSHEVENTS, replyXml(std::string("<int>") + number + "</int>")).code) << number;
-  }
 }
 
 TEST(TKSLClientReplies, AnyIdentifierTravelsAsItCame) {

@@ -259,9 +259,8 @@ TEST(TKSLClientWire, AnythingThrownByTheTransportIsAFailedConnection) {
   EXPECT_EQ("sendInternal(): Connection failed", failWith([](const std::string&) -> std::string { throw 5; }));
   static girerr::error thrownByPointer("by pointer");
   EXPECT_EQ("by pointer", failWith([](const std::string&) -> std::string { throw &thrownByPointer; }));
-  for (const char* body : {"", "<html><body>hello</body></html>", "no xml at all", "<?xml version=\"1.0\"?>"}) {
+  for (const char* body : {"", "<html><body>hello</body></html>", "no xml at all", "<?xml version=\"1.0\"?>"})
     EXPECT_EQ("sendInternal(): Connection failed", failWith([body](const std::string&) { return body; })) << body;
-  }
 }
 
 TEST(TKSLClientWire, NotRegisteredEndsRegistrationAndCommunication) {
@@ -329,9 +328,7 @@ TEST(TKSLClientWire, ExtraMethodsTakeFreeRowsOnly) {
 TEST(TKSLClientWire, TheAverageCountsFailedCallsToo) {
   TestClient client(0);
   client.wire.answer("system.volume", [](const std::string&) -> std::string { throw 1; });
-  for (int n = 0; n < 3; ++n) {
-    call(client, M_VOLUME);
-  }
+  for (int n = 0; n < 3; ++n) call(client, M_VOLUME);
   EXPECT_EQ(3U, client.mMethodCalls[M_VOLUME]);
   EXPECT_EQ(0U, client.mMethodCalls[M_BYE]);
 }

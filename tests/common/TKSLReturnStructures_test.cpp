@@ -17,9 +17,7 @@ using Members = std::map<std::string, std::string>;
 
 std::string structXml(const Members& members) {
   std::string xml = "<struct>";
-  for (const auto& member : members) {
-    xml += linktest::memberXml(member.first, member.second);
-  }
+  for (const auto& member : members) xml += linktest::memberXml(member.first, member.second);
   return xml + "</struct>";
 }
 
@@ -135,16 +133,13 @@ TEST(PlatformState, ReadsEveryField) {
 }
 
 TEST(PlatformState, EveryKeyButExtraDataIsRequired) {
-  for (const auto& member : State) {
+  for (const auto& member : State)
     EXPECT_EQ(member.first == "ExtraData", parses(without(State, member.first))) << member.first;
-  }
 }
 
 TEST(PlatformState, EveryFieldWantsItsExactType) {
   for (const auto& member : State) {
-    if (member.first == "ExtraData") {
-      continue;
-    }
+    if (member.first == "ExtraData") continue;
     EXPECT_FALSE(parses(with(State, member.first, "<double>1.0</double>"))) << member.first;
     EXPECT_FALSE(parses(with(State, member.first, "<nil/>"))) << member.first;
   }
@@ -185,9 +180,8 @@ TEST(PlatformState, AnUnknownGameTypeIsKept) {
 }
 
 TEST(PlatformState, TheGameNeedsItsThreeKeys) {
-  for (const auto& member : Game) {
+  for (const auto& member : Game)
     EXPECT_FALSE(parses(with(State, "ActiveGame", structXml(without(Game, member.first))))) << member.first;
-  }
   EXPECT_FALSE(parses(with(State, "ActiveGame", structXml(with(without(Game, "ID"), "Id", "<int>1</int>")))));
 }
 
@@ -262,9 +256,7 @@ TEST(PlatformState, WritesTheKeysAndTypesThatItReads) {
   EXPECT_EQ(-1, static_cast<int>(xmlrpc_c::value_int(game["ID"])));
   xmlrpc_c::cstruct level = JackpotsData().toXml();
   ASSERT_EQ(Level.size(), level.size());
-  for (const auto& member : Level) {
-    EXPECT_EQ(1U, level.count(member.first)) << member.first;
-  }
+  for (const auto& member : Level) EXPECT_EQ(1U, level.count(member.first)) << member.first;
   EXPECT_EQ(xmlrpc_c::value::TYPE_I8, level["CurrentPot"].type());
   PlatformState read;
   read.parse(state.toXml());
@@ -291,17 +283,14 @@ namespace {
 // Each member of the struct as the library writes it.
 Members written(const xmlrpc_c::value_struct& value) {
   Members members;
-  for (const auto& member : static_cast<xmlrpc_c::cstruct>(value)) {
+  for (const auto& member : static_cast<xmlrpc_c::cstruct>(value))
     members[member.first] = linktest::textOf(member.second);
-  }
   return members;
 }
 
 Members asWritten(const Members& members) {
   Members texts;
-  for (const auto& member : members) {
-    texts[member.first] = linktest::textOf(parseValue(member.second));
-  }
+  for (const auto& member : members) texts[member.first] = linktest::textOf(parseValue(member.second));
   return texts;
 }
 
@@ -376,29 +365,23 @@ TEST(PlatformState, LevelsThatAreNoArrayLeaveTheOldOnes) {
 
 TEST(PlatformState, NumbersOfOneWidthAreNotTakenForTheOther) {
   for (const auto& member : Level) {
-    if (member.second.rfind("<int>", 0) != 0) {
-      continue;
-    }
+    if (member.second.rfind("<int>", 0) != 0) continue;
     EXPECT_FALSE(parses(with(State, "JackpotData", arrayXml({structXml(with(Level, member.first, "<i8>1</i8>"))}))))
       << member.first;
   }
   EXPECT_FALSE(
     parses(with(State, "JackpotData", arrayXml({structXml(with(Level, "ShowCurrencySign", "<int>1</int>"))}))));
-  for (const char* key : {"ID", "Type"}) {
+  for (const char* key : {"ID", "Type"})
     EXPECT_FALSE(parses(with(State, "ActiveGame", structXml(with(Game, key, "<i8>1</i8>"))))) << key;
-  }
-  for (const char* key : {"CurrentBet", "MinBet", "MaxBet"}) {
+  for (const char* key : {"CurrentBet", "MinBet", "MaxBet"})
     EXPECT_FALSE(parses(with(State, key, "<int>1</int>"))) << key;
-  }
 }
 
 TEST(PlatformState, NumbersAtTheEndsOfTheirRangesAreKept) {
   for (const std::string number : {"-2147483648", "-1", "0", "2147483647"}) {
     const std::string xml = "<int>" + number + "</int>";
     Members level = Level;
-    for (const char* key : {"Id", "Mode", "DecimalPlaces", "NumWins"}) {
-      level[key] = xml;
-    }
+    for (const char* key : {"Id", "Mode", "DecimalPlaces", "NumWins"}) level[key] = xml;
     Members state = with(State, "JackpotData", arrayXml({structXml(level)}));
     state["ShowingPaytable"] = xml;
     state["ActiveGame"] = structXml(with(with(Game, "ID", xml), "Type", xml));
@@ -410,13 +393,9 @@ TEST(PlatformState, NumbersAtTheEndsOfTheirRangesAreKept) {
   for (const std::string number : {"-9223372036854775808", "-1", "0", "9223372036854775807"}) {
     const std::string xml = "<i8>" + number + "</i8>";
     Members level = Level;
-    for (const char* key : {"CurrentPot", "MinPot", "MaxPot", "MinBet", "MaxBet"}) {
-      level[key] = xml;
-    }
+    for (const char* key : {"CurrentPot", "MinPot", "MaxPot", "MinBet", "MaxBet"}) level[key] = xml;
     Members state = with(State, "JackpotData", arrayXml({structXml(level)}));
-    for (const char* key : {"CurrentBet", "MinBet", "MaxBet"}) {
-      state[key] = xml;
-    }
+    for (const char* key : {"CurrentBet", "MinBet", "MaxBet"}) state[key] = xml;
     PlatformState record;
     record.parse(parseValue(structXml(state)));
     EXPECT_EQ(asWritten(state), written(record.toXml())) << number;

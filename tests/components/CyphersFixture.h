@@ -58,8 +58,8 @@ class Cyphers : public WidgetTest {
   std::vector<Uint8> picture(Digits& digits) {
     clear(20, 30, 60);
     digits.draw();
-    std::vector<Uint8> rgb(static_cast<size_t>(screenW) * screenH * 3);
-    EXPECT_EQ(0, SDL_RenderReadPixels(renderer, nullptr, SDL_PIXELFORMAT_RGB24, rgb.data(), screenW * 3));
+    std::vector<Uint8> rgb(static_cast<size_t>(kScreenW) * kScreenH * 3);
+    EXPECT_EQ(0, SDL_RenderReadPixels(renderer, nullptr, SDL_PIXELFORMAT_RGB24, rgb.data(), kScreenW * 3));
     return rgb;
   }
   // The picture of a value at rest.

@@ -57,7 +57,7 @@ TEST_F(ImagePictures, Images) {
         for (const double angle : {-90.0, 30.0, 90.0, 200.0}) {
           TImageList* list = addImage(panel, x, 60, 80, 50, 80, 50);
           list->setAngle(angle);
-          list->DisplayImage(0, 0, solid(30, 20, white), 50, 40);
+          list->DisplayImage(0, 0, solid(30, 20, kWhite), 50, 40);
           x += 98;
         }
         panel.draw();
@@ -76,8 +76,8 @@ TEST_F(ImagePictures, Images) {
         Panel panel(0, 0);
         auto* inner = new Panel(0, 0);
         panel.AddComponent(inner);
-        addImage(panel, 20, 20, 100, 100, 100, 100)->DisplayImage(0, 0, solid(40, 40, white), 80, 80);
-        addImage(*inner, 220, 20, 100, 100, 100, 100)->DisplayImage(0, 0, solid(40, 40, white), 80, 80);
+        addImage(panel, 20, 20, 100, 100, 100, 100)->DisplayImage(0, 0, solid(40, 40, kWhite), 80, 80);
+        addImage(*inner, 220, 20, 100, 100, 100, 100)->DisplayImage(0, 0, solid(40, 40, kWhite), 80, 80);
         panel.setAlpha(128);
         inner->setAlpha(128);
         panel.draw();
@@ -96,7 +96,7 @@ TEST_F(ImagePictures, ImagesSliding) {
   for (const auto& row : rows) {
     TImageList* list = addImage(panel, row.x, row.y, 60, 40, 60, 40);
     list->SetAnimation(row.direction);
-    list->DisplayImage(0, 600, solid(20, 10, white), 50, 40);
+    list->DisplayImage(0, 600, solid(20, 10, kWhite), 50, 40);
   }
   // 5 pixels a step; the data lie below and to the right.
   expect({{"imagelist_slide_0", [&] { panel.draw(); }},
@@ -206,7 +206,7 @@ TEST_F(ImagePictures, Sprites) {
 
 TEST_F(ImagePictures, Bars) {
   const std::string empty = pictureFile("empty.png", 160, 20);
-  testfont::writePicture(folder + "full.png", 160, 20, gold);
+  testfont::writePicture(folder + "full.png", 160, 20, kGold);
   auto make = [&](int x, int y) {
     auto bar = std::make_unique<Bar>(nullptr, x, y, 160, 20, "bar" + std::to_string(y));
     bar->SetEmptyImage(empty);

@@ -14,7 +14,7 @@
 #include "tests/components/WidgetFixture.h"
 #include "tests/support/TestFont.h"
 
-constexpr SDL_Color white{255, 255, 255, 255}, gold{255, 210, 60, 255};
+constexpr SDL_Color kWhite{255, 255, 255, 255}, kGold{255, 210, 60, 255};
 
 // A component of no picture that holds others.
 struct Panel : vendelo_sdl2::TGuiComponent {
@@ -92,7 +92,7 @@ class WidgetPictures : public WidgetTest {
     return folder + "atlas";
   }
   Tlabel* addLabel(vendelo_sdl2::TGuiComponent& parent, int x, int y, int w, int h, const char* text) {
-    auto* label = new Tlabel(nullptr, x, y, w, h, text, font, gold,
+    auto* label = new Tlabel(nullptr, x, y, w, h, text, font, kGold,
                              std::string(text) + std::to_string(x) + "," + std::to_string(y));
     parent.AddComponent(label);
     return label;

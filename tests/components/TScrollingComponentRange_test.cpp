@@ -15,14 +15,14 @@ struct Ticker : TScrollingComponent {
   using TScrollingComponent::mWaitDuration;
 };
 
-constexpr float Infinity = std::numeric_limits<float>::infinity();
-constexpr float Extremes[] = {-Infinity, std::numeric_limits<float>::lowest(),
-                              -1e30f,    -1e12f,
-                              -1.0f,     -1e-30f,
-                              0.0f,      1e-30f,
-                              1.0f,      1e12f,
-                              1e30f,     std::numeric_limits<float>::max(),
-                              Infinity,  std::numeric_limits<float>::quiet_NaN()};
+constexpr float kInfinity = std::numeric_limits<float>::infinity();
+constexpr float kExtremes[] = {-kInfinity, std::numeric_limits<float>::lowest(),
+                               -1e30f,     -1e12f,
+                               -1.0f,      -1e-30f,
+                               0.0f,       1e-30f,
+                               1.0f,       1e12f,
+                               1e30f,      std::numeric_limits<float>::max(),
+                               kInfinity,  std::numeric_limits<float>::quiet_NaN()};
 
 class ScrollingRange : public WidgetTest {
  protected:
@@ -45,7 +45,7 @@ class ScrollingRange : public WidgetTest {
 };
 
 TEST_F(ScrollingRange, AnyNumberIsTaken) {
-  for (const float number : Extremes)
+  for (const float number : kExtremes)
     for (const float other : {-20.0f, 1e-30f, 20.0f})
       for (int what = 0; what < 5; ++what) {
         auto ticker = make({255, 0, 0, 255});
@@ -70,7 +70,7 @@ TEST_F(ScrollingRange, DurationsEndWhereTheyCanStillBeAddedUp) {
   EXPECT_EQ(ticker->mScrollDuration, -999999995904);
   ticker->SetScrollSpeedRelative(-20);
   EXPECT_EQ(ticker->mScrollDuration, -5000);
-  ticker->SetWaitDuration(Infinity);
+  ticker->SetWaitDuration(kInfinity);
   EXPECT_EQ(ticker->mWaitDuration, 999999995904);
   ticker->SetWaitDuration(std::numeric_limits<float>::quiet_NaN());
   EXPECT_EQ(ticker->mWaitDuration, 0);

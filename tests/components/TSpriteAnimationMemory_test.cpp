@@ -10,7 +10,7 @@ using namespace vendelo_sdl2;
 
 namespace {
 
-constexpr long fullScreen = 1920L * 1080 * 4;
+constexpr long kFullScreen = 1920L * 1080 * 4;
 
 std::map<SDL_Texture*, long> living;
 long bytes = 0, peak = 0;
@@ -102,7 +102,7 @@ TEST_F(FullScreenFrames, AHundredNeverTakeMoreThanOneFrameOfTextureMemory) {
     ASSERT_EQ(0, bytes) << "nothing stays after the draw of frame " << i;
     clock.advance(40);
   }
-  EXPECT_EQ(fullScreen, peak);
+  EXPECT_EQ(kFullScreen, peak);
 }
 
 TEST_F(FullScreenFrames, NorDoFourAnimationsThatShareThem) {
@@ -117,7 +117,7 @@ TEST_F(FullScreenFrames, NorDoFourAnimationsThatShareThem) {
     for (auto& level : levels) level->draw();
     clock.advance(40);
   }
-  EXPECT_EQ(fullScreen, peak);
+  EXPECT_EQ(kFullScreen, peak);
   EXPECT_EQ(0, bytes);
 }
 

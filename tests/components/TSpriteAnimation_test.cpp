@@ -113,9 +113,8 @@ TEST_F(SpriteAnimation, LoopPlaysOnBetweenItsMarks) {
   drawn(sprites, 1010 + 60 * 40);  // 60 - 60 + 59
   EXPECT_EQ(59, sprites.GetCurrentFrame());
   EXPECT_FALSE(sprites.FinishPlaying());
-  for (int i = 1; i <= 65; ++i) {
+  for (int i = 1; i <= 65; ++i)
     EXPECT_EQ(30 + (i - 1) % 30, drawn(sprites, 1010 + (60 + static_cast<Uint32>(i)) * 40));
-  }
   sprites.ResetAnimation();
   sprites.SetLoopStopFrame(40);
   drawn(sprites, 9000);

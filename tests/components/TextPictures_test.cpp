@@ -25,9 +25,8 @@ TEST_F(TextPictures, Labels) {
   expect({{"label_nine_places",
            [&] {
              Panel panel(0, 0);
-             for (const auto& place : places) {
+             for (const auto& place : places)
                addLabel(panel, 50, 30, 300, 140, place.text)->SetAlignment(place.alignment);
-             }
              panel.draw();
              outline(50, 30, 300, 140);
            }},

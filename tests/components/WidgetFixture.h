@@ -12,7 +12,7 @@
 // An application with a software renderer of 400 by 200 pixels and a tick clock that stands at 1000.
 class WidgetTest : public testing::Test {
  protected:
-  static constexpr int screenW = 400, screenH = 200;
+  static constexpr int kScreenW = 400, kScreenH = 200;
 
   ~WidgetTest() override {
     for (SDL_Texture* texture : textures) SDL_DestroyTexture(texture);
@@ -35,11 +35,11 @@ class WidgetTest : public testing::Test {
   SDL_Rect inked(Uint32 background) {
     SDL_Rect box{0, 0, 0, 0};
     bool any = false;
-    std::vector<Uint8> rgb(static_cast<size_t>(screenW) * screenH * 3);
-    EXPECT_EQ(0, SDL_RenderReadPixels(renderer, nullptr, SDL_PIXELFORMAT_RGB24, rgb.data(), screenW * 3));
-    for (int y = 0; y < screenH; ++y)
-      for (int x = 0; x < screenW; ++x) {
-        const Uint8* p = &rgb[(static_cast<size_t>(y) * screenW + static_cast<size_t>(x)) * 3];
+    std::vector<Uint8> rgb(static_cast<size_t>(kScreenW) * kScreenH * 3);
+    EXPECT_EQ(0, SDL_RenderReadPixels(renderer, nullptr, SDL_PIXELFORMAT_RGB24, rgb.data(), kScreenW * 3));
+    for (int y = 0; y < kScreenH; ++y)
+      for (int x = 0; x < kScreenW; ++x) {
+        const Uint8* p = &rgb[(static_cast<size_t>(y) * kScreenW + static_cast<size_t>(x)) * 3];
         if ((static_cast<Uint32>(p[0]) << 16 | static_cast<Uint32>(p[1]) << 8 | p[2]) == background) continue;
         const SDL_Rect one{x, y, 1, 1};
         if (any)
@@ -54,8 +54,8 @@ class WidgetTest : public testing::Test {
   // How many pixels are of the colour.
   int pixelsOf(Uint32 colour) {
     int count = 0;
-    for (int y = 0; y < screenH; ++y)
-      for (int x = 0; x < screenW; ++x) count += app.pixel(x, y) == colour;
+    for (int y = 0; y < kScreenH; ++y)
+      for (int x = 0; x < kScreenW; ++x) count += app.pixel(x, y) == colour;
     return count;
   }
 
@@ -70,7 +70,7 @@ class WidgetTest : public testing::Test {
     return texture;
   }
 
-  WidgetHarness app{screenW, screenH};
+  WidgetHarness app{kScreenW, kScreenH};
   SDL_Renderer* const renderer = app.renderer();
   FakeClock clock{1000};
   std::vector<SDL_Texture*> textures;

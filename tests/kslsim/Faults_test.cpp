@@ -232,11 +232,10 @@ TEST_F(Faults, TakeOnlyWhatTheyUse) {
       more[argument] = value;
       const bool takesIt = takes(row, argument);
       taken += takesIt;
-      if (takesIt) {
+      if (takesIt)
         EXPECT_NO_THROW(order(more)) << more;
-      } else {
+      else
         EXPECT_THROW(order(more), InputError) << more;
-      }
     }
   }
   EXPECT_EQ(taken, 15u);

@@ -129,7 +129,7 @@ TEST(House, StopGrowAndRampEndThePlay) {
 }
 
 TEST(House, UsualHouseCanBePlayed) {
-  for (int levels = 1; levels <= HOUSE_LEVELS; ++levels) {
+  for (int levels = 1; levels <= kHouseLevels; ++levels) {
     int64_t now = 0;
     Simulator simulator([&now] { return now; });
     for (const Json& step : houseSteps(levels, 7)) simulator.apply(step);

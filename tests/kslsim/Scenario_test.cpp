@@ -106,7 +106,7 @@ TEST(PlacedJson, KnowsWhereEveryValueBegins) {
 }
 
 TEST(PlacedJson, RefusesWhatWouldOverrunTheStack) {
-  const size_t depth = PlacedJson::DEPTH;
+  const size_t depth = PlacedJson::kDepth;
   EXPECT_NO_THROW(PlacedJson::parse(std::string(depth, '[') + std::string(depth, ']')));
   EXPECT_THROW(PlacedJson::parse(std::string(100000, '[')), ScenarioError);
 }

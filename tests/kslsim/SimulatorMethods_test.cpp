@@ -21,7 +21,7 @@ Json amount(int64_t value) { return {{"$i8", value}}; }
 
 TEST_F(SimulatorMethods, ParametersKeepTheirTypeAndUnknownOnesAreMinusTen) {
   const int client = registered();
-  EXPECT_EQ(fromWire(simulator.getParam(client, "Speed"))["faultCode"], UNKNOWN_PARAMETER);
+  EXPECT_EQ(fromWire(simulator.getParam(client, "Speed"))["faultCode"], kUnknownParameter);
   const Json value{{"a", amount(5)}, {"b", {1, "x", nullptr, true}}};
   EXPECT_EQ(fromWire(simulator.setParam(client, "Speed", toWire(value, Kind::Any))), value);
   EXPECT_EQ(fromWire(simulator.getParam(client, "Speed")), value);
@@ -69,37 +69,37 @@ TEST_F(SimulatorMethods, TheLargestNumberOfWinsStays) {
 
 TEST_F(SimulatorMethods, CountersBelongToTheActiveGame) {
   const int client = registered();
-  EXPECT_EQ(fromWire(simulator.getCounter(client, "Spins"))["faultCode"], NO_ACTIVE_GAME);
-  EXPECT_EQ(fromWire(simulator.setCounter(client, "Spins", 1))["faultCode"], NO_ACTIVE_GAME);
-  EXPECT_EQ(fromWire(simulator.shiftCounter(client, "Spins", 1))["faultCode"], NO_ACTIVE_GAME);
+  EXPECT_EQ(fromWire(simulator.getCounter(client, "Spins"))["faultCode"], kNoActiveGame);
+  EXPECT_EQ(fromWire(simulator.setCounter(client, "Spins", 1))["faultCode"], kNoActiveGame);
+  EXPECT_EQ(fromWire(simulator.shiftCounter(client, "Spins", 1))["faultCode"], kNoActiveGame);
   playing();
-  EXPECT_EQ(fromWire(simulator.getCounter(client, "Spins"))["faultCode"], UNKNOWN_PARAMETER);
-  EXPECT_EQ(fromWire(simulator.shiftCounter(client, "Spins", 1))["faultCode"], UNKNOWN_PARAMETER);
+  EXPECT_EQ(fromWire(simulator.getCounter(client, "Spins"))["faultCode"], kUnknownParameter);
+  EXPECT_EQ(fromWire(simulator.shiftCounter(client, "Spins", 1))["faultCode"], kUnknownParameter);
   EXPECT_EQ(fromWire(simulator.setCounter(client, "Spins", 40)), amount(40));
   EXPECT_EQ(fromWire(simulator.shiftCounter(client, "Spins", -2)), amount(38));
   EXPECT_EQ(fromWire(simulator.getCounter(client, "Spins")), amount(38));
   apply(R"({"do": "counters", "set": {"Spins": 9223372036854775807}})");
-  EXPECT_EQ(fromWire(simulator.shiftCounter(client, "Spins", 1))["faultCode"], INTERNAL_ERROR);
+  EXPECT_EQ(fromWire(simulator.shiftCounter(client, "Spins", 1))["faultCode"], kInternalError);
   EXPECT_EQ(fromWire(simulator.getCounter(client, "Spins")), amount(INT64_MAX));
 }
 
 TEST_F(SimulatorMethods, ByeEndsTheRegistration) {
   const int first = registered(), second = registered();
   EXPECT_EQ(fromWire(simulator.bye(first)), true);
-  EXPECT_EQ(fromWire(simulator.bye(first))["faultCode"], NOT_REGISTERED);
-  EXPECT_EQ(fromWire(simulator.popEvents(first))["faultCode"], NOT_REGISTERED);
+  EXPECT_EQ(fromWire(simulator.bye(first))["faultCode"], kNotRegistered);
+  EXPECT_EQ(fromWire(simulator.popEvents(first))["faultCode"], kNotRegistered);
   EXPECT_EQ(fromWire(simulator.popEvents(second)), nullptr);
 }
 
 TEST_F(SimulatorMethods, VolumeAndDenominationAreReadAndSetWithoutAClient) {
   EXPECT_EQ(fromWire(simulator.volume(std::nullopt)), 50);
   EXPECT_EQ(fromWire(simulator.volume(80)), 80);
-  EXPECT_EQ(fromWire(simulator.volume(101))["faultCode"], PROTOCOL_ERROR);
-  EXPECT_EQ(fromWire(simulator.volume(-1))["faultCode"], PROTOCOL_ERROR);
+  EXPECT_EQ(fromWire(simulator.volume(101))["faultCode"], kProtocolError);
+  EXPECT_EQ(fromWire(simulator.volume(-1))["faultCode"], kProtocolError);
   EXPECT_EQ(fromWire(simulator.volume(std::nullopt)), 80);
   EXPECT_EQ(fromWire(simulator.denomination(std::nullopt)), amount(1));
   EXPECT_EQ(fromWire(simulator.denomination(250)), amount(250));
-  EXPECT_EQ(fromWire(simulator.denomination(0))["faultCode"], PROTOCOL_ERROR);
+  EXPECT_EQ(fromWire(simulator.denomination(0))["faultCode"], kProtocolError);
 }
 
 TEST_F(SimulatorMethods, EveryMethodOfAClientWantsItRegistered) {
@@ -108,33 +108,33 @@ TEST_F(SimulatorMethods, EveryMethodOfAClientWantsItRegistered) {
        {simulator.popEvents(3), simulator.pushEvents(3, 0, {}), simulator.getParam(3, "a"),
         simulator.setParam(3, "a", nil), simulator.getCounter(3, "a"), simulator.setCounter(3, "a", 1),
         simulator.shiftCounter(3, "a", 1), simulator.bye(3)})
-    EXPECT_EQ(fromWire(answer)["faultCode"], NOT_REGISTERED);
+    EXPECT_EQ(fromWire(answer)["faultCode"], kNotRegistered);
 }
 
 TEST_F(SimulatorMethods, RegistrationIsRefusedAsTheServiceWasTold) {
   registered();
   apply(R"({"do": "service", "set": {"UniqueNames": true}})");
-  EXPECT_EQ(init("TopScreen")["faultCode"], ALREADY_REGISTERED);
+  EXPECT_EQ(init("TopScreen")["faultCode"], kAlreadyRegistered);
   EXPECT_EQ(init("Other")["ID"], 2);
   apply(R"({"do": "service", "set": {"UniqueNames": false, "Names": ["Fruits", "TopScreen"]}})");
-  EXPECT_EQ(init("Other")["faultCode"], UNKNOWN_GAME);
+  EXPECT_EQ(init("Other")["faultCode"], kUnknownGame);
   EXPECT_EQ(init("Fruits")["ID"], 3);
   apply(R"({"do": "service", "set": {"Names": [], "Admit": false}})");
-  EXPECT_EQ(init("TopScreen")["faultCode"], INIT_REJECTED);
+  EXPECT_EQ(init("TopScreen")["faultCode"], kInitRejected);
   apply(R"({"do": "service", "set": {"Admit": true, "MaxClients": 3}})");
-  EXPECT_EQ(init("TopScreen")["faultCode"], SERVER_FULL);
+  EXPECT_EQ(init("TopScreen")["faultCode"], kServerFull);
   EXPECT_EQ(simulator.report()["clients"].size(), 3u);
 }
 
 TEST_F(SimulatorMethods, AFullServiceGivesThePlaceOfAClientThatHasGone) {
   apply(R"({"do": "service", "set": {"MaxClients": 2}})");
   const int gone = registered(), lively = registered();
-  now = Clients::IDLE_MILLISECONDS - 1;
+  now = Clients::kIdleMilliseconds - 1;
   simulator.popEvents(lively);
-  EXPECT_EQ(init("TopScreen")["faultCode"], SERVER_FULL);
-  now = Clients::IDLE_MILLISECONDS;
+  EXPECT_EQ(init("TopScreen")["faultCode"], kServerFull);
+  now = Clients::kIdleMilliseconds;
   EXPECT_EQ(init("TopScreen")["ID"], 3);
-  EXPECT_EQ(fromWire(simulator.popEvents(gone))["faultCode"], NOT_REGISTERED);
+  EXPECT_EQ(fromWire(simulator.popEvents(gone))["faultCode"], kNotRegistered);
   EXPECT_EQ(fromWire(simulator.popEvents(lively)), nullptr);
 }
 
@@ -142,7 +142,7 @@ TEST_F(SimulatorMethods, EventsOfAWrongFormAreNotTaken) {
   const int client = registered();
   for (const char* bad : {R"({"eventID": 1})", R"({"eventID": "1", "context": 1})", "7", "null"}) {
     const xmlrpc_c::value event = toWire(Json::parse(bad), Kind::Any);
-    EXPECT_EQ(fromWire(simulator.pushEvents(client, 0, {event}))["faultCode"], PROTOCOL_ERROR) << bad;
+    EXPECT_EQ(fromWire(simulator.pushEvents(client, 0, {event}))["faultCode"], kProtocolError) << bad;
   }
   EXPECT_EQ(simulator.report()["clients"][0]["package"], -1);
   const xmlrpc_c::value good = toWire({{"eventID", 1}, {"context", 2}}, Kind::Any);

@@ -78,7 +78,7 @@ TEST_F(SimulatorTest, ReplyHoldsAtMostFiftyEventsAndTheRestWaits) {
 
 TEST_F(SimulatorTest, ClientThatNeverAsksIsForgottenAndTheOthersAreNot) {
   const int silent = registered(), lively = registered();
-  for (size_t i = 0; i <= EventQueue::LIMIT; ++i) {
+  for (size_t i = 0; i <= EventQueue::kLimit; ++i) {
     simulator.apply({{"do", "event"}, {"id", 109}});
     pop(lively);
   }
@@ -388,11 +388,11 @@ TEST_F(SimulatorTest, LogCountsWithoutGapsAndGivesWhatIsNew) {
 
 TEST(RequestLog, KeepsTheNewestEntries) {
   RequestLog log;
-  for (size_t i = 0; i < RequestLog::LIMIT + 3; ++i) log.add(0, Json::object());
+  for (size_t i = 0; i < RequestLog::kLimit + 3; ++i) log.add(0, Json::object());
   const Json kept = log.since(0);
-  ASSERT_EQ(kept.size(), RequestLog::LIMIT);
+  ASSERT_EQ(kept.size(), RequestLog::kLimit);
   EXPECT_EQ(kept[0]["n"], 4);
-  EXPECT_EQ(log.since(RequestLog::LIMIT + 2).size(), 1u);
+  EXPECT_EQ(log.since(RequestLog::kLimit + 2).size(), 1u);
 }
 
 }  // namespace

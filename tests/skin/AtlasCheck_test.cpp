@@ -14,36 +14,36 @@ const std::string kAtlas = R"(<TextureAtlas imagePath="a.png" blendMode="ADD" ba
 </TextureAtlas>
 )";
 
-constexpr Severity E = Severity::Error, W = Severity::Warning;
+constexpr Severity kError = Severity::Error, kWarning = Severity::Warning;
 
 const SpoiltFile kSpoilt[] = {
-  {"NotClosed", "</TextureAtlas>\n", "", {E, "xml", 5, 1}},
-  {"OtherRoot", kAtlas, "<plist>\n</plist>", {E, "atlas-form", 1, 1}},
-  {"NoFrames", kAtlas, "\n<TextureAtlas imagePath=\"a.png\"/>", {E, "atlas-form", 2, 1}},
+  {"NotClosed", "</TextureAtlas>\n", "", {kError, "xml", 5, 1}},
+  {"OtherRoot", kAtlas, "<plist>\n</plist>", {kError, "atlas-form", 1, 1}},
+  {"NoFrames", kAtlas, "\n<TextureAtlas imagePath=\"a.png\"/>", {kError, "atlas-form", 2, 1}},
   {"SubTextures",
    kAtlas,
    "<TextureAtlas imagePath=\"a.png\">\n <SubTexture name=\"a\" x=\"0\"/>\n</TextureAtlas>",
-   {E, "atlas-form", 2, 2}},
-  {"NoPicture", " imagePath=\"a.png\"", "", {E, "atlas-picture", 1, 1}},
-  {"PictureMissing", "a.png", "none.png", {E, "atlas-picture", 1, 15}},
-  {"PictureUnreadable", "a.png", "words.png", {E, "atlas-picture", 1, 15}},
-  {"PictureByFallback", "a.png", "a.jpg", {W, "fallback", 1, 15}},
-  {"BlendMode", "ADD", "add", {E, "atlas-blend", 1, 33}},
-  {"Background", "0,0,0,0", "0,0,0", {W, "atlas-background", 1, 49}},
-  {"NoName", " n=\"a_8\"", "", {E, "atlas-attribute", 2, 3}},
-  {"NoX", " x=\"30\"", "", {E, "atlas-attribute", 3, 3}},
-  {"NoNumber", "oX=\"10\"", "oX=\"ten\"", {E, "atlas-attribute", 2, 45}},
-  {"Decimals", "oX=\"10\"", "oX=\"10.5\"", {W, "atlas-attribute", 2, 45}},
-  {"Turned", "oX=\"10\"", "r=\"y\" oX=\"10\"", {E, "atlas-rotated", 2, 45}},
-  {"OutsideRight", "x=\"30\"", "x=\"35\"", {E, "atlas-rect", 3, 3}},
-  {"OutsideBelow", "y=\"44\"", "y=\"45\"", {E, "atlas-rect", 4, 3}},
-  {"OutsideAbove", "y=\"44\"", "y=\"-1\"", {E, "atlas-rect", 4, 3}},
-  {"NoWidth", "w=\"30\"", "w=\"0\"", {E, "atlas-rect", 2, 3}},
-  {"FirstSize", "oW=\"100\"", "oW=\"110\"", {E, "atlas-size", 2, 3}},
-  {"LaterSize", "oX=\"0\" oY=\"0\" oW=\"100\"", "oX=\"0\" oY=\"0\" oW=\"110\"", {W, "atlas-size", 4, 3}},
-  {"OutOfItsWhole", "oX=\"70\"", "oX=\"71\"", {W, "atlas-frame", 3, 3}},
-  {"Order", "a_9", "a_11", {W, "atlas-order", 4, 3}},
-  {"OrderWithZeros", "a_9", "a_0011.png", {W, "atlas-order", 4, 3}},
+   {kError, "atlas-form", 2, 2}},
+  {"NoPicture", " imagePath=\"a.png\"", "", {kError, "atlas-picture", 1, 1}},
+  {"PictureMissing", "a.png", "none.png", {kError, "atlas-picture", 1, 15}},
+  {"PictureUnreadable", "a.png", "words.png", {kError, "atlas-picture", 1, 15}},
+  {"PictureByFallback", "a.png", "a.jpg", {kWarning, "fallback", 1, 15}},
+  {"BlendMode", "ADD", "add", {kError, "atlas-blend", 1, 33}},
+  {"Background", "0,0,0,0", "0,0,0", {kWarning, "atlas-background", 1, 49}},
+  {"NoName", " n=\"a_8\"", "", {kError, "atlas-attribute", 2, 3}},
+  {"NoX", " x=\"30\"", "", {kError, "atlas-attribute", 3, 3}},
+  {"NoNumber", "oX=\"10\"", "oX=\"ten\"", {kError, "atlas-attribute", 2, 45}},
+  {"Decimals", "oX=\"10\"", "oX=\"10.5\"", {kWarning, "atlas-attribute", 2, 45}},
+  {"Turned", "oX=\"10\"", "r=\"y\" oX=\"10\"", {kError, "atlas-rotated", 2, 45}},
+  {"OutsideRight", "x=\"30\"", "x=\"35\"", {kError, "atlas-rect", 3, 3}},
+  {"OutsideBelow", "y=\"44\"", "y=\"45\"", {kError, "atlas-rect", 4, 3}},
+  {"OutsideAbove", "y=\"44\"", "y=\"-1\"", {kError, "atlas-rect", 4, 3}},
+  {"NoWidth", "w=\"30\"", "w=\"0\"", {kError, "atlas-rect", 2, 3}},
+  {"FirstSize", "oW=\"100\"", "oW=\"110\"", {kError, "atlas-size", 2, 3}},
+  {"LaterSize", "oX=\"0\" oY=\"0\" oW=\"100\"", "oX=\"0\" oY=\"0\" oW=\"110\"", {kWarning, "atlas-size", 4, 3}},
+  {"OutOfItsWhole", "oX=\"70\"", "oX=\"71\"", {kWarning, "atlas-frame", 3, 3}},
+  {"Order", "a_9", "a_11", {kWarning, "atlas-order", 4, 3}},
+  {"OrderWithZeros", "a_9", "a_0011.png", {kWarning, "atlas-order", 4, 3}},
 };
 
 class AtlasCheck : public testing::Test {
@@ -82,14 +82,14 @@ TEST_F(AtlasCheck, AllFramesOfAnotherSizeAreOneFinding) {
   for (int i = 0; i < 3; ++i) text = replaced(text, "oW=\"100\"", "oW=\"90\"");
   // The second frame stands out of the smaller whole.
   const Findings findings = check(replaced(text, "oX=\"70\"", "oX=\"60\""));
-  expectOne(findings, path, {E, "atlas-size", 2, 3});
+  expectOne(findings, path, {kError, "atlas-size", 2, 3});
 }
 
 TEST_F(AtlasCheck, AFrameLargerThanItsWholeIsAnError) {
   const Findings findings = check(replaced(kAtlas, "oX=\"0\" oY=\"0\" oW=\"100\"", "oX=\"0\" oY=\"0\" oW=\"60\""));
   ASSERT_EQ(2U, findings.list.size()) << describe(findings);
   EXPECT_EQ("atlas-frame", findings.list[0].code);
-  EXPECT_EQ(E, findings.list[0].severity);
+  EXPECT_EQ(kError, findings.list[0].severity);
   EXPECT_EQ("atlas-size", findings.list[1].code);
 }
 
@@ -114,20 +114,20 @@ TEST_F(AtlasCheck, AnOverlayNeedsFramesToRepeat) {
   };
   EXPECT_EQ("", describe(check(overlay(30)))) << "of another name";
   path = folder + "overlay.xml";
-  expectOne(check(overlay(30)), path, {W, "atlas-loop", 1, 1});
+  expectOne(check(overlay(30)), path, {kWarning, "atlas-loop", 1, 1});
   EXPECT_EQ("", describe(check(overlay(31))));
 }
 
 TEST_F(AtlasCheck, AMissingFileIsOneFinding) {
   Findings findings;
   checkAtlas(folder + "none.xml", 100, 50, findings);
-  expectOne(findings, folder + "none.xml", {E, "missing", 0, 0});
+  expectOne(findings, folder + "none.xml", {kError, "missing", 0, 0});
 }
 
 TEST_F(AtlasCheck, DeepNestingIsRefused) {
   std::string text = "<TextureAtlas>";
   for (int i = 0; i < 200000; ++i) text += "<a>";
-  expectOne(check(text), path, {E, "xml", 1, 1 + 14 + 3 * 63});
+  expectOne(check(text), path, {kError, "xml", 1, 1 + 14 + 3 * 63});
 }
 
 TEST(DemoAnimationFiles, AreWithoutAFinding) {

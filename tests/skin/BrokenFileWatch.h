@@ -13,8 +13,8 @@
 
 extern "C" void __sanitizer_set_report_fd(void*) __attribute__((weak));
 
-/// What the readers of broken files may cost: every request for memory by SDL and by the C++ side is counted, and
-/// one that no file of a skin justifies is refused and remembered. Include it in one file of a program only.
+// What the readers of broken files may cost: every request for memory by SDL and by the C++ side is counted, and
+// one that no file of a skin justifies is refused and remembered. Include it in one file of a program only.
 namespace memory {
 
 constexpr size_t kTooMuch = size_t{300} << 20;
@@ -55,8 +55,8 @@ inline void* SDLCALL sdlRealloc(void* old, size_t size) {
 [[gnu::noinline]] void operator delete(void* got, std::size_t) noexcept { std::free(got); }
 [[gnu::noinline]] void operator delete[](void* got, std::size_t) noexcept { std::free(got); }
 
-/// Everything that one broken file costs while an object of this class lives: lines on both outputs, and memory.
-/// Its end fails the test when that is more than a broken file may cost.
+// Everything that one broken file costs while an object of this class lives: lines on both outputs, and memory.
+// Its end fails the test when that is more than a broken file may cost.
 class BrokenFileWatch {
  public:
   explicit BrokenFileWatch(int lines) : mLines(lines) {
@@ -85,7 +85,7 @@ class BrokenFileWatch {
   const int mLines;
 };
 
-/// How many broken files a test makes; the variable BROKEN_FILES asks for another number.
+// How many broken files a test makes; the variable BROKEN_FILES asks for another number.
 inline int brokenFiles(int usual) {
   const char* wanted = std::getenv("BROKEN_FILES");
   return wanted ? std::atoi(wanted) : usual;

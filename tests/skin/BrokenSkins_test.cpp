@@ -57,12 +57,11 @@ int files() {
 // The places of all findings lie in the file, a sentence is short and on one line.
 void expectSense(const Findings& findings, const std::string& text, unsigned seed) {
   std::vector<size_t> lengths(1);
-  for (const char c : text) {
+  for (const char c : text)
     if (c == '\n')
       lengths.push_back(0);
     else
       ++lengths.back();
-  }
   for (const Finding& finding : findings.list) {
     ASSERT_FALSE(finding.code.empty());
     ASSERT_FALSE(finding.text.empty());

@@ -10,14 +10,14 @@
 #include "ToolRun.h"
 #include "tools/skincheck/Findings.h"
 
-/// One finding as a test expects it.
+// One finding as a test expects it.
 struct Expected {
   Severity severity;
   const char* code;
   int line, column;
 };
 
-/// A description that is good at first, spoilt by a piece of text in the place of another.
+// A description that is good at first, spoilt by a piece of text in the place of another.
 struct SpoiltFile {
   const char* name;
   std::string from, to;
@@ -34,7 +34,7 @@ inline void writeText(const std::string& path, const std::string& text) {
   std::ofstream(path, std::ios::binary) << text;
 }
 
-/// A picture that `paint` fills; it is clear at first.
+// A picture that `paint` fills; it is clear at first.
 inline void writePicture(const std::string& path, int width, int height,
                          const std::function<void(SDL_Surface*)>& paint) {
   SDL_Surface* picture = SDL_CreateRGBSurfaceWithFormat(0, width, height, 32, SDL_PIXELFORMAT_RGBA32);
@@ -54,7 +54,7 @@ inline std::string describe(const Findings& findings) {
   return out;
 }
 
-/// Exactly one finding, that one, in that file.
+// Exactly one finding, that one, in that file.
 inline void expectOne(const Findings& findings, const std::string& file, const Expected& expected) {
   ASSERT_EQ(1U, findings.list.size()) << describe(findings);
   const Finding& found = findings.list[0];

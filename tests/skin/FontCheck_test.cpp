@@ -38,57 +38,57 @@ const std::string kPrizeFont = R"(<font>
 
 const std::string kZero = R"(id="48" x="0" y="0" width="8" height="12" xoffset="0" yoffset="4" xadvance="10")";
 
-constexpr Severity E = Severity::Error, W = Severity::Warning;
+constexpr Severity kError = Severity::Error, kWarning = Severity::Warning;
 
 const SpoiltFile kSpoilt[] = {
-  {"NotClosed", "</font>\n", "", {E, "xml", 22, 1}},
-  {"NotXml", "<font>", "font=\"x\"\n\n<font>", {E, "xml", 1, 1}},
-  {"BrokenTag", "<chars>", "<chars", {E, "xml", 6, 5}},
-  {"OtherRoot", "<font>", "<!-- a comment\n -->\n  <fonts/><nofont>", {E, "font-element", 3, 3}},
-  {"NoInfo", R"(<info padding="0,0,0,4" backgroundColor="9,6,3,0"/>)", "", {E, "font-element", 1, 1}},
-  {"NoCommon", R"(<common lineHeight="20" base="16"/>)", "", {E, "font-element", 1, 1}},
-  {"NoPages", R"(<pages><page id="0" file="atlas.png"/></pages>)", "", {E, "font-element", 1, 1}},
-  {"NoPage", R"(<page id="0" file="atlas.png"/>)", "", {E, "font-element", 4, 3}},
-  {"NoPicture", R"( file="atlas.png")", "", {E, "font-attribute", 4, 10}},
-  {"NoAdvance", kZero, replaced(kZero, " xadvance=\"10\"", ""), {E, "font-attribute", 10, 5}},
-  {"NoLineHeight", R"( lineHeight="20")", "", {E, "font-attribute", 3, 3}},
-  {"NoBase", R"( base="16")", "", {E, "font-attribute", 3, 3}},
-  {"LineHeightOfNothing", R"(lineHeight="20")", R"(lineHeight="0")", {E, "font-attribute", 3, 11}},
-  {"NoNumber", kZero, replaced(kZero, "x=\"0\"", "x=\"left\""), {E, "font-attribute", 10, 19}},
-  {"EmptyNumber", kZero, replaced(kZero, "y=\"0\"", "y=\"\""), {E, "font-attribute", 10, 25}},
-  {"Decimals", kZero, replaced(kZero, "y=\"0\"", "y=\"0.5\""), {W, "font-attribute", 10, 25}},
-  {"Unit", kZero, replaced(kZero, "\"10\"", "\"10px\""), {E, "font-attribute", 10, 77}},
-  {"HugeNumber", kZero, replaced(kZero, "\"10\"", "\"99999999999999999999\""), {E, "font-attribute", 10, 77}},
-  {"PaddingMissing", R"( padding="0,0,0,4")", "", {E, "font-padding", 2, 3}},
-  {"PaddingOfThree", R"("0,0,0,4")", R"("0,0,4")", {E, "font-padding", 2, 9}},
-  {"PaddingOfFive", R"("0,0,0,4")", R"("0,0,0,4,4")", {E, "font-padding", 2, 9}},
-  {"PaddingOfWords", R"("0,0,0,4")", R"("0,none,0,4")", {E, "font-padding", 2, 9}},
-  {"ColourOfThree", R"("9,6,3,0")", R"("9,6,3")", {E, "font-background", 2, 27}},
-  {"ColourAbove255", R"("9,6,3,0")", R"("9,6,300,0")", {E, "font-background", 2, 27}},
-  {"PictureMissing", "atlas.png", "none.png", {E, "font-atlas", 4, 23}},
-  {"PictureUnreadable", "atlas.png", "words.png", {E, "font-atlas", 4, 23}},
-  {"PictureByFallback", "atlas.png", "atlas.jpg", {W, "fallback", 4, 23}},
-  {"TwoPages", "</pages>", "<page file=\"two.png\"/></pages>", {W, "font-page", 4, 41}},
+  {"NotClosed", "</font>\n", "", {kError, "xml", 22, 1}},
+  {"NotXml", "<font>", "font=\"x\"\n\n<font>", {kError, "xml", 1, 1}},
+  {"BrokenTag", "<chars>", "<chars", {kError, "xml", 6, 5}},
+  {"OtherRoot", "<font>", "<!-- a comment\n -->\n  <fonts/><nofont>", {kError, "font-element", 3, 3}},
+  {"NoInfo", R"(<info padding="0,0,0,4" backgroundColor="9,6,3,0"/>)", "", {kError, "font-element", 1, 1}},
+  {"NoCommon", R"(<common lineHeight="20" base="16"/>)", "", {kError, "font-element", 1, 1}},
+  {"NoPages", R"(<pages><page id="0" file="atlas.png"/></pages>)", "", {kError, "font-element", 1, 1}},
+  {"NoPage", R"(<page id="0" file="atlas.png"/>)", "", {kError, "font-element", 4, 3}},
+  {"NoPicture", R"( file="atlas.png")", "", {kError, "font-attribute", 4, 10}},
+  {"NoAdvance", kZero, replaced(kZero, " xadvance=\"10\"", ""), {kError, "font-attribute", 10, 5}},
+  {"NoLineHeight", R"( lineHeight="20")", "", {kError, "font-attribute", 3, 3}},
+  {"NoBase", R"( base="16")", "", {kError, "font-attribute", 3, 3}},
+  {"LineHeightOfNothing", R"(lineHeight="20")", R"(lineHeight="0")", {kError, "font-attribute", 3, 11}},
+  {"NoNumber", kZero, replaced(kZero, "x=\"0\"", "x=\"left\""), {kError, "font-attribute", 10, 19}},
+  {"EmptyNumber", kZero, replaced(kZero, "y=\"0\"", "y=\"\""), {kError, "font-attribute", 10, 25}},
+  {"Decimals", kZero, replaced(kZero, "y=\"0\"", "y=\"0.5\""), {kWarning, "font-attribute", 10, 25}},
+  {"Unit", kZero, replaced(kZero, "\"10\"", "\"10px\""), {kError, "font-attribute", 10, 77}},
+  {"HugeNumber", kZero, replaced(kZero, "\"10\"", "\"99999999999999999999\""), {kError, "font-attribute", 10, 77}},
+  {"PaddingMissing", R"( padding="0,0,0,4")", "", {kError, "font-padding", 2, 3}},
+  {"PaddingOfThree", R"("0,0,0,4")", R"("0,0,4")", {kError, "font-padding", 2, 9}},
+  {"PaddingOfFive", R"("0,0,0,4")", R"("0,0,0,4,4")", {kError, "font-padding", 2, 9}},
+  {"PaddingOfWords", R"("0,0,0,4")", R"("0,none,0,4")", {kError, "font-padding", 2, 9}},
+  {"ColourOfThree", R"("9,6,3,0")", R"("9,6,3")", {kError, "font-background", 2, 27}},
+  {"ColourAbove255", R"("9,6,3,0")", R"("9,6,300,0")", {kError, "font-background", 2, 27}},
+  {"PictureMissing", "atlas.png", "none.png", {kError, "font-atlas", 4, 23}},
+  {"PictureUnreadable", "atlas.png", "words.png", {kError, "font-atlas", 4, 23}},
+  {"PictureByFallback", "atlas.png", "atlas.jpg", {kWarning, "fallback", 4, 23}},
+  {"TwoPages", "</pages>", "<page file=\"two.png\"/></pages>", {kWarning, "font-page", 4, 41}},
   {"Twice",
    "    <char id=\"57\"",
    "    <char id=\"56\" x=\"1\" y=\"0\" width=\"8\" height=\"12\" xoffset=\"0\" "
    "yoffset=\"4\" xadvance=\"10\"/>\n    <char id=\"57\"",
-   {W, "font-id", 19, 5}},
-  {"Outside", kZero, replaced(kZero, "x=\"0\"", "x=\"57\""), {E, "font-glyph", 10, 5}},
-  {"Above", kZero, replaced(kZero, "y=\"0\"", "y=\"-1\""), {E, "font-glyph", 10, 5}},
-  {"SizeBelowNothing", kZero, replaced(kZero, "\"8\"", "\"-8\""), {E, "font-glyph", 10, 5}},
-  {"SizeOfNothing", kZero, replaced(kZero, "\"8\"", "\"0\""), {W, "font-glyph", 10, 5}},
-  {"CutLeft", kZero, replaced(kZero, "xoffset=\"0\"", "xoffset=\"-5\""), {W, "font-cut", 10, 5}},
-  {"CutRight", kZero, replaced(kZero, "xoffset=\"0\"", "xoffset=\"2\""), {W, "font-cut", 10, 5}},
-  {"CutAbove", kZero, replaced(kZero, "yoffset=\"4\"", "yoffset=\"-1\""), {W, "font-cut", 10, 5}},
-  {"CutBelow", "\"0,0,0,4\"", "\"5,0,0,4\"", {W, "font-cut", 7, 5}},
-  {"NoDigit", "<char " + kZero + "/>", "", {E, "font-character", 5, 3}},
-  {"NoApostrophe", "id=\"39\"", "id=\"65\"", {W, "font-character", 5, 3}},
-  {"KerningOfNothing", "second=\"50\"", "second=\"65\"", {W, "font-kerning", 21, 13}},
-  {"KerningIncomplete", " amount=\"-1\"", "", {E, "font-kerning", 21, 13}},
+   {kWarning, "font-id", 19, 5}},
+  {"Outside", kZero, replaced(kZero, "x=\"0\"", "x=\"57\""), {kError, "font-glyph", 10, 5}},
+  {"Above", kZero, replaced(kZero, "y=\"0\"", "y=\"-1\""), {kError, "font-glyph", 10, 5}},
+  {"SizeBelowNothing", kZero, replaced(kZero, "\"8\"", "\"-8\""), {kError, "font-glyph", 10, 5}},
+  {"SizeOfNothing", kZero, replaced(kZero, "\"8\"", "\"0\""), {kWarning, "font-glyph", 10, 5}},
+  {"CutLeft", kZero, replaced(kZero, "xoffset=\"0\"", "xoffset=\"-5\""), {kWarning, "font-cut", 10, 5}},
+  {"CutRight", kZero, replaced(kZero, "xoffset=\"0\"", "xoffset=\"2\""), {kWarning, "font-cut", 10, 5}},
+  {"CutAbove", kZero, replaced(kZero, "yoffset=\"4\"", "yoffset=\"-1\""), {kWarning, "font-cut", 10, 5}},
+  {"CutBelow", "\"0,0,0,4\"", "\"5,0,0,4\"", {kWarning, "font-cut", 7, 5}},
+  {"NoDigit", "<char " + kZero + "/>", "", {kError, "font-character", 5, 3}},
+  {"NoApostrophe", "id=\"39\"", "id=\"65\"", {kWarning, "font-character", 5, 3}},
+  {"KerningOfNothing", "second=\"50\"", "second=\"65\"", {kWarning, "font-kerning", 21, 13}},
+  {"KerningIncomplete", " amount=\"-1\"", "", {kError, "font-kerning", 21, 13}},
 };
 
-/// A font of cells of one size, each drawn as a block in the middle of its cell.
+// A font of cells of one size, each drawn as a block in the middle of its cell.
 struct Cells {
   int width = 8, height = 12, advance = 10, lineHeight = 20, yoffset = 4;
   std::string without;  // characters left out
@@ -153,7 +153,7 @@ TEST_F(FontCheck, NamesWhatIsWrongAndWhere) {
 TEST_F(FontCheck, ColumnsCountCharacters) {
   const std::string line = R"(<pages><page id="0" file="atlas.png"/></pages>)";
   const Findings findings = check(replaced(kPrizeFont, line, "<!-- äöü€ -->" + replaced(line, "atlas", "none")));
-  expectOne(findings, path, {E, "font-atlas", 4, 23 + 13});
+  expectOne(findings, path, {kError, "font-atlas", 4, 23 + 13});
 }
 
 TEST_F(FontCheck, TellsWhichCharactersAreMissing) {
@@ -165,26 +165,26 @@ TEST_F(FontCheck, TellsWhichCharactersAreMissing) {
 TEST_F(FontCheck, AMissingFileIsOneFinding) {
   Findings findings;
   checkFont(folder + "none.fnt", "", findings);
-  expectOne(findings, folder + "none.fnt", {E, "missing", 0, 0});
+  expectOne(findings, folder + "none.fnt", {kError, "missing", 0, 0});
   EXPECT_TRUE(findings.used.empty());
   Findings directory;
   checkFont(folder + "", "", directory);
-  expectOne(directory, folder + "", {E, "missing", 0, 0});
+  expectOne(directory, folder + "", {kError, "missing", 0, 0});
 }
 
 TEST_F(FontCheck, NoCharsAndNoFontAreNotUsable) {
-  expectOne(check("<fonts>\n</fonts>"), path, {E, "font-element", 1, 1});
-  expectOne(check("<?xml version=\"1.0\"?>\n <!-- x --> <a/>"), path, {E, "font-element", 2, 13});
-  expectOne(check(""), path, {E, "font-element", 0, 0});
+  expectOne(check("<fonts>\n</fonts>"), path, {kError, "font-element", 1, 1});
+  expectOne(check("<?xml version=\"1.0\"?>\n <!-- x --> <a/>"), path, {kError, "font-element", 2, 13});
+  expectOne(check(""), path, {kError, "font-element", 0, 0});
   std::string text = kPrizeFont;
   const size_t begin = text.find("  <chars>"), end = text.find("  <kernings>");
-  expectOne(check(text.erase(begin, end - begin)), path, {E, "font-element", 1, 1});
+  expectOne(check(text.erase(begin, end - begin)), path, {kError, "font-element", 1, 1});
 }
 
 TEST_F(FontCheck, DeepNestingIsRefused) {
   std::string text = "<font>\n";
   for (int i = 0; i < 200000; ++i) text += "<a>";
-  expectOne(check(text), path, {E, "xml", 2, 1 + 3 * 63});
+  expectOne(check(text), path, {kError, "xml", 2, 1 + 3 * 63});
 }
 
 TEST_F(FontCheck, OfManyEqualFindingsTenAreTold) {
@@ -208,7 +208,7 @@ TEST_F(FontCheck, WhatIsSaidIsCorrectUtf8) {
 
 TEST_F(FontCheck, SaysWhenOnlyCapitalsDiffer) {
   const Findings findings = check(replaced(kPrizeFont, "atlas.png", "Atlas.PNG"));
-  expectOne(findings, path, {E, "font-atlas", 4, 23});
+  expectOne(findings, path, {kError, "font-atlas", 4, 23});
   EXPECT_NE(std::string::npos, findings.list[0].text.find("\"atlas.png\" has other capitals"))
     << findings.list[0].text;
 }
@@ -238,9 +238,9 @@ TEST_F(FontCheck, EveryFontOfTheSkinCanBeSmallAndGood) {
 TEST_F(FontCheck, TheTextsOfAnotherLanguageAreAWarning) {
   Cells form;
   form.without = "ä";
-  expectOne(check(cells(form), "Fonts/uni_font"), path, {W, "font-character", 5, 3});
+  expectOne(check(cells(form), "Fonts/uni_font"), path, {kWarning, "font-character", 5, 3});
   form.without = "/";
-  expectOne(check(cells(form), "Fonts/uni_font"), path, {E, "font-character", 5, 3});
+  expectOne(check(cells(form), "Fonts/uni_font"), path, {kError, "font-character", 5, 3});
   form.without = "ä/";
   EXPECT_EQ(2U, check(cells(form), "Fonts/uni_font").list.size());
 }
@@ -253,7 +253,7 @@ TEST_F(FontCheck, AHintMadeMuchSmallerIsAWarning) {
   const Findings findings = check(cells(form), "Fonts/uni_font");
   ASSERT_FALSE(findings.list.empty());
   EXPECT_EQ("text-fit", findings.list[0].code);
-  EXPECT_EQ(W, findings.list[0].severity);
+  EXPECT_EQ(kWarning, findings.list[0].severity);
   EXPECT_EQ(3, findings.list[0].line);
   EXPECT_EQ(11, findings.list[0].column);
   EXPECT_NE(std::string::npos, findings.list[0].text.find("42 %")) << findings.list[0].text;
@@ -266,7 +266,7 @@ TEST_F(FontCheck, HoursThatAreTooWideAreAnError) {
   EXPECT_EQ("", describe(check(cells(form), "Fonts/none")));
   form.without = "";
   const Findings findings = check(cells(form), "Fonts/emerald_hours_font");
-  expectOne(findings, path, {E, "text-fit", 3, 11});
+  expectOne(findings, path, {kError, "text-fit", 3, 11});
   EXPECT_NE(std::string::npos, findings.list[0].text.find("448 x")) << findings.list[0].text;
 }
 
@@ -279,7 +279,7 @@ TEST_F(FontCheck, HoursMayHangOutOfTheirFieldAsFarAsTheDigits) {
   const Findings findings = check(cells(form), "Fonts/emerald_hours_font");
   ASSERT_EQ(2U, findings.list.size());
   EXPECT_EQ("text-fit", findings.list[0].code);
-  EXPECT_EQ(E, findings.list[0].severity);
+  EXPECT_EQ(kError, findings.list[0].severity);
 }
 
 TEST_F(FontCheck, ARunningTextHigherThanItsBarIsAnError) {
@@ -320,7 +320,7 @@ TEST_F(Wheels, ADigitOffTheMiddleOfItsCellIsAWarning) {
   const Findings findings = check(with(cells(form), 49, cell), "Fonts/currency");
   ASSERT_EQ(1U, findings.list.size()) << describe(findings);
   EXPECT_EQ("digit-fit", findings.list[0].code);
-  EXPECT_EQ(W, findings.list[0].severity) << "the block stands at 10 to 29 of 60";
+  EXPECT_EQ(kWarning, findings.list[0].severity) << "the block stands at 10 to 29 of 60";
   EXPECT_GT(findings.list[0].line, 5);
   EXPECT_EQ(5, findings.list[0].column);
 }
@@ -344,7 +344,7 @@ TEST_F(Wheels, TheInkDecidesNotTheRectangle) {
     const Findings findings = check(text, "Fonts/currency");
     ASSERT_EQ(1U, findings.list.size()) << describe(findings);
     EXPECT_EQ("digit-fit", findings.list[0].code);
-    EXPECT_EQ(E, findings.list[0].severity);
+    EXPECT_EQ(kError, findings.list[0].severity);
     EXPECT_NE(std::string::npos, findings.list[0].text.find("1 (U+0031) is 51")) << findings.list[0].text;
   }
 }
@@ -366,7 +366,7 @@ TEST_F(Wheels, AWideSeparatorIsAnError) {
   const Findings findings = check(with(cells(form), '.', cell), "Fonts/currency");
   ASSERT_EQ(1U, findings.list.size()) << describe(findings);
   EXPECT_EQ("digit-fit", findings.list[0].code);
-  EXPECT_EQ(E, findings.list[0].severity);
+  EXPECT_EQ(kError, findings.list[0].severity);
 }
 
 TEST_F(Wheels, AHigherGlyphMakesTheDigitsSmaller) {
@@ -375,7 +375,7 @@ TEST_F(Wheels, AHigherGlyphMakesTheDigitsSmaller) {
   const auto scale = std::find_if(findings.list.begin(), findings.list.end(),
                                   [](const Finding& f) { return f.code == "digit-scale"; });
   ASSERT_NE(findings.list.end(), scale) << describe(findings);
-  EXPECT_EQ(W, scale->severity);
+  EXPECT_EQ(kWarning, scale->severity);
   EXPECT_NE(std::string::npos, scale->text.find("91 %")) << scale->text;
   EXPECT_NE(std::string::npos, scale->text.find("E (U+0045)")) << scale->text;
 }

@@ -39,7 +39,7 @@ class SkinPlaces : public Paytables {
     if (std::find(all.begin(), all.end(), place) == all.end()) all.push_back(place);
   }
   void showLevels(bool currencyAtTheRight) {
-    std::vector<JackpotsData> data = paneldata::levels(TJackpotsPanel::maxLevels);
+    std::vector<JackpotsData> data = paneldata::levels(TJackpotsPanel::kMaxLevels);
     for (JackpotsData& level : data) {
       level.showCurrencySign = currencyAtTheRight;
       level.mode = 2;  // with opening hours

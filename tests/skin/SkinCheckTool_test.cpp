@@ -27,7 +27,7 @@ std::vector<std::string> linesOf(const std::string& text) {
   return lines;
 }
 
-/// Written once, never changed.
+// Written once, never changed.
 const std::string& original() {
   static const ScratchFolder folder("skincheck-original");
   static const std::string& root = *new std::string(folder + "");
@@ -35,7 +35,7 @@ const std::string& original() {
   return root;
 }
 
-/// A small skin in a folder whose name has a blank and a letter of two bytes.
+// A small skin in a folder whose name has a blank and a letter of two bytes.
 class SkinCheckTool : public testing::Test {
  protected:
   SkinCheckTool() : scratch("skin check \xc3\xa4"), root(scratch + "") {

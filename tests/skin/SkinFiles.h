@@ -9,7 +9,7 @@
 #include <memory>
 #include <string>
 
-/// The demo skin as the build has drawn it, read as the program reads it.
+// The demo skin as the build has drawn it, read as the program reads it.
 namespace skinfiles {
 
 inline const std::string kRoot = SKIN_ROOT "/";
@@ -22,7 +22,7 @@ inline std::string readFile(const std::filesystem::path& path) {
 
 using Surface = std::unique_ptr<SDL_Surface, decltype(&SDL_FreeSurface)>;
 
-/// The picture with red, green, blue and alpha in this order; empty when it cannot be read.
+// The picture with red, green, blue and alpha in this order; empty when it cannot be read.
 inline Surface load(const std::string& path) {
   Surface read(IMG_Load(path.c_str()), SDL_FreeSurface);
   if (!read) return read;
@@ -34,7 +34,7 @@ inline SDL_Color pixel(const Surface& surface, int x, int y) {
   return {p[0], p[1], p[2], p[3]};
 }
 
-/// Mean of the channels in a rectangle, what is clear counting as black.
+// Mean of the channels in a rectangle, what is clear counting as black.
 inline double brightness(const Surface& surface, int x, int y, int w, int h) {
   double sum = 0;
   for (int py = y; py < y + h; ++py)

@@ -18,7 +18,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-/// Every path that anything in this process has tried to open, in order.
+// Every path that anything in this process has tried to open, in order.
 struct Opened {
   std::mutex mutex;
   std::vector<std::string> paths;
@@ -41,14 +41,14 @@ FILE* note(const char* symbol, const char* path, const char* mode) {
 
 std::string stemOf(const std::string& path) { return path.substr(0, path.rfind('.')); }
 
-/// Of a description, which names it; the skin of this test calls it so.
+// Of a description, which names it; the skin of this test calls it so.
 bool isAtlas(const fs::path& name) {
   const bool picture = name.extension() == ".png";
   return picture && (name.parent_path().filename() == "Fonts" || name.stem().string().ends_with("_atlas"));
 }
 
-/// Paths below `folder` that were asked for, without those that only the list of extensions makes of one: they
-/// follow on it, with the same stem.
+// Paths below `folder` that were asked for, without those that only the list of extensions makes of one: they
+// follow on it, with the same stem.
 std::set<std::string> askedBelow(const std::string& folder) {
   const std::lock_guard lock(opened().mutex);
   std::set<std::string> names;
@@ -74,7 +74,7 @@ std::set<std::string> listed(const std::vector<SkinFile>& files, const std::stri
 }
 
 std::vector<JackpotsData> levelsWith(bool currencyAtTheRight) {
-  std::vector<JackpotsData> levels = paneldata::levels(TJackpotsPanel::maxLevels);
+  std::vector<JackpotsData> levels = paneldata::levels(TJackpotsPanel::kMaxLevels);
   for (JackpotsData& level : levels) {
     level.showCurrencySign = currencyAtTheRight;
     level.mode = 2;  // with opening hours
@@ -84,7 +84,7 @@ std::vector<JackpotsData> levelsWith(bool currencyAtTheRight) {
 
 constexpr const char* kFolder = "skin-files-asked";
 
-/// Everything that can be shown of the skin and of a game, once; the folder of both.
+// Everything that can be shown of the skin and of a game, once; the folder of both.
 std::string showEverything() {
   TopScreenHarness screen(kFolder, 8);
   screen.status([](PlatformState& state) { state.ActiveGame = GAME_MENU; });

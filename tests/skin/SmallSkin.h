@@ -9,7 +9,7 @@
 
 #include "tools/skincheck/Inventory.h"
 
-/// A skin and a game of plain pictures in which there is nothing to find, quick to write and to check.
+// A skin and a game of plain pictures in which there is nothing to find, quick to write and to check.
 namespace smallskin {
 
 namespace fs = std::filesystem;
@@ -22,7 +22,7 @@ inline void writeText(const std::string& path, const std::string& text) {
   std::ofstream(path, std::ios::binary) << text;
 }
 
-/// A picture of one colour, in the form that its extension names: PNG or JPEG.
+// A picture of one colour, in the form that its extension names: PNG or JPEG.
 inline void paint(const std::string& path, int width, int height, Uint8 alpha = 255) {
   SDL_Surface* picture = SDL_CreateRGBSurfaceWithFormat(0, width, height, 32, SDL_PIXELFORMAT_RGBA32);
   ASSERT_NE(nullptr, picture);
@@ -32,7 +32,7 @@ inline void paint(const std::string& path, int width, int height, Uint8 alpha = 
   SDL_FreeSurface(picture);
 }
 
-/// All its characters share one rectangle, that of the digits one twice as wide.
+// All its characters share one rectangle, that of the digits one twice as wide.
 inline void writeFont(const std::string& base, int width, int height) {
   const auto attribute = [](const char* name, int value) {
     return std::string(" ") + name + "=\"" + std::to_string(value) + "\"";
@@ -84,7 +84,7 @@ inline void writeFile(const SkinFile& file, const std::string& folder) {
   }
 }
 
-/// Into an empty folder, whose path ends in a slash.
+// Into an empty folder, whose path ends in a slash.
 inline void write(const std::string& root) {
   for (const char* folder : {"Fonts", "Animation"}) fs::create_directories(root + kSkin + folder);
   for (const SkinFile& file : skinFiles()) writeFile(file, root + kSkin);

@@ -13,7 +13,7 @@
 #include "tools/skincheck/GameCheck.h"
 #include "tools/skincheck/SkinCheck.h"
 
-/// A small skin in which there is nothing to find, spoilt in one way or the other, and what is found then.
+// A small skin in which there is nothing to find, spoilt in one way or the other, and what is found then.
 namespace spoiltskin {
 
 namespace fs = std::filesystem;
@@ -22,7 +22,7 @@ using smallskin::kSkin;
 using smallskin::paint;
 using smallskin::writeText;
 
-/// A finding as a test expects it: "E code file: words of the text", the file from the root on.
+// A finding as a test expects it: "E code file: words of the text", the file from the root on.
 using Lines = std::vector<std::string>;
 
 struct Case {
@@ -31,7 +31,7 @@ struct Case {
   Lines expected;
 };
 
-/// Written once for all tests of this program, never changed.
+// Written once for all tests of this program, never changed.
 inline const std::string& original() {
   static const ScratchFolder folder("skincheck-original");
   static const std::string& root = *new std::string(folder + "");
@@ -45,7 +45,7 @@ inline std::string lineOf(const Finding& finding, const std::string& root) {
          finding.file.substr(std::min(root.size(), finding.file.size())) + ": " + finding.text;
 }
 
-/// Exactly the findings that are expected, in any order; each begins and holds what is expected of it.
+// Exactly the findings that are expected, in any order; each begins and holds what is expected of it.
 inline void expectFindings(const CheckReport& report, const std::string& root, const Lines& expected) {
   Lines found;
   for (const Finding& finding : report.findings) found.push_back(lineOf(finding, root));
@@ -69,7 +69,7 @@ inline CheckReport check(const std::string& root, bool games) {
   return checkSkin(options);
 }
 
-/// The cases of one group, each of which spoils another file, on one copy of the skin.
+// The cases of one group, each of which spoils another file, on one copy of the skin.
 inline void runTogether(const std::vector<Case>& cases, bool games = false) {
   const ScratchFolder scratch("skincheck-cases");
   const std::string root = scratch + "";
@@ -82,7 +82,7 @@ inline void runTogether(const std::vector<Case>& cases, bool games = false) {
   expectFindings(check(root, games), root, expected);
 }
 
-/// Each case on a copy of the game.
+// Each case on a copy of the game.
 inline void runGameCases(const std::vector<Case>& cases) {
   for (const Case& c : cases) {
     SCOPED_TRACE(c.name);
@@ -101,7 +101,7 @@ inline void runGameCases(const std::vector<Case>& cases) {
 
 inline void cutShort(const std::string& path) { fs::resize_file(path, fs::file_size(path) / 2); }
 
-/// A case that spoils one file, which is named from the root on.
+// A case that spoils one file, which is named from the root on.
 inline std::function<void(const std::string&)> removed(const std::string& file) {
   return [file](const std::string& root) { ASSERT_TRUE(fs::remove(root + file)); };
 }
@@ -112,7 +112,7 @@ inline std::function<void(const std::string&)> painted(const std::string& file, 
                                                        Uint8 alpha = 255) {
   return [=](const std::string& root) { paint(root + file, width, height, alpha); };
 }
-/// A picture saved in the format of one extension and renamed.
+// A picture saved in the format of one extension and renamed.
 inline std::function<void(const std::string&)> renamedAfter(const std::string& extension, const std::string& file,
                                                             int width, int height) {
   return [=](const std::string& root) {
@@ -124,7 +124,7 @@ inline std::function<void(const std::string&)> written(const std::string& file,
                                                        const std::string& text = "no picture") {
   return [=](const std::string& root) { writeText(root + file, text); };
 }
-/// Outlines that no character leads to.
+// Outlines that no character leads to.
 inline std::function<void(const std::string&)> blind(const std::string& file) {
   return [file](const std::string& root) {
     std::ifstream stream(smallskin::kOutlines, std::ios::binary);

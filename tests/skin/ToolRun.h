@@ -8,7 +8,7 @@
 #include <filesystem>
 #include <string>
 
-/// A tool run as a designer runs it: its exit code and everything that it said.
+// A tool run as a designer runs it: its exit code and everything that it said.
 struct ToolRun {
   int code = -1;
   std::string text;
@@ -26,7 +26,7 @@ inline ToolRun runTool(const std::string& command) {
   return run;
 }
 
-/// A folder that is empty at first and gone after the test.
+// A folder that is empty at first and gone after the test.
 class ScratchFolder {
  public:
   explicit ScratchFolder(const std::string& name)

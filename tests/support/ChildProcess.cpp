@@ -9,7 +9,7 @@
 #include <stdexcept>
 
 namespace {
-constexpr std::chrono::minutes LONGEST{2};
+constexpr std::chrono::minutes kLongest{2};
 }  // namespace
 
 ChildProcess::ChildProcess(const std::function<void()>& body) {
@@ -43,7 +43,7 @@ ChildProcess::~ChildProcess() {
 // The end of the output is the end of the process, and of what it has started.
 const std::string& ChildProcess::end() {
   if (!mEnd.empty()) return mEnd;
-  const auto last = std::chrono::steady_clock::now() + LONGEST;
+  const auto last = std::chrono::steady_clock::now() + kLongest;
   bool hung = false;
   for (ssize_t count = 1; count > 0;) {
     const auto left = std::chrono::ceil<std::chrono::milliseconds>(last - std::chrono::steady_clock::now()).count();

@@ -6,7 +6,7 @@
 
 namespace {
 
-constexpr size_t NONE = std::string::npos;
+constexpr size_t kNone = std::string::npos;
 
 // Where counting, sizes and memory end.
 const char* const NUMBERS[] = {"-1",
@@ -84,29 +84,29 @@ void store(std::string& bytes, size_t at, uint32_t value, int size) {
     bytes[at + static_cast<size_t>(i)] = static_cast<char>(value >> (8 * (size - 1 - i)));
 }
 
-// A range [begin, end) of a text; empty when begin is NONE.
+// A range [begin, end) of a text; empty when begin is kNone.
 struct Range {
-  size_t begin = NONE, end = NONE;
-  bool found() const { return begin != NONE && end != NONE; }
+  size_t begin = kNone, end = kNone;
+  bool found() const { return begin != kNone && end != kNone; }
 };
 
 // The attribute that begins at or behind a place: name and value, or its value alone.
 Range attributeFrom(const std::string& text, size_t from, bool valueOnly) {
   const size_t equals = text.find("=\"", from);
-  if (equals == NONE) return {};
+  if (equals == kNone) return {};
   const size_t close = text.find('"', equals + 2);
-  if (close == NONE) return {};
+  if (close == kNone) return {};
   if (valueOnly) return {equals + 2, close};
   const size_t space = text.find_last_of(" \t\r\n<", equals);
-  return {space == NONE ? equals : space, close + 1};
+  return {space == kNone ? equals : space, close + 1};
 }
 
 // An element that begins at or behind a place: an empty one whole, of another its opening tag.
 Range tagFrom(const std::string& text, size_t from) {
   const size_t open = text.find('<', from);
-  if (open == NONE) return {};
+  if (open == kNone) return {};
   const size_t close = text.find('>', open);
-  return close == NONE ? Range{} : Range{open, close + 1};
+  return close == kNone ? Range{} : Range{open, close + 1};
 }
 
 }  // namespace
@@ -199,8 +199,8 @@ void Mutator::changeJson(std::string& text) {
     case 0:
     case 1: {  // another value behind a colon
       const size_t colon = text.find(':', at);
-      const size_t end = text.find_first_of(",}]", colon == NONE ? at : colon);
-      if (colon != NONE && end != NONE) text.replace(colon + 1, end - colon - 1, " " + word());
+      const size_t end = text.find_first_of(",}]", colon == kNone ? at : colon);
+      if (colon != kNone && end != kNone) text.replace(colon + 1, end - colon - 1, " " + word());
       break;
     }
     case 2:
@@ -208,13 +208,13 @@ void Mutator::changeJson(std::string& text) {
       break;
     case 3: {  // a key left out, with its value
       const size_t comma = text.find(", \"", at);
-      if (comma != NONE) text.erase(comma, text.find_first_of(",}]", comma + 1) - comma);
+      if (comma != kNone) text.erase(comma, text.find_first_of(",}]", comma + 1) - comma);
       break;
     }
     case 4: {  // a key twice
       const size_t comma = text.find(", \"", at);
-      const size_t end = comma == NONE ? NONE : text.find_first_of(",}]", comma + 1);
-      if (end != NONE) {
+      const size_t end = comma == kNone ? kNone : text.find_first_of(",}]", comma + 1);
+      if (end != kNone) {
         const std::string pair = text.substr(comma, end - comma);
         text.insert(end, pair);
       }
@@ -225,7 +225,7 @@ void Mutator::changeJson(std::string& text) {
       break;
     case 6: {  // a long text
       const size_t quote = text.find('"', at);
-      if (quote != NONE) text.insert(quote + 1, std::string(below(2) ? 300 : 70000, 'x'));
+      if (quote != kNone) text.insert(quote + 1, std::string(below(2) ? 300 : 70000, 'x'));
       break;
     }
     default: {  // a step again, elsewhere
@@ -327,7 +327,7 @@ void Mutator::changeElement(std::string& text) {
     }
     default: {  // under another name
       const size_t end = piece.find_first_of(" />", 1);
-      if (end != NONE) text.replace(tag.begin + 1, end - 1, below(2) ? "" : "other");
+      if (end != kNone) text.replace(tag.begin + 1, end - 1, below(2) ? "" : "other");
     }
   }
 }
@@ -347,10 +347,10 @@ void Mutator::changePngHeader(std::string& file) {
 
 void Mutator::changeJpegHeader(std::string& file) {
   static const std::array<uint32_t, 7> sizes{0, 1, 255, 16384, 46341, 65500, 65535};
-  size_t frame = NONE;  // the baseline or the progressive frame's header
-  for (size_t i = 0; i + 9 < file.size() && frame == NONE; ++i)
+  size_t frame = kNone;  // the baseline or the progressive frame's header
+  for (size_t i = 0; i + 9 < file.size() && frame == kNone; ++i)
     if (file[i] == '\xff' && (file[i + 1] == '\xc0' || file[i + 1] == '\xc2')) frame = i;
-  if (frame == NONE) return changeBytes(file);
+  if (frame == kNone) return changeBytes(file);
   const size_t which = below(5);
   if (which <= 2) store(file, frame + 5, sizes[below(sizes.size())], 2);
   if (which <= 1) store(file, frame + 7, sizes[below(sizes.size())], 2);

@@ -70,12 +70,11 @@ void writeSkin(const std::string& skin) {
     {"EMERALD_LEFT.png", 908, 208, {10, 80, 40, 255}},  {"bar.png", 1220, 91, {30, 60, 130, 255}},
     {"buttonE.png", 177, 179, {40, 120, 60, 255}},      {"buttonD.png", 177, 179, {70, 70, 70, 255}},
     {"Animation/Backround.png", 96, 54, {0, 0, 0, 160}}};
-  for (const auto& card : cards) {
+  for (const auto& card : cards)
     if (card.width < 100)
       testfont::writePicture(skin + card.name, card.width, card.height, card.colour);
     else
       writeCard(skin + card.name, card.width, card.height, card.colour);
-  }
   const struct {
     const char* name;
     int scale;
@@ -103,7 +102,7 @@ void writeGame(const std::string& icons, SDL_Color overlay) {
   fs::create_directories(icons);
   writeBlocks(icons + "overlay", {40, 120, 120, 810, 900, 15, 20, overlay});
   writeJpg(icons + "topscreen.jpg", 96, 54, {20, 90, 120, 255});
-  testfont::writePicture(icons + "background.png", 96, 54, background);
+  testfont::writePicture(icons + "background.png", 96, 54, kBackground);
   testfont::write(icons, "digits", 4);
   fs::copy_file(kFont, icons + "digits.ttf");
 }
@@ -152,16 +151,16 @@ std::string write(const std::string& name) {
   const std::string reels = root + "Games/Reels/Icons/";
   writeGame(reels, {240, 80, 80, 220});
   for (const char* folder : {"paytable", "paytable_sl"}) fs::create_directories(reels + folder);
-  writeCard(reels + "paytable/InfoPage_Paytable.png", 700, 400, page);
-  writeCard(reels + "paytable/InfoPage_Paytable_Bonus.png", 600, 360, bonus);
-  writeJpg(reels + "paytable/InfoPage_Rules.jpg", 320, 200, rules);
-  writeCard(reels + "paytable_sl/InfoPage_Paytable.png", 700, 400, pageSl);
-  writeJpg(reels + "paytable_sl/InfoPage_Paytable.jpg", 320, 200, rules);
+  writeCard(reels + "paytable/InfoPage_Paytable.png", 700, 400, kPage);
+  writeCard(reels + "paytable/InfoPage_Paytable_Bonus.png", 600, 360, kBonus);
+  writeJpg(reels + "paytable/InfoPage_Rules.jpg", 320, 200, kRules);
+  writeCard(reels + "paytable_sl/InfoPage_Paytable.png", 700, 400, kPageSl);
+  writeJpg(reels + "paytable_sl/InfoPage_Paytable.jpg", 320, 200, kRules);
 
   const std::string wheels = root + "Games/Wheels/Icons/";
   writeGame(wheels, {80, 80, 240, 220});
   fs::create_directories(wheels + "paytable");
-  writeCard(wheels + "paytable/InfoPage_Paytable.png", 640, 480, panelskin::wheels);
+  writeCard(wheels + "paytable/InfoPage_Paytable.png", 640, 480, panelskin::kWheels);
   return root;
 }
 

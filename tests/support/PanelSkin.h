@@ -24,7 +24,7 @@ struct Blocks {
 void writeBlocks(const std::string& base, const Blocks& blocks);
 
 // Colours of the paytable pages, so that a pixel tells which one is shown.
-constexpr SDL_Color page{30, 30, 90, 255}, pageSl{30, 90, 30, 255}, bonus{90, 30, 90, 255}, rules{90, 90, 30, 255},
-  wheels{120, 40, 40, 255}, background{60, 10, 10, 255};
+constexpr SDL_Color kPage{30, 30, 90, 255}, kPageSl{30, 90, 30, 255}, kBonus{90, 30, 90, 255},
+  kRules{90, 90, 30, 255}, kWheels{120, 40, 40, 255}, kBackground{60, 10, 10, 255};
 
 }  // namespace panelskin

@@ -178,7 +178,7 @@ void TopScreenHarness::joinSprites() {
   const auto join = [](TSpriteAnimation* sprites) {
     if (sprites) sprites->SetFrame(0, true);  // waits for the loader; only the mode NONE follows this frame
   };
-  for (int id = 0; id < TJackpotsPanel::maxLevels; ++id) {
+  for (int id = 0; id < TJackpotsPanel::kMaxLevels; ++id) {
     join(part<TSpriteAnimation>(id, "pIdleAnimation"));
     join(part<TSpriteAnimation>(id, "pPanelAnimation"));
     join(find<TSpriteAnimation>("pJackpotsPanel/pParticleAnimation[" + std::to_string(id) + "]"));

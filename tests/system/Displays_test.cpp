@@ -17,8 +17,8 @@ void PrintTo(const Box& box, std::ostream* out) {
 
 namespace {
 
-constexpr const char* TITLE = "TopScreen";
-constexpr const char* NO_SECOND = "ERROR: Cannot find the second screen..moving top screen to display 0!!!";
+constexpr const char* kTitle = "TopScreen";
+constexpr const char* kNoSecond = "ERROR: Cannot find the second screen..moving top screen to display 0!!!";
 
 // A window manager of the usual kind, with its own idea of every window.
 bool startWindowManager(Process& process, const std::string& folder, XServer& server) {
@@ -46,12 +46,12 @@ class Displays : public SystemTest {
     const Box box = secondBox();
     const auto corner = [&](int x, int y) { return mX.pixel(box.x + x, box.y + y); };
     ASSERT_TRUE(
-      within(20000, [&] { return alike(corner(5 * box.width / 1920, box.height - 3), TestSkin::BACKGROUND); }));
+      within(20000, [&] { return alike(corner(5 * box.width / 1920, box.height - 3), TestSkin::kBackground); }));
     EXPECT_TRUE(
-      within(5000, [&] { return alike(corner(box.width / 2, 100 * box.height / 1080), TestSkin::TITLE); }));
-    EXPECT_TRUE(alike(corner(0, box.height - 1), TestSkin::BACKGROUND));
-    EXPECT_TRUE(alike(corner(box.width - 1, box.height - 1), TestSkin::BACKGROUND));
-    EXPECT_TRUE(alike(corner(box.width - 1, 0), TestSkin::BACKGROUND));
+      within(5000, [&] { return alike(corner(box.width / 2, 100 * box.height / 1080), TestSkin::kTitle); }));
+    EXPECT_TRUE(alike(corner(0, box.height - 1), TestSkin::kBackground));
+    EXPECT_TRUE(alike(corner(box.width - 1, box.height - 1), TestSkin::kBackground));
+    EXPECT_TRUE(alike(corner(box.width - 1, 0), TestSkin::kBackground));
     EXPECT_EQ(mX.picture({0, 0, 1920, 1080}).count({0, 0, 1920, 1080}, {0, 0, 0}), 1920 * 1080);
   }
 
@@ -62,7 +62,7 @@ class Displays : public SystemTest {
     startProgram(mSimulator.address(), renderer, environment);
     if (HasFatalFailure()) return;
     // SDL makes the window anew when the renderer needs another kind.
-    const auto isThere = [this] { return mX.boxOf(mWindow = mX.findWindow(TITLE)) == secondBox(); };
+    const auto isThere = [this] { return mX.boxOf(mWindow = mX.findWindow(kTitle)) == secondBox(); };
     ASSERT_TRUE(within(20000, isThere)) << testing::PrintToString(mX.boxOf(mWindow));
   }
 
@@ -78,7 +78,7 @@ TEST_P(Sizes, WindowFillsTheSecondWhateverItsSize) {
   startOnTheSecond(Renderer::Software, {});
   if (HasFatalFailure()) return;
   expectThePanelOnTheSecond();
-  EXPECT_EQ(logged(NO_SECOND), 0);
+  EXPECT_EQ(logged(kNoSecond), 0);
 }
 
 INSTANTIATE_TEST_SUITE_P(Displays, Sizes,
@@ -100,7 +100,7 @@ class ManagedDisplays : public Displays {
     Displays::TearDown();
   }
   void expectBorderlessAndAbove(Renderer renderer);
-  bool isAbove() { return has(mX.propertyOf(mX.findWindow(TITLE), "_NET_WM_STATE"), "_NET_WM_STATE_ABOVE"); }
+  bool isAbove() { return has(mX.propertyOf(mX.findWindow(kTitle), "_NET_WM_STATE"), "_NET_WM_STATE_ABOVE"); }
 
   Process mManager;
 };
@@ -110,7 +110,7 @@ void ManagedDisplays::expectBorderlessAndAbove(Renderer renderer) {
   if (HasFatalFailure()) return;
   EXPECT_TRUE(within(20000, [this] { return isAbove(); }));
   expectThePanelOnTheSecond();
-  mWindow = mX.findWindow(TITLE);
+  mWindow = mX.findWindow(kTitle);
   EXPECT_EQ(mX.boxOf(mX.frameOf(mWindow)), secondBox());
   // Told the window manager to leave its borders away: flags 2, functions, decorations 0.
   const auto hints = mX.propertyOf(mWindow, "_MOTIF_WM_HINTS");

@@ -51,16 +51,16 @@ TEST_F(Events, GamesLoadRunAndEnd) {
   startOnTheMenu();
   if (HasFatalFailure()) return;
   expectRows({
-    {"game loads", 100, gameNamed("A", SLOT), GAME_A},
-    {"another has loaded", 101, gameNamed("B", SLOT), GAME_B},
-    {"roulette loads, the picture stays", 100, gameNamed("R", ROULETTE), GAME_B},
+    {"game loads", 100, gameNamed("A", kSlot), GAME_A},
+    {"another has loaded", 101, gameNamed("B", kSlot), GAME_B},
+    {"roulette loads, the picture stays", 100, gameNamed("R", kRoulette), GAME_B},
     {"and is drawn", 102, true, "demo title gold overlay-B hint=345"},
-    {"roulette has loaded", 101, gameNamed("R", ROULETTE), "demo title gold overlay-B hint=345"},
+    {"roulette has loaded", 101, gameNamed("R", kRoulette), "demo title gold overlay-B hint=345"},
     {"nothing is drawn", 102, false, "demo title gold overlay-B hint=345"},
-    {"loading does not start the drawing", 100, gameNamed("R", ROULETTE), "demo title gold overlay-B hint=345"},
+    {"loading does not start the drawing", 100, gameNamed("R", kRoulette), "demo title gold overlay-B hint=345"},
     {"game left", 105, nullptr, JACKPOTS},
     {"game of another type", 101, gameNamed("X", 77), JACKPOTS},
-    {"game without files", 101, gameNamed("C", SLOT), JACKPOTS + " hint=345"},
+    {"game without files", 101, gameNamed("C", kSlot), JACKPOTS + " hint=345"},
     {"game left again", 105, nullptr, JACKPOTS},
   });
   rawEvent(101, {{"ID", 9}, {"Name", "A"}});
@@ -102,7 +102,7 @@ TEST_F(Events, TextsTakeTheLevelsAwayInTheirOrder) {
 
 // 104, 107 and 111 are decisions each, and all three are on the paytable's pages.
 TEST_F(Events, PaytableFollowsPageBetsAndSetup) {
-  set({{"ActiveGame", gameNamed("A", SLOT)}});
+  set({{"ActiveGame", gameNamed("A", kSlot)}});
   startProgramHere();
   ASSERT_TRUE(shows(GAME_A));
   expectRows({
@@ -142,7 +142,7 @@ TEST_F(Events, PaytableFollowsPageBetsAndSetup) {
 
 // 106 acts at once, whatever the game; 112 too, but the pages of the language come with the next decision.
 TEST_F(Events, InstructionsAndLanguageComeWhateverTheGame) {
-  set({{"ActiveGame", gameNamed("B", SLOT)}});
+  set({{"ActiveGame", gameNamed("B", kSlot)}});
   startProgramHere();
   ASSERT_TRUE(shows(GAME_B));
   const std::string shown = "background button-1 button-2-off low=1345 hint=345";
@@ -193,7 +193,7 @@ TEST_F(Events, LevelsAreReplacedAndOtherNumbersChangeNothing) {
 
   const Picture before = mX.picture();
   for (const int id : {-1, 0, 1, 3, 12, 13, 14, 99, 113, 114, 200, 1100})
-    for (const Json& value : {Json(), Json(true), Json(1), Json("1"), Json::array({"1"}), gameNamed("A", SLOT)})
+    for (const Json& value : {Json(), Json(true), Json(1), Json("1"), Json::array({"1"}), gameNamed("A", kSlot)})
       rawEvent(id, value);
   EXPECT_TRUE(keeps("background title upper-gold lower-silver"));
   EXPECT_TRUE(mX.picture() == before);

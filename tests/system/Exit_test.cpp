@@ -8,7 +8,7 @@
 namespace systest {
 namespace {
 
-constexpr int EXIT_BOUND = 10000;
+constexpr int kExitBound = 10000;
 
 class Exit : public SystemTest {};
 
@@ -24,7 +24,7 @@ TEST_P(SystemRendererTest, EscapeEndsTheProgramWith0WhenItIsReleased) {
   EXPECT_TRUE(asksForEvents(3));
   ASSERT_TRUE(mProgram.running());
   ASSERT_TRUE(mX.releaseKey("Escape"));
-  EXPECT_TRUE(exitsWith(EXIT_BOUND, 0));
+  EXPECT_TRUE(exitsWith(kExitBound, 0));
   EXPECT_NE(printed().find("========== APP EXITED SUCCESSFULLY =========="), std::string::npos);
   EXPECT_EQ(mX.findWindow("TopScreen"), 0u);
 }
@@ -33,14 +33,14 @@ TEST_F(Exit, ClosedWindowEndsTheProgramWith0) {
   startUntilPanel(Renderer::Software, 5);
   if (HasFatalFailure()) return;
   mX.requestClose(mX.findWindow("TopScreen"));
-  EXPECT_TRUE(exitsWith(EXIT_BOUND, 0));
+  EXPECT_TRUE(exitsWith(kExitBound, 0));
 }
 
 TEST_F(Exit, SignalEndsTheProgramOnOpenGLToo) {
   startUntilPanel(Renderer::OpenGL, 5);
   if (HasFatalFailure()) return;
   mProgram.signal(SIGTERM);
-  EXPECT_TRUE(exitsWith(EXIT_BOUND, SIGTERM));
+  EXPECT_TRUE(exitsWith(kExitBound, SIGTERM));
   EXPECT_EQ(mX.findWindow("TopScreen"), 0u);
 }
 
@@ -48,7 +48,7 @@ TEST_F(Exit, SignalEndsTheProgramOnOpenGLToo) {
 TEST_F(Exit, FrameThatCannotBeDrawnEndsTheProgramWith0) {
   startSimulator();
   startProgram(mSimulator.address(), Renderer::Software, {{"SDL_VIDEODRIVER", "dummy"}});
-  EXPECT_TRUE(exitsWith(EXIT_BOUND, 0));
+  EXPECT_TRUE(exitsWith(kExitBound, 0));
   EXPECT_NE(printed().find("Unable to set 1920x1080 video: "), std::string::npos);
   EXPECT_EQ(mSimulator.calls("platform.state"), 1);
 }
@@ -60,7 +60,7 @@ TEST_P(PoliteSignal, TwiceInARowEndsTheRunningProgramOnceWithItsNumber) {
   if (HasFatalFailure()) return;
   mProgram.signal(GetParam());
   mProgram.signal(GetParam());
-  EXPECT_TRUE(exitsWith(EXIT_BOUND, GetParam()));
+  EXPECT_TRUE(exitsWith(kExitBound, GetParam()));
   EXPECT_EQ(logged("Signal " + std::to_string(GetParam()) + " received. Exiting..."), 1);
 }
 
@@ -81,14 +81,14 @@ TEST_P(SignalDuringTheStart, EndsItAsSoonAsTheHandlerStands) {
   startProgram(mSimulator.address(), Renderer::Software, {});
   ASSERT_TRUE(within(20000, [this] { return handles(GetParam()); }));
   mProgram.signal(GetParam());
-  EXPECT_TRUE(exitsWith(EXIT_BOUND, GetParam()));
+  EXPECT_TRUE(exitsWith(kExitBound, GetParam()));
 }
 
 TEST_P(SignalDuringTheStart, EndsTheLoad) {
   startProgram(mSimulator.address(), Renderer::Software, {});
   ASSERT_TRUE(within(20000, [this] { return !log().empty(); }));
   mProgram.signal(GetParam());
-  EXPECT_TRUE(exitsWith(EXIT_BOUND, GetParam()));
+  EXPECT_TRUE(exitsWith(kExitBound, GetParam()));
 }
 
 TEST_P(SignalDuringTheStart, EndsTheLoader) {
@@ -96,7 +96,7 @@ TEST_P(SignalDuringTheStart, EndsTheLoader) {
   ASSERT_TRUE(within(20000, [this] { return loaderShown(); }));
   ASSERT_TRUE(within(20000, [this] { return !mSimulator.refusals().empty(); }));
   mProgram.signal(GetParam());
-  EXPECT_TRUE(exitsWith(EXIT_BOUND, GetParam()));
+  EXPECT_TRUE(exitsWith(kExitBound, GetParam()));
 }
 
 INSTANTIATE_TEST_SUITE_P(All, SignalDuringTheStart, testing::Values(SIGHUP, SIGTERM),
@@ -140,21 +140,21 @@ TEST_F(Exit, EscapeWhileNobodyAnswersTearsDownAndEndsWith0OnceSomebodyDoes) {
   startProgram(mSimulator.address(), Renderer::Software, {});
   ASSERT_TRUE(within(20000, [this] { return loaderShown(); }));
   ASSERT_TRUE(mX.typeKey("Escape"));
-  ASSERT_TRUE(within(EXIT_BOUND, [this] { return mX.findWindow("TopScreen") == 0; }));
+  ASSERT_TRUE(within(kExitBound, [this] { return mX.findWindow("TopScreen") == 0; }));
   const size_t attempts = mSimulator.refusals().size();
-  ASSERT_TRUE(within(EXIT_BOUND, [&] { return mSimulator.refusals().size() >= attempts + 2; }));
+  ASSERT_TRUE(within(kExitBound, [&] { return mSimulator.refusals().size() >= attempts + 2; }));
   ASSERT_TRUE(mProgram.running());
   const int port = mSimulator.port();
   mSimulator.process().kill();
   ASSERT_TRUE(mSimulator.start(mFolder, port));
-  EXPECT_TRUE(exitsWith(EXIT_BOUND, 0));
+  EXPECT_TRUE(exitsWith(kExitBound, 0));
   EXPECT_EQ(mSimulator.calls("topscreen.init"), 1);
   EXPECT_EQ(mSimulator.calls("game.popEvents"), 0);
 }
 
 TEST_F(Exit, MissingHomeDirIsAFailedStart) {
   startProgram("", Renderer::Software, {{"HOME_DIR", "-"}});
-  EXPECT_TRUE(exitsWith(EXIT_BOUND, 254));
+  EXPECT_TRUE(exitsWith(kExitBound, 254));
   EXPECT_NE(printed().find("========== APP EXITED WITH FAILURE =========="), std::string::npos);
 }
 
@@ -170,13 +170,13 @@ TEST_F(Exit, MissingDisplayIsAFailedStartThatASignalNeedNotWaitFor) {
   startProgram("", Renderer::Software, {{"DISPLAY", ":54321"}, {"SDL_VIDEODRIVER", "x11"}});
   ASSERT_TRUE(within(20000, [this] { return printed().find("Can not init SDL: ") != std::string::npos; }));
   mProgram.signal(SIGTERM);
-  EXPECT_TRUE(exitsWith(EXIT_BOUND, SIGTERM));
+  EXPECT_TRUE(exitsWith(kExitBound, SIGTERM));
 }
 
 TEST_F(Exit, LogFolderThatIsNoneIsAnExceptionOutOfTheStart) {
   std::ofstream(mFolder + "/file") << "no folder";
   startProgram("", Renderer::Software, {{"LOG_FILENAME", mFolder + "/file/top.log"}});
-  EXPECT_TRUE(exitsWith(EXIT_BOUND, 252));
+  EXPECT_TRUE(exitsWith(kExitBound, 252));
   EXPECT_NE(printed().find("Unhadled exception occoured while loading application"), std::string::npos);
 }
 

@@ -11,28 +11,28 @@ struct Mark {
 
 // One pixel for each thing, where nothing else of the skin stands.
 const Mark MARKS[] = {
-  {"loader", 960, 180, TestSkin::SPLASH},
-  {"background", 5, 1075, TestSkin::BACKGROUND},
-  {"demo", 5, 1075, TestSkin::DEMO},
-  {"title", 960, 100, TestSkin::TITLE},
-  {"dark-title", 960, 100, {TestSkin::TITLE.red / 2, TestSkin::TITLE.green / 2, TestSkin::TITLE.blue / 2}},
-  {"gold", 60, 490, TestSkin::FRAMES[0]},
-  {"upper-gold", 60, 290, TestSkin::FRAMES[0]},
-  {"lower-silver", 110, 710, TestSkin::FRAMES[1]},
-  {"overlay-A", 1300, 300, TestSkin::OVERLAYS[0]},
-  {"overlay-B", 1300, 300, TestSkin::OVERLAYS[1]},
-  {"logo", 700, 510, TestSkin::LOGO},
-  {"button-1", 92, 860, TestSkin::BUTTON},
-  {"button-1-off", 92, 860, TestSkin::BUTTON_OFF},
-  {"button-2", 304, 741, TestSkin::BUTTON},
-  {"button-2-off", 304, 741, TestSkin::BUTTON_OFF},
-  {"paper-A", 5, 1000, TestSkin::PAPERS[0]},
-  {"paper-B", 5, 1000, TestSkin::PAPERS[1]},
-  {"page-A1", 570, 250, TestSkin::PAGES[0][0]},
-  {"page-A2", 570, 250, TestSkin::PAGES[0][1]},
-  {"page-B1", 570, 250, TestSkin::PAGES[1][0]},
-  {"page-B2", 570, 250, TestSkin::PAGES[1][1]},
-  {"page-SI1", 570, 250, TestSkin::PAGES_SI[0]},
+  {"loader", 960, 180, TestSkin::kSplash},
+  {"background", 5, 1075, TestSkin::kBackground},
+  {"demo", 5, 1075, TestSkin::kDemo},
+  {"title", 960, 100, TestSkin::kTitle},
+  {"dark-title", 960, 100, {TestSkin::kTitle.red / 2, TestSkin::kTitle.green / 2, TestSkin::kTitle.blue / 2}},
+  {"gold", 60, 490, TestSkin::kFrames[0]},
+  {"upper-gold", 60, 290, TestSkin::kFrames[0]},
+  {"lower-silver", 110, 710, TestSkin::kFrames[1]},
+  {"overlay-A", 1300, 300, TestSkin::kOverlays[0]},
+  {"overlay-B", 1300, 300, TestSkin::kOverlays[1]},
+  {"logo", 700, 510, TestSkin::kLogo},
+  {"button-1", 92, 860, TestSkin::kButton},
+  {"button-1-off", 92, 860, TestSkin::kButtonOff},
+  {"button-2", 304, 741, TestSkin::kButton},
+  {"button-2-off", 304, 741, TestSkin::kButtonOff},
+  {"paper-A", 5, 1000, TestSkin::kPapers[0]},
+  {"paper-B", 5, 1000, TestSkin::kPapers[1]},
+  {"page-A1", 570, 250, TestSkin::kPages[0][0]},
+  {"page-A2", 570, 250, TestSkin::kPages[0][1]},
+  {"page-B1", 570, 250, TestSkin::kPages[1][0]},
+  {"page-B2", 570, 250, TestSkin::kPages[1][1]},
+  {"page-SI1", 570, 250, TestSkin::kPagesSi[0]},
 };
 
 struct Line {
@@ -46,7 +46,7 @@ const Line LINES[] = {
   {"high", 0, 190, 1920}, {"low", 0, 900, 1100}, {"prize", 840, 370, 500}, {"hint", 400, 1042, 1100}};
 
 // Narrower runs are separators and edges.
-constexpr int LEAST_RUN = 6;
+constexpr int kLeastRun = 6;
 
 }  // namespace
 
@@ -104,7 +104,7 @@ std::string PanelTest::textAt(int x, int y, int width) {
   char last = ' ';
   for (int place = 0; place <= width; ++place) {
     const char letter = place < width ? letterAt(place) : ' ';
-    if (letter != last && last != ' ' && run >= LEAST_RUN) text += last;
+    if (letter != last && last != ' ' && run >= kLeastRun) text += last;
     run = letter == last ? run + 1 : 1;
     last = letter;
   }

@@ -45,6 +45,6 @@ class PanelTest : public SystemTest {
   static Json level(int id, const std::string& status);
 };
 
-constexpr int MENU = 1, TOPSCREEN = 2, ROULETTE = 3, SLOT = 4;
+constexpr int kMenu = 1, kTopscreen = 2, kRoulette = 3, kSlot = 4;
 
 }  // namespace systest

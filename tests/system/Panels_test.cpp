@@ -13,7 +13,7 @@ const std::string WON = "dark-title hint=345";
 
 const Box LOADER_CIRCLE{960 - 130, 540 - 130, 260, 260};
 
-Json gameOf(int type) { return {{"ID", 9}, {"Name", type == SLOT ? "A" : ""}, {"Type", type}}; }
+Json gameOf(int type) { return {{"ID", 9}, {"Name", type == kSlot ? "A" : ""}, {"Type", type}}; }
 
 class Panels : public PanelTest {
  protected:
@@ -62,13 +62,13 @@ TEST_F(Panels, FirstDataThatEndTheLoaderBringTheirPanel) {
   } rows[] = {
     {"no game", {{"ActiveGame", gameOf(0)}}, JACKPOTS},
     {"menu with instructions", {{"Instructions", BUTTONS}}, INSTRUCTIONS},
-    {"slot game", {{"ActiveGame", gameOf(SLOT)}}, GAME_A},
-    {"slot game that loads", {{"ActiveGame", gameOf(SLOT)}, {"IsLoading", true}}, GAME_A},
-    {"slot game with instructions", {{"ActiveGame", gameOf(SLOT)}, {"Instructions", BUTTONS}}, GAME_A},
+    {"slot game", {{"ActiveGame", gameOf(kSlot)}}, GAME_A},
+    {"slot game that loads", {{"ActiveGame", gameOf(kSlot)}, {"IsLoading", true}}, GAME_A},
+    {"slot game with instructions", {{"ActiveGame", gameOf(kSlot)}, {"Instructions", BUTTONS}}, GAME_A},
     {"win over a paytable",
-     {{"ActiveGame", gameOf(SLOT)}, {"ShowingPaytable", 1}, {"JackpotData", Json::array({level(0, "WIN")})}},
+     {{"ActiveGame", gameOf(kSlot)}, {"ShowingPaytable", 1}, {"JackpotData", Json::array({level(0, "WIN")})}},
      WON},
-    {"top screen", {{"ActiveGame", gameOf(TOPSCREEN)}, {"Instructions", BUTTONS}}, JACKPOTS},
+    {"top screen", {{"ActiveGame", gameOf(kTopscreen)}, {"Instructions", BUTTONS}}, JACKPOTS},
   };
   for (const auto& row : rows) {
     SCOPED_TRACE(row.name);
@@ -78,7 +78,7 @@ TEST_F(Panels, FirstDataThatEndTheLoaderBringTheirPanel) {
 }
 
 TEST_F(Panels, OpenPaytableKeepsTheLoaderUntilTheGameIsLeft) {
-  startOn({{"ActiveGame", gameOf(SLOT)}, {"ShowingPaytable", 1}, {"JackpotData", Json::array({level(0, "win")})}});
+  startOn({{"ActiveGame", gameOf(kSlot)}, {"ShowingPaytable", 1}, {"JackpotData", Json::array({level(0, "win")})}});
   ASSERT_TRUE(hasItsState());
   EXPECT_TRUE(keeps("loader"));
   set({{"ShowingPaytable", 2}});
@@ -89,13 +89,13 @@ TEST_F(Panels, OpenPaytableKeepsTheLoaderUntilTheGameIsLeft) {
 }
 
 TEST_F(Panels, RouletteKeepsTheLoaderThatMovesOnlyWhileTheGameLoads) {
-  startOn({{"ActiveGame", gameOf(ROULETTE)}, {"IsLoading", true}});
+  startOn({{"ActiveGame", gameOf(kRoulette)}, {"IsLoading", true}});
   ASSERT_TRUE(hasItsState());
   EXPECT_TRUE(keeps("loader"));
   Picture before = mX.picture(LOADER_CIRCLE);
   EXPECT_TRUE(within(5000, [&] { return mX.picture(LOADER_CIRCLE) != before; }));
 
-  game("loaded", "", ROULETTE);
+  game("loaded", "", kRoulette);
   ASSERT_TRUE(asksForEvents(3));
   before = mX.picture(LOADER_CIRCLE);
   EXPECT_TRUE(keeps("loader"));
@@ -106,14 +106,14 @@ TEST_F(Panels, RouletteKeepsTheLoaderThatMovesOnlyWhileTheGameLoads) {
 
 // The first of the two would end the loader if it were decided upon by itself, and an open paytable would show.
 TEST_F(Panels, TwoEventsInOneReplyAreOneDecision) {
-  startOn({{"ActiveGame", gameOf(ROULETTE)}});
+  startOn({{"ActiveGame", gameOf(kRoulette)}});
   ASSERT_TRUE(hasItsState());
   holdEventsBack();
   if (HasFatalFailure()) return;
   mSimulator.apply({{"do", "game"}, {"event", "exited"}});
-  game("loaded", "", ROULETTE);
+  game("loaded", "", kRoulette);
   ASSERT_TRUE(asksForEvents(3));
-  set({{"ActiveGame", gameOf(SLOT)}, {"ShowingPaytable", 1}});
+  set({{"ActiveGame", gameOf(kSlot)}, {"ShowingPaytable", 1}});
   EXPECT_TRUE(keeps("loader"));
   set({{"ActiveGame", gameOf(0)}});
   EXPECT_TRUE(shows(JACKPOTS));
@@ -128,47 +128,47 @@ TEST_F(Panels, EachChangeOfTheStateBringsItsPanel) {
     Json step;
     std::string due;
   } rows[] = {
-    {"menu", {{"do", "set"}, {"state", {{"ActiveGame", gameOf(MENU)}}}}, JACKPOTS},
+    {"menu", {{"do", "set"}, {"state", {{"ActiveGame", gameOf(kMenu)}}}}, JACKPOTS},
     {"instructions come", {{"do", "set"}, {"state", {{"Instructions", BUTTONS}}}}, INSTRUCTIONS},
-    {"slot game", {{"do", "game"}, {"event", "loading"}, {"ID", 9}, {"Name", "A"}, {"Type", SLOT}}, GAME_A},
+    {"slot game", {{"do", "game"}, {"event", "loading"}, {"ID", 9}, {"Name", "A"}, {"Type", kSlot}}, GAME_A},
     {"paytable opens", {{"do", "set"}, {"state", {{"ShowingPaytable", 1}}}}, "paper-A page-A1 hint=345"},
     {"its second page", {{"do", "set"}, {"state", {{"ShowingPaytable", 2}}}}, "paper-A page-A2 hint=345"},
     {"another game's",
-     {{"do", "game"}, {"event", "loaded"}, {"ID", 8}, {"Name", "B"}, {"Type", SLOT}},
+     {{"do", "game"}, {"event", "loaded"}, {"ID", 8}, {"Name", "B"}, {"Type", kSlot}},
      "paper-B page-B2 hint=345"},
     {"a win by itself", {{"do", "win"}, {"id", 0}}, "paper-B page-B2 hint=345"},
     {"the next decision", {{"do", "event"}, {"id", 104}, {"value", bets}}, "dark-title overlay-B hint=345"},
     {"the win is over", {{"do", "win"}, {"id", 0}, {"on", false}}, GAME_B},
     {"the decision after it", {{"do", "event"}, {"id", 104}, {"value", bets}}, "paper-B page-B2 hint=345"},
     {"roulette loads",
-     {{"do", "game"}, {"event", "loading"}, {"ID", 3}, {"Name", "R"}, {"Type", ROULETTE}},
+     {{"do", "game"}, {"event", "loading"}, {"ID", 3}, {"Name", "R"}, {"Type", kRoulette}},
      "paper-B page-B2 hint=345"},
     {"slot game again, paytable closed",
-     {{"do", "set"}, {"state", {{"ActiveGame", gameOf(SLOT)}, {"ShowingPaytable", 0}}}},
+     {{"do", "set"}, {"state", {{"ActiveGame", gameOf(kSlot)}, {"ShowingPaytable", 0}}}},
      GAME_A},
     {"roulette loads from there",
-     {{"do", "game"}, {"event", "loading"}, {"ID", 3}, {"Name", "R"}, {"Type", ROULETTE}},
+     {{"do", "game"}, {"event", "loading"}, {"ID", 3}, {"Name", "R"}, {"Type", kRoulette}},
      GAME_A},
     {"and goes on being drawn",
      {{"do", "set"}, {"state", {{"DemoMode", true}}}},
      "demo title gold overlay-A hint=345"},
     {"roulette runs",
-     {{"do", "game"}, {"event", "loaded"}, {"ID", 3}, {"Name", "R"}, {"Type", ROULETTE}},
+     {{"do", "game"}, {"event", "loaded"}, {"ID", 3}, {"Name", "R"}, {"Type", kRoulette}},
      "demo title gold overlay-A hint=345"},
     {"and nothing is drawn",
      {{"do", "set"}, {"state", {{"DemoMode", false}}}},
      "demo title gold overlay-A hint=345"},
-    {"top screen draws as before", {{"do", "set"}, {"state", {{"ActiveGame", gameOf(TOPSCREEN)}}}}, GAME_A},
+    {"top screen draws as before", {{"do", "set"}, {"state", {{"ActiveGame", gameOf(kTopscreen)}}}}, GAME_A},
     {"game left with instructions", {{"do", "game"}, {"event", "exited"}}, INSTRUCTIONS + " hint=345"},
     {"top screen again",
-     {{"do", "set"}, {"state", {{"ActiveGame", gameOf(TOPSCREEN)}}}},
+     {{"do", "set"}, {"state", {{"ActiveGame", gameOf(kTopscreen)}}}},
      INSTRUCTIONS + " hint=345"},
-    {"slot game from instructions", {{"do", "set"}, {"state", {{"ActiveGame", gameOf(SLOT)}}}}, GAME_A},
+    {"slot game from instructions", {{"do", "set"}, {"state", {{"ActiveGame", gameOf(kSlot)}}}}, GAME_A},
     {"no game with instructions",
      {{"do", "set"}, {"state", {{"ActiveGame", gameOf(0)}}}},
      INSTRUCTIONS + " hint=345"},
     {"instructions go", {{"do", "set"}, {"state", {{"Instructions", Json::array()}}}}, JACKPOTS},
-    {"slot game B", {{"do", "game"}, {"event", "loaded"}, {"ID", 8}, {"Name", "B"}, {"Type", SLOT}}, GAME_B},
+    {"slot game B", {{"do", "game"}, {"event", "loaded"}, {"ID", 8}, {"Name", "B"}, {"Type", kSlot}}, GAME_B},
     {"game left", {{"do", "game"}, {"event", "exited"}}, JACKPOTS},
   };
   std::string before;
@@ -181,7 +181,7 @@ TEST_F(Panels, EachChangeOfTheStateBringsItsPanel) {
 }
 
 TEST_F(Panels, FailedCallForgetsTheGameAndChangesNoPanel) {
-  startOn({{"ActiveGame", gameOf(SLOT)}});
+  startOn({{"ActiveGame", gameOf(kSlot)}});
   ASSERT_TRUE(shows(GAME_A));
   const auto fault = [this](const char* method, int calls) {
     mSimulator.apply({{"do", "bad"}, {"method", method}, {"reply", "fault"}, {"code", -7}, {"calls", calls}});

@@ -15,7 +15,7 @@ TEST_P(SystemRendererTest, LoaderIsShownAsLongAsThereIsNoService) {
   // Seven dots of 40 by 40 circle the middle, and a line of text stands below them.
   const Box circle{960 - 130, 540 - 130, 260, 260};
   ASSERT_TRUE(within(5000, [&] {
-    return mX.picture(circle).count({0, 0, 260, 260}, TestSkin::DOT) > 5 * 40 * 40;
+    return mX.picture(circle).count({0, 0, 260, 260}, TestSkin::kDot) > 5 * 40 * 40;
   }));
   EXPECT_GT(mX.picture().count({0, 700, 1920, 220}, {255, 255, 255}), 200);
   EXPECT_TRUE(alike(mX.pixel(5, 1075), {0, 0, 0}));
@@ -65,7 +65,7 @@ TEST_F(Start, RejectedRegistrationIsLoggedOnceAndTriedAgain) {
                     {"text", "Not you."},
                     {"calls", 2}});
   startProgram(mSimulator.address(), Renderer::Software, {});
-  ASSERT_TRUE(within(30000, [this] { return alike(mX.pixel(5, 1075), TestSkin::BACKGROUND); }));
+  ASSERT_TRUE(within(30000, [this] { return alike(mX.pixel(5, 1075), TestSkin::kBackground); }));
   EXPECT_EQ(logged("KSL: ERROR on init [Not you.]!!!"), 1);
   EXPECT_EQ(mSimulator.calls("topscreen.init"), 3);
 }
@@ -76,16 +76,16 @@ TEST_F(Start, RouletteGameKeepsTheLoaderUntilItIsLeft) {
   startProgram(mSimulator.address(), Renderer::Software, {});
   ASSERT_TRUE(within(20000, [this] { return mSimulator.calls("platform.state") >= 1; }));
   ASSERT_TRUE(asksForEvents(5));
-  EXPECT_FALSE(alike(mX.pixel(5, 1075), TestSkin::BACKGROUND));
+  EXPECT_FALSE(alike(mX.pixel(5, 1075), TestSkin::kBackground));
   mSimulator.apply({{"do", "game"}, {"event", "exited"}});
-  EXPECT_TRUE(within(10000, [this] { return alike(mX.pixel(5, 1075), TestSkin::BACKGROUND); }));
+  EXPECT_TRUE(within(10000, [this] { return alike(mX.pixel(5, 1075), TestSkin::kBackground); }));
 }
 
 TEST_F(Start, WindowFillsTheScreenWhenThereIsNoSecondOne) {
   startSimulator();
   startProgram(mSimulator.address(), Renderer::Software, {});
   ASSERT_TRUE(within(20000, [this] { return mX.findWindow("TopScreen") != 0; }));
-  ASSERT_TRUE(within(20000, [this] { return loaderShown() || alike(mX.pixel(5, 1075), TestSkin::BACKGROUND); }));
+  ASSERT_TRUE(within(20000, [this] { return loaderShown() || alike(mX.pixel(5, 1075), TestSkin::kBackground); }));
   const Box box = mX.boxOf(mX.findWindow("TopScreen"));
   EXPECT_EQ(box.x, 0);
   EXPECT_EQ(box.y, 0);

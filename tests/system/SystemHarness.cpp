@@ -23,7 +23,7 @@ std::string lastLines(const std::string& text, size_t characters) {
 // Where the digit at this place from the right stands on the screen, for one level without decimal places. The
 // level's frame is at 51, 478, the digits begin 90 to the right and 87 below, are 594 wide and have cells of 48 and
 // gaps of 2.
-constexpr int DIGIT_Y = 478 + 87 + 45;
+constexpr int kDigitY = 478 + 87 + 45;
 int digitX(int place) { return 51 + 90 + 594 - (place + 1) * 50 + 2 + 24; }
 
 }  // namespace
@@ -225,14 +225,14 @@ bool SystemTest::handles(int signal) const {
   return true;
 }
 
-bool SystemTest::loaderShown() { return alike(mX.pixel(960, 180), TestSkin::SPLASH); }
+bool SystemTest::loaderShown() { return alike(mX.pixel(960, 180), TestSkin::kSplash); }
 
 bool SystemTest::panelShown() {
-  return alike(mX.pixel(5, 1075), TestSkin::BACKGROUND) && alike(mX.pixel(960, 100), TestSkin::TITLE);
+  return alike(mX.pixel(5, 1075), TestSkin::kBackground) && alike(mX.pixel(960, 100), TestSkin::kTitle);
 }
 
 int64_t SystemTest::shownPot() {
-  const Picture row = mX.picture({0, DIGIT_Y - 40, 1000, 80});
+  const Picture row = mX.picture({0, kDigitY - 40, 1000, 80});
   int64_t value = 0;
   bool leading = true;
   for (int place = 11; place >= 0; --place) {

@@ -16,23 +16,23 @@ struct PictureFile {
   int alpha;
 };
 
-constexpr int LETTER_WIDTH = 20;
-constexpr int FIRST_LETTER = 32, LAST_LETTER = 126;
+constexpr int kLetterWidth = 20;
+constexpr int kFirstLetter = 32, kLastLetter = 126;
 
 // Each glyph is a block; the letters are white and as high as the digits.
 bool writeFont(const std::string& base) {
-  constexpr int count = LAST_LETTER - FIRST_LETTER + 1;
-  const int cell = TestSkin::DIGIT_WIDTH + 2, height = TestSkin::DIGIT_HEIGHT;
+  constexpr int count = kLastLetter - kFirstLetter + 1;
+  const int cell = TestSkin::kDigitWidth + 2, height = TestSkin::kDigitHeight;
   SDL_Surface* atlas = SDL_CreateRGBSurfaceWithFormat(0, cell * count, height, 32, SDL_PIXELFORMAT_ARGB8888);
   if (!atlas) return false;
   std::ofstream description(base + ".fnt");
   description << "<?xml version=\"1.0\"?>\n<font>\n<info padding=\"0,0,0,0\"/>\n<common lineHeight=\"" << height
               << "\" base=\"" << height << "\"/>\n<pages><page id=\"0\" file=\""
               << fs::path(base).filename().string() << ".png\"/></pages>\n<chars count=\"" << count << "\">\n";
-  for (int letter = FIRST_LETTER; letter <= LAST_LETTER; ++letter) {
+  for (int letter = kFirstLetter; letter <= kLastLetter; ++letter) {
     const bool isDigit = letter >= '0' && letter <= '9';
     const Colour colour = isDigit ? TestSkin::digit(letter - '0') : Colour{255, 255, 255};
-    SDL_Rect place{(letter - FIRST_LETTER) * cell, 0, isDigit ? TestSkin::DIGIT_WIDTH : LETTER_WIDTH, height};
+    SDL_Rect place{(letter - kFirstLetter) * cell, 0, isDigit ? TestSkin::kDigitWidth : kLetterWidth, height};
     if (letter == ',' || letter == '.') place.w = 4;
     if (letter != ' ')
       SDL_FillRect(atlas, &place,
@@ -62,23 +62,23 @@ bool TestSkin::write(const std::string& workingDir) {
   fs::create_directories(skin + "Fonts", error);
   fs::create_directories(skin + "Animation", error);
   const PictureFile files[] = {
-    {"Background.png", 1920, 1080, BACKGROUND, 255},
-    {"ClientDemo.png", 1920, 1080, DEMO, 255},
-    {"dot.png", 40, 40, DOT, 255},
+    {"Background.png", 1920, 1080, kBackground, 255},
+    {"ClientDemo.png", 1920, 1080, kDemo, 255},
+    {"dot.png", 40, 40, kDot, 255},
     {"dot_shadow.png", 40, 40, {0, 0, 0}, 128},
-    {"splashLogo.png", 200, 50, SPLASH, 255},
-    {"logo.png", 596, 76, LOGO, 255},
-    {"JACKPOT.png", 630, 156, TITLE, 255},
+    {"splashLogo.png", 200, 50, kSplash, 255},
+    {"logo.png", 596, 76, kLogo, 255},
+    {"JACKPOT.png", 630, 156, kTitle, 255},
     {"bar.png", 1220, 91, {60, 60, 60}, 255},
     {"Animation/Backround.png", 1920, 1080, {0, 0, 0}, 128},
-    {"GOLD_RIGHT.png", 908, 208, FRAMES[0], 255},
-    {"GOLD_LEFT.png", 908, 208, FRAMES[0], 255},
-    {"SILVER_RIGHT.png", 908, 208, FRAMES[1], 255},
-    {"SILVER_LEFT.png", 908, 208, FRAMES[1], 255},
-    {"BRONZE_RIGHT.png", 908, 208, FRAMES[2], 255},
-    {"BRONZE_LEFT.png", 908, 208, FRAMES[2], 255},
-    {"EMERALD_RIGHT.png", 908, 208, FRAMES[3], 255},
-    {"EMERALD_LEFT.png", 908, 208, FRAMES[3], 255},
+    {"GOLD_RIGHT.png", 908, 208, kFrames[0], 255},
+    {"GOLD_LEFT.png", 908, 208, kFrames[0], 255},
+    {"SILVER_RIGHT.png", 908, 208, kFrames[1], 255},
+    {"SILVER_LEFT.png", 908, 208, kFrames[1], 255},
+    {"BRONZE_RIGHT.png", 908, 208, kFrames[2], 255},
+    {"BRONZE_LEFT.png", 908, 208, kFrames[2], 255},
+    {"EMERALD_RIGHT.png", 908, 208, kFrames[3], 255},
+    {"EMERALD_LEFT.png", 908, 208, kFrames[3], 255},
   };
   for (const PictureFile& file : files)
     if (!writePicture(skin + file.name, file.width, file.height, file.colour, file.alpha)) return false;
@@ -92,16 +92,16 @@ bool TestSkin::write(const std::string& workingDir) {
 bool TestSkin::writeGames(const std::string& workingDir) {
   const std::string skin = workingDir + "/VESPERA/TOP_SKIN/";
   std::error_code error;
-  bool good = writePicture(skin + "buttonE.png", 177, 179, BUTTON, 255) &&
-              writePicture(skin + "buttonD.png", 177, 179, BUTTON_OFF, 255) &&
+  bool good = writePicture(skin + "buttonE.png", 177, 179, kButton, 255) &&
+              writePicture(skin + "buttonD.png", 177, 179, kButtonOff, 255) &&
               writeFont(skin + "Fonts/HelveticaBold26px_Instructions") &&
               writeFont(skin + "Fonts/HelveticaBold20px_SmallLabel");
   for (int game = 0; game < 2; ++game) {
     const std::string icons = workingDir + "/Games/" + (game ? "B" : "A") + "/Icons/";
     fs::create_directories(icons + "paytable", error);
-    good = good && writePicture(icons + "overlay.png", 300, 300, OVERLAYS[game], 255) &&
-           writePicture(icons + "background.png", 32, 18, PAPERS[game], 255) &&
-           writePages(icons, "", PAGES[game]) && writeFont(icons + "prize");
+    good = good && writePicture(icons + "overlay.png", 300, 300, kOverlays[game], 255) &&
+           writePicture(icons + "background.png", 32, 18, kPapers[game], 255) &&
+           writePages(icons, "", kPages[game]) && writeFont(icons + "prize");
     // The program repeats an overlay from its frame 30 on.
     std::ofstream atlas(icons + "overlay.xml");
     atlas << "<TextureAtlas imagePath=\"overlay.png\">";
@@ -111,7 +111,7 @@ bool TestSkin::writeGames(const std::string& workingDir) {
   }
   const std::string icons = workingDir + "/Games/B/Icons/";
   fs::create_directories(icons + "paytable_SI", error);
-  return good && writePages(icons, "_SI", PAGES_SI);
+  return good && writePages(icons, "_SI", kPagesSi);
 }
 
 }  // namespace systest

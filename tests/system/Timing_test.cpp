@@ -21,7 +21,7 @@ TEST_P(SystemRendererTest, PanelIsShownWithinTwoSecondsOfTheServicesStart) {
   mSimulator.process().kill();
   ASSERT_TRUE(mSimulator.start(mFolder, port));
   const auto begin = steady_clock::now();
-  ASSERT_TRUE(within(2000, [this] { return alike(mX.pixel(5, 1075), TestSkin::BACKGROUND); }))
+  ASSERT_TRUE(within(2000, [this] { return alike(mX.pixel(5, 1075), TestSkin::kBackground); }))
     << duration_cast<milliseconds>(steady_clock::now() - begin).count() << " ms";
   EXPECT_FALSE(loaderShown());
 }

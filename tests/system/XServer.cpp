@@ -11,11 +11,11 @@
 namespace systest {
 namespace {
 
-constexpr int START_BOUND = 30000;  // milliseconds
-constexpr int END_BOUND = 5000;
+constexpr int kStartBound = 30000;  // milliseconds
+constexpr int kEndBound = 5000;
 
 // Displays of up to 1920 by 1080; their sizes beyond the first one's are the server's own.
-constexpr const char* XORG_CONFIGURATION = R"(
+constexpr const char* kXorgConfiguration = R"(
 Section "ServerFlags"
   Option "AutoAddDevices" "false"
   Option "AutoEnableDevices" "false"
@@ -54,7 +54,7 @@ std::string readDisplayNumber(int descriptor) {
   std::string out;
   char letter = 0;
   pollfd waiting{descriptor, POLLIN, 0};
-  while (poll(&waiting, 1, START_BOUND) == 1 && read(descriptor, &letter, 1) == 1 && letter != '\n') out += letter;
+  while (poll(&waiting, 1, kStartBound) == 1 && read(descriptor, &letter, 1) == 1 && letter != '\n') out += letter;
   return letter == '\n' ? out : "";
 }
 
@@ -79,7 +79,7 @@ XServer::~XServer() {
   if (mConnection) XCloseDisplay(mConnection);
   // Asked politely the server takes its socket and its lock with it.
   mProcess.signal(SIGTERM);
-  mProcess.wait(END_BOUND);
+  mProcess.wait(kEndBound);
 }
 
 bool XServer::start(const std::string& folder) {
@@ -90,7 +90,7 @@ bool XServer::start(const std::string& folder) {
 bool XServer::startWithTwoDisplays(const std::string& folder, Size second) {
   mFolder = folder;
   const std::string configuration = folder + "/xorg.conf", size = sizeText(second);
-  std::ofstream(configuration) << XORG_CONFIGURATION;
+  std::ofstream(configuration) << kXorgConfiguration;
   // The program itself: the script of the same name refuses who sits at no console.
   if (!launch("/usr/lib/xorg/Xorg", {"-config", configuration, "-logfile", folder + "/xorg.log", "-novtswitch",
                                      "+extension", "GLX", "+extension", "RANDR"}))
@@ -105,7 +105,7 @@ bool XServer::startWithTwoDisplays(const std::string& folder, Size second) {
                               size + " --pos 1920x0; xrandr"};
   setup.environment = {{"PATH", variable("PATH")}, {"DISPLAY", mDisplay}};
   setup.output = folder + "/xrandr.txt";
-  return tool.start(setup) && tool.wait(START_BOUND) == 0 &&
+  return tool.start(setup) && tool.wait(kStartBound) == 0 &&
          contentOf(setup.output).find("DUMMY1 connected " + size + "+1920+0") != std::string::npos;
 }
 
@@ -224,7 +224,7 @@ bool XServer::sendKey(const std::string& how, const std::string& name) {
   setup.arguments = {how, name};
   setup.environment = {{"PATH", variable("PATH")}, {"DISPLAY", mDisplay}};
   setup.output = mFolder + "/xdotool.txt";
-  return tool.start(setup) && tool.wait(START_BOUND) == 0;
+  return tool.start(setup) && tool.wait(kStartBound) == 0;
 }
 
 void XServer::requestClose(unsigned long window) {

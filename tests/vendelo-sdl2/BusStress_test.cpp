@@ -22,8 +22,8 @@
 namespace vendelo_sdl2 {
 namespace {
 
-constexpr int Rounds = 150;
-constexpr TimedTaskType Sets[] = {TASK_NORMAL, TASK_DRAW, TASK_THREAD_SAFE};
+constexpr int kRounds = 150;
+constexpr TimedTaskType kSets[] = {TASK_NORMAL, TASK_DRAW, TASK_THREAD_SAFE};
 
 std::atomic<int> born{0};
 std::atomic<int> died{0};
@@ -68,7 +68,7 @@ TEST(ActionStress, HandlersOfActionsThatAreDeletedMeanwhileGoWithThem) {
     std::atomic<int> busy{2};
     std::array<int, 3> related{};
     const auto registrar = [&] {
-      for (int n = 0; n < 10 * Rounds; ++n)
+      for (int n = 0; n < 10 * kRounds; ++n)
         bus.AddActionListener(familyName(n), new Citizen(&related[n % 2], TActionHandler::ahtExecuteEndless),
                               static_cast<ActionHandleType>(n % 3));
       --busy;
@@ -96,14 +96,14 @@ TEST(ActionStress, HandlersOfActionsThatAreDeletedMeanwhileGoWithThem) {
     bus.GenerateAction_immediate("family0", nullptr, ACTION_NORMAL);
     EXPECT_GT(ran, 0);
   }
-  EXPECT_EQ(born, 2 * 10 * Rounds + 1);
+  EXPECT_EQ(born, 2 * 10 * kRounds + 1);
   EXPECT_EQ(died, born);
 }
 
 TEST(ActionStress, OnceHandlersRunOnceThoughTwoThreadsRunTheirQueue) {
   forget();
   TActionMan bus;
-  for (int n = 0; n < Rounds; ++n)
+  for (int n = 0; n < kRounds; ++n)
     bus.AddActionListener(familyName(n), new Citizen(nullptr, TActionHandler::ahtExecuteOnce), ACTION_NORMAL);
   // A handler that asks for its own queue is not run again by that, whoever runs it.
   std::atomic<int> nested{0};
@@ -117,7 +117,7 @@ TEST(ActionStress, OnceHandlersRunOnceThoughTwoThreadsRunTheirQueue) {
                         ACTION_NORMAL);
   std::atomic<int> generating{2};
   const auto generator = [&] {
-    for (int n = 0; n < Rounds; ++n) bus.GenerateAction(familyName(n), nullptr, ACTION_ANY);
+    for (int n = 0; n < kRounds; ++n) bus.GenerateAction(familyName(n), nullptr, ACTION_ANY);
     --generating;
   };
   const auto runner = [&] {
@@ -132,9 +132,9 @@ TEST(ActionStress, OnceHandlersRunOnceThoughTwoThreadsRunTheirQueue) {
   together({generator, generator, matcher, runner, runner});
   bus.ProcessActions();
   bus.ExecuteActions(ACTION_NORMAL);
-  EXPECT_EQ(ran, Rounds);
-  EXPECT_EQ(died, Rounds);
-  EXPECT_EQ(nested, 2 * Rounds / 3);
+  EXPECT_EQ(ran, kRounds);
+  EXPECT_EQ(died, kRounds);
+  EXPECT_EQ(nested, 2 * kRounds / 3);
 }
 
 TEST(ActionStress, AsynchronousRunsOutliveTheirBus) {
@@ -190,11 +190,11 @@ TEST(ActionStress, TheEndOfTheApplicationWaitsForItsRunningJobs) {
 }
 
 TEST(TaskStress, SelfFreeingTasksStartedBySeveralThreadsAllRunAndGo) {
-  constexpr int PerThread = 40;
+  constexpr int kPerThread = 40;
   std::atomic<int> runs{0};
   auto payload = std::make_shared<int>(0);
   const auto starter = [&] {
-    for (int n = 0; n < PerThread; ++n)
+    for (int n = 0; n < kPerThread; ++n)
       new TAsyncTimedTaskHandler([&runs, payload] { ++runs; }, 0, TTimedTaskHandler::EXECUTE_ONCE, "short", true,
                                  true);
   };
@@ -211,7 +211,7 @@ TEST(TaskStress, SelfFreeingTasksStartedBySeveralThreadsAllRunAndGo) {
   };
   together({starter, starter, starter, owner, owner});
   ASSERT_TRUE(TAsyncJob::WaitForNone(30000));
-  EXPECT_EQ(runs, 3 * PerThread);
+  EXPECT_EQ(runs, 3 * kPerThread);
   EXPECT_EQ(payload.use_count(), 1);
 }
 
@@ -247,7 +247,7 @@ class Nomad : public TTimedTaskHandler {
     mWorld.tasks.IsTimedTaskValid(other, TASK_ANY);
     mTouched = true;  // a freed one is noticed
   }
-  static void settle(World& world, int set) { world.tasks.AddTimedTask(new Nomad(world, set), Sets[set % 3]); }
+  static void settle(World& world, int set) { world.tasks.AddTimedTask(new Nomad(world, set), kSets[set % 3]); }
 
  private:
   World& mWorld;
@@ -260,7 +260,7 @@ TEST(TaskStress, TasksChangeTheSetsThatOtherThreadsWalk) {
   FakeClock clock(1000);
   {
     TTaskMan tasks;
-    Nomad::World world{tasks, {Rounds}, {}, {}};
+    Nomad::World world{tasks, {kRounds}, {}, {}};
     for (int n = 0; n < 30; ++n) Nomad::settle(world, n);
     std::atomic<bool> done{false};
     std::thread draw([&] {
@@ -270,14 +270,14 @@ TEST(TaskStress, TasksChangeTheSetsThatOtherThreadsWalk) {
       }
     });
     std::thread settler([&] {
-      for (int n = 0; n < Rounds && !done; ++n) {
+      for (int n = 0; n < kRounds && !done; ++n) {
         Nomad::settle(world, n);
         tasks.GetTimedTask(&world);
         std::this_thread::yield();
       }
     });
     // Few polls are left when the nomads have died out.
-    for (int poll = 0; poll < 2 * Rounds && world.budget > 0; ++poll) {
+    for (int poll = 0; poll < 2 * kRounds && world.budget > 0; ++poll) {
       clock.advance(1);
       tasks.ProcessTasks(TASK_NORMAL);
       tasks.ProcessTasks(TASK_THREAD_SAFE);
@@ -321,13 +321,13 @@ TEST(ParamStress, BoundParametersAreWrittenAndReadWhileListenersComeAndGo) {
   std::atomic<int> writing{3};
   mine->AddListener([&](TAppParam* param, int) { heard += isWhole(param->Value()) ? 1 : 1000000; }, 0);
   const auto byName = [&] {
-    for (int n = 0; n < Rounds; ++n)
+    for (int n = 0; n < kRounds; ++n)
       store.SetParam("n", whole(n), PARAM_GLOBAL, "caption" + std::to_string(n), "", false);
     --writing;
   };
   const auto byHandle = [&](TAppParam* param) {
     return [&writing, param] {
-      for (int n = 0; n < Rounds; ++n) {
+      for (int n = 0; n < kRounds; ++n) {
         param->SetValue(whole(n * 3 + 1));
         param->SetRestrictions(n);
         if (n % 10 == 0) param->UpdateOldValue();
@@ -348,7 +348,7 @@ TEST(ParamStress, BoundParametersAreWrittenAndReadWhileListenersComeAndGo) {
       EXPECT_TRUE(isWhole(store.GetParam("n", PARAM_MASK_ALL)->Value()));
       EXPECT_EQ(global->AsInteger(5), 0);
       EXPECT_FALSE(mine->IsInteger());
-      EXPECT_LT(mine->Restrictions(), Rounds);
+      EXPECT_LT(mine->Restrictions(), kRounds);
       mine->Modified();
     }
   };
@@ -362,19 +362,19 @@ TEST(ParamStress, BoundParametersAreWrittenAndReadWhileListenersComeAndGo) {
 }
 
 TEST(ParamStress, ThreadsThatMakeTheSameParametersLoseNoWrite) {
-  constexpr int Writers = 4;
+  constexpr int kWriters = 4;
   const int before = ParameterData::GetNumInstances();
   {
     Store store;
     testing::internal::CaptureStdout();
     const auto writer = [&] {
-      for (int n = 0; n < Rounds; ++n)
+      for (int n = 0; n < kRounds; ++n)
         EXPECT_NE(store.SetParam("same" + std::to_string(n), n, PARAM_GLOBAL, "", "", false), pVoidParam);
     };
     // Others ask for parameters of their own meanwhile, and find none of the same.
     const auto asker = [&](const char* name) {
       return [&store, name] {
-        for (int n = 0; n < Rounds; ++n)
+        for (int n = 0; n < kRounds; ++n)
           EXPECT_EQ(store
                       .GetOrSetParam(name + std::to_string(n), n, "", "",
                                      PARAM_READ_MINE_OR_GROUP_OR_GLOBAL_WRITE_GLOBAL, false)
@@ -385,8 +385,8 @@ TEST(ParamStress, ThreadsThatMakeTheSameParametersLoseNoWrite) {
     together({writer, writer, writer, writer, asker("one"), asker("two")});
     EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
     store.Poll();
-    EXPECT_EQ(store.written, Writers * Rounds + 2 * Rounds);
-    EXPECT_EQ(ParameterData::GetNumInstances(), before + 3 * Rounds);
+    EXPECT_EQ(store.written, kWriters * kRounds + 2 * kRounds);
+    EXPECT_EQ(ParameterData::GetNumInstances(), before + 3 * kRounds);
   }
   EXPECT_EQ(ParameterData::GetNumInstances(), before);
 }
@@ -409,7 +409,7 @@ TEST(ParamStress, AHandleIsReadWhileItTakesOtherData) {
     }
   };
   const auto owner = [&] {
-    for (int n = 0; n < Rounds; ++n) {
+    for (int n = 0; n < kRounds; ++n) {
       handle.StealFrom(n % 2 ? one : other);
       if (n % 5 == 0) handle.Clear();
     }
@@ -435,7 +435,7 @@ TEST(ParamStress, ChainsAreTakenApartWhileOthersUseTheirNames) {
         EXPECT_NE(store.GetParam(name(n), n % 2 ? PARAM_MASK_ALL : PARAM_MASK_NO_CACHE), pVoidParam);
     };
     const auto mainThread = [&] {
-      for (int n = 0; n < Rounds; ++n) {
+      for (int n = 0; n < kRounds; ++n) {
         store.GetParam(name(n), PARAM_MASK_ALL);
         switch (n % 4) {
           case 0:

@@ -8,9 +8,9 @@ namespace {
 
 using MyUtils::saturated;
 
-constexpr double Infinity = std::numeric_limits<double>::infinity();
-constexpr double NoNumber = std::numeric_limits<double>::quiet_NaN();
-constexpr double Largest = std::numeric_limits<double>::max();
+constexpr double kInfinity = std::numeric_limits<double>::infinity();
+constexpr double kNoNumber = std::numeric_limits<double>::quiet_NaN();
+constexpr double kLargest = std::numeric_limits<double>::max();
 
 TEST(Saturated, FractionsAreCut) {
   EXPECT_EQ(saturated<int>(0.0), 0);
@@ -32,13 +32,13 @@ TEST(Saturated, TheEndsOfTheRangeAreItsOwn) {
 }
 
 TEST(Saturated, WhatLiesBeyondBecomesTheEnd) {
-  for (const double value : {2147483648.0, 1e10, 1e300, Largest, Infinity}) {
+  for (const double value : {2147483648.0, 1e10, 1e300, kLargest, kInfinity}) {
     EXPECT_EQ(saturated<int>(value), INT32_MAX) << value;
     EXPECT_EQ(saturated<int>(-value * 2), INT32_MIN) << value;
     EXPECT_EQ(saturated<unsigned>(value * 2), UINT32_MAX) << value;
     EXPECT_EQ(saturated<unsigned>(-value), 0u) << value;
   }
-  for (const double value : {9223372036854775808.0, 1e19, Largest, Infinity}) {
+  for (const double value : {9223372036854775808.0, 1e19, kLargest, kInfinity}) {
     EXPECT_EQ(saturated<int64_t>(value), INT64_MAX) << value;
     EXPECT_EQ(saturated<int64_t>(-value), INT64_MIN) << value;
     EXPECT_EQ(saturated<uint64_t>(value * 2), UINT64_MAX) << value;
@@ -46,15 +46,15 @@ TEST(Saturated, WhatLiesBeyondBecomesTheEnd) {
 }
 
 TEST(Saturated, NoNumberIsZero) {
-  EXPECT_EQ(saturated<int>(NoNumber), 0);
-  EXPECT_EQ(saturated<int64_t>(-NoNumber), 0);
-  EXPECT_EQ(MyUtils::toPixels(NoNumber), 0);
+  EXPECT_EQ(saturated<int>(kNoNumber), 0);
+  EXPECT_EQ(saturated<int64_t>(-kNoNumber), 0);
+  EXPECT_EQ(MyUtils::toPixels(kNoNumber), 0);
 }
 
 TEST(ToPixels, PlacesStayWithinWhatCanBeAddedUp) {
   EXPECT_EQ(MyUtils::toPixels(-1919.7), -1919);
   EXPECT_EQ(MyUtils::toPixels(268435455.0), 268435455);
-  for (const double value : {268435457.0, 1e10, Largest, Infinity}) {
+  for (const double value : {268435457.0, 1e10, kLargest, kInfinity}) {
     EXPECT_EQ(MyUtils::toPixels(value), 268435456) << value;
     EXPECT_EQ(MyUtils::toPixels(-value), -268435456) << value;
   }

@@ -74,11 +74,10 @@ TEST(ActionReentry, AHandlerThatDeletesItsActionEndsTheWalkAndDropsTheEntries) {
     auto* handler = new Mortal(deaths, Handler::ahtExecuteEndless);
     TAction* action = bus.AddActionListener("abcd", handler, ACTION_NORMAL);
     handler->onRun = [&] {
-      if (byName) {
+      if (byName)
         bus.UnregisterAction("abcd", true);
-      } else {
+      else
         bus.UnregisterAction(action, true);
-      }
     };
     bus.listen("abcd", "behind");
     bus.listen("other", "o");

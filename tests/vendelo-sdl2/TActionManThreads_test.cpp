@@ -140,7 +140,7 @@ TEST(ActionThreads, GeneratingWaitsForTheQueueAndForNothingElse) {
 TEST(ActionStress, FourThreadsGenerateWhileTwoExecuteAndRegister) {
   Bus bus;
   std::atomic<int> runs{0};
-  constexpr int PER_THREAD = 500;
+  constexpr int kPerThread = 500;
   for (const auto type : {ACTION_NORMAL, ACTION_DRAW})
     bus.AddActionListener("count",
                           new TahLambda([&runs](std::string, void*) { ++runs; }, Handler::ahtExecuteEndless), type);
@@ -148,7 +148,7 @@ TEST(ActionStress, FourThreadsGenerateWhileTwoExecuteAndRegister) {
   std::vector<std::thread> threads;
   for (int i = 0; i < 4; ++i)
     threads.emplace_back([&] {
-      for (int n = 0; n < PER_THREAD; ++n) bus.GenerateAction("counted", nullptr, ACTION_ANY);
+      for (int n = 0; n < kPerThread; ++n) bus.GenerateAction("counted", nullptr, ACTION_ANY);
       --generating;
     });
   threads.emplace_back([&] {
@@ -156,7 +156,7 @@ TEST(ActionStress, FourThreadsGenerateWhileTwoExecuteAndRegister) {
   });
   threads.emplace_back([&] {
     Target target;
-    for (int n = 0; n < PER_THREAD; ++n) {
+    for (int n = 0; n < kPerThread; ++n) {
       bus.AddActionListener("count",
                             new TahMember<Target, int>(&target, &Target::small, Handler::ahtExecuteEndless),
                             ACTION_THREAD_SAFE);
@@ -171,7 +171,7 @@ TEST(ActionStress, FourThreadsGenerateWhileTwoExecuteAndRegister) {
   bus.ProcessActions();
   bus.ExecuteActions(ACTION_NORMAL);
   bus.ExecuteActions(ACTION_DRAW);
-  EXPECT_EQ(runs, 2 * 4 * PER_THREAD);
+  EXPECT_EQ(runs, 2 * 4 * kPerThread);
   EXPECT_EQ(bus.GetAction("count")->GetHandlersCount(ACTION_THREAD_SAFE), 0);
 }
 

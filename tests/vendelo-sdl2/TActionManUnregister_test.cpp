@@ -212,22 +212,20 @@ TEST(Unregister, AnActionGoesWithItsHandlersOnlyWhenAsked) {
     int deaths = 0;
     TAction* action = bus.AddActionListener("abcd", new Mortal(deaths, Handler::ahtExecuteEndless), ACTION_NORMAL);
     bus.AddActionListener("efgh", new Mortal(deaths, Handler::ahtExecuteEndless), ACTION_NORMAL);
-    if (byName) {
+    if (byName)
       EXPECT_EQ(bus.UnregisterAction("abcd", false), 0);
-    } else {
+    else
       bus.UnregisterAction(action, false);
-    }
     EXPECT_EQ(deaths, 0);
     EXPECT_EQ(bus.GetAction("abcd"), nullptr);
     bus.fire("abcd");
     EXPECT_EQ(action->GetHandlersCount(ACTION_ANY), 1) << "the caller's now";
     delete action;
     EXPECT_EQ(deaths, 1);
-    if (byName) {
+    if (byName)
       EXPECT_EQ(bus.UnregisterAction("efgh", true), 0);
-    } else {
+    else
       bus.UnregisterAction(bus.GetAction("efgh"), true);
-    }
     EXPECT_EQ(deaths, 2);
   }
 }

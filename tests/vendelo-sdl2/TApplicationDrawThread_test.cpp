@@ -426,11 +426,10 @@ TEST_F(DrawThread, FrequencyIsMeasuredInRunning) {
   app->SetLogicInterval(0);
   app->onDrawOnce = [] { return SDL_Delay(1), 0; };
   app->onRunOnce = [&] {
-    if (app->status() < TApplication::APP_RUNNING) {
+    if (app->status() < TApplication::APP_RUNNING)
       EXPECT_EQ(app->CurrentFrequency(), 0);
-    } else if (clock.now() > 3500) {  // the first figure still counts the passes before
+    else if (clock.now() > 3500)  // the first figure still counts the passes before
       app->terminate(DEFAULT, false);
-    }
     return 0;
   };
   run();

@@ -14,8 +14,8 @@ using namespace vendelo_sdl2;
 
 namespace {
 
-constexpr int THREADS = 4;
-constexpr int ROUNDS = 200;
+constexpr int kThreads = 4;
+constexpr int kRounds = 200;
 
 class Stress : public testing::Test {
  protected:
@@ -34,7 +34,7 @@ class Stress : public testing::Test {
   }
   // Runs `work` with the number of each thread.
   void startThreads(const std::function<void(int)>& work) {
-    for (int thread = 0; thread < THREADS; ++thread) threads.emplace_back(work, thread);
+    for (int thread = 0; thread < kThreads; ++thread) threads.emplace_back(work, thread);
   }
   void join() {
     for (auto& thread : threads) thread.join();
@@ -48,7 +48,7 @@ class Stress : public testing::Test {
 
 // What one queue ran of each thread's calls.
 struct Ran {
-  std::array<int, THREADS> next{};
+  std::array<int, kThreads> next{};
   int wrong = 0;  // out of order, or on another thread
   std::atomic<int> total{0};
   void count(int thread, int number, bool rightThread) {
@@ -62,7 +62,7 @@ TEST_F(Stress, EveryDeferredCallRunsOnceInItsThreadsOrderOnTheRightThread) {
   std::atomic<int> notWaitedFor{0};
   app->onStartup = [&] {
     startThreads([&](int thread) {
-      for (int i = 0; i < ROUNDS; ++i) {
+      for (int i = 0; i < kRounds; ++i) {
         const auto toMain = [&, thread, i] { onMain.count(thread, i, app->IsInMainThread()); };
         const bool waits = i % 8 == 0;
         const int before = onMain.total;
@@ -77,13 +77,13 @@ TEST_F(Stress, EveryDeferredCallRunsOnceInItsThreadsOrderOnTheRightThread) {
     });
   };
   app->onRunOnce = [&] {
-    if (onMain.total == THREADS * ROUNDS && onDraw.total == THREADS * ROUNDS) app->terminate(DEFAULT, false);
+    if (onMain.total == kThreads * kRounds && onDraw.total == kThreads * kRounds) app->terminate(DEFAULT, false);
     return 0;
   };
   EXPECT_EQ(app->Run(), 0);
   join();
-  EXPECT_EQ(onMain.total, THREADS * ROUNDS);
-  EXPECT_EQ(onDraw.total, THREADS * ROUNDS);
+  EXPECT_EQ(onMain.total, kThreads * kRounds);
+  EXPECT_EQ(onDraw.total, kThreads * kRounds);
   EXPECT_EQ(onMain.wrong, 0);
   EXPECT_EQ(onDraw.wrong, 0);
   EXPECT_EQ(notWaitedFor, 0);
@@ -134,7 +134,7 @@ TEST(StressOfStates, TheStateGrowsStepByStepWhoeverChangesItAndWakesItsWaiters) 
       if (thread == 0) states->terminate(DEFAULT, true);
     }
   };
-  for (int thread = 0; thread < THREADS; ++thread) threads.emplace_back(change, thread);
+  for (int thread = 0; thread < kThreads; ++thread) threads.emplace_back(change, thread);
   for (auto& thread : threads) thread.join();
   states->setStatus(TApplication::APP_TERMINATE);
   for (auto& waiter : waiters) waiter.join();

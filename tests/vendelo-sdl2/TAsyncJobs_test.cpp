@@ -25,7 +25,7 @@ TEST(AsyncJobs, AreCountedFromTheirBeginToTheirEnd) {
 }
 
 TEST(AsyncJobs, TheEndOfTheLastOneWakesWhoWaits) {
-  constexpr Uint32 TenMinutes = 600000;
+  constexpr Uint32 kTenMinutes = 600000;
   std::optional<TAsyncJob> one, two;
   one.emplace();
   two.emplace();
@@ -34,7 +34,7 @@ TEST(AsyncJobs, TheEndOfTheLastOneWakesWhoWaits) {
   const auto before = std::chrono::steady_clock::now();
   std::thread waiter([&] {
     waiting = gettid();
-    EXPECT_TRUE(TAsyncJob::WaitForNone(TenMinutes));
+    EXPECT_TRUE(TAsyncJob::WaitForNone(kTenMinutes));
     woken = true;
   });
   const auto sleeps = [&] { return waiting != 0 && isAsleep(waiting); };

@@ -14,13 +14,13 @@
 namespace {
 
 TEST_F(TLogManagerTest, ThreadsWriteWhileTheMainLoopPolls) {
-  constexpr int NumThreads = 4, NumLines = 250;
+  constexpr int kNumThreads = 4, kNumLines = 250;
   Recorder manager;
   init(manager);
   std::vector<std::thread> threads;
-  for (int t = 0; t < NumThreads; ++t)
+  for (int t = 0; t < kNumThreads; ++t)
     threads.emplace_back([&, t] {
-      for (int i = 0; i < NumLines; ++i) {
+      for (int i = 0; i < kNumLines; ++i) {
         if (i % 2)
           manager.WriteLog(3, 0, "thread %d line %d", t, i);
         else
@@ -29,9 +29,9 @@ TEST_F(TLogManagerTest, ThreadsWriteWhileTheMainLoopPolls) {
         manager.SetOutputToConsole(false);
       }
     });
-  while (manager.entries.size() < NumThreads * NumLines) manager.Poll();
+  while (manager.entries.size() < kNumThreads * kNumLines) manager.Poll();
   for (auto& thread : threads) thread.join();
-  std::vector<int> next(NumThreads, 0);
+  std::vector<int> next(kNumThreads, 0);
   for (const auto& entry : manager.entries) {
     int t = -1, i = -1;
     ASSERT_EQ(std::sscanf(entry.Message.c_str() + 24, ": INFO: thread %d line %d", &t, &i), 2) << entry.Message;
@@ -39,7 +39,7 @@ TEST_F(TLogManagerTest, ThreadsWriteWhileTheMainLoopPolls) {
   }
   manager.Destroy();
   const std::string text = read(dated("app"));
-  EXPECT_EQ(std::count(text.begin(), text.end(), '\n'), 3 + NumThreads * NumLines);
+  EXPECT_EQ(std::count(text.begin(), text.end(), '\n'), 3 + kNumThreads * kNumLines);
 }
 
 // Each writer's lines, "writer W line N", came once and in their order.
@@ -56,14 +56,14 @@ void expectAllInOrder(const std::vector<TLogEntry>& entries, int writers, int li
 }
 
 TEST_F(TLogManagerTest, TheTeardownMayPollBesideTheMainLoop) {
-  constexpr int NumWriters = 2, NumLines = 300;
+  constexpr int kNumWriters = 2, kNumLines = 300;
   Recorder manager;
   init(manager);
-  std::atomic<int> writing{NumWriters};
+  std::atomic<int> writing{kNumWriters};
   std::vector<std::thread> threads;
-  for (int w = 0; w < NumWriters; ++w)
+  for (int w = 0; w < kNumWriters; ++w)
     threads.emplace_back([&, w] {
-      for (int i = 0; i < NumLines; ++i) {
+      for (int i = 0; i < kNumLines; ++i) {
         manager.WriteLog(static_cast<unsigned>(i % 12), 0, "writer %d line %d", w, i);
         manager.bAppendPrefix = i % 2 == 0;
       }
@@ -79,19 +79,19 @@ TEST_F(TLogManagerTest, TheTeardownMayPollBesideTheMainLoop) {
     });
   for (auto& thread : threads) thread.join();
   manager.Poll();
-  expectAllInOrder(manager.entries, NumWriters, NumLines);
+  expectAllInOrder(manager.entries, kNumWriters, kNumLines);
 }
 
 TEST_F(TLogManagerTest, ConsoleLinesOfManyThreadsStayWhole) {
-  constexpr int NumWriters = 4, NumLines = 100;
+  constexpr int kNumWriters = 4, kNumLines = 100;
   TLogManager manager;
   init(manager);
   manager.SetOutputToConsole(true);
   console();
   std::vector<std::thread> threads;
-  for (int w = 0; w < NumWriters; ++w)
+  for (int w = 0; w < kNumWriters; ++w)
     threads.emplace_back([&, w] {
-      for (int i = 0; i < NumLines; ++i)
+      for (int i = 0; i < kNumLines; ++i)
         manager.WriteColoredLog(static_cast<char>(w), 4, 0, "writer %d line %d", w, i);
     });
   for (auto& thread : threads) thread.join();
@@ -106,7 +106,7 @@ TEST_F(TLogManagerTest, ConsoleLinesOfManyThreadsStayWhole) {
     EXPECT_EQ(std::count(line.begin(), line.end(), 'w'), 1) << line;
     lines.emplace_back().Message = line;
   }
-  expectAllInOrder(lines, NumWriters, NumLines);
+  expectAllInOrder(lines, kNumWriters, kNumLines);
 }
 
 TEST_F(TLogManagerTest, ADestroyOnAnotherThreadEndsTheWriters) {
@@ -143,7 +143,7 @@ TEST_F(TLogManagerTest, ListenersAreCalledWithoutTheLockOfTheQueue) {
 
 // A disk that takes no more: the day's file is a pipe that nobody empties.
 TEST_F(TLogManagerTest, NoWriterWaitsForTheDisk) {
-  constexpr int NumWriters = 4, NumLines = 500;
+  constexpr int kNumWriters = 4, kNumLines = 500;
   ASSERT_EQ(mkfifo(dated("app").c_str(), 0600), 0);
   const int reader = ::open(dated("app").c_str(), O_RDONLY | O_NONBLOCK);
   ASSERT_GE(reader, 0);
@@ -169,9 +169,9 @@ TEST_F(TLogManagerTest, NoWriterWaitsForTheDisk) {
   EXPECT_TRUE(full());
 
   std::vector<std::future<void>> writers;
-  for (int w = 0; w < NumWriters; ++w)
+  for (int w = 0; w < kNumWriters; ++w)
     writers.push_back(std::async(std::launch::async, [&, w] {
-      for (int i = 0; i < NumLines; ++i) {
+      for (int i = 0; i < kNumLines; ++i) {
         EXPECT_EQ(manager.WriteLog(3, 0, "writer %d line %d", w, i), 0);
         manager.GetLastLog();
       }
@@ -190,7 +190,7 @@ TEST_F(TLogManagerTest, NoWriterWaitsForTheDisk) {
     text.append(buffer, static_cast<size_t>(got));
   loop.join();
   ::close(reader);
-  EXPECT_EQ(std::count(text.begin(), text.end(), '\n'), 2 + 20 + NumWriters * NumLines);
+  EXPECT_EQ(std::count(text.begin(), text.end(), '\n'), 2 + 20 + kNumWriters * kNumLines);
   EXPECT_NE(text.find("writer 3 line 499\n"), std::string::npos);
 }
 

@@ -10,9 +10,9 @@ using namespace paramtest;
 
 namespace {
 
-constexpr ParameterReadWriteMode MINE = PARAM_READ_MINE_WRITE_MINE;
-constexpr ParameterReadWriteMode ASKING = PARAM_READ_NOCACHE_MINE_WRITE_MINE;
-constexpr ParameterReadWriteMode DOWN_TO_MINE = PARAM_READ_MINE_OR_GROUP_OR_GLOBAL_WRITE_GLOBAL;
+constexpr ParameterReadWriteMode kMine = PARAM_READ_MINE_WRITE_MINE;
+constexpr ParameterReadWriteMode kAsking = PARAM_READ_NOCACHE_MINE_WRITE_MINE;
+constexpr ParameterReadWriteMode kDownToMine = PARAM_READ_MINE_OR_GROUP_OR_GLOBAL_WRITE_GLOBAL;
 
 // A store whose persistent side has nothing unless the test says so, and lets others in while it is asked.
 struct Asked : Store {
@@ -43,7 +43,7 @@ class ParamsAtOnce : public testing::Test {
 // Between the question to the persistent store, which has nothing, and the writing of the default.
 
 TEST_F(ParamsAtOnce, AValueThatComesDuringTheQuestionIsKept) {
-  for (const auto mode : {MINE, ASKING}) {
+  for (const auto mode : {kMine, kAsking}) {
     TAppParam* theirs = nullptr;
     store.onRequest = [&] { theirs = store.SetParam("n", "theirs", PARAM_MINE, "", "", false); };
     TAppParam* const ours = getOrSet("default", mode, true);
@@ -62,23 +62,23 @@ TEST_F(ParamsAtOnce, AValueThatComesDuringTheQuestionIsKept) {
 TEST_F(ParamsAtOnce, AValueThatChangesDuringTheQuestionIsKept) {
   TAppParam* const param = store.SetParam("n", "before", PARAM_MINE, "", "", false);
   store.onRequest = [&] { param->SetValue("theirs"); };
-  EXPECT_EQ(getOrSet("default", ASKING), param);
+  EXPECT_EQ(getOrSet("default", kAsking), param);
   EXPECT_EQ(param->Value(), "theirs");
   // Nobody in between: a read that leaves the cache out writes the default, whatever the cache has.
-  EXPECT_EQ(getOrSet("default", ASKING), param);
+  EXPECT_EQ(getOrSet("default", kAsking), param);
   EXPECT_EQ(param->Value(), "default");
 }
 
 TEST_F(ParamsAtOnce, AValueThatGoesDuringTheQuestionIsMadeAnew) {
   TAppParam* const param = store.SetParam("n", "before", PARAM_MINE, "", "", false);
   store.onRequest = [&] { store.DropParamFromCache(param); };
-  EXPECT_EQ(getOrSet("default", ASKING)->Value(), "default");
+  EXPECT_EQ(getOrSet("default", kAsking)->Value(), "default");
 }
 
 TEST_F(ParamsAtOnce, OfTwoThatAskAtOnceTheSecondDefaultCounts) {
   TAppParam* theirs = nullptr;
-  store.onRequest = [&] { theirs = getOrSet("theirs", DOWN_TO_MINE, false); };
-  TAppParam* const ours = getOrSet("ours", DOWN_TO_MINE, true);
+  store.onRequest = [&] { theirs = getOrSet("theirs", kDownToMine, false); };
+  TAppParam* const ours = getOrSet("ours", kDownToMine, true);
   EXPECT_EQ(ours, theirs);
   EXPECT_EQ(ours->GetRawDomain(), "hall_7");
   EXPECT_EQ(ours->GetSourceRawDomain(), "GLOBAL");
@@ -92,7 +92,7 @@ TEST_F(ParamsAtOnce, OfTwoThatAskAtOnceTheSecondDefaultCounts) {
 
 TEST_F(ParamsAtOnce, AMoreGeneralValueThatComesDuringTheQuestionGetsItsBoundEntry) {
   store.onRequest = [&] { store.SetParam("n", "theirs", PARAM_GLOBAL, "", "", false); };
-  TAppParam* const ours = getOrSet("default", DOWN_TO_MINE);
+  TAppParam* const ours = getOrSet("default", kDownToMine);
   EXPECT_EQ(ours->GetRawDomain(), "hall_7");
   EXPECT_TRUE(ours->IsBound());
   EXPECT_EQ(ours->Value(), "theirs");
@@ -122,20 +122,20 @@ TEST_F(ParamsAtOnce, AValueAtAnAddressThatIsNotReadIsKeptToo) {
 }
 
 TEST_F(ParamsAtOnce, OneNameIsMadeOnceByHoweverManyAndIsSavedAsOneOfThemSaid) {
-  constexpr int THREADS = 4;
-  constexpr int ROUNDS = 50;
-  const ParameterReadWriteMode modes[] = {MINE, PARAM_READ_MINE_OR_GROUP_OR_GLOBAL_WRITE_MINE,
+  constexpr int kThreads = 4;
+  constexpr int kRounds = 50;
+  const ParameterReadWriteMode modes[] = {kMine, PARAM_READ_MINE_OR_GROUP_OR_GLOBAL_WRITE_MINE,
                                           PARAM_READ_MINE_OR_GROUP_WRITE_MINE,
                                           PARAM_READ_MINE_OR_GROUP_OR_GLOBAL_WRITE_CACHE};
-  for (int round = 0; round < ROUNDS; ++round) {
+  for (int round = 0; round < kRounds; ++round) {
     const std::string name = "n" + std::to_string(round);
-    TAppParam* got[THREADS] = {};
+    TAppParam* got[kThreads] = {};
     std::atomic<int> ready{0};
     std::vector<std::thread> threads;
-    for (int i = 0; i < THREADS; ++i)
+    for (int i = 0; i < kThreads; ++i)
       threads.emplace_back([&, i] {
         ++ready;
-        while (ready < THREADS) std::this_thread::yield();
+        while (ready < kThreads) std::this_thread::yield();
         got[i] = store.GetOrSetParam(name, i, "", "", modes[i], i % 2 == 0);
         // Read while the others still write.
         EXPECT_NE(got[i]->GetPreferedSaveLocation(), PARAM_OTHER);
@@ -146,35 +146,35 @@ TEST_F(ParamsAtOnce, OneNameIsMadeOnceByHoweverManyAndIsSavedAsOneOfThemSaid) {
     for (auto& thread : threads) thread.join();
     for (const auto* param : got) EXPECT_EQ(param, got[0]);
     const long maker = got[0]->AsInteger(-1);
-    EXPECT_TRUE(maker >= 0 && maker < THREADS) << maker;
+    EXPECT_TRUE(maker >= 0 && maker < kThreads) << maker;
     // The last one of them: its quietness and its domain belong together.
     const std::pair<bool, ParameterDomain> saving{got[0]->QuietSave, got[0]->GetSaveForAllLocation()};
     std::set<std::pair<bool, ParameterDomain>> told;
-    for (int i = 0; i < THREADS; ++i) told.insert({i % 2 == 0, static_cast<ParameterDomain>(modes[i] >> 4)});
+    for (int i = 0; i < kThreads; ++i) told.insert({i % 2 == 0, static_cast<ParameterDomain>(modes[i] >> 4)});
     EXPECT_TRUE(told.contains(saving));
   }
 }
 
 TEST_F(ParamsAtOnce, AWrittenValueIsNeverLostToADefault) {
-  constexpr int ROUNDS = 2000;
+  constexpr int kRounds = 2000;
   std::atomic<int> arrived{0};
   const auto together = [&arrived](int round) {
     ++arrived;
     while (arrived < 2 * (round + 1)) std::this_thread::yield();
   };
   std::thread writer([&] {
-    for (int round = 0; round < ROUNDS; ++round) {
+    for (int round = 0; round < kRounds; ++round) {
       together(round);
       store.SetParam("n" + std::to_string(round), "written", PARAM_MINE, "", "", false);
     }
   });
-  for (int round = 0; round < ROUNDS; ++round) {
+  for (int round = 0; round < kRounds; ++round) {
     together(round);
-    store.GetOrSetParam("n" + std::to_string(round), std::string("default"), "", "", MINE, false);
+    store.GetOrSetParam("n" + std::to_string(round), std::string("default"), "", "", kMine, false);
   }
   writer.join();
   int lost = 0;
-  for (int round = 0; round < ROUNDS; ++round)
+  for (int round = 0; round < kRounds; ++round)
     lost += store.GetParam("n" + std::to_string(round), PARAM_CACHE)->Value() != "written";
   EXPECT_EQ(lost, 0);
 }
@@ -184,11 +184,11 @@ TEST_F(ParamsAtOnce, EveryQueuedWriteIsStoredOnceWhoeverWritesWhileOthersAreStor
     void OnStoreValues(const std::list<TAppParam*>& params) override { count += params.size(); }
     size_t count = 0;
   } counting;
-  constexpr size_t WRITES = 2000;
+  constexpr size_t kWrites = 2000;
   TAppParam* const param = counting.SetParam("n", "1", PARAM_CACHE, "", "", false);
   std::atomic<int> writing{2};
   const auto write = [&] {
-    for (size_t i = 0; i < WRITES; ++i) counting.AddToStoreQueue(param);
+    for (size_t i = 0; i < kWrites; ++i) counting.AddToStoreQueue(param);
     --writing;
   };
   std::thread first(write), second(write);
@@ -196,7 +196,7 @@ TEST_F(ParamsAtOnce, EveryQueuedWriteIsStoredOnceWhoeverWritesWhileOthersAreStor
   first.join();
   second.join();
   counting.Poll();
-  EXPECT_EQ(counting.count, 2 * WRITES);
+  EXPECT_EQ(counting.count, 2 * kWrites);
 }
 
 TEST_F(ParamsAtOnce, TwoHandlesOfOneValueAreWrittenResetAndSavedAtOnce) {

@@ -326,12 +326,12 @@ TEST_F(Params, TheTableShowsEveryEntryInItsOrder) {
 }
 
 TEST_F(Params, ThreadsReadWriteAndDropAtOnce) {
-  constexpr int PER_THREAD = 200;
+  constexpr int kPerThread = 200;
   std::vector<std::thread> threads;
   for (int i = 0; i < 4; ++i)
     threads.emplace_back([&, i] {
       const std::string own = "own" + std::to_string(i);
-      for (int n = 0; n < PER_THREAD; ++n) {
+      for (int n = 0; n < kPerThread; ++n) {
         TAppParam* param = store.SetParam(own, n, PARAM_MINE, "", "", false);
         EXPECT_EQ(param->AsInteger(-1), n);
         EXPECT_EQ(store.GetParamFromCache(own, PARAM_MASK_ALL, true), param);
@@ -340,7 +340,7 @@ TEST_F(Params, ThreadsReadWriteAndDropAtOnce) {
         }
       }
     });
-  for (int n = 0; n < PER_THREAD; ++n) EXPECT_EQ(store.GetParam("own0", 0), pVoidParam);
+  for (int n = 0; n < kPerThread; ++n) EXPECT_EQ(store.GetParam("own0", 0), pVoidParam);
   for (auto& thread : threads) thread.join();
   for (int i = 0; i < 4; ++i)
     EXPECT_EQ(store.GetParamFromCache("own" + std::to_string(i), PARAM_MINE, false), pVoidParam);

@@ -24,7 +24,7 @@ class SoundApp : public vendelo_sdl2::TActionMan, public vendelo_sdl2::TSoundMac
 // milliseconds.
 class Sound : public testing::Test {
  protected:
-  static constexpr Sint16 LEVEL = 0x3000;  // of every sample; half of it and twice of it are whole and in range
+  static constexpr Sint16 kLevel = 0x3000;  // of every sample; half of it and twice of it are whole and in range
 
   Sound() : folder(std::filesystem::temp_directory_path() / ("sound_" + std::to_string(getpid()))) {
     std::filesystem::create_directories(folder);
@@ -53,7 +53,7 @@ class Sound : public testing::Test {
       Uint32 dataSize;
     } header{.size = 36 + bytes, .dataSize = bytes};
     static_assert(sizeof header == 44);
-    const std::vector<Sint16> samples(frames * 2, LEVEL);
+    const std::vector<Sint16> samples(frames * 2, kLevel);
     std::ofstream stream(file, std::ios::binary);
     stream.write(reinterpret_cast<const char*>(&header), sizeof header);
     stream.write(reinterpret_cast<const char*>(samples.data()), bytes);

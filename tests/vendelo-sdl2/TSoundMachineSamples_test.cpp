@@ -9,10 +9,10 @@ namespace {
 // What reaches the device, sample by sample.
 class SoundSamples : public Sound {
  protected:
-  static constexpr Uint32 FRAMES = 4000;
+  static constexpr Uint32 kFrames = 4000;
 
   std::shared_ptr<TSoundEffect> loadTone(int loops, bool multiChannelPlay) {
-    WriteWav(path("tone.wav"), FRAMES);
+    WriteWav(path("tone.wav"), kFrames);
     return app->LoadSoundEffect(path("tone.wav").c_str(), loops, multiChannelPlay);
   }
   void awaitSilence() {
@@ -21,7 +21,7 @@ class SoundSamples : public Sound {
   }
   // How many runs of the tone have been heard. Channels add up, so this holds for runs side by side as well.
   static double runs(const std::vector<Sint16>& heard) {
-    return std::accumulate(heard.begin(), heard.end(), 0.0) / (double{LEVEL} * FRAMES * 2);
+    return std::accumulate(heard.begin(), heard.end(), 0.0) / (double{kLevel} * kFrames * 2);
   }
   // Whether each sample is silent or of one of these levels.
   static bool onlyLevels(const std::vector<Sint16>& heard, const std::vector<int>& levels) {
@@ -37,7 +37,7 @@ TEST_F(SoundSamples, AnEffectRepeatsAsOftenAsItsOwnLoopsSay) {
   awaitSilence();
   const auto heard = samples();
   EXPECT_EQ(runs(heard), 3);
-  EXPECT_TRUE(onlyLevels(heard, {LEVEL}));
+  EXPECT_TRUE(onlyLevels(heard, {kLevel}));
 }
 
 TEST_F(SoundSamples, LoopsOfAPlayGoBeforeThoseOfTheEffect) {
@@ -55,7 +55,7 @@ TEST_F(SoundSamples, LoopsOfAPlayGoBeforeThoseOfTheEffect) {
 
 TEST_F(SoundSamples, ANewSoundOfUnknownLoopsIsHeardOnce) {
   openDisk();
-  WriteWav(path("tone.wav"), FRAMES);
+  WriteWav(path("tone.wav"), kFrames);
   EXPECT_EQ(app->PlaySound(path("tone.wav").c_str(), -1), 1);
   awaitSilence();
   EXPECT_EQ(runs(samples()), 1);
@@ -72,7 +72,7 @@ TEST_F(SoundSamples, OnlyAnEffectForManyChannelsIsHeardTwiceAtOnce) {
     awaitSilence();
     const auto heard = samples();
     EXPECT_EQ(runs(heard), many ? 2 : 1);
-    EXPECT_TRUE(onlyLevels(heard, {LEVEL, 2 * LEVEL}));
+    EXPECT_TRUE(onlyLevels(heard, {kLevel, 2 * kLevel}));
   }
 }
 
@@ -88,7 +88,7 @@ TEST_F(SoundSamples, VolumesAreHeard) {
   awaitSilence();
   const auto heard = samples();
   EXPECT_EQ(runs(heard), 0.75);
-  EXPECT_TRUE(onlyLevels(heard, {LEVEL / 2, LEVEL / 4}));
+  EXPECT_TRUE(onlyLevels(heard, {kLevel / 2, kLevel / 4}));
 }
 
 TEST_F(SoundSamples, WhatPlaysGoesOnWhileMuted) {

@@ -51,10 +51,10 @@ TEST_F(Tasks, ATaskThatIsTakenOutAndPutBackInItsRunStaysRegistered) {
 }
 
 TEST_F(Tasks, EachOfManyTasksMayRemoveAllOthers) {
-  constexpr int COUNT = 8;
+  constexpr int kCount = 8;
   std::vector<Probe*> probes;
   int runs = 0;
-  for (int i = 0; i < COUNT; ++i) probes.push_back(add(10, Task::ENDLESS));
+  for (int i = 0; i < kCount; ++i) probes.push_back(add(10, Task::ENDLESS));
   for (auto* probe : probes)
     probe->onRun = [&, probe] {
       ++runs;
@@ -63,7 +63,7 @@ TEST_F(Tasks, EachOfManyTasksMayRemoveAllOthers) {
     };
   poll(11);
   EXPECT_EQ(runs, 1);
-  EXPECT_EQ(deaths, COUNT - 1);
+  EXPECT_EQ(deaths, kCount - 1);
 }
 
 TEST_F(Tasks, InsertionsDuringAWalkAreHarmless) {
@@ -193,14 +193,14 @@ TEST_F(Tasks, NoThreadHoldsTwoSets) {
 }
 
 TEST_F(Tasks, FourThreadsAddAndRemoveWhileTwoProcess) {
-  constexpr int PER_THREAD = 300;
+  constexpr int kPerThread = 300;
   std::atomic<int> running{4};
   std::vector<std::thread> threads;
   std::atomic<int> made{0};
   for (int i = 0; i < 4; ++i)
     threads.emplace_back([&, i] {
       int mine = 0;
-      for (int n = 0; n < PER_THREAD; ++n) {
+      for (int n = 0; n < kPerThread; ++n) {
         auto* probe = new Probe(0, Task::ENDLESS, mine);
         const auto set = static_cast<TimedTaskType>((i + n) % 2);
         manager->AddTimedTask(probe, set);
@@ -219,7 +219,7 @@ TEST_F(Tasks, FourThreadsAddAndRemoveWhileTwoProcess) {
     manager->ProcessTasks(TASK_NORMAL);
   }
   for (auto& thread : threads) thread.join();
-  EXPECT_EQ(made, 4 * PER_THREAD);
+  EXPECT_EQ(made, 4 * kPerThread);
 }
 
 }  // namespace

@@ -34,7 +34,7 @@ class BareState : public testing::Test {
     for (const char* game : {"Reels", "Wheels"}) {
       scene(T_GAME_LOADED, gameValue(game, GAMETYPE_VESPERA_SLOTGAME));
       scene(T_PAYTABLE_STATE, value_int(1));
-      EXPECT_TRUE(screen.until([] { return holdings::entries("/proc/self/task") <= holdings::threadsAtRest; }));
+      EXPECT_TRUE(screen.until([] { return holdings::entries("/proc/self/task") <= holdings::kThreadsAtRest; }));
       screen.skip(600);
       scene(T_PAYTABLE_STATE, value_int(0));
     }

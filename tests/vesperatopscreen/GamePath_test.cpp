@@ -112,7 +112,7 @@ TEST_F(GamePaths, ALanguageThatLeadsOutGetsThePagesOfNone) {
     open({});
     EXPECT_EQ(
       1u, screen.app().linesOf("1|Loading paytable images for game Reels in folder Games/Reels/Icons/paytable."));
-    EXPECT_EQ(rgb(panelskin::page), screen.pixel(960, 640));
+    EXPECT_EQ(rgb(panelskin::kPage), screen.pixel(960, 640));
     turnTo(0);
     screen.skip(600);
   }

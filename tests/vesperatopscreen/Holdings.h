@@ -46,9 +46,9 @@ extern "C" void SDL_DestroyTexture(SDL_Texture* texture) {
 namespace holdings {
 
 #ifdef __SANITIZE_THREAD__
-constexpr long threadsAtRest = 2;  // its own is one of them
+constexpr long kThreadsAtRest = 2;  // its own is one of them
 #else
-constexpr long threadsAtRest = 1;
+constexpr long kThreadsAtRest = 1;
 #endif
 
 inline long entries(const char* folder) {
@@ -62,7 +62,7 @@ struct Holdings {
 // Once no loader runs any more.
 inline Holdings now(TopScreenHarness& screen) {
   screen.joinSprites();
-  EXPECT_TRUE(screen.until([] { return entries("/proc/self/task") <= threadsAtRest; }));
+  EXPECT_TRUE(screen.until([] { return entries("/proc/self/task") <= kThreadsAtRest; }));
   screen.app().forgetLines();
   const struct mallinfo2 heap = mallinfo2();
   return {texturesAlive, static_cast<long>(heap.uordblks + heap.hblkhd), entries("/proc/self/fd"),

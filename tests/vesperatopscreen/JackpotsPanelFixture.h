@@ -22,8 +22,8 @@ class JackpotsPanel : public testing::Test {
  protected:
   JackpotsPanel() : JackpotsPanel(1920, 1080) {}
   // The screen is drawn at a quarter of its size; all places are those of the full one.
-  JackpotsPanel(int width, int height) : clock(100000), harness(width / divisor, height / divisor) {
-    SDL_RenderSetScale(harness.renderer(), 1.0f / divisor, 1.0f / divisor);
+  JackpotsPanel(int width, int height) : clock(100000), harness(width / kDivisor, height / kDivisor) {
+    SDL_RenderSetScale(harness.renderer(), 1.0f / kDivisor, 1.0f / kDivisor);
     MyUtils::SetImageDir(skin());
     MyUtils::decimal_separator = ',';
     MyUtils::thousand_separator = '.';
@@ -73,7 +73,7 @@ class JackpotsPanel : public testing::Test {
     return count;
   }
   // The colour at a place of the full screen.
-  Uint32 pixel(int x, int y) { return harness.pixel(x / divisor, y / divisor); }
+  Uint32 pixel(int x, int y) { return harness.pixel(x / kDivisor, y / kDivisor); }
   // The folder of the pictures, written once for the process, whose name it bears.
   static const std::string& skin() {
     static const std::string& folder = *new std::string(
@@ -81,7 +81,7 @@ class JackpotsPanel : public testing::Test {
     return folder;
   }
 
-  static constexpr int divisor = 4;
+  static constexpr int kDivisor = 4;
   FakeClock clock;
   WidgetHarness harness;
   TJackpotsPanel* panel;

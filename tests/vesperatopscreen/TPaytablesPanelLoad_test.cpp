@@ -196,7 +196,7 @@ TEST_F(PaytableLoads, ALanguageThatChangesMeanwhileFadesInWithItsOwnPages) {
   EXPECT_EQ(2u, loads("Reels"));
   EXPECT_EQ(1u, screen.app().linesWith("in folder Games/Reels/Icons/paytable_sl."));
   EXPECT_TRUE(screen.visible("pPaytablesPanel"));
-  EXPECT_EQ(rgb(panelskin::pageSl), screen.pixel(960, 640));
+  EXPECT_EQ(rgb(panelskin::kPageSl), screen.pixel(960, 640));
 }
 
 TEST_F(PaytableLoads, AGameWithoutANameHasElevenAttempts) {
@@ -305,6 +305,6 @@ TEST_F(PaytableLoads, ThePagesOfALoadOfTheSameGameTakeThePlaceOfTheOldOnes) {
   EXPECT_NE(nullptr, texture());
   EXPECT_EQ(label, this->label("A_3")) << "the texts stand";
   frames(2);
-  EXPECT_EQ(rgb(panelskin::page), screen.pixel(960, 640));
-  EXPECT_EQ(rgb(panelskin::background), screen.pixel(100, 500));
+  EXPECT_EQ(rgb(panelskin::kPage), screen.pixel(960, 640));
+  EXPECT_EQ(rgb(panelskin::kBackground), screen.pixel(100, 500));
 }

@@ -45,7 +45,7 @@ class PaytablePlaces : public Paytables {
   void writePage(const std::string& game, int width, int height) {
     fs::create_directories("Games/" + game + "/Icons/paytable");
     testfont::writePicture("Games/" + game + "/Icons/paytable/InfoPage_Paytable.png", width, height,
-                           panelskin::page);
+                           panelskin::kPage);
   }
 };
 

@@ -93,9 +93,9 @@ TEST_F(PaytablesPanel, ThePageNumbersCountFromTheBackground) {
     int number;
     SDL_Color colour;
     SDL_Rect place;
-  } rows[] = {{1, panelskin::page, {610, 340, 700, 400}},
-              {2, panelskin::bonus, {660, 360, 600, 360}},
-              {3, panelskin::rules, {800, 440, 320, 200}}};
+  } rows[] = {{1, panelskin::kPage, {610, 340, 700, 400}},
+              {2, panelskin::kBonus, {660, 360, 600, 360}},
+              {3, panelskin::kRules, {800, 440, 320, 200}}};
   for (const auto& row : rows) {
     SCOPED_TRACE(row.number);
     open("Reels", row.number);
@@ -104,7 +104,7 @@ TEST_F(PaytablesPanel, ThePageNumbersCountFromTheBackground) {
       << place.x << "," << place.y << " " << place.w << "," << place.h;
     const Uint32 seen = screen.pixel(960, 620), wanted = rgb(row.colour);
     for (int shift : {0, 8, 16}) EXPECT_NEAR(wanted >> shift & 255, seen >> shift & 255, 3);
-    EXPECT_EQ(rgb(panelskin::background), screen.pixel(100, 500)) << "the game's background lies around it";
+    EXPECT_EQ(rgb(panelskin::kBackground), screen.pixel(100, 500)) << "the game's background lies around it";
   }
   EXPECT_EQ(1u, loads("Reels", "Games/Reels/Icons/paytable")) << "one load serves all pages";
 }
@@ -130,8 +130,8 @@ TEST_F(PaytablesPanel, APngGoesBeforeAJpgOfTheSameName) {
   int w = 0;
   SDL_QueryTexture(texture(), nullptr, nullptr, &w, nullptr);
   EXPECT_EQ(700, w) << "the .jpg is 320 wide";
-  EXPECT_EQ(rgb(panelskin::pageSl), pageColour());
-  EXPECT_EQ(rgb(panelskin::background), screen.pixel(100, 500)) << "from above the folders of the languages";
+  EXPECT_EQ(rgb(panelskin::kPageSl), pageColour());
+  EXPECT_EQ(rgb(panelskin::kBackground), screen.pixel(100, 500)) << "from above the folders of the languages";
 }
 
 TEST_F(PaytablesPanel, ALanguageWithoutAFolderFallsBack) {
@@ -141,7 +141,7 @@ TEST_F(PaytablesPanel, ALanguageWithoutAFolderFallsBack) {
     screen.send(T_LANGUAGE, paneldata::texts({language, "MIN", "MAX", "HINT", "PRIZES"}));
     open("Reels", 1);
     EXPECT_EQ(1u, loads("Reels", "Games/Reels/Icons/paytable"));
-    EXPECT_EQ(rgb(panelskin::page), pageColour());
+    EXPECT_EQ(rgb(panelskin::kPage), pageColour());
   }
 }
 
@@ -151,11 +151,11 @@ TEST_F(PaytablesPanel, AnotherLanguageLooksForItsFilesAtTheNextUpdate) {
   ASSERT_NE(nullptr, minimum);
   EXPECT_EQ("MIN: 20", minimum->GetText());
   screen.send(T_LANGUAGE, paneldata::texts({"sl", "NAJMANJ", "NAJVEC", "NAMIG", "DOBITKI"}));
-  EXPECT_EQ(rgb(panelskin::page), pageColour()) << "nothing changes before the next update";
+  EXPECT_EQ(rgb(panelskin::kPage), pageColour()) << "nothing changes before the next update";
   screen.send(T_BET_LIMITS, paneldata::bets(100, 20, 2000));
   EXPECT_EQ(nullptr, texture()) << "the old pages are gone while the new ones are decoded";
   settle();
-  EXPECT_EQ(rgb(panelskin::pageSl), pageColour());
+  EXPECT_EQ(rgb(panelskin::kPageSl), pageColour());
   minimum = screen.find<Tlabel>("pPaytablesPanel/minBetLabel");
   ASSERT_NE(nullptr, minimum);
   EXPECT_EQ("NAJMANJ: 20", minimum->GetText());
@@ -166,9 +166,9 @@ TEST_F(PaytablesPanel, AnotherLanguageLooksForItsFilesAtTheNextUpdate) {
 TEST_F(PaytablesPanel, AnotherGameTakesThePlaceOfTheOld) {
   open("Reels", 2);
   open("Wheels", 1);
-  EXPECT_EQ(rgb(panelskin::wheels), pageColour());
+  EXPECT_EQ(rgb(panelskin::kWheels), pageColour());
   open("Reels", 1);
-  EXPECT_EQ(rgb(panelskin::page), pageColour());
+  EXPECT_EQ(rgb(panelskin::kPage), pageColour());
   EXPECT_EQ(1u, loads("Reels", "Games/Reels/Icons/paytable")) << "the files are not searched again";
 }
 
@@ -220,7 +220,7 @@ TEST_F(PaytablesPanel, AStaleLoadOfAnotherGameGivesWayToTheRightOne) {
   // The first game's pages may stand for a moment before the second's come.
   ASSERT_TRUE(screen.until([this] {
     screen.skip(600);
-    return pageColour() == rgb(panelskin::wheels);
+    return pageColour() == rgb(panelskin::kWheels);
   }));
   for (int i = 0; i < 50; ++i) {
     SDL_Delay(1);
@@ -228,7 +228,7 @@ TEST_F(PaytablesPanel, AStaleLoadOfAnotherGameGivesWayToTheRightOne) {
   }
   EXPECT_TRUE(screen.until([this] { return texture() != nullptr; }));
   screen.skip(600);
-  EXPECT_EQ(rgb(panelskin::wheels), pageColour());
+  EXPECT_EQ(rgb(panelskin::kWheels), pageColour());
 }
 
 TEST_F(PaytablesPanel, AGameWithoutFilesShowsItsEmptyPage) {
@@ -261,7 +261,7 @@ TEST_F(PaytablesPanel, AShownPageGivesAllAttemptsBack) {
   screen.skip(600);  // a panel that is still fading out would not be faded in
   for (int i = 0; i < 10; ++i) EXPECT_EQ(-1, panel()->UpdateData(false));
   open("Wheels", 1);
-  EXPECT_EQ(rgb(panelskin::wheels), pageColour());
+  EXPECT_EQ(rgb(panelskin::kWheels), pageColour());
 }
 
 TEST_F(PaytablesPanel, ABrokenPictureShowsNothingInItsPlace) {

@@ -10,7 +10,7 @@
 namespace fs = std::filesystem;
 
 namespace {
-/// The frames in playing order: by name, where numbers in the names count as numbers.
+// The frames in playing order: by name, where numbers in the names count as numbers.
 std::vector<fs::path> framesOf(const std::string& folder) {
   std::vector<fs::path> files;
   std::error_code code;
@@ -45,7 +45,7 @@ std::vector<fs::path> framesOf(const std::string& folder) {
   return files;
 }
 
-/// The atlas would be a frame of the next run, or take the place of one.
+// The atlas would be a frame of the next run, or take the place of one.
 void refuseAmongFrames(const std::string& folder, const std::string& name) {
   const fs::path parent = fs::path(name).parent_path();
   std::error_code code;

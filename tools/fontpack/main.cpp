@@ -11,7 +11,7 @@
 #include "FontPack.h"
 
 namespace {
-/// Of the characters that are cut.
+// Of the characters that are cut.
 constexpr size_t kNamed = 12;
 
 struct Options {
@@ -26,7 +26,7 @@ struct Options {
   int wheelWidth = 0, wheelAdvance = 0;
 };
 
-/// As CLI::Range, which lets "nan" into every range.
+// As CLI::Range, which lets "nan" into every range.
 CLI::Validator between(double low, double high) {
   std::ostringstream range;
   range.imbue(std::locale::classic());

@@ -8,8 +8,8 @@
 namespace kslsim {
 namespace {
 
-constexpr size_t LARGE_BYTES = size_t{600} * 1024;
-constexpr int DEEP_LEVELS = 200;
+constexpr size_t kLargeBytes = size_t{600} * 1024;
+constexpr int kDeepLevels = 200;
 
 const std::string HEAD = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\r\n<methodResponse>";
 
@@ -53,7 +53,7 @@ std::string nested(int levels) {
 
 std::string flood(int events) {
   const std::string event = "<value><struct><member><name>eventID</name><value><int>" +
-                            std::to_string(JACKPOT_REFRESH) +
+                            std::to_string(kJackpotRefresh) +
                             "</int></value></member><member><name>context</name><value><nil/></value></member>"
                             "</struct></value>";
   std::string out = "<array><data>";
@@ -80,7 +80,7 @@ const char* tooLarge(const xmlrpc_c::value& value) {
 
 std::vector<BadRow> makeRows() {
   const BadArgument field{.name = "field", .otherwise = ""}, late{.name = "ms", .otherwise = 1000};
-  const BadArgument code{.name = "code", .otherwise = INTERNAL_ERROR};
+  const BadArgument code{.name = "code", .otherwise = kInternalError};
   const BadArgument text{.name = "text", .otherwise = "The simulator was told so."};
   return {{.name = "refuse", .way = Way::Shut, .group = BadGroup::NoAnswer, .tells = "hangs up before the answer"},
           {.name = "silent",
@@ -143,7 +143,7 @@ std::vector<BadRow> makeRows() {
            .group = BadGroup::ErrorsAndTexts,
            .tells = "a fault of XML-RPC"},
           {.name = "large",
-           .body = [](const BadReply&) { return answer("<string>" + std::string(LARGE_BYTES, 'x') + "</string>"); },
+           .body = [](const BadReply&) { return answer("<string>" + std::string(kLargeBytes, 'x') + "</string>"); },
            .group = BadGroup::TooMuch,
            .tells = "600 KiB"},
           {.name = "flood",
@@ -152,7 +152,7 @@ std::vector<BadRow> makeRows() {
            .group = BadGroup::TooMuch,
            .tells = "so many events"},
           {.name = "deep",
-           .body = [](const BadReply&) { return answer(nested(DEEP_LEVELS)); },
+           .body = [](const BadReply&) { return answer(nested(kDeepLevels)); },
            .group = BadGroup::TooMuch,
            .tells = "arrays nested 200 deep"},
           {.name = "i8",

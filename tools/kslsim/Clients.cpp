@@ -6,7 +6,7 @@ namespace kslsim {
 
 std::vector<PlatformEvent> EventQueue::take() {
   std::vector<PlatformEvent> out;
-  for (; !mEvents.empty() && out.size() < REPLY_LIMIT; mEvents.pop_front())
+  for (; !mEvents.empty() && out.size() < kReplyLimit; mEvents.pop_front())
     out.push_back(std::move(mEvents.front()));
   return out;
 }
@@ -23,7 +23,7 @@ xmlrpc_c::value eventsToWire(const std::vector<PlatformEvent>& events) {
 
 int Clients::add(const std::string& name, const std::string& version, int64_t now, size_t limit) {
   if (mClients.size() >= limit)
-    std::erase_if(mClients, [now](const auto& entry) { return now - entry.second.lastCall >= IDLE_MILLISECONDS; });
+    std::erase_if(mClients, [now](const auto& entry) { return now - entry.second.lastCall >= kIdleMilliseconds; });
   if (mClients.size() >= limit) return 0;
   Client& client = mClients[++mLastId];
   client.lastCall = now;

@@ -8,19 +8,19 @@
 
 namespace kslsim {
 
-// What waits for one client, in the order in which it happened. A client that lets more than LIMIT events wait has
-// gone: full() tells it, and its owner forgets the client. One reply carries at most REPLY_LIMIT events, so that it
+// What waits for one client, in the order in which it happened. A client that lets more than kLimit events wait has
+// gone: full() tells it, and its owner forgets the client. One reply carries at most kReplyLimit events, so that it
 // stays below the size at which a client refuses a reply; the rest waits for the next.
 class EventQueue {
  public:
-  static constexpr size_t LIMIT = 2000;
-  static constexpr size_t REPLY_LIMIT = 50;
+  static constexpr size_t kLimit = 2000;
+  static constexpr size_t kReplyLimit = 50;
 
   void push(const PlatformEvent& event) { mEvents.push_back(event); }
-  bool full() const { return mEvents.size() > LIMIT; }
+  bool full() const { return mEvents.size() > kLimit; }
   size_t size() const { return mEvents.size(); }
 
-  // Takes the oldest events out, at most REPLY_LIMIT.
+  // Takes the oldest events out, at most kReplyLimit.
   std::vector<PlatformEvent> take();
 
  private:
@@ -49,7 +49,7 @@ xmlrpc_c::value eventsToWire(const std::vector<PlatformEvent>& events);
 class Clients {
  public:
   // A client that has not called for so long may lose its place to a new one.
-  static constexpr int64_t IDLE_MILLISECONDS = 60000;
+  static constexpr int64_t kIdleMilliseconds = 60000;
 
   // Registers a client with an empty queue and returns its identifier. When `limit` clients are registered, those
   // that have been idle for too long are forgotten; 0 when there is still no place.

@@ -92,7 +92,7 @@ Json consoleForms() {
   out["methods"] = methodNames();
   for (const ErrorRow& row : errorRows()) out["errors"].push_back({{"code", row.code}, {"name", row.name}});
   for (const BadRow& row : repliesOnPage()) out["replies"].push_back(formOf(row));
-  out["levels"] = houseSteps(HOUSE_LEVELS, 1);
+  out["levels"] = houseSteps(kHouseLevels, 1);
   return out;
 }
 

@@ -7,20 +7,20 @@
 namespace kslsim {
 
 // The error codes of the protocol: what the service puts into "faultCode". The service gives those from
-// NOT_REGISTERED to NO_ACTIVE_GAME by itself where a call earns them; every code can be ordered by a "bad" step.
-constexpr int NOT_REGISTERED = -1;
-constexpr int ALREADY_REGISTERED = -2;
-constexpr int INIT_REJECTED = -3;
-constexpr int NOT_SUPPORTED = -4;
-constexpr int UNKNOWN_GAME = -5;
-constexpr int SERVER_FULL = -6;
-constexpr int PROTOCOL_ERROR = -7;
-constexpr int DUPLICATE = -8;
-constexpr int UNSYNC = -9;
-constexpr int UNKNOWN_PARAMETER = -10;
-constexpr int NO_ACTIVE_GAME = -101;
-constexpr int INTERNAL_ERROR = -500;
-constexpr int COMMUNICATION_ERROR = -501;
+// kNotRegistered to kNoActiveGame by itself where a call earns them; every code can be ordered by a "bad" step.
+constexpr int kNotRegistered = -1;
+constexpr int kAlreadyRegistered = -2;
+constexpr int kInitRejected = -3;
+constexpr int kNotSupported = -4;
+constexpr int kUnknownGame = -5;
+constexpr int kServerFull = -6;
+constexpr int kProtocolError = -7;
+constexpr int kDuplicate = -8;
+constexpr int kUnsync = -9;
+constexpr int kUnknownParameter = -10;
+constexpr int kNoActiveGame = -101;
+constexpr int kInternalError = -500;
+constexpr int kCommunicationError = -501;
 
 struct ErrorRow {
   int code;

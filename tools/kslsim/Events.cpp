@@ -33,7 +33,7 @@ Json sampleExtraData() {
 
 Json sampleLevels() {
   Json out = Json::array();
-  for (const Json& step : houseSteps(HOUSE_LEVELS, 1)) {
+  for (const Json& step : houseSteps(kHouseLevels, 1)) {
     if (step["do"] != "add") continue;
     Json level = startOf(levelFields());
     level.update(step["level"]);
@@ -45,7 +45,7 @@ Json sampleLevels() {
 std::vector<EventRow> makeRows() {
   const Json game{{"ID", 11}, {"Name", "VesperCrown"}, {"Type", 4}}, menu = startOf(gameFields());
   return {
-    {.id = GAME_LOADING,
+    {.id = kGameLoading,
      .name = "T_GAME_LOADING",
      .context = Kind::Game,
      .fields = {{.field = "ActiveGame"}, {.field = "IsLoading", .always = true}},
@@ -53,7 +53,7 @@ std::vector<EventRow> makeRows() {
      .sample = game,
      .tells = "A game loads: its emblem comes beside the levels. The name is a folder of Games/. Roulette changes "
               "nothing yet."},
-    {.id = GAME_LOADED,
+    {.id = kGameLoaded,
      .name = "T_GAME_LOADED",
      .context = Kind::Game,
      .fields = {{.field = "ActiveGame"}, {.field = "IsLoading", .always = false}},
@@ -105,11 +105,11 @@ std::vector<EventRow> makeRows() {
      .fields = {{.field = "JackpotErrorString"}},
      .sample = "JACKPOT IS OUT OF SERVICE",
      .tells = "A text in the place of the levels. Empty brings the levels back."},
-    {.id = JACKPOT_REFRESH,
+    {.id = kJackpotRefresh,
      .name = "T_JACKPOT_REFRESH",
      .context = Kind::Nil,
      .tells = "The levels are shown anew; to be seen only after 103."},
-    {.id = JACKPOT_DATA,
+    {.id = kJackpotData,
      .name = "T_JACKPOT_DATA",
      .context = Kind::Levels,
      .fields = {{.field = "JackpotData"}},

@@ -41,9 +41,9 @@ const EventRow* eventOfField(const std::string& field);
 Kind contextKind(int id);
 
 // Those that the service has rules of its own for.
-constexpr int GAME_LOADING = 100;
-constexpr int GAME_LOADED = 101;
-constexpr int JACKPOT_REFRESH = 109;
-constexpr int JACKPOT_DATA = 110;
+constexpr int kGameLoading = 100;
+constexpr int kGameLoaded = 101;
+constexpr int kJackpotRefresh = 109;
+constexpr int kJackpotData = 110;
 
 }  // namespace kslsim

@@ -6,19 +6,19 @@
 namespace kslsim {
 namespace {
 
-constexpr int64_t MINUTE = 60000;
-constexpr int64_t THOUSAND = 1000;
-constexpr int64_t MOST_BETS = 100000;  // in one look
+constexpr int64_t kMinute = 60000;
+constexpr int64_t kThousand = 1000;
+constexpr int64_t kMostBets = 100000;  // in one look
 
 // Higher stakes are rarer. Drawn by hand: the library's distributions are not the same everywhere.
-constexpr int64_t STAKES[] = {1, 1, 1, 1, 1, 2, 2, 2, 3, 3, 5, 10};
+constexpr int64_t kStakes[] = {1, 1, 1, 1, 1, 2, 2, 2, 3, 3, 5, 10};
 
 double fraction(std::mt19937_64& random) { return static_cast<double>(random() >> 11) * 0x1.0p-53; }
 
 // How many bets come when `mean` are expected: the waits between them are exponential.
 int64_t arrivals(std::mt19937_64& random, double mean) {
   int64_t out = -1;
-  for (double waited = 0; waited < mean && out < MOST_BETS; ++out) waited -= std::log(1.0 - fraction(random));
+  for (double waited = 0; waited < mean && out < kMostBets; ++out) waited -= std::log(1.0 - fraction(random));
   return std::max<int64_t>(out, 0);
 }
 
@@ -70,11 +70,11 @@ void House::look(Table& table, Json& level, Json& part) {
     const int64_t from = std::max(pot, least);
     table.hit = most > from ? between(table.random, from, most) : 0;
   }
-  const double mean = static_cast<double>(table.guests.bets) * static_cast<double>(table.guests.every) / MINUTE;
+  const double mean = static_cast<double>(table.guests.bets) * static_cast<double>(table.guests.every) / kMinute;
   for (int64_t bets = arrivals(table.random, mean); bets > 0; --bets)
-    table.thousandths += table.guests.bet * STAKES[table.random() % std::size(STAKES)] * table.guests.share;
-  const int64_t grown = table.thousandths / THOUSAND;
-  table.thousandths %= THOUSAND;
+    table.thousandths += table.guests.bet * kStakes[table.random() % std::size(kStakes)] * table.guests.share;
+  const int64_t grown = table.thousandths / kThousand;
+  table.thousandths %= kThousand;
   if (grown == 0 && !(table.hit > 0 && pot >= table.hit)) return;
   if (__builtin_add_overflow(pot, grown, &pot)) return;
   if (table.hit > 0 && pot >= table.hit) {

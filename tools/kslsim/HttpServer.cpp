@@ -9,10 +9,10 @@
 namespace kslsim {
 namespace {
 
-constexpr size_t BODY_LIMIT = size_t{512} * 1024;
-constexpr size_t WORKERS = 512;  // every connection that is kept open holds one
-constexpr int KEEP_ALIVE_SECONDS = 60;
-constexpr size_t KEEP_ALIVE_CALLS = 1000000;
+constexpr size_t kBodyLimit = size_t{512} * 1024;
+constexpr size_t kWorkers = 512;  // every connection that is kept open holds one
+constexpr int kKeepAliveSeconds = 60;
+constexpr size_t kKeepAliveCalls = 1000000;
 const char* const LOOPBACK = "127.0.0.1";
 
 // The library would also let a second process share the port, and a forgotten simulator take half of the calls.
@@ -36,11 +36,11 @@ HttpServer::HttpServer() = default;
 HttpServer::~HttpServer() = default;
 
 bool HttpServer::start(int port) {
-  auto server = std::make_unique<PatientServer>(KEEP_ALIVE_SECONDS);
-  server->new_task_queue = [] { return new GrowingPool(WORKERS); };
+  auto server = std::make_unique<PatientServer>(kKeepAliveSeconds);
+  server->new_task_queue = [] { return new GrowingPool(kWorkers); };
   server->set_tcp_nodelay(true);
-  server->set_payload_max_length(BODY_LIMIT);
-  server->set_keep_alive_max_count(KEEP_ALIVE_CALLS);
+  server->set_payload_max_length(kBodyLimit);
+  server->set_keep_alive_max_count(kKeepAliveCalls);
   server->set_socket_options(socketOptions);
   addRoutes(*server);
   if (port == 0) {

@@ -115,7 +115,7 @@ class ServiceMethod : public xmlrpc_c::method {
     try {
       *result = mSimulator.supports(mRow.name)
                   ? mRow.call(mSimulator, parameters)
-                  : faultStruct(NOT_SUPPORTED, std::string(mRow.name) + " is not supported.");
+                  : faultStruct(kNotSupported, std::string(mRow.name) + " is not supported.");
       entry["us"] = took();
       entry["answer"] = fromWire(*result);
     } catch (const xmlrpc_c::fault& fault) {

@@ -11,7 +11,7 @@
 namespace kslsim {
 namespace {
 
-constexpr int PATIENCE_MILLISECONDS = 5000;  // in the middle of a request or an answer
+constexpr int kPatienceMilliseconds = 5000;  // in the middle of a request or an answer
 
 bool ready(socket_t socket, short event, int milliseconds) {
   pollfd watched{socket, event, 0};
@@ -28,8 +28,8 @@ class BufferedStream : public httplib::Stream {
 
   bool hasUnread() const { return mNext < mEnd; }
 
-  bool is_readable() const override { return hasUnread() || ready(mSocket, POLLIN, PATIENCE_MILLISECONDS); }
-  bool is_writable() const override { return ready(mSocket, POLLOUT, PATIENCE_MILLISECONDS); }
+  bool is_readable() const override { return hasUnread() || ready(mSocket, POLLIN, kPatienceMilliseconds); }
+  bool is_writable() const override { return ready(mSocket, POLLOUT, kPatienceMilliseconds); }
 
   ssize_t read(char* to, size_t size) override {
     if (!hasUnread()) {

@@ -34,7 +34,7 @@ void Platform::set(const Json& part, const std::string& path) {
     if (const EventRow* event = eventOfField(field.name); event && part.contains(field.name)) changed(event->id);
   // The game and its loading flag have no event each: two events carry both.
   if (part.contains("ActiveGame") || part.contains("IsLoading"))
-    changed(mState["IsLoading"].get<bool>() ? GAME_LOADING : GAME_LOADED);
+    changed(mState["IsLoading"].get<bool>() ? kGameLoading : kGameLoaded);
 }
 
 void Platform::setLevel(int id, const Json& part, const std::string& path) {
@@ -43,7 +43,7 @@ void Platform::setLevel(int id, const Json& part, const std::string& path) {
   if (part.contains("Id") && part["Id"] != id)
     throw InputError(path + "/Id", "a level keeps its \"Id\": remove it and add another");
   for (const auto& [key, value] : part.items()) level[key] = value;
-  changed(JACKPOT_DATA);
+  changed(kJackpotData);
 }
 
 void Platform::addLevel(const Json& part, int index, const std::string& path) {
@@ -61,12 +61,12 @@ void Platform::addLevel(const Json& part, int index, const std::string& path) {
   if (taken(level["Id"].get<int>())) throw InputError(path + "/Id", "a level with this \"Id\" exists");
   if (index < -1 || index > static_cast<int>(levels.size())) throw InputError("/index", "no such place");
   levels.insert(index < 0 ? levels.end() : levels.begin() + index, level);
-  changed(JACKPOT_DATA);
+  changed(kJackpotData);
 }
 
 void Platform::removeLevel(int id, const std::string& path) {
   mState["JackpotData"].erase(indexOf(id, path));
-  changed(JACKPOT_DATA);
+  changed(kJackpotData);
 }
 
 const Json& Platform::level(int id, const std::string& path) const {

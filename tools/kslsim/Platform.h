@@ -20,7 +20,7 @@ struct PlatformEvent {
 class Platform {
  public:
   // "Type" of the first kind of game that is one; below stand nothing, the menu and the top screen itself.
-  static constexpr int FIRST_GAME_TYPE = 3;
+  static constexpr int kFirstGameType = 3;
 
   Platform();
 

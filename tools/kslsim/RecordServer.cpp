@@ -9,8 +9,8 @@ namespace kslsim {
 namespace {
 
 // Longer than any client waits: a service that is silent has to look silent.
-constexpr int PATIENCE_SECONDS = 3600;
-constexpr int CONNECT_SECONDS = 10;
+constexpr int kPatienceSeconds = 3600;
+constexpr int kConnectSeconds = 10;
 
 }  // namespace
 
@@ -72,8 +72,8 @@ WireAnswer RecordServer::ask(const httplib::Request& request, std::string& conte
     client = std::make_unique<httplib::Client>(mHost);
     client->set_keep_alive(true);
     client->set_tcp_nodelay(true);
-    client->set_connection_timeout(CONNECT_SECONDS);
-    client->set_read_timeout(PATIENCE_SECONDS);
+    client->set_connection_timeout(kConnectSeconds);
+    client->set_read_timeout(kPatienceSeconds);
   }
   {
     std::lock_guard lock(mClientsMutex);

@@ -17,7 +17,7 @@ namespace {
 using OrderedJson = nlohmann::ordered_json;
 
 const std::string WHAT = "kslsim recording";
-constexpr int VERSION = 1;
+constexpr int kVersion = 1;
 const std::string INIT = "topscreen.init", POP = "game.popEvents", STATE = "platform.state";
 
 // Whether the log's form keeps the value whole.
@@ -118,15 +118,15 @@ struct Member {
   bool (Json::*has)() const noexcept;
   const char* form;
 };
-constexpr Member MEMBERS[] = {{"at", &Json::is_number_unsigned, "milliseconds, 0 or more"},
-                              {"ms", &Json::is_number_unsigned, "milliseconds, 0 or more"},
-                              {"method", &Json::is_string, "a text"},
-                              {"params", &Json::is_array, "a list"},
-                              {"status", &Json::is_number_unsigned, "a status of HTTP"},
-                              {"body", &Json::is_string, "a text"},
-                              {"hex", &Json::is_string, "hexadecimal digits"},
-                              {"error", &Json::is_string, "a text"},
-                              {"fault", &Json::is_object, "an object"}};
+constexpr Member kMembers[] = {{"at", &Json::is_number_unsigned, "milliseconds, 0 or more"},
+                               {"ms", &Json::is_number_unsigned, "milliseconds, 0 or more"},
+                               {"method", &Json::is_string, "a text"},
+                               {"params", &Json::is_array, "a list"},
+                               {"status", &Json::is_number_unsigned, "a status of HTTP"},
+                               {"body", &Json::is_string, "a text"},
+                               {"hex", &Json::is_string, "hexadecimal digits"},
+                               {"error", &Json::is_string, "a text"},
+                               {"fault", &Json::is_object, "an object"}};
 
 // What came back, from the members of a line. Throws InputError.
 WireAnswer answerFrom(const Json& line) {
@@ -158,7 +158,7 @@ WireAnswer answerFrom(const Json& line) {
 
 Exchange exchangeFrom(const Json& line) {
   if (!line.is_object()) throw InputError("", "expected a call, an object");
-  for (const Member& member : MEMBERS)
+  for (const Member& member : kMembers)
     if (line.contains(member.name) && !(line[member.name].*member.has)())
       throw InputError(std::string("/") + member.name, std::string("expected ") + member.form);
   for (const char* name : {"at", "ms", "method", "params"})
@@ -203,7 +203,7 @@ bool RecordingWriter::open(const std::string& file, const std::string& service, 
   std::lock_guard lock(mMutex);
   mForm = form;
   mFile.open(file, std::ios::trunc);
-  const OrderedJson first{{"what", WHAT}, {"version", VERSION}, {"service", service}, {"begun", wallClock()}};
+  const OrderedJson first{{"what", WHAT}, {"version", kVersion}, {"service", service}, {"begun", wallClock()}};
   mFile << first.dump() << std::endl;
   return mFile.good();
 }
@@ -241,7 +241,7 @@ Replay::Replay(const std::string& text, Pace pace) {
     if (number == 1) {
       if (!json.value.is_object() || json.value.value("what", Json()) != WHAT)
         throw fail({}, "this is no recording: the first line has no \"what\": \"" + WHAT + "\"");
-      if (json.value.value("version", Json()) != VERSION) throw fail({}, "expected \"version\" 1");
+      if (json.value.value("version", Json()) != kVersion) throw fail({}, "expected \"version\" 1");
       continue;
     }
     try {
@@ -293,7 +293,7 @@ WireAnswer Replay::answer(const std::string& method, const Json& params, int64_t
   const auto found = mRows.find(name);
   if (found == mRows.end())
     return answerWith(
-      {{"faultCode", NOT_SUPPORTED}, {"faultString", "The recording has no call of " + name + "."}});
+      {{"faultCode", kNotSupported}, {"faultString", "The recording has no call of " + name + "."}});
   std::vector<size_t>& row = found->second;
   size_t& next = mNext[name];
   if (method == POP) return events(row, next, elapsed);

@@ -33,7 +33,7 @@ void RequestLog::add(int64_t now, Json entry) {
     if (!mFile) std::cerr << "kslsim: the log cannot be written any more" << std::endl;
   }
   mEntries.push_back(std::move(entry));
-  if (mEntries.size() > LIMIT) mEntries.pop_front();
+  if (mEntries.size() > kLimit) mEntries.pop_front();
 }
 
 Json RequestLog::since(uint64_t n) const {

@@ -13,12 +13,12 @@ std::string wallClock();
 
 // Everything that happened, one JSON object each: the calls with what was asked and answered, and the steps that
 // the service was told. Each entry has "n", which counts from 1 without gaps, and "t", milliseconds since the
-// start. Any thread, locked inside. The newest LIMIT entries are kept for since(); the file, where there is one,
+// start. Any thread, locked inside. The newest kLimit entries are kept for since(); the file, where there is one,
 // gets all of them, one a line, each written through at once so that a reader sees whole lines. When it cannot be
 // written any more, that is said once on the standard error.
 class RequestLog {
  public:
-  static constexpr size_t LIMIT = 5000;
+  static constexpr size_t kLimit = 5000;
 
   // Appends to the file as well. False when it cannot be opened.
   bool open(const std::string& file);

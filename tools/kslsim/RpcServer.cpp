@@ -8,7 +8,7 @@ namespace kslsim {
 namespace {
 
 const char* const XML_TYPE = "text/xml; charset=utf-8";
-constexpr int LOOK_MILLISECONDS = 50;  // how soon a call that is held notices that it need not be any more
+constexpr int kLookMilliseconds = 50;  // how soon a call that is held notices that it need not be any more
 
 // An answer as it stands on the wire.
 std::string httpAnswer(const std::string& body) {
@@ -129,14 +129,14 @@ void RpcServer::linger(int64_t milliseconds, const Connection& connection) {
   const auto end = std::chrono::steady_clock::now() + std::chrono::milliseconds(milliseconds);
   while (!connection.peerGone()) {
     const auto left = std::chrono::ceil<std::chrono::milliseconds>(end - std::chrono::steady_clock::now()).count();
-    if (left <= 0 || !pause(static_cast<int>(std::min<int64_t>(left, LOOK_MILLISECONDS)))) return;
+    if (left <= 0 || !pause(static_cast<int>(std::min<int64_t>(left, kLookMilliseconds)))) return;
   }
 }
 
 void RpcServer::keepSilent(int milliseconds, const Connection& connection) {
   const uint64_t orders = mSimulator.goodOrders();
   const auto end = std::chrono::steady_clock::now() + std::chrono::milliseconds(milliseconds);
-  while (pause(LOOK_MILLISECONDS) && !connection.peerGone() && mSimulator.goodOrders() == orders &&
+  while (pause(kLookMilliseconds) && !connection.peerGone() && mSimulator.goodOrders() == orders &&
          (milliseconds == 0 || std::chrono::steady_clock::now() < end)) {
   }
   connection.shut();
@@ -146,8 +146,8 @@ void RpcServer::drip(int milliseconds, const std::string& bytes, const Connectio
   const uint64_t orders = mSimulator.goodOrders();
   for (char byte : bytes) {
     if (mSimulator.goodOrders() != orders || !connection.send(std::string(1, byte))) break;
-    for (int waited = 0; waited < milliseconds && mSimulator.goodOrders() == orders; waited += LOOK_MILLISECONDS)
-      if (!pause(std::min(LOOK_MILLISECONDS, milliseconds - waited))) return connection.shut();
+    for (int waited = 0; waited < milliseconds && mSimulator.goodOrders() == orders; waited += kLookMilliseconds)
+      if (!pause(std::min(kLookMilliseconds, milliseconds - waited))) return connection.shut();
   }
   connection.shut();
 }

@@ -108,7 +108,7 @@ class Builder : public nlohmann::json_sax<Json> {
 
   bool open(Json value) {
     Json& slot = place(std::move(value));
-    if (mOpen.size() >= PlacedJson::DEPTH) throw ScenarioError(mLastPlace, "too many levels");
+    if (mOpen.size() >= PlacedJson::kDepth) throw ScenarioError(mLastPlace, "too many levels");
     mOpen.push_back(&slot);
     mPointers.push_back(mLastPointer);
     return true;

@@ -24,10 +24,10 @@ class ScenarioError : public std::runtime_error {
   Place mPlace;
 };
 
-// JSON with the place of each value by its pointer. Two keys of one name in an object and more than DEPTH levels
+// JSON with the place of each value by its pointer. Two keys of one name in an object and more than kDepth levels
 // are errors as well: the first is a slip of the pen, the second no scenario needs.
 struct PlacedJson {
-  static constexpr size_t DEPTH = 64;
+  static constexpr size_t kDepth = 64;
 
   Json value;
   std::map<std::string, Place> places;

@@ -15,8 +15,8 @@ struct Free {
 template <typename T>
 using Reply = std::unique_ptr<T, Free>;
 
-constexpr int BYTES_PER_PIXEL = 4;
-constexpr int MOST_WINDOWS = 1000;  // looked at, in the first two layers of the tree
+constexpr int kBytesPerPixel = 4;
+constexpr int kMostWindows = 1000;  // looked at, in the first two layers of the tree
 
 xcb_atom_t atom(xcb_connection_t* connection, const std::string& name) {
   const Reply<xcb_intern_atom_reply_t> reply(xcb_intern_atom_reply(
@@ -51,8 +51,8 @@ std::vector<uint8_t> reduced(const uint8_t* data, int width, int height, int ste
   for (int y = 0; y < outHeight; ++y) {
     std::fill(sums.begin(), sums.end(), 0);
     for (int row = 0; row < step; ++row) {
-      const uint8_t* from = data + (static_cast<size_t>(y) * step + row) * width * BYTES_PER_PIXEL;
-      for (int x = 0; x < outWidth * step; ++x, from += BYTES_PER_PIXEL)
+      const uint8_t* from = data + (static_cast<size_t>(y) * step + row) * width * kBytesPerPixel;
+      for (int x = 0; x < outWidth * step; ++x, from += kBytesPerPixel)
         for (int part = 0; part < 3; ++part) sums[static_cast<size_t>(x / step) * 3 + part] += from[2 - part];
     }
     for (unsigned sum : sums) *to++ = static_cast<uint8_t>(sum / static_cast<unsigned>(step * step));
@@ -93,7 +93,7 @@ bool Screen::find(Window& best) const {
   const xcb_window_t root = xcb_setup_roots_iterator(xcb_get_setup(mConnection)).data->root;
   // A window manager puts a frame of its own around each window.
   std::vector<xcb_window_t> windows = childrenOf(mConnection, root);
-  for (size_t i = 0, frames = windows.size(); i < frames && windows.size() < MOST_WINDOWS; ++i)
+  for (size_t i = 0, frames = windows.size(); i < frames && windows.size() < kMostWindows; ++i)
     for (xcb_window_t child : childrenOf(mConnection, windows[i])) windows.push_back(child);
   bool named = false;
   for (xcb_window_t window : windows) {
@@ -132,7 +132,7 @@ bool Screen::take(std::string& png, std::string& error) {
   const int left = std::max(0, -place->dst_x), top = std::max(0, -place->dst_y);
   const int width = std::min<int>(window.width, screen->width_in_pixels - place->dst_x) - left;
   const int height = std::min<int>(window.height, screen->height_in_pixels - place->dst_y) - top;
-  const int step = std::max(1, (width + WIDTH - 1) / WIDTH);
+  const int step = std::max(1, (width + kWidth - 1) / kWidth);
   if (width < step || height < step) {
     error = "The window lies beside the screen.";
     return false;
@@ -142,7 +142,7 @@ bool Screen::take(std::string& png, std::string& error) {
     xcb_get_image(mConnection, XCB_IMAGE_FORMAT_Z_PIXMAP, window.id, static_cast<int16_t>(left),
                   static_cast<int16_t>(top), static_cast<uint16_t>(width), static_cast<uint16_t>(height), ~0u),
     nullptr));
-  if (!image || xcb_get_image_data_length(image.get()) != width * height * BYTES_PER_PIXEL) {
+  if (!image || xcb_get_image_data_length(image.get()) != width * height * kBytesPerPixel) {
     error = image ? "The X screen has no 24 bits a pixel." : "The window cannot be read.";
     return false;
   }

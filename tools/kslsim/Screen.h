@@ -19,11 +19,11 @@ class Screen {
   Screen(const Screen&) = delete;
   Screen& operator=(const Screen&) = delete;
 
-  // A PNG of the part of the window that lies on the X screen, at most WIDTH pixels wide. False when there is
+  // A PNG of the part of the window that lies on the X screen, at most kWidth pixels wide. False when there is
   // nothing to take, and `error` says why.
   bool take(std::string& png, std::string& error);
 
-  static constexpr int WIDTH = 960;
+  static constexpr int kWidth = 960;
 
  private:
   struct Window;

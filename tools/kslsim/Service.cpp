@@ -3,7 +3,7 @@
 namespace kslsim {
 namespace {
 
-constexpr auto PACE = std::chrono::milliseconds(5);
+constexpr auto kPace = std::chrono::milliseconds(5);
 
 }  // namespace
 
@@ -63,7 +63,7 @@ void Service::letTimePass() {
       mRpc.stop();
       mOpen = false;
     }
-    std::this_thread::sleep_for(PACE);
+    std::this_thread::sleep_for(kPace);
   }
 }
 

@@ -9,10 +9,10 @@ namespace {
 // The protocol that this service speaks; a client of another version is turned away.
 const std::string VERSION = "1.5.0";
 
-constexpr int LOUDEST = 100;
+constexpr int kLoudest = 100;
 
 xmlrpc_c::value notRegistered(int client) {
-  return faultStruct(NOT_REGISTERED, "Client " + std::to_string(client) + " is not registered.");
+  return faultStruct(kNotRegistered, "Client " + std::to_string(client) + " is not registered.");
 }
 
 bool has(const Json& list, const std::string& text) {
@@ -31,15 +31,15 @@ bool isEvent(const xmlrpc_c::value& value) {
 xmlrpc_c::value Simulator::init(const std::string& name, const std::string& version) {
   std::lock_guard lock(mMutex);
   if (version != VERSION)
-    return faultStruct(PROTOCOL_ERROR,
+    return faultStruct(kProtocolError,
                        "Protocol version " + version + " is not supported, this is " + VERSION + ".");
-  if (!mService["Admit"].get<bool>()) return faultStruct(INIT_REJECTED, "No client is admitted.");
+  if (!mService["Admit"].get<bool>()) return faultStruct(kInitRejected, "No client is admitted.");
   if (!mService["Names"].empty() && !has(mService["Names"], name))
-    return faultStruct(UNKNOWN_GAME, "A client of the name " + name + " is not known.");
+    return faultStruct(kUnknownGame, "A client of the name " + name + " is not known.");
   if (mService["UniqueNames"].get<bool>() && mClients.hasName(name))
-    return faultStruct(ALREADY_REGISTERED, "A client of the name " + name + " is registered.");
+    return faultStruct(kAlreadyRegistered, "A client of the name " + name + " is registered.");
   const int id = mClients.add(name, version, now(), mService["MaxClients"].get<size_t>());
-  if (id == 0) return faultStruct(SERVER_FULL, "There is no place for another client.");
+  if (id == 0) return faultStruct(kServerFull, "There is no place for another client.");
   xmlrpc_c::cstruct out{{"ID", xmlrpc_c::value_int(id)}};
   for (const Field& field : initFields()) out[field.name] = toWire(mInit.at(field.name), field.kind);
   return xmlrpc_c::value_struct(out);
@@ -59,19 +59,19 @@ xmlrpc_c::value Simulator::pushEvents(int client, int package, const std::vector
   Client* found = mClients.find(client, now());
   if (!found) return notRegistered(client);
   if (!std::all_of(events.begin(), events.end(), isEvent))
-    return faultStruct(PROTOCOL_ERROR, "An event is a struct of \"eventID\" and \"context\".");
+    return faultStruct(kProtocolError, "An event is a struct of \"eventID\" and \"context\".");
   switch (Clients::take(*found, package, static_cast<int>(events.size()))) {
     case Package::New:
     case Package::Repeat:
       return xmlrpc_c::value_int(found->lastTaken);
     case Package::Old:
-      return faultStruct(DUPLICATE, "Package " + std::to_string(package) + " was taken before package " +
-                                      std::to_string(found->lastPackage) + ".");
+      return faultStruct(kDuplicate, "Package " + std::to_string(package) + " was taken before package " +
+                                       std::to_string(found->lastPackage) + ".");
     case Package::OutOfStep:
       break;
   }
-  return faultStruct(UNSYNC, "Package " + std::to_string(package) + " does not follow package " +
-                               std::to_string(found->lastPackage) + ".");
+  return faultStruct(kUnsync, "Package " + std::to_string(package) + " does not follow package " +
+                                std::to_string(found->lastPackage) + ".");
 }
 
 xmlrpc_c::value Simulator::platformState() {
@@ -83,7 +83,7 @@ xmlrpc_c::value Simulator::platformState() {
 xmlrpc_c::value Simulator::getParam(int client, const std::string& name) {
   std::lock_guard lock(mMutex);
   if (!mClients.find(client, now())) return notRegistered(client);
-  if (!mParams.contains(name)) return faultStruct(UNKNOWN_PARAMETER, "There is no parameter " + name + ".");
+  if (!mParams.contains(name)) return faultStruct(kUnknownParameter, "There is no parameter " + name + ".");
   return toWire(mParams[name], Kind::Any);
 }
 
@@ -98,15 +98,15 @@ xmlrpc_c::value Simulator::onCounter(int client, const std::function<xmlrpc_c::v
   std::lock_guard lock(mMutex);
   if (!mClients.find(client, now())) return notRegistered(client);
   // Types below that of a roulette are no games, the menu among them.
-  if (mPlatform.state()["ActiveGame"]["Type"].get<int>() < Platform::FIRST_GAME_TYPE)
-    return faultStruct(NO_ACTIVE_GAME, "Counters belong to the active game, and there is none.");
+  if (mPlatform.state()["ActiveGame"]["Type"].get<int>() < Platform::kFirstGameType)
+    return faultStruct(kNoActiveGame, "Counters belong to the active game, and there is none.");
   return work();
 }
 
 xmlrpc_c::value Simulator::getCounter(int client, const std::string& name) {
   return onCounter(client, [&]() -> xmlrpc_c::value {
     const auto found = mCounters.find(name);
-    if (found == mCounters.end()) return faultStruct(UNKNOWN_PARAMETER, "There is no counter " + name + ".");
+    if (found == mCounters.end()) return faultStruct(kUnknownParameter, "There is no counter " + name + ".");
     return xmlrpc_c::value_i8(found->second);
   });
 }
@@ -118,10 +118,10 @@ xmlrpc_c::value Simulator::setCounter(int client, const std::string& name, int64
 xmlrpc_c::value Simulator::shiftCounter(int client, const std::string& name, int64_t by) {
   return onCounter(client, [&]() -> xmlrpc_c::value {
     const auto found = mCounters.find(name);
-    if (found == mCounters.end()) return faultStruct(UNKNOWN_PARAMETER, "There is no counter " + name + ".");
+    if (found == mCounters.end()) return faultStruct(kUnknownParameter, "There is no counter " + name + ".");
     int64_t shifted = 0;
     if (__builtin_add_overflow(found->second, by, &shifted))
-      return faultStruct(INTERNAL_ERROR, "The counter " + name + " would not fit 64 bits.");
+      return faultStruct(kInternalError, "The counter " + name + " would not fit 64 bits.");
     return xmlrpc_c::value_i8(found->second = shifted);
   });
 }
@@ -135,15 +135,15 @@ xmlrpc_c::value Simulator::bye(int client) {
 
 xmlrpc_c::value Simulator::volume(std::optional<int64_t> wanted) {
   std::lock_guard lock(mMutex);
-  if (wanted && (*wanted < 0 || *wanted > LOUDEST))
-    return faultStruct(PROTOCOL_ERROR, "A volume lies between 0 and " + std::to_string(LOUDEST) + ".");
+  if (wanted && (*wanted < 0 || *wanted > kLoudest))
+    return faultStruct(kProtocolError, "A volume lies between 0 and " + std::to_string(kLoudest) + ".");
   if (wanted) mService["Volume"] = *wanted;
   return toWire(mService["Volume"], Kind::Int);
 }
 
 xmlrpc_c::value Simulator::denomination(std::optional<int64_t> wanted) {
   std::lock_guard lock(mMutex);
-  if (wanted && *wanted < 1) return faultStruct(PROTOCOL_ERROR, "A denomination is 1 or more.");
+  if (wanted && *wanted < 1) return faultStruct(kProtocolError, "A denomination is 1 or more.");
   if (wanted) mService["Denomination"] = *wanted;
   return toWire(mService["Denomination"], Kind::I8);
 }

@@ -16,11 +16,11 @@ struct Argument {
   int64_t most = INT64_MAX;
 };
 
-constexpr int64_t DAY = int64_t{24} * 60 * 60 * 1000;
+constexpr int64_t kDay = int64_t{24} * 60 * 60 * 1000;
 
 // What the replies of "bad" take, each of them some.
 const std::vector<Argument>& badArguments() {
-  static const auto& arguments = *new std::vector<Argument>{{"ms", Form::Number, false, 0, DAY},
+  static const auto& arguments = *new std::vector<Argument>{{"ms", Form::Number, false, 0, kDay},
                                                             {"code", Form::Anything, false},
                                                             {"text", Form::Text, false},
                                                             {"field", Form::Text, false},
@@ -123,7 +123,7 @@ struct Simulator::StepKind {
 const std::vector<Simulator::StepKind>& Simulator::stepKinds() {
   const Argument id{"id", Form::Number, true, INT32_MIN, INT32_MAX};
   const Argument silent{"silent", Form::Flag, false};
-  const Argument every{"every", Form::Number, false, 10, DAY};
+  const Argument every{"every", Form::Number, false, 10, kDay};
   const Argument method{"method", Form::Text, true};
   static const auto& kinds = *new std::vector<StepKind>{
     {"set", &Simulator::doSet, {{"state", Form::Object, true}, silent}},
@@ -131,7 +131,7 @@ const std::vector<Simulator::StepKind>& Simulator::stepKinds() {
     {"add", &Simulator::doAdd, {{"level", Form::Object, false}, {"index", Form::Number, false, 0, 1000}, silent}},
     {"remove", &Simulator::doRemove, {id, silent}},
     {"pot", &Simulator::doPot, {id, {"value", Form::Number, false}, {"raise", Form::Number, false}, silent}},
-    {"ramp", &Simulator::doRamp, {id, {"to", Form::Number, true}, {"ms", Form::Number, true, 1, DAY}, every}},
+    {"ramp", &Simulator::doRamp, {id, {"to", Form::Number, true}, {"ms", Form::Number, true, 1, kDay}, every}},
     {"grow",
      &Simulator::doGrow,
      {id,
@@ -146,7 +146,7 @@ const std::vector<Simulator::StepKind>& Simulator::stepKinds() {
       {"bets", Form::Number, false, 0, 1000000},
       {"bet", Form::Number, false, 1, 1000000000},
       {"share", Form::Number, false, 0, 1000},
-      {"show", Form::Number, false, 0, DAY},
+      {"show", Form::Number, false, 0, kDay},
       {"seed", Form::Number, false, 0, INT64_MAX}}},
     {"stop", &Simulator::doStop, {{"id", Form::Number, false, INT32_MIN, INT32_MAX}}},
     {"win", &Simulator::doWin, {id, {"on", Form::Flag, false}, {"text", Form::Text, false}, silent}},
@@ -163,14 +163,14 @@ const std::vector<Simulator::StepKind>& Simulator::stepKinds() {
     {"service", &Simulator::doService, {{"set", Form::Object, true}}},
     {"params", &Simulator::doParams, {{"set", Form::Object, true}}},
     {"counters", &Simulator::doCounters, {{"set", Form::Object, true}}},
-    {"down", &Simulator::doDown, {{"ms", Form::Number, false, 1, DAY}, {"keep", Form::Flag, false}}},
+    {"down", &Simulator::doDown, {{"ms", Form::Number, false, 1, kDay}, {"keep", Form::Flag, false}}},
     {"up", &Simulator::doUp, {}},
     {"forget", &Simulator::doForget, {}},
     {"bad", &Simulator::doBad,
      joined({method,
              {"reply", Form::Text, true},
              {"calls", Form::Number, false, -1, INT32_MAX},
-             {"for", Form::Number, false, 1, DAY}},
+             {"for", Form::Number, false, 1, kDay}},
             badArguments())},
     {"good", &Simulator::doGood, {{"method", Form::Text, false}}}};
   return kinds;

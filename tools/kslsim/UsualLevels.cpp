@@ -8,17 +8,17 @@ struct UsualLevel {
   int mode;
   int64_t pot, least, most, bets, share;
 };
-constexpr UsualLevel USUAL[HOUSE_LEVELS] = {{"GOLD", 1, 124837519, 100000000, 200000000, 900, 20},
-                                            {"SILVER", 1, 8463072, 5000000, 15000000, 600, 10},
-                                            {"BRONZE", 1, 731864, 250000, 1000000, 400, 8},
-                                            {"EMERALD", 2, 58975, 20000, 75000, 300, 5}};
+constexpr UsualLevel kUsual[kHouseLevels] = {{"GOLD", 1, 124837519, 100000000, 200000000, 900, 20},
+                                             {"SILVER", 1, 8463072, 5000000, 15000000, 600, 10},
+                                             {"BRONZE", 1, 731864, 250000, 1000000, 400, 8},
+                                             {"EMERALD", 2, 58975, 20000, 75000, 300, 5}};
 
 }  // namespace
 
 std::vector<Json> houseSteps(int levels, uint64_t seed) {
   std::vector<Json> out;
-  for (int id = 0; id < levels && id < HOUSE_LEVELS; ++id) {
-    const UsualLevel& usual = USUAL[id];
+  for (int id = 0; id < levels && id < kHouseLevels; ++id) {
+    const UsualLevel& usual = kUsual[id];
     Json level{{"Id", id},
                {"Name", usual.name},
                {"Mode", usual.mode},

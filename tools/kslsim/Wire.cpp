@@ -5,8 +5,8 @@
 namespace kslsim {
 namespace {
 
-constexpr int64_t INT_LEAST = std::numeric_limits<int32_t>::min();
-constexpr int64_t INT_MOST = std::numeric_limits<int32_t>::max();
+constexpr int64_t kIntLeast = std::numeric_limits<int32_t>::min();
+constexpr int64_t kIntMost = std::numeric_limits<int32_t>::max();
 
 bool fits64(const Json& value) {
   if (value.is_number_unsigned())
@@ -15,7 +15,7 @@ bool fits64(const Json& value) {
 }
 
 bool fits32(const Json& value) {
-  return fits64(value) && value.get<int64_t>() >= INT_LEAST && value.get<int64_t>() <= INT_MOST;
+  return fits64(value) && value.get<int64_t>() >= kIntLeast && value.get<int64_t>() <= kIntMost;
 }
 
 bool isTypedI8(const Json& value) { return value.is_object() && value.size() == 1 && value.contains("$i8"); }

@@ -164,7 +164,7 @@ int main(int argc, char** argv) {
     app.add_option("--scenario", scenarioFile, "File with the steps to play")->check(CLI::ExistingFile);
   auto* levelsOption =
     app.add_option("--levels", wishes.levels, "Levels with guests, whose pots grow, are won and start again")
-      ->check(CLI::Range(1, kslsim::HOUSE_LEVELS));
+      ->check(CLI::Range(1, kslsim::kHouseLevels));
   app.add_option("--seed", wishes.seed, "Seed of --levels")
     ->needs(levelsOption)
     ->check(CLI::Range(int64_t{0}, INT64_MAX))

@@ -16,7 +16,7 @@ void __cyg_profile_func_exit(void* function, void* caller) NOT_RECORDED;
 
 namespace {
 
-constexpr long SIZE = 64 << 20;
+constexpr long kSize = 64 << 20;
 
 NOT_RECORDED unsigned char* sharedBytes() {
   const char* path = getenv("MUTATE_RECORD");
@@ -24,7 +24,7 @@ NOT_RECORDED unsigned char* sharedBytes() {
   const int file = open(path, O_RDWR | O_CREAT | O_CLOEXEC, 0666);
   if (file < 0) return nullptr;
   void* bytes =
-    ftruncate(file, SIZE) == 0 ? mmap(nullptr, SIZE, PROT_READ | PROT_WRITE, MAP_SHARED, file, 0) : MAP_FAILED;
+    ftruncate(file, kSize) == 0 ? mmap(nullptr, kSize, PROT_READ | PROT_WRITE, MAP_SHARED, file, 0) : MAP_FAILED;
   close(file);
   return bytes == MAP_FAILED ? nullptr : static_cast<unsigned char*>(bytes);
 }
@@ -34,7 +34,7 @@ NOT_RECORDED unsigned char* sharedBytes() {
 void __cyg_profile_func_enter(void* function, void*) {
   static unsigned char* const bytes = sharedBytes();
   const long place = static_cast<const char*>(function) - __ehdr_start;
-  if (bytes && place >= 0 && place < SIZE) bytes[place] = 1;
+  if (bytes && place >= 0 && place < kSize) bytes[place] = 1;
 }
 
 void __cyg_profile_func_exit(void*, void*) {}

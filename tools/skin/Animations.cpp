@@ -15,7 +15,7 @@ struct Point {
   double x, y;
 };
 
-/// Points at equal distances along the plate's edge, `inset` pixels inside it, clockwise.
+// Points at equal distances along the plate's edge, `inset` pixels inside it, clockwise.
 std::vector<Point> alongPlate(double inset, int count) {
   const Canvas probe(1, 1);
   cairo_set_tolerance(probe.cr(), 0.05);
@@ -50,12 +50,12 @@ std::vector<Point> alongPlate(double inset, int count) {
 
 // Around a winning level 1600 by 600 pixels are drawn, the plate at (346, 176) in them.
 constexpr int kWinWidth = 1600, kWinHeight = 600, kWinX = 346, kWinY = 176;
-constexpr int kMargin = 26;  ///< how far the light reaches over the plate's picture
-constexpr int kBulbs = 69;   ///< a multiple of the steps
-constexpr int kSteps = 3;    ///< every third bulb is lit, and the lit ones move on
+constexpr int kMargin = 26;  // how far the light reaches over the plate's picture
+constexpr int kBulbs = 69;   // a multiple of the steps
+constexpr int kSteps = 3;    // every third bulb is lit, and the lit ones move on
 constexpr int kFramesOfStep = 2;
 
-/// One step of the lights: a glow all around, bulbs on the bezel, glints at three of them.
+// One step of the lights: a glow all around, bulbs on the bezel, glints at three of them.
 void drawWinStep(const Canvas& canvas, const Metal& metal, int step) {
   cairo_t* cr = canvas.cr();
   cairo_translate(cr, kMargin, kMargin);
@@ -92,10 +92,10 @@ void drawWin(const Output& output, const Metal& metal, const std::string& name) 
   atlas.save(output.skinPath("Animation/" + name));
 }
 
-constexpr int kBurst = 400;  ///< side of the square in which one firework opens
+constexpr int kBurst = 400;  // side of the square in which one firework opens
 constexpr int kBurstFrames = 10;
 
-/// A firework at the time t from 0 to 1: sparks that fly apart, slow down, fall and die.
+// A firework at the time t from 0 to 1: sparks that fly apart, slow down, fall and die.
 void drawBurst(const Canvas& canvas, double t) {
   constexpr double middle = kBurst / 2.0;
   constexpr int sparks = 96;
@@ -119,7 +119,7 @@ void drawBurst(const Canvas& canvas, double t) {
   }
 }
 
-/// Fireworks one after the other around the middle of the screen, where the winning level stands.
+// Fireworks one after the other around the middle of the screen, where the winning level stands.
 void drawParticles(const Output& output) {
   constexpr Point places[] = {{330, 250}, {1540, 800}, {1480, 210}, {400, 850}};
   std::vector<std::unique_ptr<Canvas>> bursts;
@@ -139,8 +139,8 @@ void drawParticles(const Output& output) {
 // The sparkle is drawn in 1000 by 380 pixels, the plate at (46, 86) in them.
 constexpr int kIdleWidth = 1000, kIdleHeight = 380, kIdleX = 46, kIdleY = 86;
 
-/// A light runs along the upper bezel towards the side of the currency; where it arrives a glint flares up and
-/// dies.
+// A light runs along the upper bezel towards the side of the currency; where it arrives a glint flares up and
+// dies.
 void drawIdle(const Output& output, const std::string& name, bool toTheRight) {
   constexpr int run = 12, flare = 10, box = 170;
   const Colour light = {1.0, 0.90, 0.66};

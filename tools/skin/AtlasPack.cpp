@@ -8,14 +8,14 @@
 #include <stdexcept>
 
 namespace {
-constexpr int kGap = 1;  ///< the frames are cut out before they are scaled; the gap is for people who look at it
+constexpr int kGap = 1;  // the frames are cut out before they are scaled; the gap is for people who look at it
 
-/// The upper edge of what is packed so far: spans of one height, from left to right.
+// The upper edge of what is packed so far: spans of one height, from left to right.
 class Skyline {
  public:
   explicit Skyline(int width) : mWidth(width), mSpans{{0, 0, width}} {}
 
-  /// Puts a rectangle as low as possible, then as far left as possible. False when it is wider than the atlas.
+  // Puts a rectangle as low as possible, then as far left as possible. False when it is wider than the atlas.
   bool place(int w, int h, int& x, int& y) {
     size_t best = mSpans.size();
     int bestY = 0;
@@ -40,7 +40,7 @@ class Skyline {
     int x, y, w;
   };
 
-  /// Where a rectangle of that width would come to lie at the i-th span; -1 beyond the right edge.
+  // Where a rectangle of that width would come to lie at the i-th span; -1 beyond the right edge.
   int heightAt(size_t i, int w) const {
     if (mSpans[i].x + w > mWidth) return -1;
     int top = 0;
@@ -67,7 +67,7 @@ class Skyline {
 
 std::string escaped(const std::string& text) {
   std::string out;
-  for (const char c : text) {
+  for (const char c : text)
     if (c == '&')
       out += "&amp;";
     else if (c == '<')
@@ -76,7 +76,6 @@ std::string escaped(const std::string& text) {
       out += "&quot;";
     else
       out += c;
-  }
   return out;
 }
 }  // namespace

@@ -13,7 +13,7 @@ constexpr int kHeight = 1080;
 
 double bell(double distance, double width) { return std::exp(-distance * distance / (width * width)); }
 
-/// Height of the quilted cloth at (x, y), 0 in the seams to 1 on the cushions.
+// Height of the quilted cloth at (x, y), 0 in the seams to 1 on the cushions.
 double quilt(double x, double y) {
   constexpr double cell = 96;
   const double u = (x * 0.72 + y) / cell;
@@ -21,7 +21,7 @@ double quilt(double x, double y) {
   return std::pow(std::abs(std::sin(M_PI * u) * std::sin(M_PI * v)), 0.42);
 }
 
-/// Light that fans out from above the title, 0 to 1.
+// Light that fans out from above the title, 0 to 1.
 double rays(double x, double y) {
   const double dx = x - kWidth / 2.0;
   const double dy = y + 260;
@@ -61,7 +61,7 @@ void paintGround(const Canvas& canvas) {
   canvas.changed();
 }
 
-/// Gold studs where the seams of the cloth cross, as bright as the light there allows.
+// Gold studs where the seams of the cloth cross, as bright as the light there allows.
 void paintStuds(const Canvas& canvas) {
   constexpr double cell = 96;
   for (int i = -12; i < 40; ++i)
@@ -83,7 +83,7 @@ void paintStuds(const Canvas& canvas) {
     }
 }
 
-/// A thin gold line that fades towards both ends, with its glow.
+// A thin gold line that fades towards both ends, with its glow.
 void goldLine(const Canvas& canvas, double y, double strength) {
   const Ramp fade = {{0, {0.95, 0.70, 0.26, 0}},
                      {0.2, {0.95, 0.70, 0.26, 0.55 * strength}},
@@ -155,7 +155,7 @@ void drawDemoMarking(const Output& output) {
   output.image("ClientDemo.png", canvas);
 }
 
-/// Soft throughout, so half the size is enough: the program stretches it over the screen.
+// Soft throughout, so half the size is enough: the program stretches it over the screen.
 void drawWinVeil(const Output& output) {
   constexpr int width = kWidth / 2, height = kHeight / 2;
   Canvas canvas(width, height);

@@ -7,8 +7,8 @@
 namespace {
 constexpr int kWidth = 177, kHeight = 179;
 
-/// The program writes the button's function into 101 by 80 pixels at (32, 31), its name into 101 by 20 at (32,
-/// 117).
+// The program writes the button's function into 101 by 80 pixels at (32, 31), its name into 101 by 20 at (32,
+// 117).
 void drawButton(const Output& output, const std::string& file, bool lit) {
   Canvas canvas(kWidth, kHeight);
   cairo_t* cr = canvas.cr();

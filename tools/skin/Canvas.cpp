@@ -84,7 +84,7 @@ void Canvas::paintLight(const Canvas& other, double x, double y, double alpha) c
 }
 
 namespace {
-/// One box blur of a line of `count` pixels that lie `step` bytes apart; `line` is a work buffer.
+// One box blur of a line of `count` pixels that lie `step` bytes apart; `line` is a work buffer.
 void blurLine(unsigned char* first, int count, ptrdiff_t step, int radius, std::vector<uint8_t>& line) {
   const int span = 2 * radius + 1;
   line.resize(static_cast<size_t>(count));

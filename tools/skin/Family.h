@@ -5,26 +5,26 @@
 
 class Canvas;
 
-/// Where the pictures go: a working directory as the program expects it, with the skin folder inside.
-///
-/// The root ends in a slash. Folders are made as needed; a file that cannot be written throws `std::runtime_error`.
+// Where the pictures go: a working directory as the program expects it, with the skin folder inside.
+//
+// The root ends in a slash. Folders are made as needed; a file that cannot be written throws `std::runtime_error`.
 class Output {
  public:
   explicit Output(std::string root) : mRoot(std::move(root)) {}
 
-  /// Full path of a file below the root (`Games/...` too), its folder made.
+  // Full path of a file below the root (`Games/...` too), its folder made.
   std::string path(const std::string& name) const;
-  /// Full path of a file below the skin folder, its folder made.
+  // Full path of a file below the skin folder, its folder made.
   std::string skinPath(const std::string& name) const;
   void image(const std::string& name, const Canvas& canvas) const;
-  /// Copies an installed file below the root.
+  // Copies an installed file below the root.
   void copy(const std::string& from, const std::string& name) const;
 
  private:
   std::string mRoot;
 };
 
-/// One family of pictures, drawn by one source file; `kFamilies` in main.cpp lists them.
+// One family of pictures, drawn by one source file; `kFamilies` in main.cpp lists them.
 struct Family {
   const char* name;
   void (*draw)(const Output& output);

@@ -11,11 +11,11 @@
 #include <stdexcept>
 
 namespace {
-constexpr int kGap = 2;  ///< empty pixels between cells, so that scaled drawing never reads a neighbour
+constexpr int kGap = 2;  // empty pixels between cells, so that scaled drawing never reads a neighbour
 constexpr int kMaxHeight = 8192;
-constexpr int kMaxPadding = 5;  ///< the program makes a text's texture 5 pixels wider than measured
+constexpr int kMaxPadding = 5;  // the program makes a text's texture 5 pixels wider than measured
 
-constexpr double kUnseen = 1;  ///< pixels of a letter that nobody misses
+constexpr double kUnseen = 1;  // pixels of a letter that nobody misses
 
 using Ink = FontPack::Ink;
 

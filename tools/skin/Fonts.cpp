@@ -5,9 +5,9 @@
 namespace {
 const Colour kInk = {0.035, 0.022, 0.010};
 
-/// Digits of the pots and the currency beside them. A cell is as wide as a wheel and as high as the digits' box (48
-/// by 91), so that the program draws the wheels at their own size; the baseline lies where the smaller digits
-/// behind the decimal point, at 0.7 of the size, end on the same line.
+// Digits of the pots and the currency beside them. A cell is as wide as a wheel and as high as the digits' box (48
+// by 91), so that the program draws the wheels at their own size; the baseline lies where the smaller digits
+// behind the decimal point, at 0.7 of the size, end on the same line.
 void drawCurrencyFont(const Output& output) {
   constexpr int line = 91, base = 78;
   const FontStyle style = {
@@ -61,8 +61,8 @@ void drawInfoFont(const Output& output) {
   font.save(output.skinPath("Fonts/info_bar_font"), "info_bar_font", 1024);
 }
 
-/// The hours stand in a field of 430 by 62 in the head of the frame, whose middle lies lower than the field's. A
-/// line higher than the field starts at its top, so the baseline is set to where the level's name has it.
+// The hours stand in a field of 430 by 62 in the head of the frame, whose middle lies lower than the field's. A
+// line higher than the field starts at its top, so the baseline is set to where the level's name has it.
 void drawHoursFont(const Output& output) {
   const FontStyle style = {{{0.0, {0.94, 1.0, 0.97}}, {0.5, {0.62, 0.98, 0.80}}, {1.0, {0.24, 0.86, 0.58}}},
                            {0.0, 0.05, 0.03},
@@ -75,8 +75,8 @@ void drawHoursFont(const Output& output) {
   font.save(output.skinPath("Fonts/emerald_hours_font"), "emerald_hours_font", 1024);
 }
 
-/// The texts of the cabinet's buttons and the buttons' names below them; both are made smaller where they are too
-/// long for their 101 pixels.
+// The texts of the cabinet's buttons and the buttons' names below them; both are made smaller where they are too
+// long for their 101 pixels.
 void drawButtonFonts(const Output& output) {
   const Typeface large(fontfile::kSansBold, 26);
   FontPack texts({{{0.0, {1.0, 1.0, 0.98}}, {1.0, {1.0, 0.90, 0.66}}}, {0.10, 0.01, 0.02}, 1.4, 1, 0}, 31, 24);

@@ -24,7 +24,7 @@ namespace {
 constexpr int kWidth = kPlateWidth;
 constexpr int kHeight = kPlateHeight;
 
-/// What the program draws into a frame: the digits' box, the currency's box.
+// What the program draws into a frame: the digits' box, the currency's box.
 struct Layout {
   const char* suffix;
   double digitsFrom, digitsTo, currencyFrom, currencyTo;
@@ -36,7 +36,7 @@ constexpr Layout kLayouts[] = {{"_RIGHT.png", 70, 688, 704, 846}, {"_LEFT.png", 
 constexpr double kWindowY = 83;
 constexpr double kWindowHeight = 97;
 
-/// A window of dark glass set into the plate.
+// A window of dark glass set into the plate.
 void glass(const Canvas& canvas, const Metal& metal, double x, double w) {
   cairo_t* cr = canvas.cr();
   constexpr double y = kWindowY, h = kWindowHeight, radius = 13;
@@ -76,7 +76,7 @@ void glass(const Canvas& canvas, const Metal& metal, double x, double w) {
   cairo_restore(cr);
 }
 
-/// A cut stone in the level's colour.
+// A cut stone in the level's colour.
 void gem(const Canvas& canvas, const Metal& metal, double x, double y, double radius) {
   cairo_t* cr = canvas.cr();
   const auto setting = [&](cairo_t* c) { star(c, x, y, radius + 4.5, (radius + 4.5) * 0.93, 4); };
@@ -105,7 +105,7 @@ void gem(const Canvas& canvas, const Metal& metal, double x, double y, double ra
   cairo_fill(cr);
 }
 
-/// Fine lines that close the head of the plate at the right of the hours' place.
+// Fine lines that close the head of the plate at the right of the hours' place.
 void pinstripes(const Canvas& canvas, const Metal& metal, double from, double to, double y, bool fadeLeft) {
   const Colour bright = sample(metal.mirror, 0.75);
   const Ramp ramp = fadeLeft ? Ramp{{0, bright.withAlpha(0)}, {1, bright.withAlpha(0.9)}}

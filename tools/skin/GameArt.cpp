@@ -49,7 +49,7 @@ std::unique_ptr<Canvas> drawGameGround(const Game& game, int width) {
 }
 
 namespace {
-/// Largest size up to `size` at which the text is at most `width` wide.
+// Largest size up to `size` at which the text is at most `width` wide.
 double fittingSize(const std::string& text, double size, double spacing, double width) {
   const double natural = Typeface(fontfile::kSerifBold, size).textWidth(text, spacing);
   return natural <= width ? size : size * width / natural;
@@ -118,10 +118,10 @@ std::unique_ptr<Canvas> drawEmblem(const Game& game, double scale) {
 namespace {
 // The program shows the overlay in 810 by 900 pixels and repeats it from frame 30 on.
 constexpr int kOverlayWidth = 810, kOverlayHeight = 900, kLoopStart = 30;
-constexpr int kArrival = 20;  ///< frames of the glint that comes down before the emblem opens
+constexpr int kArrival = 20;  // frames of the glint that comes down before the emblem opens
 constexpr int kSweep = 10, kRest = 14;
 
-/// The emblem with a band of light across it; `t` from 0 to 1 takes the band from left to right.
+// The emblem with a band of light across it; `t` from 0 to 1 takes the band from left to right.
 std::unique_ptr<Canvas> litEmblem(const Canvas& emblem, double t) {
   auto lit = std::make_unique<Canvas>(emblem.width(), emblem.height());
   lit->paint(emblem, 0, 0, 1);

@@ -26,7 +26,7 @@ void writeCentred(const Canvas& canvas, const Typeface& face, const std::string&
   write(canvas, face, text, x - face.textWidth(text, 0.4) / 2, baseline, colour);
 }
 
-/// A dark place with a fine rim that an amount is written into.
+// A dark place with a fine rim that an amount is written into.
 void field(const Canvas& canvas, double x, double y, double w, double h) {
   cairo_t* cr = canvas.cr();
   roundRect(cr, x, y, w, h, 10);
@@ -52,7 +52,7 @@ void card(const Canvas& canvas, const Game& game, double x, double y, double w, 
   cairo_stroke(cr);
 }
 
-/// The panel of every page with its title; what is common is drawn once and copied.
+// The panel of every page with its title; what is common is drawn once and copied.
 std::unique_ptr<Canvas> panel(const Game& game) {
   auto made = std::make_unique<Canvas>(kPageWidth, kPageHeight);
   const Canvas& canvas = *made;

@@ -78,7 +78,7 @@ const std::vector<Game>& games() {
   return list;
 }
 
-/// The amounts on the pages; the bet labels take the TrueType font of the same name.
+// The amounts on the pages; the bet labels take the TrueType font of the same name.
 void drawPrizeFont(const Game& game, const Output& output) {
   const Typeface face(fontfile::kCondensedBold, 46);
   FontPack font({{{0.0, {1.0, 1.0, 0.94}}, {0.5, {1.0, 0.90, 0.58}}, {1.0, {0.99, 0.74, 0.28}}},

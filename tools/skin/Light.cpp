@@ -3,7 +3,7 @@
 #include <cmath>
 
 namespace {
-/// Paints the current source where the path is, as light.
+// Paints the current source where the path is, as light.
 void fillLight(cairo_t* cr) {
   cairo_save(cr);
   cairo_set_operator(cr, CAIRO_OPERATOR_ADD);

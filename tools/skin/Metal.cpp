@@ -83,7 +83,7 @@ const Metal& emeraldMetal() {
 namespace {
 constexpr int kScale = 3;
 
-/// Squared distance transform of one line of samples (lower envelope of parabolas), in place.
+// Squared distance transform of one line of samples (lower envelope of parabolas), in place.
 void distanceLine(std::vector<float>& f, std::vector<float>& out, std::vector<int>& v, std::vector<float>& z,
                   int n) {
   int k = 0;
@@ -112,7 +112,7 @@ void distanceLine(std::vector<float>& f, std::vector<float>& out, std::vector<in
   }
 }
 
-/// Distance of every sample inside the mask to the mask's edge, in samples; 0 outside.
+// Distance of every sample inside the mask to the mask's edge, in samples; 0 outside.
 std::vector<float> insideDistance(const std::vector<float>& mask, int w, int h) {
   constexpr float far = 1e8F;
   std::vector<float> field(mask.size());
@@ -137,7 +137,7 @@ std::vector<float> insideDistance(const std::vector<float>& mask, int w, int h) 
   return field;
 }
 
-/// Softens a field with one small box filter in both directions, so that ridges do not look cut with a knife.
+// Softens a field with one small box filter in both directions, so that ridges do not look cut with a knife.
 void soften(std::vector<float>& field, int w, int h, int radius) {
   std::vector<float> copy(field.size());
   const auto pass = [&](const std::vector<float>& in, std::vector<float>& result, bool across) {
@@ -157,7 +157,7 @@ void soften(std::vector<float>& field, int w, int h, int radius) {
   pass(copy, field, false);
 }
 
-/// Brush marks: grain drawn out along x.
+// Brush marks: grain drawn out along x.
 double brushMark(int x, int y) {
   double sum = 0;
   for (unsigned octave = 0; octave < 3; ++octave) {

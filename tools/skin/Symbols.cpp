@@ -9,7 +9,7 @@
 #include "Typeface.h"
 
 namespace {
-/// Draws raised metal on a canvas of the symbol's own size: the work grows with the canvas.
+// Draws raised metal on a canvas of the symbol's own size: the work grows with the canvas.
 void relief(const Canvas& canvas, double x, double y, double radius, const Metal& metal, double bevel,
             const std::function<void(cairo_t*)>& path) {
   const double margin = 12;
@@ -39,12 +39,12 @@ const Metal& redMetal() {
   return metal;
 }
 
-/// What a stone shows from its shaded to its lit facets, and how it is cut.
+// What a stone shows from its shaded to its lit facets, and how it is cut.
 struct Cut {
   Ramp colours;
   Colour glow;
   int sides;
-  double wide, high;  ///< parts of the radius
+  double wide, high;  // parts of the radius
 };
 
 void stone(const Canvas& canvas, double x, double y, double radius, const Cut& cut) {
@@ -86,7 +86,7 @@ void stone(const Canvas& canvas, double x, double y, double radius, const Cut& c
   addGlint(canvas, x - radius * cut.wide * 0.42, y - radius * cut.high * 0.46, radius * 0.30, 0, {1, 1, 1, 0.95});
 }
 
-/// A round fruit: dark below, its colour in the middle, the lamp's reflection above left.
+// A round fruit: dark below, its colour in the middle, the lamp's reflection above left.
 void ball(const Canvas& canvas, double x, double y, double radius, const Colour& dark, const Colour& mid,
           const Colour& light) {
   cairo_t* cr = canvas.cr();

@@ -2,7 +2,7 @@
 
 #include "Canvas.h"
 
-/// Draws one symbol of a game with its middle at (x, y); it stays within `radius` and a little glow.
+// Draws one symbol of a game with its middle at (x, y); it stays within `radius` and a little glow.
 using Symbol = void (*)(const Canvas& canvas, double x, double y, double radius);
 
 void drawCrown(const Canvas& canvas, double x, double y, double radius);

@@ -8,7 +8,7 @@
 #include "Typeface.h"
 
 namespace {
-/// A four-pointed glint.
+// A four-pointed glint.
 void glint(const Canvas& canvas, double x, double y, double size) {
   setRadial(canvas.cr(), x, y, size * 0.75,
             {{0, {1, 0.97, 0.85, 0.75}}, {0.3, {1, 0.85, 0.5, 0.25}}, {1, {1, 0.8, 0.4, 0}}});

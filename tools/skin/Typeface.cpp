@@ -27,7 +27,7 @@ FT_Library library() {
   return handle;
 }
 
-/// Receives one outline and appends it to a cairo path.
+// Receives one outline and appends it to a cairo path.
 struct PathSink {
   cairo_t* cr;
   double x, baseline;

@@ -13,11 +13,11 @@ namespace {
 using Node = XmlFile::Node;
 using Attribute = XmlFile::Attribute;
 
-/// A game's overlay is repeated from its 31st frame on.
+// A game's overlay is repeated from its 31st frame on.
 constexpr size_t kOverlayLoop = 30;
-/// Names of frames are numbered with five figures at most.
+// Names of frames are numbered with five figures at most.
 constexpr size_t kMostFrames = 99999;
-/// The program takes no larger number.
+// The program takes no larger number.
 constexpr int kLargest = 1000000;
 
 std::string sizeText(int width, int height) { return std::to_string(width) + " x " + std::to_string(height); }
@@ -28,7 +28,7 @@ struct Frame {
   TextPlace place;
 };
 
-/// The name without what follows its last number, taken apart; `number` is empty without one.
+// The name without what follows its last number, taken apart; `number` is empty without one.
 struct NumberedName {
   std::string stem, number;
 

@@ -9,7 +9,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-/// Linked or mounted in a ring, folders could go on for ever.
+// Linked or mounted in a ring, folders could go on for ever.
 constexpr int kMaxDepth = 16;
 
 std::string small(std::string text) {
@@ -68,7 +68,7 @@ std::string stemOf(const std::string& path) {
   return (whole.parent_path() / whole.stem()).string();
 }
 
-/// The name of the description that would ask for the picture `path`: it is there, or one of those `asked` for.
+// The name of the description that would ask for the picture `path`: it is there, or one of those `asked` for.
 std::string descriptionOf(const std::string& path, const std::set<std::string>& asked) {
   for (const char* extension : {".fnt", ".xml"}) {
     const fs::path description = fs::path(path).replace_extension(extension);

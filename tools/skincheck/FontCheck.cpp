@@ -11,19 +11,19 @@
 
 namespace {
 
-/// Larger textures are not to be had on every machine.
+// Larger textures are not to be had on every machine.
 constexpr int kLargestTexture = 8192;
-/// A text's texture is so much wider than the text.
+// A text's texture is so much wider than the text.
 constexpr int kSpareWidth = 5;
-/// The box of the digits, and the part of it that one wheel has with the gap beside it.
+// The box of the digits, and the part of it that one wheel has with the gap beside it.
 constexpr int kWheelsHeight = 91, kWheelWidth = 48 + 2;
-/// A separator lies over the middle between two wheels; a wider one covers the digits' inner halves.
+// A separator lies over the middle between two wheels; a wider one covers the digits' inner halves.
 constexpr int kSeparatorWidth = kWheelWidth / 2;
-/// Digits are centred by their rectangles; ink this far off the middle is seen.
+// Digits are centred by their rectangles; ink this far off the middle is seen.
 constexpr int kOffCentre = 4;
-/// Digits drawn larger than this are blurred.
+// Digits drawn larger than this are blurred.
 constexpr double kBlownUp = 1.25;
-/// Named of the characters that are missing.
+// Named of the characters that are missing.
 constexpr size_t kNamed = 12;
 
 bool showsNothing(const FontGlyph& glyph) { return glyph.width == 0 || glyph.height == 0; }
@@ -137,7 +137,7 @@ void checkCharacters(XmlFile& file, const FontData& font, const std::string& nam
   }
 }
 
-/// How far down from the top of the texture a text's glyphs reach.
+// How far down from the top of the texture a text's glyphs reach.
 int64_t lowestPixel(const FontData& font, const std::string& text) {
   int64_t lowest = 0, line = 0;
   for (const int code : codePoints(text)) {
@@ -179,8 +179,8 @@ void checkFits(XmlFile& file, const FontData& font, const std::string& name) {
   }
 }
 
-/// Columns of a glyph's rectangle in which something shows, relative to the rectangle; `right` is below `left` when
-/// there are none.
+// Columns of a glyph's rectangle in which something shows, relative to the rectangle; `right` is below `left` when
+// there are none.
 struct Ink {
   int left = 0, right = -1;
 };
@@ -201,7 +201,7 @@ Ink inkOf(const SDL_Surface* rgba, const FontGlyph& glyph) {
   return ink;
 }
 
-/// The wheels scale all their glyphs so that the highest one of the whole font fills their box.
+// The wheels scale all their glyphs so that the highest one of the whole font fills their box.
 void checkDigits(XmlFile& file, const FontData& font, const PictureFile& picture) {
   const auto lower = [](const FontGlyph& a, const FontGlyph& b) { return a.height < b.height; };
   const auto highest = std::max_element(font.glyphs.begin(), font.glyphs.end(), lower);

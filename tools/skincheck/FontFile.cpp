@@ -8,7 +8,7 @@ namespace {
 using Node = XmlFile::Node;
 using Attribute = XmlFile::Attribute;
 
-/// The first element of that name, or null and an error where it had to be.
+// The first element of that name, or null and an error where it had to be.
 const Node* element(XmlFile& file, const Node& parent, const char* name, const char* effect) {
   const Node* found = parent.first_node(name);
   if (!found)
@@ -19,18 +19,17 @@ const Node* element(XmlFile& file, const Node& parent, const char* name, const c
   return found;
 }
 
-/// Comma-separated numbers, of which the program takes the first ones and the last.
+// Comma-separated numbers, of which the program takes the first ones and the last.
 std::array<int, 4> fourNumbers(XmlFile& file, const Attribute& attribute, const char* code, const char* order) {
   std::array<int, 4> out{0, 0, 0, 0};
   const std::string all = attribute.value(), name = attribute.name();
   const TextPlace place = file.placeOf(attribute);
   std::vector<std::string> parts(1);
-  for (const char c : all) {
+  for (const char c : all)
     if (c == ',')
       parts.emplace_back();
     else
       parts.back() += c;
-  }
   if (parts.size() != out.size()) {
     file.error(code,
                "\"" + name + "\" has " + std::to_string(parts.size()) + " numbers in the place of four: " + order,

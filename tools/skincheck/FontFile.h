@@ -2,6 +2,6 @@
 
 #include "TextFit.h"
 
-/// Reads the description of a bitmap font as the program does, and reports into `file` what is wrong with it. False
-/// when the program could not use it.
+// Reads the description of a bitmap font as the program does, and reports into `file` what is wrong with it. False
+// when the program could not use it.
 bool readFont(XmlFile& file, FontData& font);

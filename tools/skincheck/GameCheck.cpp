@@ -16,7 +16,7 @@ namespace {
 
 constexpr const char* kPages = "paytable";
 constexpr int kScreenWidth = 1920, kScreenHeight = 1080;
-/// What the bets in the corners are written with, whatever the language calls them.
+// What the bets in the corners are written with, whatever the language calls them.
 constexpr const char* kBets = "0123456789.,: ";
 
 bool isThere(const std::string& path) {
@@ -24,7 +24,7 @@ bool isThere(const std::string& path) {
   return fs::exists(path, code);
 }
 
-/// The picture of this name, ".png" before ".jpg", or empty: pages and their ground know no other extensions.
+// The picture of this name, ".png" before ".jpg", or empty: pages and their ground know no other extensions.
 std::string findPage(const std::string& folder, const std::string& name) {
   for (const char* extension : {".png", ".jpg"})
     if (isThere(folder + name + extension)) return folder + name + extension;
@@ -66,8 +66,8 @@ int64_t decodedFrom(size_t first, const Findings& findings) {
   return bytes;
 }
 
-/// What they take in memory. Of those among the levels only one is there at a time: the overlay, or the picture for
-/// a screen without levels.
+// What they take in memory. Of those among the levels only one is there at a time: the overlay, or the picture for
+// a screen without levels.
 int64_t checkFiles(const std::string& icons, std::vector<std::string>& welcome, Findings& findings) {
   int64_t together = 0, largest = 0;
   for (const SkinFile& file : gameFiles()) {
@@ -92,7 +92,7 @@ int64_t checkFiles(const std::string& icons, std::vector<std::string>& welcome, 
   return together + largest;
 }
 
-/// The pages in one folder, which must have all that the folder for every language has: they are shown by number.
+// The pages in one folder, which must have all that the folder for every language has: they are shown by number.
 std::vector<std::string> checkPages(const std::string& folder, std::vector<std::string>& welcome,
                                     Findings& findings) {
   std::vector<std::string> there;
@@ -133,7 +133,7 @@ void checkAllPages(const std::string& icons, std::vector<std::string>& welcome, 
   }
 }
 
-/// Which of them are shown the platform says, by their names without extension.
+// Which of them are shown the platform says, by their names without extension.
 void checkFonts(const std::string& icons, Findings& findings) {
   Findings unheard;  // what cannot be listed is told with the files that nothing asks for
   std::vector<std::string> outlines, bitmaps;
@@ -158,7 +158,7 @@ void checkFonts(const std::string& icons, Findings& findings) {
                   "there is no .ttf or .otf of this name beside it: the bets in the corners would show nothing");
 }
 
-/// Of what was decoded from `first` on: all outside the folders of the languages, and the largest of these.
+// Of what was decoded from `first` on: all outside the folders of the languages, and the largest of these.
 int64_t bytesOfOneLanguage(const std::string& icons, size_t first, const Findings& findings) {
   std::map<std::string, int64_t> languages;
   int64_t common = 0, largest = 0;

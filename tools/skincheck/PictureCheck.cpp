@@ -14,11 +14,11 @@
 
 namespace {
 
-/// The only one that is copied to the screen without being blended.
+// The only one that is copied to the screen without being blended.
 constexpr const char* kOpaque = "Background.png";
-/// Drawn as squares of their own height.
+// Drawn as squares of their own height.
 constexpr std::array kSquares = {"dot.png", "dot_shadow.png"};
-/// Of the sides' ratio, before a stretched picture looks wrong.
+// Of the sides' ratio, before a stretched picture looks wrong.
 constexpr double kSkewed = 0.02;
 constexpr int kPoints = 34;
 

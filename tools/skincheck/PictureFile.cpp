@@ -12,7 +12,7 @@
 
 namespace {
 
-/// In the order in which the program tries them.
+// In the order in which the program tries them.
 constexpr const char* kExtensions[] = {".png", ".jpg", ".jpeg", ".webp", ".tiff", ".gif", ".exif", ".bmp"};
 
 struct Format {
@@ -37,7 +37,7 @@ bool isFile(const std::string& path) {
   return std::filesystem::is_regular_file(path, code);
 }
 
-/// Whether `path` could be read; then `picture` is filled.
+// Whether `path` could be read; then `picture` is filled.
 bool readInto(PictureFile& picture, const std::string& path, bool pixels, Findings& findings) {
   if (!isFile(path)) return false;
   const auto known = std::find_if(findings.decoded.begin(), findings.decoded.end(),

@@ -21,16 +21,16 @@ Area common(const Area& a, const Area& b) {
 
 bool operator==(const Area& a, const Area& b) { return a.x == b.x && a.y == b.y && a.w == b.w && a.h == b.h; }
 
-/// Whether the file is shown where levels would be. The other files of their scene stand beside levels.
+// Whether the file is shown where levels would be. The other files of their scene stand beside levels.
 bool replacesLevels(const SkinFile& file) {
   return file.name == "logo.png" || file.name == "Fonts/jackpot_win_label" || file.name == "topscreen.jpg" ||
          file.scene == Scene::Every;
 }
 
-/// Where the demo's dots of 44 by 44 pixels circle, when the circle is largest.
+// Where the demo's dots of 44 by 44 pixels circle, when the circle is largest.
 constexpr Area kDots{838, 418, 244, 244};
 
-/// First place of the file that the view looks into.
+// First place of the file that the view looks into.
 Area insideOf(const View& view) {
   for (const SkinFile& file : skinFiles())
     if (file.name == view.inside && !file.places.empty()) return file.places.front();
@@ -39,7 +39,7 @@ Area insideOf(const View& view) {
 
 bool contains(const Area& outer, const Area& inner) { return common(outer, inner) == inner; }
 
-/// What the paytable of the demo's games brings besides: the page and the fonts' fields are as the platform says.
+// What the paytable of the demo's games brings besides: the page and the fonts' fields are as the platform says.
 constexpr int kPageX = 220, kPageY = 110;  // of 1480 x 860 in the middle
 
 using Places = std::vector<Area>;
@@ -52,7 +52,7 @@ SkinFile page(const char* name) {
   return onPaytable(SkinFileKind::Picture, name, Fit::Exact, 1480, 860, {{kPageX, kPageY, 1480, 860}});
 }
 
-/// Three fields of one width below each other on the page.
+// Three fields of one width below each other on the page.
 SkinFile prizes(int x, std::array<int, 3> ys, int width) {
   Places places;
   for (const int y : ys) places.push_back({kPageX + x, kPageY + y, width, 56});
@@ -73,7 +73,7 @@ const std::vector<SkinFile>& secondPage() {
   return files;
 }
 
-/// How far a label is from the outline that it names, and how far from beside or above it.
+// How far a label is from the outline that it names, and how far from beside or above it.
 double distance(const Area& label, const Area& place, bool everywhere) {
   if (everywhere)
     return std::min({label.x - place.x, label.y - place.y, place.x + place.w - label.x - label.w,
@@ -86,7 +86,7 @@ double distance(const Area& label, const Area& place, bool everywhere) {
   return std::hypot(dx, dy) + std::min(ax, ay);
 }
 
-/// Whether a box hides something that the picture is about.
+// Whether a box hides something that the picture is about.
 bool taken(const Area& box, const std::vector<Mark>& marks, const std::vector<Area>& pictures) {
   if (std::any_of(pictures.begin(), pictures.end(), [&](const Area& other) { return overlap(box, other); }))
     return true;
@@ -143,7 +143,7 @@ Area cropOf(const View& view) {
 
 namespace {
 
-/// Whether another view shows a place of the file enlarged.
+// Whether another view shows a place of the file enlarged.
 bool hasCloseUp(const View& view, const SkinFile& file) {
   for (const View& other : views()) {
     if (!other.inside || other.scene != view.scene) continue;
@@ -177,7 +177,7 @@ Area scaledTo(const View& view, const Area& place) {
                 {0, 0, view.width, view.height});
 }
 
-/// Where the pictures of the skin stand in a view that is about a game: they are not to be hidden either.
+// Where the pictures of the skin stand in a view that is about a game: they are not to be hidden either.
 std::vector<Area> around(View view) {
   std::vector<Area> areas;
   if (view.skin) return areas;
@@ -188,7 +188,7 @@ std::vector<Area> around(View view) {
   return areas;
 }
 
-/// Puts the numbers on the upper edges of their places, each as far to the left as those before it leave free.
+// Puts the numbers on the upper edges of their places, each as far to the left as those before it leave free.
 void placeBadges(std::vector<Mark>& marks, std::vector<Area> placed) {
   for (Mark& mark : marks) {
     size_t letters = 0;

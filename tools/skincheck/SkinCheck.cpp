@@ -20,9 +20,9 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr const char* kSkinFolder = "VESPERA/TOP_SKIN/";
-constexpr const char* kPages = "paytable";  ///< in the folder Icons of a game
+constexpr const char* kPages = "paytable";  // in the folder Icons of a game
 constexpr int64_t kMegabyte = 1000000;
-/// The waiting screen's line, and the two lines of the frame rate with figures as long as they get.
+// The waiting screen's line, and the two lines of the frame rate with figures as long as they get.
 constexpr const char* kWaiting = "Waiting for KSL connection...";
 constexpr const char* kFrameRate = "Loop freq.: FPS: 0123456789.()";
 
@@ -42,7 +42,7 @@ std::string withSlash(const std::string& folder) {
   return path;
 }
 
-/// The folder that WORKING_DIR names, of which `folder` may be a part.
+// The folder that WORKING_DIR names, of which `folder` may be a part.
 void checkMeant(const std::string& folder, const std::string& root) {
   if (!isFolder(folder)) throw WrongFolder("there is no folder \"" + folder + "\"");
   if (isFolder(root + kSkinFolder)) return;
@@ -95,7 +95,7 @@ std::string megabytes(int64_t bytes) {
   return text;
 }
 
-/// Moves what one part gathered to the report.
+// Moves what one part gathered to the report.
 void close(CheckReport& report, Findings& findings, CheckedPart part, int budget, int fileBudget) {
   part.budget = budget * kMegabyte;
   part.files = std::move(findings.decoded);

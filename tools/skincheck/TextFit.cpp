@@ -4,7 +4,7 @@
 #include <cstdio>
 
 namespace {
-/// The program makes a text's texture so much wider than its widest line.
+// The program makes a text's texture so much wider than its widest line.
 constexpr int kSpareWidth = 5;
 }  // namespace
 

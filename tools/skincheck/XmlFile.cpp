@@ -11,16 +11,16 @@
 
 namespace {
 
-/// More elements inside each other would take the parser's stack.
+// More elements inside each other would take the parser's stack.
 constexpr int kMaxDepth = 64;
-/// Told of one kind before the rest is only counted.
+// Told of one kind before the rest is only counted.
 constexpr int kTold = 10;
-/// Bytes of a sentence, however much of the file it repeats.
+// Bytes of a sentence, however much of the file it repeats.
 constexpr size_t kLongest = 500;
-/// No number of a font or of an atlas is larger.
+// No number of a font or of an atlas is larger.
 constexpr long kLargest = 1 << 24;
 
-/// How far the parser may be let into the text, which ends with a zero: the place of the first element too deep.
+// How far the parser may be let into the text, which ends with a zero: the place of the first element too deep.
 const char* tooDeep(const char* text) {
   int depth = 0;
   while ((text = std::strpbrk(text, "</"))) {
@@ -33,12 +33,12 @@ const char* tooDeep(const char* text) {
   return nullptr;
 }
 
-/// A text of the file in a sentence: not too much of it.
+// A text of the file in a sentence: not too much of it.
 std::string quoted(const std::string& text) {
   return "\"" + text.substr(0, 40) + (text.size() > 40 ? "...\"" : "\"");
 }
 
-/// Length of the UTF-8 sequence at `at`, 0 when none begins there.
+// Length of the UTF-8 sequence at `at`, 0 when none begins there.
 size_t sequence(const std::string& text, size_t at) {
   const auto byte = static_cast<unsigned char>(text[at]);
   const size_t length = byte < 0x80 ? 1 : byte < 0xc2 ? 0 : byte < 0xe0 ? 2 : byte < 0xf0 ? 3 : byte < 0xf5 ? 4 : 0;
@@ -51,7 +51,7 @@ size_t sequence(const std::string& text, size_t at) {
   return bad ? 0 : length;
 }
 
-/// What stands in a file may be anything, what is said about it is UTF-8 on one line.
+// What stands in a file may be anything, what is said about it is UTF-8 on one line.
 std::string readable(const std::string& text) {
   std::string out;
   for (size_t at = 0; at < text.size();) {

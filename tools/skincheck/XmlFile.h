@@ -8,14 +8,14 @@
 
 #include "Findings.h"
 
-/// A place in a text file, counted from 1 in lines and characters; 0 where there is none.
+// A place in a text file, counted from 1 in lines and characters; 0 where there is none.
 struct TextPlace {
   int line = 0, column = 0;
 };
 
-/// An XML file read by the library that the program reads with, which remembers where everything stood and reports
-/// what is wrong with it. One thread. Nodes live as long as this object; `findings` must outlive it. Of one kind of
-/// finding the first ten are told, and how many more there are when this object goes.
+// An XML file read by the library that the program reads with, which remembers where everything stood and reports
+// what is wrong with it. One thread. Nodes live as long as this object; `findings` must outlive it. Of one kind of
+// finding the first ten are told, and how many more there are when this object goes.
 class XmlFile {
  public:
   using Node = rapidxml::xml_node<char>;
@@ -26,12 +26,12 @@ class XmlFile {
   XmlFile(const XmlFile&) = delete;
   XmlFile& operator=(const XmlFile&) = delete;
 
-  /// The first element of that name at the top. Null when there is none, when the file is missing ("missing") or
-  /// when it is no XML ("xml"): then it is reported. An element of another name is not.
+  // The first element of that name at the top. Null when there is none, when the file is missing ("missing") or
+  // when it is no XML ("xml"): then it is reported. An element of another name is not.
   const Node* root(const char* name) const;
-  /// The first element at the top, whatever its name.
+  // The first element at the top, whatever its name.
   const Node* anyRoot() const;
-  /// Whether the file was there and could be parsed.
+  // Whether the file was there and could be parsed.
   bool parsed() const { return mParsed; }
   const std::string& path() const { return mPath; }
 
@@ -41,12 +41,12 @@ class XmlFile {
   void error(const std::string& code, const std::string& text, TextPlace place = {});
   void warn(const std::string& code, const std::string& text, TextPlace place = {});
 
-  /// The whole number of an attribute as the program takes it; what is wrong with it is reported under `code`. An
-  /// attribute that is not there gives `fallback`, or an error and 0 without one.
+  // The whole number of an attribute as the program takes it; what is wrong with it is reported under `code`. An
+  // attribute that is not there gives `fallback`, or an error and 0 without one.
   int number(const Node& node, const char* name, const std::string& code, std::optional<int> fallback);
-  /// The same for a text between commas, which stands at `place` and is called `name`.
+  // The same for a text between commas, which stands at `place` and is called `name`.
   int number(const std::string& text, const std::string& name, const std::string& code, TextPlace place);
-  /// An attribute's text, or null and an error under `code`.
+  // An attribute's text, or null and an error under `code`.
   const Attribute* attribute(const Node& node, const char* name, const std::string& code);
 
  private:

@@ -18,13 +18,13 @@ constexpr double kDimmed = 0.8;  // so that the outlines stand out
 constexpr int kJpegQuality = 64;
 constexpr Colour kInk{0.02, 0.02, 0.03, 1};
 
-/// Bright, and far from each other; marks take them in turn.
+// Bright, and far from each other; marks take them in turn.
 const Colour kColours[] = {{1.00, 0.85, 0.20, 1}, {0.35, 0.90, 1.00, 1}, {1.00, 0.50, 0.85, 1},
                            {0.50, 1.00, 0.45, 1}, {1.00, 0.62, 0.30, 1}, {0.72, 0.70, 1.00, 1},
                            {1.00, 1.00, 1.00, 1}, {0.40, 1.00, 0.80, 1}};
 
-/// What a label says: number, name and size of each file; where a file is looked at closely also the upper left
-/// corner of the place, as it lies in that file.
+// What a label says: number, name and size of each file; where a file is looked at closely also the upper left
+// corner of the place, as it lies in that file.
 std::vector<std::string> linesOf(const View& view, const std::vector<Mark>& marks, const Label& label) {
   const Mark& mark = marks[label.mark];
   const Area& place = mark.screen[label.place];
@@ -46,7 +46,7 @@ std::vector<std::string> linesOf(const View& view, const std::vector<Mark>& mark
   return lines;
 }
 
-/// Broken where an animation comes and goes.
+// Broken where an animation comes and goes.
 void outline(cairo_t* cr, const Area& area, const Colour& colour, bool broken) {
   constexpr double kDashes[] = {9, 6};
   const auto stroke = [&](double width, const Colour& with) {
@@ -75,7 +75,7 @@ void fillBox(cairo_t* cr, const Area& box, double radius, const Colour& colour) 
   cairo_fill(cr);
 }
 
-/// From the label to the nearest point of the place, where the two do not touch.
+// From the label to the nearest point of the place, where the two do not touch.
 void leader(cairo_t* cr, const Area& box, const Area& place, const Colour& colour) {
   const auto nearest = [](double from, double low, double high) { return std::clamp(from, low, high); };
   const double cx = box.x + box.w / 2.0, cy = box.y + box.h / 2.0;
