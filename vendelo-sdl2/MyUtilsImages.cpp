@@ -6,6 +6,7 @@
 #include <cstring>
 
 #include "vendelo-sdl2/MyUtils.h"
+#include "vendelo-sdl2/PictureFormat.h"
 #include "vendelo-sdl2/PictureHeader.h"
 
 namespace MyUtils {
@@ -71,12 +72,8 @@ SDL_Surface* SDLSurfaces::CreateNew(const std::string& name) { return LoadSurfac
 
 SDL_Texture* LoadTexture(SDL_Renderer* renderer, const std::string& path) {
   return loadWithFallback(path, [renderer](const char* file) -> SDL_Texture* {
-    SDL_Texture* texture = IMG_LoadTexture(renderer, file);
-    int w = 0, h = 0;
-    if (!texture || SDL_QueryTexture(texture, nullptr, nullptr, &w, &h) != 0) return texture;
-    if (w <= kLongestSide && h <= kLongestSide) return texture;
-    SDL_DestroyTexture(texture);
-    return nullptr;
+    const TSurfacePtr picture(InFastFormat(renderer, IMG_Load(file)));
+    return IsTooLong(picture.get()) ? nullptr : TextureOf(renderer, picture.get()).release();
   });
 }
 

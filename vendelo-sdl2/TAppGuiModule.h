@@ -112,6 +112,9 @@ class TAppGuiModule : public TAppModule {
   // than 2 to the power of 26 pixels.
   static SDL_Texture* CreateLayer(SDL_Texture* pFormatReference, int width, int height, int transparent, int tR,
                                   int tG, int tB, int BitDepth);
+  // The same in memory, in MyUtils::kDrawnFormat, for what is put together once with MyUtils::BlendInto
+  // and becomes a texture with MyUtils::LayerOf.
+  static SDL_Surface* CreateLayerSurface(int width, int height, int tR, int tG, int tB);
   static SDL_Surface* CreateSurface(SDL_Surface* pFormatReference, int width, int height, int transparent, int tR,
                                     int tG, int tB, int BitDepth);
   // A copy of one frame of a vertical or horizontal strip; null beyond its end.

@@ -3,6 +3,7 @@
 #include <cstdio>
 
 #include "vendelo-sdl2/MyUtils.h"
+#include "vendelo-sdl2/PictureFormat.h"
 #include "vendelo-sdl2/PictureHeader.h"
 #include "vendelo-sdl2/TAppGuiModule.h"
 #include "vendelo-sdl2/TApplication.h"
@@ -16,6 +17,10 @@ bool isEmpty(const char* file) { return !file || !*file; }
 // On these terminals an empty layer takes the caller's colour, so that scaled edges blend into it.
 bool layersKeepColour() {
   return TerminalFlavour == QUIRA_FLAVOUR || TerminalFlavour == ZOD_FLAVOUR || TerminalFlavour == VESPERA_FLAVOUR;
+}
+
+bool isTooLarge(int width, int height) {
+  return int64_t{width} * height > MyUtils::kMostLayerPixels || std::max(width, height) > MyUtils::kLongestSide;
 }
 
 }  // namespace
@@ -58,10 +63,9 @@ SDL_Texture* TAppGuiModule::SubImage(SDL_Texture* pSrc, int x, int y, int w, int
 }
 
 SDL_Texture* TAppGuiModule::CreateLayer(SDL_Texture*, int width, int height, int, int tR, int tG, int tB, int) {
-  if (int64_t{width} * height > MyUtils::kMostLayerPixels || std::max(width, height) > MyUtils::kLongestSide)
-    return nullptr;
-  SDL_Texture* layer =
-    SDL_CreateTexture(mpGUIRendererStatic, SDL_PIXELFORMAT_RGBA8888, SDL_TEXTUREACCESS_TARGET, width, height);
+  if (isTooLarge(width, height)) return nullptr;
+  SDL_Texture* layer = SDL_CreateTexture(mpGUIRendererStatic, MyUtils::LayerFormat(mpGUIRendererStatic),
+                                         SDL_TEXTUREACCESS_TARGET, width, height);
   if (!layer) return nullptr;
   SDL_SetTextureBlendMode(layer, SDL_BLENDMODE_NONE);
   TRenderGuard guard(mpGUIRendererStatic);
@@ -71,6 +75,16 @@ SDL_Texture* TAppGuiModule::CreateLayer(SDL_Texture*, int width, int height, int
   else
     guard.clear(0, 0, 0, 0);
   SDL_SetTextureBlendMode(layer, SDL_BLENDMODE_BLEND);
+  return layer;
+}
+
+SDL_Surface* TAppGuiModule::CreateLayerSurface(int width, int height, int tR, int tG, int tB) {
+  if (width <= 0 || height <= 0 || isTooLarge(width, height)) return nullptr;
+  SDL_Surface* layer = SDL_CreateRGBSurfaceWithFormat(0, width, height, 32, MyUtils::kDrawnFormat);
+  if (layer && layersKeepColour())
+    SDL_FillRect(
+      layer, nullptr,
+      SDL_MapRGBA(layer->format, static_cast<Uint8>(tR), static_cast<Uint8>(tG), static_cast<Uint8>(tB), 0));
   return layer;
 }
 

@@ -1,9 +1,11 @@
 #pragma once
 
 #include <SDL.h>
+#include <memory>
 #include <string>
 #include <vector>
 
+#include "vendelo-sdl2/PictureFormat.h"
 #include "vendelo-sdl2/TAlignment.h"
 #include "vendelo-sdl2/TTexturePtr.h"
 
@@ -13,6 +15,7 @@ class SkinXml;
 // kerning, into a new texture. Fonts stand in a process-wide registry under their names, so that labels share them.
 // Thread: construction, destruction and RenderText need the renderer: draw thread. The registry has no lock.
 // Units: pixels of the atlas.
+// Memory: the atlas is a picture in memory, out of which texts are put together; a text is a texture.
 // Ownership: a registered font is deleted by CleanupBitmapFonts and owns its atlas. A second font on the same file
 // borrows the atlas and the glyphs of the first, and is not registered. Glyphs live as long as the process.
 // Bad input: a missing or malformed file gives an empty font that is not registered; a missing number counts as 0.
@@ -58,7 +61,10 @@ class TBitmapFont {
   SDL_Texture* RenderText(SDL_Renderer* renderer, const std::string& text, int* widthOut, int* heightOut,
                           vendelo_sdl2::TAlignment textAlignment) const;
 
-  SDL_Texture* GlyphTexture() const { return mpGlyphTexture; }
+  // The picture that holds the glyphs, in MyUtils::kDrawnFormat; null without one.
+  const SDL_Surface* GlyphPicture() const { return mpAtlas ? mpAtlas->picture.get() : nullptr; }
+  // A texture of it, made at the first request; the font's.
+  SDL_Texture* GlyphTexture() const;
   SDL_Color BackgroundColor() const { return mBackgroundColor; }
   int PaddingTop() const { return mPaddingTop; }
   int PaddingLeft() const { return mPaddingLeft; }
@@ -72,6 +78,11 @@ class TBitmapFont {
 
  private:
   struct Layout;
+  struct Atlas {
+    MyUtils::TSurfacePtr picture;
+    SDL_Renderer* renderer;
+    vendelo_sdl2::TTexturePtr texture;
+  };
   void shareWith(const TBitmapFont& original);
   void copySizes(const TBitmapFont& original);  // and the background colour
   bool isRegistered() const;
@@ -81,9 +92,9 @@ class TBitmapFont {
   int glyphsOutsideTheAtlas() const;
   Layout measure(const std::string& text) const;
 
-  std::vector<TGlyph*> mGlyphChars;       // in file order
-  vendelo_sdl2::TTexturePtr mpOwnAtlas;   // null in a borrower
-  SDL_Texture* mpGlyphTexture = nullptr;  // the own atlas, or the original's
+  std::vector<TGlyph*> mGlyphChars;   // in file order
+  std::unique_ptr<Atlas> mpOwnAtlas;  // null in a borrower
+  Atlas* mpAtlas = nullptr;           // the own one, or the original's
   std::string mName;
   std::string mXML;
   int mMaxHeight = 0;

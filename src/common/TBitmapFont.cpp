@@ -9,7 +9,6 @@
 #include "vendelo-sdl2/MyUtils.h"
 #include "vendelo-sdl2/PixelLimits.h"
 #include "vendelo-sdl2/TAppGuiModule.h"
-#include "vendelo-sdl2/TRenderGuard.h"
 
 using namespace vendelo_sdl2;
 
@@ -93,13 +92,13 @@ void TBitmapFont::CleanupBitmapFonts() {
   for (TBitmapFont* font : fonts) {
     // Fonts that borrow this atlas may be asked to draw once more.
     for (TBitmapFont* other : UnregisteredFonts)
-      if (!other->mpOwnAtlas && other->mpGlyphTexture == font->mpGlyphTexture) other->mpGlyphTexture = nullptr;
+      if (!other->mpOwnAtlas && other->mpAtlas == font->mpAtlas) other->mpAtlas = nullptr;
     delete font;
   }
 }
 
 void TBitmapFont::shareWith(const TBitmapFont& original) {
-  mpGlyphTexture = original.mpGlyphTexture;
+  mpAtlas = original.mpAtlas;
   mGlyphChars = original.mGlyphChars;
   copySizes(original);
 }
@@ -114,6 +113,12 @@ void TBitmapFont::copySizes(const TBitmapFont& original) {
   mPaddingBottom = original.mPaddingBottom;
   mPaddingLeft = original.mPaddingLeft;
   mPaddingRight = original.mPaddingRight;
+}
+
+SDL_Texture* TBitmapFont::GlyphTexture() const {
+  if (!mpAtlas) return nullptr;
+  if (!mpAtlas->texture) mpAtlas->texture = MyUtils::TextureOf(mpAtlas->renderer, mpAtlas->picture.get());
+  return mpAtlas->texture.get();
 }
 
 TBitmapFont::TGlyph* TBitmapFont::FindGlyph(int id) const {
@@ -170,9 +175,9 @@ SDL_Texture* TBitmapFont::RenderText(SDL_Renderer* renderer, const std::string& 
   if (heightOut) *heightOut = max_height;
 
   // An empty font has lines of height 0, a texture has not.
-  SDL_Texture* texture = TAppGuiModule::CreateLayer(mpGlyphTexture, max_width, std::max(max_height, 1), 0,
-                                                    mBackgroundColor.r, mBackgroundColor.g, mBackgroundColor.b, 16);
-  if (!texture) return nullptr;
+  const MyUtils::TSurfacePtr picture(TAppGuiModule::CreateLayerSurface(
+    max_width, std::max(max_height, 1), mBackgroundColor.r, mBackgroundColor.g, mBackgroundColor.b));
+  if (!picture) return nullptr;
 
   const auto lineStart = [&](size_t line) -> int64_t {
     const int64_t spare = layout.max_width - layout.lineWidths[line];
@@ -186,8 +191,6 @@ SDL_Texture* TBitmapFont::RenderText(SDL_Renderer* renderer, const std::string& 
     }
   };
 
-  TRenderGuard guard(renderer);
-  guard.target(texture);
   size_t line = 0;
   int64_t cursorx = lineStart(line);
   int64_t cursory = 0;
@@ -200,14 +203,8 @@ SDL_Texture* TBitmapFont::RenderText(SDL_Renderer* renderer, const std::string& 
     const TGlyph* glyph = layout.glyphs[i];
     if (!glyph) continue;
     const int64_t x = cursorx + glyph->xoffset + mPaddingLeft, y = cursory + glyph->yoffset + mPaddingTop;
-    // A renderer takes memory for a glyph of any size, however little of it is seen.
-    if (std::max(std::llabs(x), std::llabs(y)) < MyUtils::kFarthestPixel &&
-        int64_t{glyph->width} * glyph->height <= MyUtils::kMostLayerPixels) {
-      const SDL_Rect source{glyph->x, glyph->y, glyph->width, glyph->height};
-      const SDL_Rect destination{static_cast<int>(x), static_cast<int>(y), glyph->width, glyph->height};
-      SDL_RenderCopy(renderer, mpGlyphTexture, &source, &destination);
-    }
+    MyUtils::BlendInto(picture.get(), x, y, GlyphPicture(), {glyph->x, glyph->y, glyph->width, glyph->height});
     cursorx += int64_t{glyph->xadvance} + layout.kerning(i);
   }
-  return texture;
+  return MyUtils::LayerOf(renderer, picture.get()).release();
 }

@@ -176,18 +176,21 @@ bool TBitmapFont::parse(SDL_Renderer* renderer, const SkinXml& file, std::string
 }
 
 int TBitmapFont::glyphsOutsideTheAtlas() const {
-  SDL_Rect atlas{0, 0, 0, 0};
-  if (SDL_QueryTexture(mpGlyphTexture, nullptr, nullptr, &atlas.w, &atlas.h) != 0) return 0;
-  return static_cast<int>(std::count_if(mGlyphChars.begin(), mGlyphChars.end(), [&atlas](const TGlyph* g) {
+  const SDL_Surface* atlas = GlyphPicture();
+  if (!atlas) return 0;
+  return static_cast<int>(std::count_if(mGlyphChars.begin(), mGlyphChars.end(), [atlas](const TGlyph* g) {
     const bool empty = g->width == 0 || g->height == 0;
-    return !empty && (g->x < 0 || g->y < 0 || g->width < 0 || g->height < 0 || g->width > atlas.w - g->x ||
-                      g->height > atlas.h - g->y);
+    return !empty && (g->x < 0 || g->y < 0 || g->width < 0 || g->height < 0 || g->width > atlas->w - g->x ||
+                      g->height > atlas->h - g->y);
   }));
 }
 
 void TBitmapFont::loadAtlas(SDL_Renderer* renderer, const std::string& image) {
   vendelo_sdl2::TRenderGuard guard(renderer);
   guard.colour(mBackgroundColor.r, mBackgroundColor.g, mBackgroundColor.b, mBackgroundColor.a);
-  mpOwnAtlas.reset(MyUtils::LoadTexture(renderer, mXML.substr(0, mXML.rfind('/') + 1) + image));
-  mpGlyphTexture = mpOwnAtlas.get();
+  MyUtils::TSurfacePtr picture =
+    MyUtils::InDrawnFormat(MyUtils::TSurfacePtr(MyUtils::LoadSurface(mXML.substr(0, mXML.rfind('/') + 1) + image)));
+  if (!picture) return;
+  mpOwnAtlas = std::make_unique<Atlas>(Atlas{std::move(picture), renderer, nullptr});
+  mpAtlas = mpOwnAtlas.get();
 }

@@ -4,8 +4,8 @@
 
 #include "common/TBitmapFont.h"
 #include "components/TControlCyphers3.h"
+#include "vendelo-sdl2/PictureFormat.h"
 #include "vendelo-sdl2/TAppGuiModule.h"
-#include "vendelo-sdl2/TRenderGuard.h"
 
 using namespace vendelo_sdl2;
 
@@ -22,26 +22,26 @@ void reportMissing(const std::string& component, char glyph) {
 }
 
 // Copies one glyph to the middle of its row, and the 0 to the extra row too.
-void copyDigit(SDL_Renderer* renderer, SDL_Texture* source, const SDL_Rect& srcRect, int digit, bool reversed,
-               int rowWidth, int rowHeight) {
-  SDL_Rect destRect{(rowWidth - srcRect.w) / 2, 0, srcRect.w, srcRect.h};
-  destRect.y = rowOf(digit, reversed) * rowHeight + (rowHeight - srcRect.h) / 2;
-  SDL_RenderCopy(renderer, source, &srcRect, &destRect);
-  if (digit != 0) return;
-  destRect.y = secondZeroRow(reversed) * rowHeight + (rowHeight - srcRect.h) / 2;
-  SDL_RenderCopy(renderer, source, &srcRect, &destRect);
+void copyDigit(SDL_Surface* strip, const SDL_Surface* source, const SDL_Rect& srcRect, int digit, bool reversed,
+               int rowHeight) {
+  const int x = (strip->w - srcRect.w) / 2, y = (rowHeight - srcRect.h) / 2;
+  MyUtils::BlendInto(strip, x, rowOf(digit, reversed) * rowHeight + y, source, srcRect);
+  if (digit == 0) MyUtils::BlendInto(strip, x, secondZeroRow(reversed) * rowHeight + y, source, srcRect);
 }
 
 // A layer with one glyph on it; the rectangle keeps its size and goes to the origin.
-TTexturePtr separatorLayer(SDL_Renderer* renderer, SDL_Texture* source, SDL_Rect& rect) {
-  TTexturePtr layer(TAppGuiModule::CreateLayer(nullptr, rect.w, rect.h, 0, 0, 0, 0, 16));
-  if (layer) {
-    TRenderGuard guard(renderer);
-    guard.target(layer.get());
-    SDL_RenderCopy(renderer, source, &rect, nullptr);
-  }
+TTexturePtr separatorLayer(SDL_Renderer* renderer, const SDL_Surface* source, SDL_Rect& rect) {
+  const MyUtils::TSurfacePtr layer(TAppGuiModule::CreateLayerSurface(rect.w, rect.h, 0, 0, 0));
+  MyUtils::BlendInto(layer.get(), 0, 0, source, rect);
   rect.x = rect.y = 0;
-  return layer;
+  return MyUtils::LayerOf(renderer, layer.get());
+}
+
+// Null when the font has no such glyph or there is no memory.
+MyUtils::TSurfacePtr glyphPicture(TTF_Font* font, SDL_Color color, char charCode) {
+  const Uint16 codePoint = static_cast<unsigned char>(charCode);
+  if (!font || !TTF_GlyphIsProvided(font, codePoint)) return nullptr;
+  return MyUtils::TSurfacePtr(TTF_RenderGlyph_Blended(font, codePoint, color));
 }
 
 }  // namespace
@@ -54,9 +54,9 @@ void TControlCyphers3::SetFont(TBitmapFont* font) {
   mDotRect = mCommaRect = SDL_Rect{};
   mGlyphWidth = font->MaxGlyphWidth();
   mGlyphHeight = font->MaxGlyphHeight();
-  mpCyphers.reset(TAppGuiModule::CreateLayer(nullptr, mGlyphWidth, mGlyphHeight * kStripRows, 0, 0, 0, 0, 16));
-  TRenderGuard guard(renderer);
-  guard.target(mpCyphers.get());
+  const MyUtils::TSurfacePtr strip(
+    TAppGuiModule::CreateLayerSurface(mGlyphWidth, mGlyphHeight * kStripRows, 0, 0, 0));
+  const SDL_Surface* const atlas = font->GlyphPicture();
 
   bool reported = false;
   auto find = [&](int codePoint) {
@@ -65,17 +65,18 @@ void TControlCyphers3::SetFont(TBitmapFont* font) {
     reported = reported || !glyph;
     return glyph;
   };
-  for (int i = 0; mpCyphers && i <= 9; ++i)
+  for (int i = 0; strip && i <= 9; ++i)
     if (const TBitmapFont::TGlyph* glyph = find(48 + i))
-      copyDigit(renderer, font->GlyphTexture(), SDL_Rect{glyph->x, glyph->y, glyph->width, glyph->height}, i,
-                mSpinDirection, mGlyphWidth, mGlyphHeight);
+      copyDigit(strip.get(), atlas, SDL_Rect{glyph->x, glyph->y, glyph->width, glyph->height}, i, mSpinDirection,
+                mGlyphHeight);
+  mpCyphers = MyUtils::LayerOf(renderer, strip.get());
   if (const TBitmapFont::TGlyph* glyph = find(44)) {
     mCommaRect = SDL_Rect{glyph->x, glyph->y, glyph->width, glyph->height};
-    mpComma = separatorLayer(renderer, font->GlyphTexture(), mCommaRect);
+    mpComma = separatorLayer(renderer, atlas, mCommaRect);
   }
   if (const TBitmapFont::TGlyph* glyph = find(46)) {
     mDotRect = SDL_Rect{glyph->x, glyph->y, glyph->width, glyph->height};
-    mpDot = separatorLayer(renderer, font->GlyphTexture(), mDotRect);
+    mpDot = separatorLayer(renderer, atlas, mDotRect);
   }
   if (mLocale == COMMA_DECIMAL_DOT_THOUSANDS) swapSeparators();
 }
@@ -102,40 +103,35 @@ void TControlCyphers3::SetFont(TTF_Font* font, SDL_Color color) {
   // The height comes from the width figures here while the rows are as high as the component: as designed.
   mGlyphHeight = mGlyphWidth;
   const int rowHeight = mDestRect.h;
-  mpCyphers.reset(TAppGuiModule::CreateLayer(nullptr, mGlyphWidth, rowHeight * kStripRows, 0, 0, 0, 0, 16));
-  TRenderGuard guard(renderer);
-  guard.target(mpCyphers.get());
+  const MyUtils::TSurfacePtr strip(TAppGuiModule::CreateLayerSurface(mGlyphWidth, rowHeight * kStripRows, 0, 0, 0));
 
   bool reported = false;
   auto render = [&](char c, SDL_Rect& bounds) {
-    TTexturePtr glyph(GlyphOfFont(font, color, c, &bounds));
+    MyUtils::TSurfacePtr glyph = MyUtils::InDrawnFormat(glyphPicture(font, color, c));
+    bounds = glyph ? SDL_Rect{0, 0, glyph->w, glyph->h} : SDL_Rect{};
     if (!glyph && !reported) reportMissing(mName, c);
     reported = reported || !glyph;
     return glyph;
   };
-  for (int i = 0; mpCyphers && i <= 9; ++i) {
+  for (int i = 0; strip && i <= 9; ++i) {
     SDL_Rect bounds;
-    if (const TTexturePtr glyph = render(static_cast<char>('0' + i), bounds))
-      copyDigit(renderer, glyph.get(), bounds, i, mSpinDirection, mGlyphWidth, rowHeight);
+    if (const MyUtils::TSurfacePtr glyph = render(static_cast<char>('0' + i), bounds))
+      copyDigit(strip.get(), glyph.get(), bounds, i, mSpinDirection, rowHeight);
   }
-  if (const TTexturePtr glyph = render(',', mCommaRect))
+  mpCyphers = MyUtils::LayerOf(renderer, strip.get());
+  if (const MyUtils::TSurfacePtr glyph = render(',', mCommaRect))
     mpComma = separatorLayer(renderer, glyph.get(), mCommaRect);
-  if (const TTexturePtr glyph = render('.', mDotRect)) mpDot = separatorLayer(renderer, glyph.get(), mDotRect);
+  if (const MyUtils::TSurfacePtr glyph = render('.', mDotRect))
+    mpDot = separatorLayer(renderer, glyph.get(), mDotRect);
   if (mLocale == COMMA_DECIMAL_DOT_THOUSANDS) swapSeparators();
 }
 
 SDL_Texture* TControlCyphers3::GlyphOfFont(TTF_Font* font, SDL_Color color, char charCode,
                                            SDL_Rect* boundsOut) const {
   SDL_Rect bounds{};
-  SDL_Texture* texture = nullptr;
-  const Uint16 codePoint = static_cast<unsigned char>(charCode);
-  if (font && TTF_GlyphIsProvided(font, codePoint)) {
-    if (SDL_Surface* surface = TTF_RenderGlyph_Blended(font, codePoint, color)) {
-      texture = SDL_CreateTextureFromSurface(GetRenderer(), surface);
-      SDL_FreeSurface(surface);
-    }
-  }
-  if (texture) SDL_QueryTexture(texture, nullptr, nullptr, &bounds.w, &bounds.h);
+  const MyUtils::TSurfacePtr picture = glyphPicture(font, color, charCode);
+  TTexturePtr texture = MyUtils::TextureOf(GetRenderer(), picture.get());
+  if (texture) SDL_QueryTexture(texture.get(), nullptr, nullptr, &bounds.w, &bounds.h);
   if (boundsOut) *boundsOut = bounds;
-  return texture;
+  return texture.release();
 }

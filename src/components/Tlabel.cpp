@@ -1,11 +1,12 @@
 #include "components/Tlabel.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "components/SlideSupport.h"
+#include "vendelo-sdl2/PictureFormat.h"
 #include "vendelo-sdl2/TAppGuiModule.h"
 #include "vendelo-sdl2/TApplication.h"
-#include "vendelo-sdl2/TRenderGuard.h"
 #include "vendelo-sdl2/TTaskMan.h"
 
 using namespace vendelo_sdl2;
@@ -128,7 +129,7 @@ TTexturePtr Tlabel::renderLine(const std::string& line, SDL_Color color, SDL_Sur
   if (!surface) return nullptr;
   size.w = surface->w;
   size.h = surface->h;
-  TTexturePtr texture(SDL_CreateTextureFromSurface(GetRenderer(), surface));
+  TTexturePtr texture = MyUtils::TextureOf(GetRenderer(), surface);
   SDL_FreeSurface(surface);
   surface = nullptr;
   if (texture) SDL_SetTextureAlphaMod(texture.get(), static_cast<Uint8>(mAlpha));
@@ -153,37 +154,31 @@ void Tlabel::buildOneLine() {
 void Tlabel::buildTwoLines() {
   clearTextures();
   const size_t space = mText.find(' ');
-  SDL_Rect rect1{}, rect2{};
-  const TTexturePtr line1 = renderLine(mText.substr(0, space), mColor, mpSurface, rect1);
-  const TTexturePtr line2 = renderLine(mText.substr(space + 1), mColor, mpSurface2, rect2);
-  const int mw = rect1.w > rect2.w ? rect1.w : rect2.w;
-  if (line1 && line2)
-    showText(TTexturePtr(TAppGuiModule::CreateLayer(nullptr, mw, rect1.h + rect2.h, 0, 0, 0, 0, 32)));
+  const auto render = [this](const std::string& line) {
+    return MyUtils::InDrawnFormat(MyUtils::TSurfacePtr(TTF_RenderUTF8_Blended(mpFont, line.c_str(), mColor)));
+  };
+  const MyUtils::TSurfacePtr line1 = render(mText.substr(0, space)), line2 = render(mText.substr(space + 1));
+  if (!line1 || !line2) return;
+  const SDL_Rect rect1{0, 0, line1->w, line1->h}, rect2{0, 0, line2->w, line2->h};
+  const int mw = std::max(rect1.w, rect2.w);
+  const MyUtils::TSurfacePtr both(TAppGuiModule::CreateLayerSurface(mw, rect1.h + rect2.h, 0, 0, 0));
+  if (both) {
+    const TPart side = horizontalPart(mAlign);
+    int x = 0;
+    const auto place = [&](const SDL_Rect& line) {
+      if (side != TPart::FIRST && line.w != mw) x = side == TPart::MIDDLE ? (mw - line.w) / 2 : mw - line.w;
+    };
+    // Here the label's alpha counts once, and when the texture is drawn once more: as designed.
+    const auto alpha = static_cast<Uint8>(mAlpha);
+    place(rect1);
+    MyUtils::BlendInto(both.get(), x, 0, line1.get(), rect1, alpha);
+    // x is not set back between the lines: a wider second line keeps the place of the first, as designed.
+    place(rect2);
+    MyUtils::BlendInto(both.get(), x, rect1.h, line2.get(), rect2, alpha);
+    showText(MyUtils::LayerOf(GetRenderer(), both.get()));
+  }
   if (mpTargetTexture) {
     SDL_SetTextureAlphaMod(mpTargetTexture, static_cast<Uint8>(mAlpha));
-    SDL_Renderer* renderer = GetRenderer();
-    TRenderGuard guard(renderer);
-    guard.target(mpTargetTexture);
-
-    const TPart side = horizontalPart(mAlign);
-    SDL_Rect dest_rect{0, 0, mw, rect1.h};
-    auto place = [&](const SDL_Rect& line) {
-      if (side == TPart::FIRST) {
-        dest_rect.w = line.w;
-      } else if (line.w != mw) {
-        dest_rect.x = side == TPart::MIDDLE ? (mw - line.w) / 2 : mw - line.w;
-        dest_rect.w = line.w;
-      }
-    };
-    place(rect1);
-    SDL_RenderCopy(renderer, line1.get(), nullptr, &dest_rect);
-    // x is not set back between the lines: a wider second line keeps the place of the first, as designed.
-    dest_rect.y = rect1.h;
-    dest_rect.w = mw;
-    dest_rect.h = rect2.h;
-    place(rect2);
-    SDL_RenderCopy(renderer, line2.get(), nullptr, &dest_rect);
-
     mSrcRect = SDL_Rect{0, 0, mw, rect1.h + rect2.h};
     mDestRect.w = mw;
     mDestRect.h = rect1.h + rect2.h;

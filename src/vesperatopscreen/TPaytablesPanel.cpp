@@ -10,6 +10,7 @@
 #include "common/TKSLReturnStructures.h"
 #include "common/ThreadSafeProperty.h"
 #include "components/Tlabel.h"
+#include "vendelo-sdl2/PictureFormat.h"
 #include "vendelo-sdl2/PictureHeader.h"
 #include "vendelo-sdl2/TApplication.h"
 #include "vesperatopscreen/GamePath.h"
@@ -121,7 +122,7 @@ std::vector<TPaytablesPanel::ImageInfo> TPaytablesPanel::findImages(const std::s
 void TPaytablesPanel::startLoad(const std::string& game_name, std::vector<ImageInfo> toLoad) {
   auto jobs = mRunningJobs;
   ++*jobs;
-  auto work = [this, jobs, game_name, toLoad = std::move(toLoad)] {
+  auto work = [this, jobs, game_name, renderer = GetRenderer(), toLoad = std::move(toLoad)] {
     const std::shared_ptr<void> end(nullptr, [&jobs](void*) {
       --*jobs;
       jobs->notify_all();
@@ -129,7 +130,8 @@ void TPaytablesPanel::startLoad(const std::string& game_name, std::vector<ImageI
     std::map<std::string, std::shared_ptr<SDL_Surface>> surfaces;
     for (const ImageInfo& info : toLoad)
       if (!info.filepath.empty() && !MyUtils::PromisesTooManyPixels(info.filepath))
-        surfaces[info.name] = std::shared_ptr<SDL_Surface>(IMG_Load(info.filepath.c_str()), SDL_FreeSurface);
+        surfaces[info.name] = std::shared_ptr<SDL_Surface>(
+          MyUtils::InFastFormat(renderer, IMG_Load(info.filepath.c_str())), SDL_FreeSurface);
     pApp->DeferToDraw([this, game_name, surfaces] { takeImages(game_name, surfaces); }, false);
   };
   // Frees itself after its one run; the task manager never hears of it.
@@ -140,8 +142,7 @@ void TPaytablesPanel::takeImages(const std::string& game_name,
                                  const std::map<std::string, std::shared_ptr<SDL_Surface>>& surfaces) {
   for (const auto& [page, surface] : surfaces) {
     TTexturePtr texture;
-    if (!MyUtils::IsTooLong(surface.get()))
-      texture.reset(SDL_CreateTextureFromSurface(GetRenderer(), surface.get()));
+    if (!MyUtils::IsTooLong(surface.get())) texture = MyUtils::TextureOf(GetRenderer(), surface.get());
     SDL_SetTextureBlendMode(texture.get(), SDL_BLENDMODE_BLEND);
     setPage(page, std::move(texture));
   }

@@ -3,6 +3,7 @@
 #include <dlfcn.h>
 
 #include "tests/common/BitmapFontFixture.h"
+#include "vendelo-sdl2/TGuiComponent.h"
 
 using namespace bitmapfonttest;
 
@@ -20,10 +21,10 @@ Uint32 drawColour(SDL_Renderer* renderer) {
 }  // namespace
 
 // In front of SDL_image.
-extern "C" SDL_Texture* IMG_LoadTexture(SDL_Renderer* renderer, const char* file) {
-  static const auto next = reinterpret_cast<decltype(&IMG_LoadTexture)>(dlsym(RTLD_NEXT, "IMG_LoadTexture"));
-  colourOfTheLoad = drawColour(renderer);
-  return next(renderer, file);
+extern "C" SDL_Surface* IMG_Load(const char* file) {
+  static const auto next = reinterpret_cast<decltype(&IMG_Load)>(dlsym(RTLD_NEXT, "IMG_Load"));
+  colourOfTheLoad = drawColour(vendelo_sdl2::TGuiComponent::GetRenderer());
+  return next(file);
 }
 
 namespace {

@@ -36,11 +36,12 @@ class SpriteDrawing : public SpriteAnimation {
 
 }  // namespace
 
-// In front of SDL_image.
-extern "C" SDL_Texture* IMG_LoadTexture(SDL_Renderer* renderer, const char* file) {
-  static const auto next = reinterpret_cast<decltype(&IMG_LoadTexture)>(dlsym(RTLD_NEXT, "IMG_LoadTexture"));
+// In front of SDL.
+extern "C" SDL_Texture* SDL_CreateTextureFromSurface(SDL_Renderer* renderer, SDL_Surface* picture) {
+  static const auto next =
+    reinterpret_cast<decltype(&SDL_CreateTextureFromSurface)>(dlsym(RTLD_NEXT, "SDL_CreateTextureFromSurface"));
   colourOfTheLoad = drawColour(renderer);
-  return next(renderer, file);
+  return next(renderer, picture);
 }
 
 TEST_F(SpriteDrawing, AFrameOnItsOwnIsPlacedLikeADrawnOne) {

@@ -48,11 +48,6 @@ SDL_Texture* SDL_CreateTextureFromSurface(SDL_Renderer* renderer, SDL_Surface* s
   return counted(sdl(renderer, surface));
 }
 
-SDL_Texture* IMG_LoadTexture(SDL_Renderer* renderer, const char* file) {
-  static const auto sdl = real<decltype(&IMG_LoadTexture)>("IMG_LoadTexture");
-  return counted(sdl(renderer, file));
-}
-
 void SDL_DestroyTexture(SDL_Texture* texture) {
   static const auto sdl = real<decltype(&SDL_DestroyTexture)>("SDL_DestroyTexture");
   living.erase(texture);
@@ -202,16 +197,17 @@ TEST_F(WidgetTextures, AGlyphLabelMakesItsOwnAgainWhenItIsLostAndSoDoItsChildren
   }
 }
 
-TEST_F(WidgetTextures, AFontHasItsAtlasAndABorrowerNone) {
+TEST_F(WidgetTextures, AFontsAtlasIsATextureWhenAskedForAndABorrowersIsTheSame) {
   const std::string path = testfont::write(folder, "dots", 2);
   begin();
   auto* font = new TBitmapFont(renderer, "font", path + ".fnt");
-  EXPECT_EQ(1u, count());
   auto* borrower = new TBitmapFont(renderer, "borrower", path + ".fnt");
+  SDL_DestroyTexture(font->RenderText(renderer, "A TEXT", nullptr, nullptr, CENTER_CENTER));
+  EXPECT_EQ(0u, count()) << "texts are put together in memory";
+  EXPECT_NE(nullptr, borrower->GlyphTexture());
+  EXPECT_EQ(borrower->GlyphTexture(), font->GlyphTexture());
   EXPECT_EQ(1u, count());
   delete borrower;
-  EXPECT_EQ(1u, count());
-  SDL_DestroyTexture(font->RenderText(renderer, "A TEXT", nullptr, nullptr, CENTER_CENTER));
   EXPECT_EQ(1u, count());
   TBitmapFont::CleanupBitmapFonts();
   EXPECT_EQ(0u, count());

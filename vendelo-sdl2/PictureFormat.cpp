@@ -1,0 +1,141 @@
+#include "vendelo-sdl2/PictureFormat.h"
+
+#include <algorithm>
+#include <cstring>
+
+#include "vendelo-sdl2/TextureContent.h"
+
+namespace MyUtils {
+namespace {
+
+bool isSoftware(SDL_Renderer* renderer) {
+  SDL_RendererInfo info{};
+  return renderer && SDL_GetRendererInfo(renderer, &info) == 0 && std::strcmp(info.name, "software") == 0;
+}
+
+// The user data of a surface whose pixels have been looked at.
+char opaque, translucent;
+
+const Uint32* row(const SDL_Surface* picture, int y) {
+  return reinterpret_cast<const Uint32*>(static_cast<const Uint8*>(picture->pixels) +
+                                         static_cast<ptrdiff_t>(y) * picture->pitch);
+}
+
+bool looksOpaque(const SDL_Surface* picture) {
+  if (SDL_HasColorKey(const_cast<SDL_Surface*>(picture))) return false;
+  const SDL_PixelFormat& format = *picture->format;
+  if (const SDL_Palette* palette = format.palette)
+    return std::all_of(palette->colors, palette->colors + palette->ncolors,
+                       [](const SDL_Color& colour) { return colour.a == 255; });
+  if (!format.Amask) return true;
+  if (format.BytesPerPixel != 4) return false;
+  for (int y = 0; y < picture->h; ++y) {
+    const Uint32* pixels = row(picture, y);
+    const auto shines = [&format](Uint32 pixel) { return (pixel & format.Amask) != format.Amask; };
+    if (std::any_of(pixels, pixels + picture->w, shines)) return false;
+  }
+  return true;
+}
+
+// With the "software" driver. What SDL itself would make fast and equal pixels of stays as it is.
+Uint32 fastFormat(const SDL_Surface* picture) {
+  const Uint32 own = picture->format->format;
+  const bool hasAlpha = picture->format->Amask || SDL_HasColorKey(const_cast<SDL_Surface*>(picture));
+  if (IsOpaque(picture)) return hasAlpha ? Uint32{SDL_PIXELFORMAT_ARGB8888} : Uint32{SDL_PIXELFORMAT_RGB888};
+  return own == SDL_PIXELFORMAT_ARGB8888 ? own : Uint32{SDL_PIXELFORMAT_ABGR8888};
+}
+
+// Frees the picture, unless there is no memory for another.
+SDL_Surface* converted(SDL_Surface* picture, Uint32 format) {
+  if (picture->format->format == format) return picture;
+  SDL_Surface* other = SDL_ConvertSurfaceFormat(picture, format, 0);
+  if (!other) return picture;
+  SDL_BlendMode mode = SDL_BLENDMODE_NONE;
+  SDL_GetSurfaceBlendMode(picture, &mode);
+  SDL_SetSurfaceBlendMode(other, SDL_HasColorKey(picture) ? SDL_BLENDMODE_BLEND : mode);
+  other->userdata = picture->userdata;
+  SDL_FreeSurface(picture);
+  return other;
+}
+
+// Truncated towards zero, as SDL's.
+Uint32 blended(Uint32 below, Uint32 above, int alpha) {
+  Uint32 result = 0;
+  for (int shift = 0; shift < 24; shift += 8) {
+    const int d = static_cast<int>(below >> shift & 255), s = static_cast<int>(above >> shift & 255);
+    result |= static_cast<Uint32>((s - d) * alpha / 255 + d) << shift;
+  }
+  const int d = static_cast<int>(below >> 24);
+  return result | static_cast<Uint32>(alpha + d - alpha * d / 255) << 24;
+}
+
+}  // namespace
+
+Uint32 LayerFormat(SDL_Renderer* renderer) {
+  return isSoftware(renderer) ? Uint32{SDL_PIXELFORMAT_ABGR8888} : Uint32{SDL_PIXELFORMAT_RGBA8888};
+}
+
+bool HasTextureMemory(SDL_Renderer* renderer) { return !isSoftware(renderer); }
+
+bool IsOpaque(const SDL_Surface* picture) {
+  if (!picture) return false;
+  if (picture->userdata == &opaque || picture->userdata == &translucent) return picture->userdata == &opaque;
+  return looksOpaque(picture);
+}
+
+SDL_Surface* InFastFormat(SDL_Renderer* renderer, SDL_Surface* picture) {
+  if (!picture) return nullptr;
+  picture->userdata = IsOpaque(picture) ? &opaque : &translucent;
+  return isSoftware(renderer) ? converted(picture, fastFormat(picture)) : picture;
+}
+
+vendelo_sdl2::TTexturePtr TextureOf(SDL_Renderer* renderer, SDL_Surface* picture) {
+  vendelo_sdl2::TTexturePtr texture(picture ? SDL_CreateTextureFromSurface(renderer, picture) : nullptr);
+  if (texture && IsOpaque(picture)) vendelo_sdl2::markOpaque(texture.get());
+  return texture;
+}
+
+vendelo_sdl2::TTexturePtr LayerOf(SDL_Renderer* renderer, const SDL_Surface* picture) {
+  if (!picture) return nullptr;
+  const Uint32 format = LayerFormat(renderer);
+  TSurfacePtr other;
+  if (format != picture->format->format) {
+    other.reset(SDL_ConvertSurfaceFormat(const_cast<SDL_Surface*>(picture), format, 0));
+    if (!other) return nullptr;
+    picture = other.get();
+  }
+  vendelo_sdl2::TTexturePtr layer(
+    SDL_CreateTexture(renderer, format, SDL_TEXTUREACCESS_TARGET, picture->w, picture->h));
+  if (!layer || SDL_UpdateTexture(layer.get(), nullptr, picture->pixels, picture->pitch) != 0) return nullptr;
+  SDL_SetTextureBlendMode(layer.get(), SDL_BLENDMODE_BLEND);
+  return layer;
+}
+
+TSurfacePtr InDrawnFormat(TSurfacePtr picture) {
+  if (picture) picture.reset(converted(picture.release(), kDrawnFormat));
+  if (picture && picture->format->format != kDrawnFormat) return nullptr;
+  return picture;
+}
+
+void BlendInto(SDL_Surface* to, int64_t x, int64_t y, const SDL_Surface* from, const SDL_Rect& part, Uint8 alpha) {
+  if (!to || !from) return;
+  // Columns and lines of the part that lie in both pictures.
+  const int64_t left = std::max<int64_t>({0, -int64_t{part.x}, -x});
+  const int64_t top = std::max<int64_t>({0, -int64_t{part.y}, -y});
+  const int64_t right = std::min<int64_t>({part.w, int64_t{from->w} - part.x, int64_t{to->w} - x});
+  const int64_t bottom = std::min<int64_t>({part.h, int64_t{from->h} - part.y, int64_t{to->h} - y});
+  if (left >= right) return;
+  for (int64_t line = top; line < bottom; ++line) {
+    const Uint32* source = row(from, static_cast<int>(part.y + line)) + part.x + left;
+    Uint32* target = const_cast<Uint32*>(row(to, static_cast<int>(y + line))) + x + left;
+    for (const Uint32* const end = source + (right - left); source != end; ++source, ++target) {
+      const int a = static_cast<int>(*source >> 24) * alpha / 255;
+      if (a == 255)
+        *target = *source;
+      else if (a != 0)
+        *target = blended(*target, *source, a);
+    }
+  }
+}
+
+}  // namespace MyUtils
