@@ -115,7 +115,12 @@ class TSpriteAnimation : public vendelo_sdl2::TGuiComponent {
   void joinLoader();
   bool validFrame(int frame) const;
   void stepFrames(Uint32 now);
+  // In a texture memory of its own a sequence of full-screen frames would fill it: there the one that is shown is a
+  // texture, the others are surfaces. Null: none is.
+  void showFullScreen(const std::shared_ptr<TSprite>& sprite);
   // Makes the texture of a frame at its first use.
   void makeTexture(TSprite& sprite) const;
   void drawSprite(TSprite& sprite, SDL_Rect destRect);
+
+  std::shared_ptr<TSprite> mpFullScreen;
 };

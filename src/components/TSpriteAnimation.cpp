@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "vendelo-sdl2/PictureFormat.h"
 #include "vendelo-sdl2/Saturate.h"
 #include "vendelo-sdl2/TAppGuiModule.h"
 #include "vendelo-sdl2/TRenderGuard.h"
@@ -12,8 +13,6 @@ using namespace vendelo_sdl2;
 
 namespace {
 
-// Frames of this size are kept as surfaces and are textures only during a draw: a sequence of them would fill the
-// texture memory.
 bool isFullScreen(const TSprite& sprite) { return sprite.width == 1920 && sprite.height == 1080; }
 
 SDL_BlendMode blendModeOf(const std::string& name) {
@@ -74,6 +73,7 @@ TSpriteAnimation::TSpriteAnimation(SDL_Renderer* pRenderer, int x, int y, int wi
 
 TSpriteAnimation::~TSpriteAnimation() {
   joinLoader();
+  showFullScreen(nullptr);
   SDL_DestroySemaphore(mLoadFinished);
   mSprites.clear();
 }
@@ -86,6 +86,7 @@ void TSpriteAnimation::joinLoader() {
 void TSpriteAnimation::CopyData(TSpriteAnimation* source) {
   joinLoader();
   if (!source) return;
+  showFullScreen(nullptr);
   mSprites = source->mSprites;
   mOriginalWidth = source->mOriginalWidth;
   mOriginalHeight = source->mOriginalHeight;
@@ -175,8 +176,14 @@ void TSpriteAnimation::stepFrames(Uint32 now) {
 void TSpriteAnimation::makeTexture(TSprite& sprite) const {
   SDL_Surface* const surface = sprite.surface.load(std::memory_order_acquire);
   if (sprite.texture || !surface) return;
-  sprite.texture.reset(SDL_CreateTextureFromSurface(GetRenderer(), surface));
+  sprite.texture = MyUtils::TextureOf(GetRenderer(), surface);
   if (sprite.texture) SDL_SetTextureBlendMode(sprite.texture.get(), blendModeOf(mBlendMode));
+}
+
+void TSpriteAnimation::showFullScreen(const std::shared_ptr<TSprite>& sprite) {
+  if (mpFullScreen == sprite) return;
+  if (mpFullScreen && mpFullScreen->surface.load(std::memory_order_acquire)) mpFullScreen->texture.reset();
+  mpFullScreen = sprite;
 }
 
 void TSpriteAnimation::draw() {
@@ -191,21 +198,24 @@ void TSpriteAnimation::draw() {
     destRect.x = MyUtils::toPixels(mOrigPosX * mResizeFactorX + mpParent->getX());
     destRect.y = MyUtils::toPixels(mOrigPosY * mResizeFactorY + mpParent->getY());
   }
-  if (FinishPlaying() || mSprites.empty()) return;
+  if (FinishPlaying() || mSprites.empty()) return showFullScreen(nullptr);
   stepFrames(now);
 
   if (validFrame(mCurrentFrame) && mSprites[static_cast<size_t>(mCurrentFrame)]) {
-    TSprite& sprite = *mSprites[static_cast<size_t>(mCurrentFrame)];
+    const std::shared_ptr<TSprite>& shown = mSprites[static_cast<size_t>(mCurrentFrame)];
+    TSprite& sprite = *shown;
+    const bool keepsSurface = isFullScreen(sprite) && MyUtils::HasTextureMemory(GetRenderer());
+    showFullScreen(keepsSurface ? shown : nullptr);
     makeTexture(sprite);
     if (sprite.texture) {
-      if (!isFullScreen(sprite)) freeSurface(sprite);
+      if (!keepsSurface) freeSurface(sprite);
       drawSprite(sprite, destRect);
-      // A full-screen frame of a strip has no surface to come from again, so it keeps its texture.
-      if (isFullScreen(sprite) && sprite.surface.load(std::memory_order_acquire)) sprite.texture.reset();
     }
   }
   if (mAnimationMode == ONCE && mCurrentFrame + 1 > GetNumFrames() - 1) mPlayed = true;
-  if (mHideAfterEnd && FinishPlaying()) mVisible = false;
+  if (!mHideAfterEnd || !FinishPlaying()) return;
+  mVisible = false;
+  showFullScreen(nullptr);
 }
 
 void TSpriteAnimation::drawSprite(TSprite& sprite, SDL_Rect destRect) {

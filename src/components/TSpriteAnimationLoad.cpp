@@ -8,6 +8,7 @@
 #include "common/SkinXml.h"
 #include "components/TSpriteAnimation.h"
 #include "vendelo-sdl2/MyUtils.h"
+#include "vendelo-sdl2/PictureFormat.h"
 #include "vendelo-sdl2/PixelLimits.h"
 #include "vendelo-sdl2/Saturate.h"
 #include "vendelo-sdl2/TAppGuiModule.h"
@@ -163,7 +164,8 @@ int TSpriteAnimation::loadSpirtesThread(void* ptr) {
     SDL_SetSurfaceBlendMode(image, SDL_BLENDMODE_NONE);
     // Released one by one when they are complete: copies of this animation may draw them already.
     for (const std::shared_ptr<TSprite>& sprite : animation->mSprites)
-      sprite->surface.store(cut(image, *sprite, faults), std::memory_order_release);
+      sprite->surface.store(MyUtils::InFastFormat(animation->GetRenderer(), cut(image, *sprite, faults)),
+                            std::memory_order_release);
     SDL_FreeSurface(image);
     faults.tell();
   }
@@ -179,11 +181,11 @@ void TSpriteAnimation::parsePNG(const std::string& spriteFilenamePNG) {
   TRenderGuard guard(renderer);
   guard.colour(mBackgroundColor.r, mBackgroundColor.g, mBackgroundColor.b, mBackgroundColor.a);
 
-  // The strip itself is left to the renderer; the frames are copies.
-  SDL_Texture* spriteTexture = MyUtils::LoadTexture(renderer, spriteFilenamePNG);
+  // The frames are copies.
+  const TTexturePtr strip(MyUtils::LoadTexture(renderer, spriteFilenamePNG));
   mBlendMode = "BLEND";
   int FrameCount = 0, x = 0;
-  while (SDL_Texture* pSlide = TAppGuiModule::GetSlideFromImage(spriteTexture, mRect.w, mRect.h, FrameCount)) {
+  while (SDL_Texture* pSlide = TAppGuiModule::GetSlideFromImage(strip.get(), mRect.w, mRect.h, FrameCount)) {
     ++FrameCount;
     auto sprite = std::make_shared<TSprite>();
     sprite->id = FrameCount;

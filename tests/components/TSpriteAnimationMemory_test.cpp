@@ -13,7 +13,8 @@ namespace {
 constexpr long kFullScreen = 1920L * 1080 * 4;
 
 std::map<SDL_Texture*, long> living;
-long bytes = 0, peak = 0;
+long bytes = 0, peak = 0, made = 0;
+bool accelerated = false;  // what the renderer says of itself
 
 template <class F>
 F real(const char* name) {
@@ -26,18 +27,26 @@ SDL_Texture* counted(SDL_Texture* texture) {
   if (!texture || SDL_QueryTexture(texture, &format, nullptr, &w, &h) != 0) return texture;
   bytes += living[texture] = static_cast<long>(w) * h * SDL_BYTESPERPIXEL(format);
   peak = std::max(peak, bytes);
+  ++made;
   return texture;
 }
 
 // From here on textures count.
 void begin() {
   living.clear();
-  bytes = peak = 0;
+  bytes = peak = made = 0;
 }
 
 }  // namespace
 
 extern "C" {
+
+int SDL_GetRendererInfo(SDL_Renderer* renderer, SDL_RendererInfo* info) {
+  static const auto sdl = real<decltype(&SDL_GetRendererInfo)>("SDL_GetRendererInfo");
+  const int result = sdl(renderer, info);
+  if (accelerated) info->name = "opengl";
+  return result;
+}
 
 SDL_Texture* SDL_CreateTexture(SDL_Renderer* renderer, Uint32 format, int access, int w, int h) {
   static const auto sdl = real<decltype(&SDL_CreateTexture)>("SDL_CreateTexture");
@@ -72,7 +81,10 @@ struct Made : Sprites {
 // small.
 class FullScreenFrames : public SpriteAnimation {
  protected:
-  ~FullScreenFrames() override { SDL_FreeSurface(surface); }
+  ~FullScreenFrames() override {
+    accelerated = false;
+    SDL_FreeSurface(surface);
+  }
   std::unique_ptr<Sprites> make(int frames) {
     auto sprites = std::make_unique<Made>(0, 0, 1920, 1080, "", TSpriteAnimation::LOOP);
     for (int i = 0; i < frames; ++i) {
@@ -93,24 +105,30 @@ class FullScreenFrames : public SpriteAnimation {
 
 }  // namespace
 
-TEST_F(FullScreenFrames, AHundredNeverTakeMoreThanOneFrameOfTextureMemory) {
+TEST_F(FullScreenFrames, OfAHundredOneAtATimeLiesInTextureMemory) {
+  accelerated = true;
   auto sprites = make(100);
   begin();
   for (int i = 0; i < 100; ++i) {
-    sprites->draw();
+    for (int again = 0; again < 3; ++again) sprites->draw();
     ASSERT_EQ(i, sprites->GetCurrentFrame());
-    ASSERT_EQ(0, bytes) << "nothing stays after the draw of frame " << i;
+    ASSERT_EQ(kFullScreen, bytes) << "frame " << i;
+    ASSERT_EQ(i + 1, made) << "a frame that stands is not made anew";
     clock.advance(40);
   }
   EXPECT_EQ(kFullScreen, peak);
+  sprites.reset();
+  EXPECT_EQ(0, bytes);
 }
 
-TEST_F(FullScreenFrames, NorDoFourAnimationsThatShareThem) {
+TEST_F(FullScreenFrames, NorDoFourAnimationsThatShareThemTakeMore) {
+  accelerated = true;
   auto source = make(12);
   std::unique_ptr<Sprites> levels[4];
   for (auto& level : levels) {
     level = std::make_unique<Sprites>(0, 0, 1920, 1080, "", TSpriteAnimation::LOOP);
     level->CopyData(source.get());
+    level->SetRefreshRate(25.0f);
   }
   begin();
   for (int i = 0; i < 12; ++i) {
@@ -118,7 +136,71 @@ TEST_F(FullScreenFrames, NorDoFourAnimationsThatShareThem) {
     clock.advance(40);
   }
   EXPECT_EQ(kFullScreen, peak);
+  EXPECT_EQ(12, made);
+  for (auto& level : levels) level.reset();
   EXPECT_EQ(0, bytes);
+}
+
+TEST_F(FullScreenFrames, TheLastOneGoesWithTheEndOfTheRun) {
+  accelerated = true;
+  for (const bool hides : {false, true}) {
+    auto source = make(2);
+    Sprites sprites(0, 0, 1920, 1080, "", TSpriteAnimation::ONCE);
+    sprites.CopyData(source.get());
+    if (hides) sprites.HideAfterEnd();
+    begin();
+    sprites.draw();
+    EXPECT_EQ(kFullScreen, bytes);
+    for (int i = 0; i < 5 && sprites.IsVisible(); ++i) {
+      clock.advance(40);
+      sprites.draw();
+    }
+    EXPECT_EQ(!hides, sprites.IsVisible());
+    EXPECT_TRUE(sprites.FinishPlaying());
+    EXPECT_EQ(0, bytes);
+  }
+}
+
+TEST_F(FullScreenFrames, OneThatIsDrawnByItselfIsHeldAsATexture) {
+  accelerated = true;
+  auto sprites = make(2);
+  begin();
+  sprites->drawFrame(1, SDL_Rect{0, 0, 1920, 1080});
+  EXPECT_EQ(nullptr, sprites->frame(1).surface.load());
+  sprites->draw();
+  EXPECT_NE(nullptr, sprites->frame(0).surface.load());
+  while (sprites->GetCurrentFrame() != 1) {
+    clock.advance(40);
+    sprites->draw();
+  }
+  EXPECT_EQ(nullptr, sprites->frame(0).texture);
+  while (sprites->GetCurrentFrame() != 0) {
+    clock.advance(40);
+    sprites->draw();
+  }
+  EXPECT_NE(nullptr, sprites->frame(1).texture) << "there is nothing to make it from again";
+}
+
+TEST_F(FullScreenFrames, AnotherAnimationsFramesTakeTheirPlace) {
+  accelerated = true;
+  auto sprites = make(2), source = make(2);
+  begin();
+  sprites->draw();
+  sprites->CopyData(source.get());
+  EXPECT_EQ(0, bytes);
+}
+
+TEST_F(FullScreenFrames, WithoutATextureMemoryEachIsHeldOnceAsATexture) {
+  auto sprites = make(3);
+  begin();
+  for (int i = 0; i < 9; ++i) {
+    sprites->draw();
+    EXPECT_EQ(nullptr, sprites->frame(static_cast<size_t>(i % 3)).surface.load());
+    clock.advance(40);
+  }
+  EXPECT_EQ(3, made);
+  EXPECT_EQ(3 * kFullScreen, bytes);
+  EXPECT_EQ(bytes, peak);
 }
 
 TEST_F(SpriteAnimation, SmallerFramesKeepTheirTextures) {

@@ -280,27 +280,22 @@ TEST_F(SpriteAnimation, TurnsAroundTheMiddleOfItsLowerEdge) {
   }
 }
 
-TEST_F(SpriteAnimation, FullScreenFramesAreTexturesOnlyDuringADraw) {
+TEST_F(SpriteAnimation, FullScreenFramesAreHeldOnceAsAllOthers) {
   writeCells("full.png", 1, 1920, 1080);
   const std::string base = write("full", R"(<TextureAtlas imagePath="full.png">
     <sprite n="a" x="0" y="0" w="1920" h="1080"/><sprite n="b" x="0" y="0" w="1919" h="1080"/></TextureAtlas>)");
   Sprites sprites(0, 0, 1920, 1080, base, TSpriteAnimation::NONE);
   sprites.loaded();
-  EXPECT_EQ(0, drawn(sprites, 1000));
-  EXPECT_EQ(nullptr, sprites.frame(0).texture);
-  EXPECT_NE(nullptr, sprites.frame(0).surface);
-  EXPECT_EQ(0, drawn(sprites, 1001)) << "drawn again from its surface";
-  sprites.SetFrame(1, false);
-  drawn(sprites, 1002);
-  EXPECT_NE(nullptr, sprites.frame(1).texture);
-  EXPECT_EQ(nullptr, sprites.frame(1).surface);
-  sprites.drawFrame(0, SDL_Rect{0, 0, 1920, 1080});
-  EXPECT_EQ(nullptr, sprites.frame(0).surface) << "drawFrame always frees it";
-  EXPECT_NE(nullptr, sprites.frame(0).texture);
-  EXPECT_EQ(0, drawn(sprites, 1003) * 0) << "and the texture then stays";
-  sprites.SetFrame(0, false);
-  EXPECT_EQ(0, drawn(sprites, 1004));
-  EXPECT_EQ(0, drawn(sprites, 1005));
+  for (const int i : {0, 1}) {
+    const TSprite& frame = sprites.frame(static_cast<size_t>(i));
+    EXPECT_EQ(nullptr, frame.texture);
+    EXPECT_NE(nullptr, frame.surface);
+    sprites.SetFrame(i, false);
+    EXPECT_EQ(0, drawn(sprites, 1000)) << i;
+    EXPECT_NE(nullptr, frame.texture);
+    EXPECT_EQ(nullptr, frame.surface);
+    EXPECT_EQ(0, drawn(sprites, 1001)) << i;
+  }
 }
 
 TEST_F(SpriteAnimation, DrawFrameDrawsAnyFrameAnywhere) {
