@@ -97,8 +97,9 @@ void writePicture(const std::string& file, int width, int height) {
   save(surface, file);
 }
 
-BenchApp::BenchApp(Measurement measurement)
+BenchApp::BenchApp(Measurement measurement, bool particles)
   : measurement_(std::move(measurement)),
+    particles_(particles),
     fed_(false),
     runningSince_(0),
     lastRaise_(0),
@@ -129,11 +130,13 @@ int BenchApp::RunOnce() {
 
 int BenchApp::DrawOnce() {
   if (status() == APP_RUNNING && runningSince_ == 0) {
-    const std::string particles = writeAtlas(scratchFolder(), "particles", 6, 1920, 1080);
-    auto* sprite = new TSpriteAnimation(screen_->GetRenderer(), 0, 0, 1920, 1080, particles, TSpriteAnimation::LOOP,
-                                        "benchParticles");
-    sprite->SetRefreshRate(25.0f);
-    screen_->AddComponent(sprite);
+    if (particles_) {
+      auto* sprite = new TSpriteAnimation(screen_->GetRenderer(), 0, 0, 1920, 1080,
+                                          writeAtlas(scratchFolder(), "particles", 6, 1920, 1080),
+                                          TSpriteAnimation::LOOP, "benchParticles");
+      sprite->SetRefreshRate(25.0f);
+      screen_->AddComponent(sprite);
+    }
     runningSince_ = SDL_GetTicks();
   }
   if (runningSince_ == 0 || SDL_GetTicks() - runningSince_ < kWarmUpMilliseconds)
@@ -156,11 +159,11 @@ std::string BenchApp::driver() const {
   return info.name ? info.name : "unknown";
 }
 
-int runBench(BenchApp::Measurement measurement) {
+int runBench(BenchApp::Measurement measurement, bool particles) {
   setenv("DISABLE_REBOOT_ON_EXIT", "1", 1);
   setenv("FPS", "1000", 1);
   SystemSeams.MicroSleep = [](useconds_t) { return 0; };  // no pause between frames
-  BenchApp app(std::move(measurement));
+  BenchApp app(std::move(measurement), particles);
   if (app.Init() != 0) {
     std::fprintf(stderr, "no window or no skin\n");
     app.Destroy();

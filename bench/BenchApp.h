@@ -14,7 +14,8 @@
 class BenchApp : public TopScreenApp {
  public:
   using Measurement = std::function<void(BenchApp&)>;
-  explicit BenchApp(Measurement measurement);
+  // particles: with the full-screen animation.
+  BenchApp(Measurement measurement, bool particles);
 
   int Init() override;
   int RunOnce() override;
@@ -29,6 +30,7 @@ class BenchApp : public TopScreenApp {
 
  private:
   const Measurement measurement_;
+  const bool particles_;
   bool fed_;
   Uint32 runningSince_;  // draw thread
   Uint32 lastRaise_;
@@ -38,7 +40,7 @@ class BenchApp : public TopScreenApp {
 };
 
 // Runs the measurement in a program of its own; the process's exit code.
-int runBench(BenchApp::Measurement measurement);
+int runBench(BenchApp::Measurement measurement, bool particles = true);
 
 double seconds(clockid_t clock);
 double median(std::vector<double> values);

@@ -1,6 +1,9 @@
 #include "bench/RenderRecorder.h"
 
 #include <dlfcn.h>
+#include <algorithm>
+#include <cstring>
+#include <set>
 
 namespace {
 
@@ -42,12 +45,14 @@ bool recording = false;
 long copyCount = 0;
 long surfaceTextures = 0;
 
-// Textures made while recording, and at the replay those that stand for them.
+// Textures made while recording, and at the replay those that stand for them and for those of the program.
 struct Substitute {
   SDL_Texture* recorded;
   SDL_Texture* own;
 };
 std::vector<Substitute> substitutes;
+std::set<SDL_Texture*> made;       // while recording
+std::vector<SDL_Texture*> parked;  // that the program has destroyed while recording
 
 Substitute* substituteOf(SDL_Texture* texture) {
   for (size_t i = substitutes.size(); i-- > 0;)
@@ -80,6 +85,65 @@ Call copy(Kind kind, SDL_Renderer* renderer, SDL_Texture* texture, const SDL_Rec
   call.hasSource = source;
   if (source) call.source = *source;
   return call;
+}
+
+bool isSoftware(SDL_Renderer* renderer) {
+  SDL_RendererInfo info{};
+  return SDL_GetRendererInfo(renderer, &info) == 0 && std::strcmp(info.name, "software") == 0;
+}
+
+// Whether the texture, which is the target, lets nothing shine through.
+bool targetIsOpaque(SDL_Renderer* renderer, int w, int h) {
+  std::vector<Uint32> pixels(static_cast<size_t>(w) * static_cast<size_t>(h));
+  return SDL_RenderReadPixels(renderer, nullptr, SDL_PIXELFORMAT_ARGB8888, pixels.data(), w * 4) == 0 &&
+         std::all_of(pixels.begin(), pixels.end(), [](Uint32 pixel) { return pixel >> 24 == 255; });
+}
+
+// A texture of the format with the pixels of another, to be drawn as that one is.
+SDL_Texture* copyOf(SDL_Renderer* renderer, SDL_Texture* texture, Uint32 format, int w, int h) {
+  SDL_Texture* const copy = SDL_CreateTexture(renderer, format, SDL_TEXTUREACCESS_TARGET, w, h);
+  Uint8 r = 0, g = 0, b = 0, a = 0;
+  SDL_BlendMode mode = SDL_BLENDMODE_NONE;
+  SDL_GetTextureColorMod(texture, &r, &g, &b);
+  SDL_GetTextureAlphaMod(texture, &a);
+  SDL_GetTextureBlendMode(texture, &mode);
+  SDL_SetTextureColorMod(texture, 255, 255, 255);
+  SDL_SetTextureAlphaMod(texture, 255);
+  SDL_SetTextureBlendMode(texture, SDL_BLENDMODE_NONE);
+  SDL_SetRenderTarget(renderer, copy);
+  SDL_RenderCopy(renderer, texture, nullptr, nullptr);
+  for (SDL_Texture* const one : {texture, copy}) {
+    SDL_SetTextureColorMod(one, r, g, b);
+    SDL_SetTextureAlphaMod(one, a);
+    SDL_SetTextureBlendMode(one, mode);
+  }
+  return copy;
+}
+
+// What the program draws with all the time, in the driver's fast formats.
+void makeFast(SDL_Renderer* renderer) {
+  SDL_Texture* const target = SDL_GetRenderTarget(renderer);
+  std::vector<SDL_Texture*> drawnInto;
+  for (const Call& c : calls)
+    if (c.kind == TARGET) drawnInto.push_back(c.texture);
+  for (const Call& c : calls) {
+    Uint32 format = 0;
+    int w = 0, h = 0;
+    const bool copied = c.kind == COPY || c.kind == COPY_EX || c.kind == COPY_F || c.kind == COPY_EX_F;
+    if (!copied || !c.texture || c.texture == target || substituteOf(c.texture) || made.count(c.texture)) continue;
+    if (SDL_QueryTexture(c.texture, &format, nullptr, &w, &h) != 0 || !SDL_ISPIXELFORMAT_ALPHA(format)) continue;
+    SDL_Texture* copy = copyOf(renderer, c.texture, SDL_PIXELFORMAT_ABGR8888, w, h);
+    const bool isStill = std::find(drawnInto.begin(), drawnInto.end(), c.texture) == drawnInto.end();
+    Uint8 a = 0;
+    SDL_GetTextureAlphaMod(copy, &a);
+    if (isStill && a == 255 && targetIsOpaque(renderer, w, h)) {
+      SDL_DestroyTexture(copy);
+      copy = copyOf(renderer, c.texture, SDL_PIXELFORMAT_RGB888, w, h);
+      SDL_SetTextureBlendMode(copy, SDL_BLENDMODE_NONE);
+    }
+    substitutes.push_back({c.texture, copy});
+  }
+  SDL_SetRenderTarget(renderer, target);
 }
 
 void issue(Call c) {
@@ -146,17 +210,25 @@ void issue(Call c) {
 namespace recorder {
 
 void start() {
+  for (const Substitute& each : substitutes) SDL_DestroyTexture(each.own);
+  for (SDL_Texture* texture : parked) SDL_DestroyTexture(texture);
+  for (const Call& c : calls)
+    if (c.kind == CREATE) SDL_FreeSurface(c.surface);
   calls.clear();
   ends.clear();
   copyCount = 0;
   substitutes.clear();
-  substitutes.reserve(64);
+  made.clear();
+  parked.clear();
   recording = true;
 }
 void mark() { ends.push_back(calls.size()); }
 void stop() {
   recording = false;
   substitutes.clear();
+  const auto drawn = std::find_if(calls.begin(), calls.end(), [](const Call& c) { return c.renderer; });
+  if (drawn != calls.end() && isSoftware(drawn->renderer)) makeFast(drawn->renderer);
+  substitutes.reserve(substitutes.size() + 64);
 }
 int frames() { return static_cast<int>(ends.size()); }
 long copies() { return copyCount; }
@@ -308,18 +380,22 @@ SDL_Texture* SDL_CreateTextureFromSurface(SDL_Renderer* renderer, SDL_Surface* s
   if (recording) {
     Call call = make(CREATE, renderer, texture);
     call.surface = surface;
+    ++surface->refcount;  // whoever frees it leaves it to the replay
     note(call);
     substitutes.push_back({texture, nullptr});
+    made.insert(texture);
   }
   return texture;
 }
 
 void SDL_DestroyTexture(SDL_Texture* texture) {
   REAL(SDL_DestroyTexture);
-  // One from before the recording has gone by the time of the replay.
   if (Substitute* const known = recording ? substituteOf(texture) : nullptr) {
     note(make(DESTROY, nullptr, texture));
     substitutes.erase(substitutes.begin() + (known - substitutes.data()));
+  } else if (recording && texture) {
+    parked.push_back(texture);  // from before the recording: it may have been drawn, and will be in the replay
+    return;
   }
   sdl(texture);
 }
