@@ -22,6 +22,8 @@ struct TSprite {
   bool rotate = false;                          // stored turned
   vendelo_sdl2::TTexturePtr texture;
   std::atomic<SDL_Surface*> surface{nullptr};
+  // The earlier frame of the same place in the atlas: that one holds the texture and the surface of both.
+  std::shared_ptr<TSprite> same;
 
   TSprite() = default;
   TSprite(const TSprite&) = delete;
@@ -118,9 +120,10 @@ class TSpriteAnimation : public vendelo_sdl2::TGuiComponent {
   // In a texture memory of its own a sequence of full-screen frames would fill it: there the one that is shown is a
   // texture, the others are surfaces. Null: none is.
   void showFullScreen(const std::shared_ptr<TSprite>& sprite);
-  // Makes the texture of a frame at its first use.
-  void makeTexture(TSprite& sprite) const;
-  void drawSprite(TSprite& sprite, SDL_Rect destRect);
+  // Makes the texture of a frame, or of the one that holds its picture, at its first use; null when there is
+  // nothing to show. The surface goes, unless it is to be kept.
+  SDL_Texture* textureOf(TSprite& sprite, bool keepsSurface) const;
+  void drawSprite(const TSprite& sprite, SDL_Texture* texture, SDL_Rect destRect);
 
   std::shared_ptr<TSprite> mpFullScreen;
 };

@@ -173,11 +173,15 @@ void TSpriteAnimation::stepFrames(Uint32 now) {
     mCurrentFrame = mLoopStartFrame + (mCurrentFrame - mLoopStartFrame) % span;
 }
 
-void TSpriteAnimation::makeTexture(TSprite& sprite) const {
-  SDL_Surface* const surface = sprite.surface.load(std::memory_order_acquire);
-  if (sprite.texture || !surface) return;
-  sprite.texture = MyUtils::TextureOf(GetRenderer(), surface);
-  if (sprite.texture) SDL_SetTextureBlendMode(sprite.texture.get(), blendModeOf(mBlendMode));
+SDL_Texture* TSpriteAnimation::textureOf(TSprite& sprite, bool keepsSurface) const {
+  TSprite& holder = sprite.same ? *sprite.same : sprite;
+  SDL_Surface* const surface = holder.surface.load(std::memory_order_acquire);
+  if (!holder.texture && surface) {
+    holder.texture = MyUtils::TextureOf(GetRenderer(), surface);
+    if (holder.texture) SDL_SetTextureBlendMode(holder.texture.get(), blendModeOf(mBlendMode));
+  }
+  if (holder.texture && !keepsSurface) freeSurface(holder);
+  return holder.texture.get();
 }
 
 void TSpriteAnimation::showFullScreen(const std::shared_ptr<TSprite>& sprite) {
@@ -202,15 +206,10 @@ void TSpriteAnimation::draw() {
   stepFrames(now);
 
   if (validFrame(mCurrentFrame) && mSprites[static_cast<size_t>(mCurrentFrame)]) {
-    const std::shared_ptr<TSprite>& shown = mSprites[static_cast<size_t>(mCurrentFrame)];
-    TSprite& sprite = *shown;
-    const bool keepsSurface = isFullScreen(sprite) && MyUtils::HasTextureMemory(GetRenderer());
-    showFullScreen(keepsSurface ? shown : nullptr);
-    makeTexture(sprite);
-    if (sprite.texture) {
-      if (!keepsSurface) freeSurface(sprite);
-      drawSprite(sprite, destRect);
-    }
+    const std::shared_ptr<TSprite>& sprite = mSprites[static_cast<size_t>(mCurrentFrame)];
+    const bool keepsSurface = isFullScreen(*sprite) && MyUtils::HasTextureMemory(GetRenderer());
+    showFullScreen(keepsSurface ? (sprite->same ? sprite->same : sprite) : nullptr);
+    if (SDL_Texture* texture = textureOf(*sprite, keepsSurface)) drawSprite(*sprite, texture, destRect);
   }
   if (mAnimationMode == ONCE && mCurrentFrame + 1 > GetNumFrames() - 1) mPlayed = true;
   if (!mHideAfterEnd || !FinishPlaying()) return;
@@ -218,7 +217,7 @@ void TSpriteAnimation::draw() {
   showFullScreen(nullptr);
 }
 
-void TSpriteAnimation::drawSprite(TSprite& sprite, SDL_Rect destRect) {
+void TSpriteAnimation::drawSprite(const TSprite& sprite, SDL_Texture* texture, SDL_Rect destRect) {
   if (mDestRect.w < sprite.original_width) destRect.x -= (sprite.original_width - mDestRect.w) / 2;
   if (mDestRect.h < sprite.original_height) destRect.y -= (sprite.original_height - mDestRect.h) / 2;
   if (mpParent) {
@@ -230,15 +229,14 @@ void TSpriteAnimation::drawSprite(TSprite& sprite, SDL_Rect destRect) {
   }
   destRect.w = rounded(sprite.width * mResizeFactorX);
   destRect.h = rounded(sprite.height * mResizeFactorY);
-  if (mBlendMode != "NONE") SDL_SetTextureAlphaMod(sprite.texture.get(), static_cast<Uint8>(mAlpha));
+  if (mBlendMode != "NONE") SDL_SetTextureAlphaMod(texture, static_cast<Uint8>(mAlpha));
   SDL_Renderer* renderer = GetRenderer();
   if (mAngle > 0.0) {
     mRotPivot = SDL_Point{destRect.w / 2, destRect.h};
     const bool pivot = mRotPivot.x >= 0 && mRotPivot.y >= 0;
-    SDL_RenderCopyEx(renderer, sprite.texture.get(), nullptr, &destRect, mAngle, pivot ? &mRotPivot : nullptr,
-                     SDL_FLIP_NONE);
+    SDL_RenderCopyEx(renderer, texture, nullptr, &destRect, mAngle, pivot ? &mRotPivot : nullptr, SDL_FLIP_NONE);
   } else {
-    SDL_RenderCopy(renderer, sprite.texture.get(), nullptr, &destRect);
+    SDL_RenderCopy(renderer, texture, nullptr, &destRect);
   }
 }
 
@@ -247,10 +245,7 @@ void TSpriteAnimation::drawFrame(int frame_id, SDL_Rect destRect) {
   joinLoader();
   if (!validFrame(frame_id)) return;
   TSprite& sprite = *mSprites[static_cast<size_t>(frame_id)];
-  makeTexture(sprite);
-  if (!sprite.texture) return;
-  freeSurface(sprite);
-  drawSprite(sprite, destRect);
+  if (SDL_Texture* texture = textureOf(sprite, false)) drawSprite(sprite, texture, destRect);
 }
 
 SDL_Texture* TSpriteAnimation::GetFrame(int frame_id) {
@@ -266,14 +261,12 @@ SDL_Texture* TSpriteAnimation::GetFrame(int frame_id) {
   guard.target(layer);
   guard.clear(back.r, back.g, back.b, 0);  // transparent whatever colour the frame drawn so far has left
 
-  makeTexture(sprite);
-  if (sprite.texture) {
-    freeSurface(sprite);
+  if (SDL_Texture* texture = textureOf(sprite, false)) {
     const SDL_Rect place{sprite.xoffset, sprite.yoffset, sprite.width, sprite.height};
     if (sprite.rotate)
-      SDL_RenderCopyEx(renderer, sprite.texture.get(), nullptr, &place, 90.0, nullptr, SDL_FLIP_NONE);
+      SDL_RenderCopyEx(renderer, texture, nullptr, &place, 90.0, nullptr, SDL_FLIP_NONE);
     else
-      SDL_RenderCopy(renderer, sprite.texture.get(), nullptr, &place);
+      SDL_RenderCopy(renderer, texture, nullptr, &place);
   }
   return layer;
 }

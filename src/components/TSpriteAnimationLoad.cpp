@@ -1,9 +1,12 @@
 // The part of the sprite animation that reads its files and cuts their frames.
+#include <malloc.h>
 #include <algorithm>
+#include <array>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <fstream>
+#include <map>
 
 #include "common/SkinXml.h"
 #include "components/TSpriteAnimation.h"
@@ -85,10 +88,10 @@ void readColor(const char* text, SDL_Color& color, Faults& faults) {
   for (size_t i = 0; i < 4; ++i) *channels[i] = static_cast<Uint8>(std::strtol(parts[i].c_str(), nullptr, 10));
 }
 
-// A surface of its own with one rectangle of the image, null when there is nothing of it in the image. Of a
-// rectangle that stands out of the image, the part inside is taken.
-SDL_Surface* cut(SDL_Surface* image, const TSprite& sprite, Faults& faults) {
-  if (sprite.width <= 0 || sprite.height <= 0) return nullptr;
+// Whether there is something of the frame in the image. Of a rectangle that stands out of it, the part inside is
+// taken.
+bool isIn(const SDL_Surface* image, const TSprite& sprite, Faults& faults) {
+  if (sprite.width <= 0 || sprite.height <= 0) return false;
   const SDL_Rect whole{0, 0, image->w, image->h}, place{sprite.x, sprite.y, sprite.width, sprite.height};
   SDL_Rect inside{};
   const bool any = SDL_IntersectRect(&whole, &place, &inside) == SDL_TRUE;
@@ -96,17 +99,22 @@ SDL_Surface* cut(SDL_Surface* image, const TSprite& sprite, Faults& faults) {
     faults.add("sprite " + std::to_string(sprite.id) + " stands out of the image of " + std::to_string(image->w) +
                " by " + std::to_string(image->h));
   // Larger than the image cannot be meant, and may be larger than the memory.
-  if (!any || sprite.width > image->w || sprite.height > image->h) return nullptr;
+  if (!any || sprite.width > image->w || sprite.height > image->h) return false;
   if (std::max(sprite.width, sprite.height) > MyUtils::kLongestSide) {
     faults.add("sprite " + std::to_string(sprite.id) + " is longer than " + std::to_string(MyUtils::kLongestSide) +
                " pixels");
-    return nullptr;
+    return false;
   }
+  return true;
+}
+
+// A surface of its own with one rectangle of the image.
+SDL_Surface* cut(SDL_Surface* image, const TSprite& sprite) {
   const SDL_PixelFormat& f = *image->format;
   SDL_Surface* surface =
     SDL_CreateRGBSurface(0, sprite.width, sprite.height, f.BitsPerPixel, f.Rmask, f.Gmask, f.Bmask, f.Amask);
   if (!surface) return nullptr;
-  SDL_Rect source = place;
+  SDL_Rect source{sprite.x, sprite.y, sprite.width, sprite.height};
   SDL_BlitSurface(image, &source, surface, nullptr);
   SDL_SetSurfaceBlendMode(surface, SDL_BLENDMODE_NONE);
   return surface;
@@ -140,8 +148,14 @@ void TSpriteAnimation::parseXML(const std::string& spriteFilenameXML) {
       faults.add("the blend mode \"" + mBlendMode + "\" is none of BLEND, ADD, MOD and NONE");
   }
 
+  // An animation that goes to and fro, or shows a thing at several places, tells the same place of the image again.
+  std::map<std::array<int, 4>, std::shared_ptr<TSprite>> places;
   for (const Node* node = root->first_node("sprite"); node; node = node->next_sibling("sprite")) {
     mSprites.push_back(readSprite(*node, static_cast<int>(mSprites.size()), faults));
+    const TSprite& sprite = *mSprites.back();
+    const auto [first, isNew] =
+      places.emplace(std::array{sprite.x, sprite.y, sprite.width, sprite.height}, mSprites.back());
+    if (!isNew) mSprites.back()->same = first->second;
     if (mOriginalWidth == 0) mOriginalWidth = mSprites.back()->original_width;
     if (mOriginalHeight == 0) mOriginalHeight = mSprites.back()->original_height;
   }
@@ -164,9 +178,11 @@ int TSpriteAnimation::loadSpirtesThread(void* ptr) {
     SDL_SetSurfaceBlendMode(image, SDL_BLENDMODE_NONE);
     // Released one by one when they are complete: copies of this animation may draw them already.
     for (const std::shared_ptr<TSprite>& sprite : animation->mSprites)
-      sprite->surface.store(MyUtils::InFastFormat(animation->GetRenderer(), cut(image, *sprite, faults)),
-                            std::memory_order_release);
+      if (isIn(image, *sprite, faults) && !sprite->same)
+        sprite->surface.store(MyUtils::InFastFormat(animation->GetRenderer(), cut(image, *sprite)),
+                              std::memory_order_release);
     SDL_FreeSurface(image);
+    malloc_trim(0);  // the decoders' and the image's memory, which nobody asks for again
     faults.tell();
   }
   SDL_SemPost(animation->mLoadFinished);

@@ -215,3 +215,26 @@ TEST_F(SpriteAnimation, SmallerFramesKeepTheirTextures) {
   EXPECT_EQ(10 * 20 * 20 * 4, bytes) << "made once each";
   EXPECT_EQ(bytes, peak);
 }
+
+TEST_F(SpriteAnimation, APlaceThatIsToldAgainIsHeldOnce) {
+  writeCells("cells.png", 3, 20, 20);
+  const std::string base = write("to_and_fro", R"(<TextureAtlas imagePath="cells.png">
+    <sprite n="a" x="0" y="0" w="20" h="20"/><sprite n="b" x="20" y="0" w="20" h="20"/>
+    <sprite n="c" x="40" y="0" w="20" h="20"/><sprite n="b" x="20" y="0" w="20" h="20" oX="5" oW="30"/>
+    <sprite n="a" x="0" y="0" w="20" h="20"/><sprite n="d" x="0" y="0" w="19" h="20"/></TextureAtlas>)");
+  Sprites sprites(0, 0, 20, 20, base, TSpriteAnimation::LOOP);
+  sprites.loaded().SetRefreshRate(25.0f);
+  const int shown[] = {0, 1, 2, 1, 0, 0};
+  begin();
+  for (int round = 0; round < 2; ++round)
+    for (int i = 0; i < 6; ++i) {
+      sprites.SetFrame(i, false);
+      EXPECT_EQ(shown[i], drawn(sprites, 1000)) << "frame " << i;
+      if (i == 3) {
+        EXPECT_EQ((SDL_Rect{0, 0, 20, 20}), inked(0)) << "at its own place";
+      }
+    }
+  EXPECT_EQ(4, made);
+  EXPECT_EQ((3 * 20 + 19) * 20 * 4, bytes);
+  for (size_t i = 0; i < 6; ++i) EXPECT_EQ(nullptr, sprites.frame(i).surface.load());
+}
