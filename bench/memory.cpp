@@ -39,7 +39,7 @@ void measure(BenchApp& app) {
               textures.count, mb(textures.bytes - backBuffer), mb(backBuffer), surfaces.count, mb(surfaces.bytes),
               mb(fonts), rest);
   std::printf(
-    "memory MB: heap in use %.1f, heap held free %.1f; pictures decoded once %.1f, anonymous above %.1f\n",
+    "memory MB: heap in use %.1f, free %.1f (resident or not); pictures decoded once %.1f, anonymous above %.1f\n",
     mb(heap.uordblks + heap.hblkhd), mb(heap.fordblks), mb(skin), mb(anonymous) - mb(skin));
 }
 

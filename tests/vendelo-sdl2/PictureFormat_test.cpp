@@ -3,6 +3,7 @@
 #include <dlfcn.h>
 #include <gtest/gtest.h>
 #include <cstdlib>
+#include <functional>
 #include <random>
 #include <string>
 
@@ -50,7 +51,8 @@ TSurfacePtr noise(Uint32 format, int w, int h, unsigned seed) {
   const auto channel = [&random] { return static_cast<Uint8>(random() >> 8); };
   for (int y = 0; y < h; ++y)
     for (int x = 0; x < w; ++x) {
-      const Uint8 r = channel(), g = channel(), b = channel();
+      const auto r = static_cast<Uint8>(y);
+      const Uint8 g = channel(), b = channel();
       pixel(surface, x, y) = SDL_MapRGBA(surface->format, r, g, b, static_cast<Uint8>(x));
     }
   return surface;
@@ -76,17 +78,19 @@ class PictureFormat : public testing::Test {
 
 TEST_F(PictureFormat, BlendingInMemoryIsThatOfTheExactBlitters) {
   // Every alpha in every line; RGBA8888 is a format that the library has nothing faster for than whole numbers.
-  const TSurfacePtr ours = picture(MyUtils::kDrawnFormat, 256, 64),
-                    theirs = picture(SDL_PIXELFORMAT_RGBA8888, 256, 64);
-  SDL_FillRect(ours.get(), nullptr, SDL_MapRGBA(ours->format, 200, 30, 90, 0));
-  SDL_FillRect(theirs.get(), nullptr, SDL_MapRGBA(theirs->format, 200, 30, 90, 0));
-  for (unsigned layer = 1; layer <= 4; ++layer) {
-    TSurfacePtr above = noise(MyUtils::kDrawnFormat, 256, 64, layer);
-    const int shift = layer % 2 ? 0 : 100;  // other pairs of alphas
-    SDL_Rect part{shift, 0, 256 - shift, 64};
-    MyUtils::BlendInto(ours.get(), 0, 0, above.get(), part);
-    SDL_BlitSurface(above.get(), &part, theirs.get(), nullptr);
-    ASSERT_EQ(0, largestDifference(ours, theirs)) << "layer " << layer;
+  for (const SDL_Color ground : {SDL_Color{0, 0, 0, 0}, SDL_Color{200, 30, 90, 0}, SDL_Color{9, 99, 199, 255}}) {
+    const TSurfacePtr ours = picture(MyUtils::kDrawnFormat, 256, 256),
+                      theirs = picture(SDL_PIXELFORMAT_RGBA8888, 256, 256);
+    for (const TSurfacePtr& to : {std::cref(ours), std::cref(theirs)})
+      SDL_FillRect(to.get(), nullptr, SDL_MapRGBA(to->format, ground.r, ground.g, ground.b, ground.a));
+    for (unsigned layer = 1; layer <= 4; ++layer) {
+      TSurfacePtr above = noise(MyUtils::kDrawnFormat, 256, 256, layer);
+      const int shift = layer % 2 ? 0 : 100;  // other pairs of alphas
+      SDL_Rect part{shift, 0, 256 - shift, 256};
+      MyUtils::BlendInto(ours.get(), 0, 0, above.get(), part);
+      SDL_BlitSurface(above.get(), &part, theirs.get(), nullptr);
+      ASSERT_EQ(0, largestDifference(ours, theirs)) << "layer " << layer;
+    }
   }
 }
 
