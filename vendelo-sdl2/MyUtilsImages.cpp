@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <cstring>
 
+#include "vendelo-sdl2/Drawing.h"
 #include "vendelo-sdl2/MyUtils.h"
 #include "vendelo-sdl2/PictureFormat.h"
 #include "vendelo-sdl2/PictureHeader.h"
@@ -55,7 +56,7 @@ SDL_Texture* SDLTextures::Get(SDL_Renderer* renderer, const std::string& name) {
 }
 
 void SDLTextures::Destroy() {
-  for (const Element& element : mMappedData) SDL_DestroyTexture(element.Data);
+  for (const Element& element : mMappedData) vendelo_sdl2::drawing::Destroy(element.Data);
   mMappedData.clear();
 }
 

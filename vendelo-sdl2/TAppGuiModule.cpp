@@ -9,6 +9,7 @@
 #include "common/TBitmapFont.h"
 #include "vendelo-sdl2/MyUtils.h"
 #include "vendelo-sdl2/TApplication.h"
+#include "vendelo-sdl2/TFramePicture.h"
 #include "vendelo-sdl2/TGuiComponent.h"
 #include "vendelo-sdl2/WindowEventGate.h"
 
@@ -24,7 +25,7 @@ std::vector<SDL_Rect>& TAppGuiModule::Displays = *new std::vector<SDL_Rect>;
 SDL_Rect TAppGuiModule::GlobalRect{};
 SDL_Rect TAppGuiModule::GlobalRect2{};
 
-TAppGuiModule::TAppGuiModule() : mLastDrawTime(SDL_GetTicks()) {
+TAppGuiModule::TAppGuiModule() : mLastDrawTime(SDL_GetTicks()), mpPicture(std::make_unique<TFramePicture>()) {
   if (Displays.empty()) {
     for (int i = 0; i < SDL_GetNumVideoDisplays(); ++i) {
       SDL_Rect bounds{0, 0, 0, 0};
@@ -51,6 +52,7 @@ int TAppGuiModule::CreateWindow(std::string WindowTitle, int x, int y, int w, in
     mTargetFPS = kDefaultFps;
   }
   mVsync = pApplication->VSync.getCopy();
+  readRedraw();
 
   SDL_SetHint(SDL_HINT_RENDER_DRIVER, "opengl");
   SDL_SetHint(SDL_HINT_VIDEO_MINIMIZE_ON_FOCUS_LOSS, "false");
@@ -82,6 +84,7 @@ int TAppGuiModule::CreateWindow(std::string WindowTitle, int x, int y, int w, in
 void TAppGuiModule::DestroyWindow() {
   // Destroying the renderer frees its textures: the fonts let go of theirs before.
   TBitmapFont::CleanupBitmapFonts();
+  mpPicture->end();
   mpBackBuffer.reset();
   if (mpGUIRenderer) {
     if (mpGUIRendererStatic == mpGUIRenderer) mpGUIRendererStatic = nullptr;

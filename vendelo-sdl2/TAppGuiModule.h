@@ -3,6 +3,7 @@
 #include <SDL.h>
 #include <atomic>
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -12,6 +13,8 @@
 
 namespace vendelo_sdl2 {
 
+class TDirtyRects;
+class TFramePicture;
 class TGuiComponent;
 
 // The application's one window: it owns the window, the renderer and the back buffer into which every picture is
@@ -45,6 +48,9 @@ class TAppGuiModule : public TAppModule {
   // every component is told to render its own again. Pictures from files stay as they are: only renderers of other
   // systems lose these too, and report it with SDL_RENDER_DEVICE_RESET. Any thread.
   void TexturesLost() { mbTexturesLost = true; }
+  // What is on the window may be other than what was put there: the next frame draws and shows all of it. Any
+  // thread.
+  void RedrawAll() { mbRedrawAll = true; }
   // One frame: 0 done, 1 the application terminates, 2 there is no renderer.
   virtual int draw();
   // The logic of every root component, visible or not.
@@ -67,12 +73,18 @@ class TAppGuiModule : public TAppModule {
   int IsVisible() const { return Visible; }
   // Without rendering the deferred work, actions and tasks of the frame go on, and sleeping holds the rate.
   void StopRendering() { mDrawEnabled = false; }
-  void StartRendering() { mDrawEnabled = true; }
+  void StartRendering() {
+    RedrawAll();
+    mDrawEnabled = true;
+  }
   bool IsRendering() const { return mDrawEnabled; }
   // The average with presentation; the one without goes through the pointer if it is not null.
   float getFPS(float* noVsync) const;
   void SetTargetFPS(int fps) { mTargetFPS = fps; }  // never below 1
-  void RotateScreen(bool rotate) { ScreenRotate = rotate; }
+  void RotateScreen(bool rotate) {
+    RedrawAll();
+    ScreenRotate = rotate;
+  }
   bool IsScreenRotated() const { return ScreenRotate; }
   void updateLastDrawTime();
 
@@ -158,16 +170,32 @@ class TAppGuiModule : public TAppModule {
   // draw logic runs. Draw thread, with the draw mutex held. What the tests' harnesses draw, they draw by this too.
   void serveAndDraw(bool running, bool rendering);
 
+  // TOPSCREEN_REDRAW: only what changes; everything in every frame; as the first, with what has changed outlined.
+  enum class Redraw { CHANGES, ALL, SHOW };
+  Redraw mRedraw = Redraw::CHANGES;
+
  private:
   static SDL_Rect GlobalRect;
   static SDL_Rect GlobalRect2;
   std::atomic<bool> mbTexturesLost{false};
+  std::atomic<bool> mbRedrawAll{false};
 
+  // How a frame gets onto the window: it is there already; some rectangles; the whole of it.
+  enum class Way { NOTHING, PARTS, WHOLE };
+  std::unique_ptr<TFramePicture> mpPicture;
+  Uint32 mDrawnWholeAt = 0;
+
+  void readRedraw();
   void drawPicture(bool running);
-  void copyToWindow();
+  void beginPicture();
+  Way finishPicture(Uint32 now);
+  void copyWhole();
+  bool windowTakesParts() const;
+  void outline(const TDirtyRects& changed);
+  void present(Way way);
   void rebuildTextures();
   void applyWindowSize();
-  Uint32 pace(bool rendering);
+  Uint32 pace(bool waitsForWindow);
   void countFrame(Uint32 beforePresent);
 };
 

@@ -1,9 +1,12 @@
 // One frame of the GUI module: drawing under the draw mutex, pacing, presentation and the frame rate.
 #include <algorithm>
+#include <cstdlib>
+#include <cstring>
 
 #include "vendelo-sdl2/SystemSeams.h"
 #include "vendelo-sdl2/TAppGuiModule.h"
 #include "vendelo-sdl2/TApplication.h"
+#include "vendelo-sdl2/TFramePicture.h"
 #include "vendelo-sdl2/TGuiComponent.h"
 #include "vendelo-sdl2/WindowEventGate.h"
 
@@ -12,11 +15,14 @@ namespace {
 
 // From this rate on vertical sync alone holds the pace.
 constexpr int kVsyncFps = 60;
+// So often all is drawn anew, whatever another program or a driver may have done to the window.
+constexpr Uint32 kRenewMs = 5000;
 
 }  // namespace
 
 int TAppGuiModule::draw() {
   bool rendering = false;
+  Way way = Way::NOTHING;
   {
     const TDrawMutexGuard guard(*pApplication);
     if (!mpGUIRenderer) return 2;
@@ -28,20 +34,43 @@ int TAppGuiModule::draw() {
     rendering = mDrawEnabled;
     const bool running = state == TApplication::APP_RUNNING;
     if (rendering && mbTexturesLost.exchange(false)) rebuildTextures();
-    if (rendering) SDL_RenderClear(mpGUIRenderer);
+    if (rendering) beginPicture();
     serveAndDraw(running, rendering);
-    if (rendering) copyToWindow();
+    if (rendering) way = finishPicture(start);
     const Uint32 thisDrawMs = SDL_GetTicks() - start;
     pApplication->DrawDurationMs = static_cast<int>(thisDrawMs);
   }
-  const Uint32 beforePresent = pace(rendering);
-  if (rendering) {
-    SDL_RenderPresent(mpGUIRenderer);
-    SDL_SetRenderTarget(mpGUIRenderer, mpBackBuffer.get());
-    SDL_RenderClear(mpGUIRenderer);
-  }
+  const Uint32 beforePresent = pace(way == Way::WHOLE);
+  present(way);
   countFrame(beforePresent);
   return 0;
+}
+
+// The picture is either recorded, to draw what has changed in it, or drawn as it comes.
+void TAppGuiModule::beginPicture() {
+  if (mRedraw != Redraw::ALL && mpBackBuffer)
+    mpPicture->begin(mpGUIRenderer, mpBackBuffer.get());
+  else
+    SDL_RenderClear(mpGUIRenderer);
+}
+
+TAppGuiModule::Way TAppGuiModule::finishPicture(Uint32 now) {
+  if (!mpPicture->renderer()) {
+    copyWhole();
+    return Way::WHOLE;
+  }
+  const bool due = now - mDrawnWholeAt >= kRenewMs;
+  const TDirtyRects& changed = mpPicture->finish(mbRedrawAll.exchange(false) || due);
+  if (changed.isWhole()) mDrawnWholeAt = now;
+  if (changed.rects().empty() && mRedraw != Redraw::SHOW) return Way::NOTHING;
+  if (!changed.isWhole() && mRedraw != Redraw::SHOW && windowTakesParts()) {
+    SDL_SetRenderTarget(mpGUIRenderer, nullptr);
+    for (const SDL_Rect& part : changed.rects()) SDL_RenderCopy(mpGUIRenderer, mpBackBuffer.get(), &part, &part);
+    return Way::PARTS;
+  }
+  copyWhole();
+  if (mRedraw == Redraw::SHOW) outline(changed);
+  return Way::WHOLE;
 }
 
 void TAppGuiModule::serveAndDraw(bool running, bool rendering) {
@@ -71,14 +100,60 @@ void TAppGuiModule::drawPicture(bool running) {
 }
 
 // The window stays the render target.
-void TAppGuiModule::copyToWindow() {
+void TAppGuiModule::copyWhole() {
   SDL_SetRenderTarget(mpGUIRenderer, nullptr);
   SDL_RenderClear(mpGUIRenderer);
   SDL_RenderCopyEx(mpGUIRenderer, mpBackBuffer.get(), &WindowNativeSize, &WindowCurrentSize,
                    ScreenRotate ? 180.0 : 0.0, nullptr, SDL_FLIP_NONE);
 }
 
+// Only the software driver keeps what it has put on the window before; another one's window is undefined after it
+// has been presented.
+bool TAppGuiModule::windowTakesParts() const {
+  SDL_RendererInfo info{};
+  int w = 0, h = 0;
+  if (!SDL_RenderGetWindow(mpGUIRenderer) || SDL_GetRendererInfo(mpGUIRenderer, &info) != 0) return false;
+  if (std::strcmp(info.name, "software") != 0 || ScreenRotate) return false;
+  SDL_GetWindowSize(mpWindow, &w, &h);
+  const SDL_Rect window{0, 0, w, h};
+  return SDL_RectEquals(&window, &WindowNativeSize) && SDL_RectEquals(&window, &WindowCurrentSize);
+}
+
+// One pixel wide, in magenta.
+void TAppGuiModule::outline(const TDirtyRects& changed) {
+  SDL_Color colour{};
+  SDL_GetRenderDrawColor(mpGUIRenderer, &colour.r, &colour.g, &colour.b, &colour.a);
+  SDL_SetRenderDrawColor(mpGUIRenderer, 255, 0, 255, 255);
+  for (const SDL_Rect& rect : changed.rects()) SDL_RenderDrawRect(mpGUIRenderer, &rect);
+  SDL_SetRenderDrawColor(mpGUIRenderer, colour.r, colour.g, colour.b, colour.a);
+}
+
+void TAppGuiModule::present(Way way) {
+  if (way == Way::NOTHING) return;
+  if (way == Way::WHOLE) {
+    SDL_RenderPresent(mpGUIRenderer);
+  } else {
+    SDL_RenderFlush(mpGUIRenderer);
+    const std::vector<SDL_Rect>& parts = mpPicture->changed().rects();
+    if (SDL_UpdateWindowSurfaceRects(mpWindow, parts.data(), static_cast<int>(parts.size())) != 0) RedrawAll();
+  }
+  SDL_SetRenderTarget(mpGUIRenderer, mpBackBuffer.get());
+}
+
+void TAppGuiModule::readRedraw() {
+  const char* const wanted = std::getenv("TOPSCREEN_REDRAW");
+  mRedraw = Redraw::CHANGES;
+  if (!wanted || !*wanted) return;
+  if (std::strcmp(wanted, "all") == 0)
+    mRedraw = Redraw::ALL;
+  else if (std::strcmp(wanted, "show") == 0)
+    mRedraw = Redraw::SHOW;
+  else
+    pApplication->WriteLog(4, 0, "TOPSCREEN_REDRAW is neither all nor show, drawing what changes.");
+}
+
 void TAppGuiModule::rebuildTextures() {
+  mpPicture->forget();
   Uint32 format = 0;
   int w = 0, h = 0;
   SDL_QueryTexture(mpBackBuffer.get(), &format, nullptr, &w, &h);
@@ -90,6 +165,7 @@ void TAppGuiModule::rebuildTextures() {
 }
 
 void TAppGuiModule::applyWindowSize() {
+  RedrawAll();
   SDL_GetWindowSize(mpWindow, &WindowCurrentSize.w, &WindowCurrentSize.h);
   SDL_SetRenderTarget(mpGUIRenderer, nullptr);
   SDL_RenderSetViewport(mpGUIRenderer, &WindowCurrentSize);
@@ -98,11 +174,11 @@ void TAppGuiModule::applyWindowSize() {
 
 // Sleeps for what is left of the frame; the next sleep is shortened by what this one overshot. The result is the
 // time before presentation.
-Uint32 TAppGuiModule::pace(bool rendering) {
+Uint32 TAppGuiModule::pace(bool waitsForWindow) {
   const int64_t frameDurationMs = 1000 / mTargetFPS;
   Uint32 now = SDL_GetTicks();
   const int64_t msElapsed = static_cast<Uint32>(now - mLastDrawTime);
-  const bool sleeps = !rendering || !mVsync || mTargetFPS < kVsyncFps;
+  const bool sleeps = !waitsForWindow || !mVsync || mTargetFPS < kVsyncFps;
   if (msElapsed + mSleepDiff >= frameDurationMs || !sleeps) {
     mSleepDiff = 0;
     return now;

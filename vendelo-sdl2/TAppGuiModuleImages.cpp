@@ -2,12 +2,15 @@
 #include <algorithm>
 #include <cstdio>
 
+#include "vendelo-sdl2/Drawing.h"
 #include "vendelo-sdl2/MyUtils.h"
 #include "vendelo-sdl2/PictureFormat.h"
 #include "vendelo-sdl2/PictureHeader.h"
 #include "vendelo-sdl2/TAppGuiModule.h"
 #include "vendelo-sdl2/TApplication.h"
+#include "vendelo-sdl2/TDirtyRects.h"
 #include "vendelo-sdl2/TRenderGuard.h"
+#include "vendelo-sdl2/TextureContent.h"
 
 namespace vendelo_sdl2 {
 namespace {
@@ -54,11 +57,16 @@ SDL_Texture* TAppGuiModule::SubImage(SDL_Texture* pSrc, int x, int y, int w, int
   if (!pSrc) return nullptr;
   SDL_Texture* layer = CreateLayer(pSrc, w, h, 0, 0, 0, 0, 16);
   if (!layer) return nullptr;
-  TRenderGuard guard(mpGUIRendererStatic);
-  guard.blendMode(pSrc, SDL_BLENDMODE_NONE);
-  guard.target(layer);
   const SDL_Rect rect{x, y, w, h};
-  SDL_RenderCopy(mpGUIRendererStatic, pSrc, &rect, nullptr);
+  {
+    TRenderGuard guard(mpGUIRendererStatic);
+    guard.blendMode(pSrc, SDL_BLENDMODE_NONE);
+    guard.target(layer);
+    drawing::Copy(mpGUIRendererStatic, pSrc, &rect, nullptr);
+  }
+  SDL_Rect whole{0, 0, 0, 0};
+  SDL_QueryTexture(pSrc, nullptr, nullptr, &whole.w, &whole.h);
+  if (isOpaque(contentOf(pSrc)) && contains(whole, rect)) markOpaque(layer);
   return layer;
 }
 

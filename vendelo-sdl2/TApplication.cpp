@@ -198,8 +198,11 @@ int TApplication::ProcessNextEvent() {
     PostSDLKeyboardEvent(true, SDLK_ESCAPE, KMOD_NONE);
   }
   if (!SDL_PollEvent(&LastEvent)) return 0;
-  if (LastEvent.type == SDL_WINDOWEVENT && LastEvent.window.event == SDL_WINDOWEVENT_SIZE_CHANGED)
-    if (TAppGuiModule* gui = GUI()) gui->RefreshSize();
+  if (LastEvent.type == SDL_WINDOWEVENT)
+    if (TAppGuiModule* gui = GUI()) {
+      gui->RedrawAll();
+      if (LastEvent.window.event == SDL_WINDOWEVENT_SIZE_CHANGED) gui->RefreshSize();
+    }
   if (LastEvent.type == SDL_RENDER_TARGETS_RESET || LastEvent.type == SDL_RENDER_DEVICE_RESET) {
     WriteLog(4, 0, "The graphics device has lost its %s, drawing texts and digits again.",
              LastEvent.type == SDL_RENDER_TARGETS_RESET ? "render targets" : "textures");

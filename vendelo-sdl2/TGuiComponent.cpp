@@ -3,6 +3,7 @@
 #include <cstdio>
 #include <utility>
 
+#include "vendelo-sdl2/Drawing.h"
 #include "vendelo-sdl2/TAppGuiModule.h"
 #include "vendelo-sdl2/TApplication.h"
 #include "vendelo-sdl2/TLogManager.h"
@@ -67,9 +68,9 @@ void TGuiComponent::draw() {
     if (mpTargetTexture) {
       // Only angles above 0 turn the picture; a negative one draws it upright.
       if (0.0 >= mAngle)
-        SDL_RenderCopy(GetRenderer(), mpTargetTexture, &mSrcRect, &mDestRect);
+        drawing::Copy(GetRenderer(), mpTargetTexture, &mSrcRect, &mDestRect);
       else
-        SDL_RenderCopyEx(GetRenderer(), mpTargetTexture, &mSrcRect, &mDestRect, mAngle, nullptr, SDL_FLIP_NONE);
+        drawing::CopyEx(GetRenderer(), mpTargetTexture, &mSrcRect, &mDestRect, mAngle, nullptr, SDL_FLIP_NONE);
     }
     for (TComponentList::Walk walk(GuiComponentList); TGuiComponent* child = walk.next();) {
       if (!child->isVisible()) continue;

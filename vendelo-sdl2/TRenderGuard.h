@@ -3,6 +3,8 @@
 #include <SDL.h>
 #include <optional>
 
+#include "vendelo-sdl2/Drawing.h"
+
 namespace vendelo_sdl2 {
 
 // Changes the state in which one draws, and puts back at the end of the scope what it has changed, and nothing
@@ -12,7 +14,7 @@ class TRenderGuard {
  public:
   explicit TRenderGuard(SDL_Renderer* renderer) : mpRenderer(renderer) {}
   ~TRenderGuard() {
-    if (mHasTarget) SDL_SetRenderTarget(mpRenderer, mpTarget);
+    if (mHasTarget) drawing::SetTarget(mpRenderer, mpTarget);
     if (mColour) SDL_SetRenderDrawColor(mpRenderer, mColour->r, mColour->g, mColour->b, mColour->a);
     if (mpBlended) SDL_SetTextureBlendMode(mpBlended, mBlendMode);
   }
@@ -21,9 +23,9 @@ class TRenderGuard {
 
   // Null is the window.
   void target(SDL_Texture* texture) {
-    if (!mHasTarget) mpTarget = SDL_GetRenderTarget(mpRenderer);
+    if (!mHasTarget) mpTarget = drawing::Target(mpRenderer);
     mHasTarget = true;
-    SDL_SetRenderTarget(mpRenderer, texture);
+    drawing::SetTarget(mpRenderer, texture);
   }
   void colour(Uint8 r, Uint8 g, Uint8 b, Uint8 a) {
     if (!mColour) {
@@ -42,7 +44,7 @@ class TRenderGuard {
   void clear(Uint8 r, Uint8 g, Uint8 b, Uint8 a) const {
     TRenderGuard own(mpRenderer);
     own.colour(r, g, b, a);
-    SDL_RenderClear(mpRenderer);
+    drawing::Clear(mpRenderer);
   }
 
  private:

@@ -3,10 +3,12 @@
 #include <SDL.h>
 #include <memory>
 
+#include "vendelo-sdl2/Drawing.h"
+
 namespace vendelo_sdl2 {
 
 struct TTextureDeleter {
-  void operator()(SDL_Texture* texture) const { SDL_DestroyTexture(texture); }
+  void operator()(SDL_Texture* texture) const { drawing::Destroy(texture); }
 };
 
 // A texture that is owned; a raw pointer to one is borrowed, but for what an image helper, a font or an animation

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <cstdlib>
 
+#include "vendelo-sdl2/Drawing.h"
 #include "vendelo-sdl2/Saturate.h"
 #include "vendelo-sdl2/Ticks.h"
 
@@ -242,7 +243,7 @@ void TControlCyphers3::drawWheel(int n, float position, const Frame& frame) {
   destRect.x += frame.parentRect.x;
   destRect.y += frame.parentRect.y;
   SDL_SetTextureAlphaMod(mpCyphers.get(), static_cast<Uint8>(mAlpha & 255));
-  SDL_RenderCopy(frame.renderer, mpCyphers.get(), &srcRect, &destRect);
+  drawing::Copy(frame.renderer, mpCyphers.get(), &srcRect, &destRect);
 }
 
 void TControlCyphers3::drawSeparator(SDL_Texture* texture, const SDL_Rect& source, int n, const Frame& frame) {
@@ -255,26 +256,26 @@ void TControlCyphers3::drawSeparator(SDL_Texture* texture, const SDL_Rect& sourc
                       (mCypherGap - scaledCommaRect.w) / 2;
   scaledCommaRect.y = frame.parentRect.y + frame.parentRect.h - scaledCommaRect.h;
   SDL_SetTextureAlphaMod(texture, static_cast<Uint8>(mAlpha & 255));
-  SDL_RenderCopy(frame.renderer, texture, &source, &scaledCommaRect);
+  drawing::Copy(frame.renderer, texture, &source, &scaledCommaRect);
 }
 
 void TControlCyphers3::drawDotAt(int x, int y, float scale) {
   const SDL_Rect dest{x, y, MyUtils::toPixels(roundf(static_cast<float>(mDotRect.w) * scale)),
                       MyUtils::toPixels(roundf(static_cast<float>(mDotRect.h) * scale))};
-  if (mpDot) SDL_RenderCopy(GetRenderer(), mpDot.get(), &mDotRect, &dest);
+  if (mpDot) drawing::Copy(GetRenderer(), mpDot.get(), &mDotRect, &dest);
 }
 
 void TControlCyphers3::drawCommaAt(int x, int y, float scale) {
   const SDL_Rect dest{x, y, MyUtils::toPixels(roundf(static_cast<float>(mCommaRect.w) * scale)),
                       MyUtils::toPixels(roundf(static_cast<float>(mCommaRect.h) * scale))};
-  if (mpComma) SDL_RenderCopy(GetRenderer(), mpComma.get(), &mCommaRect, &dest);
+  if (mpComma) drawing::Copy(GetRenderer(), mpComma.get(), &mCommaRect, &dest);
 }
 
 void TControlCyphers3::drawCenteredGlyphAt(int centerx, int y, const SDL_Rect& srcRect, float scale) {
   SDL_Rect dest{centerx, y, MyUtils::toPixels(roundf(static_cast<float>(srcRect.w) * scale)),
                 MyUtils::toPixels(roundf(static_cast<float>(srcRect.h) * scale))};
   dest.x -= dest.w / 2;
-  if (mpCyphers) SDL_RenderCopy(GetRenderer(), mpCyphers.get(), &srcRect, &dest);
+  if (mpCyphers) drawing::Copy(GetRenderer(), mpCyphers.get(), &srcRect, &dest);
 }
 
 void TControlCyphers3::swapSeparators() {

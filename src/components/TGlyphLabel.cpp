@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "common/TBitmapFont.h"
+#include "vendelo-sdl2/Drawing.h"
 #include "vendelo-sdl2/MyUtils.h"
 
 using namespace vendelo_sdl2;
@@ -136,9 +137,9 @@ void TGlyphLabel::draw() {
 
   SDL_SetTextureAlphaMod(mpTargetTexture, static_cast<Uint8>(mAlpha));
   if (0.0 >= mAngle)
-    SDL_RenderCopy(GetRenderer(), mpTargetTexture, nullptr, &dst);
+    drawing::Copy(GetRenderer(), mpTargetTexture, nullptr, &dst);
   else
-    SDL_RenderCopyEx(GetRenderer(), mpTargetTexture, nullptr, &dst, mAngle, nullptr, SDL_FLIP_NONE);
+    drawing::CopyEx(GetRenderer(), mpTargetTexture, nullptr, &dst, mAngle, nullptr, SDL_FLIP_NONE);
 }
 
 Uint32 TGlyphLabel::getpixel(SDL_Surface* surface, int x, int y) {

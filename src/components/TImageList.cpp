@@ -5,6 +5,7 @@
 #include <cstdio>
 
 #include "components/SlideSupport.h"
+#include "vendelo-sdl2/Drawing.h"
 #include "vendelo-sdl2/MyUtils.h"
 #include "vendelo-sdl2/TApplication.h"
 #include "vendelo-sdl2/TTaskMan.h"
@@ -191,13 +192,13 @@ void TImageList::drawImage() {
     SDL_SetTextureAlphaMod(mpDataTexture, alpha);
     SDL_Rect dataDestRect{destRect.x + mDataOffsetX, destRect.y + mDataOffsetY, 0, 0};
     SDL_QueryTexture(mpDataTexture, nullptr, nullptr, &dataDestRect.w, &dataDestRect.h);
-    SDL_RenderCopy(renderer, mpDataTexture, nullptr, &dataDestRect);
+    drawing::Copy(renderer, mpDataTexture, nullptr, &dataDestRect);
   }
   if (mpTargetTexture) {
     SDL_SetTextureAlphaMod(mpTargetTexture, alpha);
     if (0.0 >= mAngle)
-      SDL_RenderCopy(renderer, mpTargetTexture, &mSrcRect, &destRect);
+      drawing::Copy(renderer, mpTargetTexture, &mSrcRect, &destRect);
     else
-      SDL_RenderCopyEx(renderer, mpTargetTexture, &mSrcRect, &destRect, mAngle, nullptr, SDL_FLIP_NONE);
+      drawing::CopyEx(renderer, mpTargetTexture, &mSrcRect, &destRect, mAngle, nullptr, SDL_FLIP_NONE);
   }
 }

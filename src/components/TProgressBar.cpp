@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <limits>
 
+#include "vendelo-sdl2/Drawing.h"
 #include "vendelo-sdl2/MyUtils.h"
 
 using namespace vendelo_sdl2;
@@ -113,6 +114,6 @@ void TProgressBar::drawParts(const Part& leading, const Part& following, int shi
   for (const Part* part : {&leading, &following}) {
     if (!part->texture) continue;
     SDL_SetTextureAlphaMod(part->texture, static_cast<Uint8>(mAlpha));
-    SDL_RenderCopy(renderer, part->texture, &part->source, &part->output);
+    drawing::Copy(renderer, part->texture, &part->source, &part->output);
   }
 }

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <cstdlib>
 
+#include "vendelo-sdl2/Drawing.h"
 #include "vendelo-sdl2/Saturate.h"
 #include "vendelo-sdl2/TAppGuiModule.h"
 #include "vendelo-sdl2/TRenderGuard.h"
@@ -199,7 +200,7 @@ void TScrollingComponent::draw() {
     drawStrip(offset);
   }
   SDL_SetTextureAlphaMod(mpTargetTexture, static_cast<Uint8>(mAlpha & 255));
-  SDL_RenderCopy(renderer, mpTargetTexture, nullptr, &destRect);
+  drawing::Copy(renderer, mpTargetTexture, nullptr, &destRect);
 }
 
 void TScrollingComponent::drawStrip(double offset) {

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "vendelo-sdl2/Drawing.h"
 #include "vendelo-sdl2/PictureFormat.h"
 #include "vendelo-sdl2/Saturate.h"
 #include "vendelo-sdl2/TAppGuiModule.h"
@@ -234,9 +235,9 @@ void TSpriteAnimation::drawSprite(const TSprite& sprite, SDL_Texture* texture, S
   if (mAngle > 0.0) {
     mRotPivot = SDL_Point{destRect.w / 2, destRect.h};
     const bool pivot = mRotPivot.x >= 0 && mRotPivot.y >= 0;
-    SDL_RenderCopyEx(renderer, texture, nullptr, &destRect, mAngle, pivot ? &mRotPivot : nullptr, SDL_FLIP_NONE);
+    drawing::CopyEx(renderer, texture, nullptr, &destRect, mAngle, pivot ? &mRotPivot : nullptr, SDL_FLIP_NONE);
   } else {
-    SDL_RenderCopy(renderer, texture, nullptr, &destRect);
+    drawing::Copy(renderer, texture, nullptr, &destRect);
   }
 }
 
@@ -264,9 +265,9 @@ SDL_Texture* TSpriteAnimation::GetFrame(int frame_id) {
   if (SDL_Texture* texture = textureOf(sprite, false)) {
     const SDL_Rect place{sprite.xoffset, sprite.yoffset, sprite.width, sprite.height};
     if (sprite.rotate)
-      SDL_RenderCopyEx(renderer, texture, nullptr, &place, 90.0, nullptr, SDL_FLIP_NONE);
+      drawing::CopyEx(renderer, texture, nullptr, &place, 90.0, nullptr, SDL_FLIP_NONE);
     else
-      SDL_RenderCopy(renderer, texture, nullptr, &place);
+      drawing::Copy(renderer, texture, nullptr, &place);
   }
   return layer;
 }

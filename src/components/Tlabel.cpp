@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "components/SlideSupport.h"
+#include "vendelo-sdl2/Drawing.h"
 #include "vendelo-sdl2/PictureFormat.h"
 #include "vendelo-sdl2/TAppGuiModule.h"
 #include "vendelo-sdl2/TApplication.h"
@@ -203,9 +204,9 @@ void Tlabel::drawShadow() {
   dst.y += mShadowOffset < 0 ? -mShadowOffset : mShadowOffset;
   SDL_SetTextureAlphaMod(mpShadowTexture.get(), static_cast<Uint8>(mAlpha & 255));
   if (0.0 > mAngle)
-    SDL_RenderCopy(GetRenderer(), mpShadowTexture.get(), &mSrcRect, &dst);
+    drawing::Copy(GetRenderer(), mpShadowTexture.get(), &mSrcRect, &dst);
   else
-    SDL_RenderCopyEx(GetRenderer(), mpShadowTexture.get(), &mSrcRect, &dst, mAngle, nullptr, SDL_FLIP_NONE);
+    drawing::CopyEx(GetRenderer(), mpShadowTexture.get(), &mSrcRect, &dst, mAngle, nullptr, SDL_FLIP_NONE);
 }
 
 void Tlabel::SetAnimation(TAnimationDirection direction) {

@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "components/Tlabel.h"
+#include "vendelo-sdl2/Drawing.h"
 #include "vendelo-sdl2/MyUtils.h"
 #include "vendelo-sdl2/TLogManager.h"
 
@@ -74,7 +75,7 @@ void TPlatformLoader::draw() {
     SDL_QueryTexture(mLogoTexture, nullptr, nullptr, &logo.w, &logo.h);
     logo.x = (getWidth() - logo.w) / 2;
     logo.y = (getHeight() / 3 - logo.h) / 2;
-    SDL_RenderCopy(GetRenderer(), mLogoTexture, nullptr, &logo);
+    drawing::Copy(GetRenderer(), mLogoTexture, nullptr, &logo);
   }
   TGuiComponent::draw();
 }
@@ -84,7 +85,7 @@ void TPlatformLoader::drawAround(SDL_Texture* texture, int size, float angle) {
     static_cast<int>(std::round(static_cast<float>(getWidth() - size) * 0.5f + mRadius * std::cos(angle))),
     static_cast<int>(std::round(static_cast<float>(getHeight() - size) * 0.5f + mRadius * std::sin(angle))), size,
     size};
-  SDL_RenderCopy(GetRenderer(), texture, nullptr, &place);
+  drawing::Copy(GetRenderer(), texture, nullptr, &place);
 }
 
 void TPlatformLoader::SetDisplayMessage(const std::string& message) { mStatusLabel->SetText(message); }

@@ -11,6 +11,7 @@
 #include "tests/support/Golden.h"
 #include "tests/support/PanelSkin.h"
 #include "vendelo-sdl2/MyUtils.h"
+#include "vendelo-sdl2/SystemSeams.h"
 #include "vesperatopscreen/TInstructionsPanel.h"
 #include "vesperatopscreen/TJackpotsPanel.h"
 #include "vesperatopscreen/TPaytablesPanel.h"
@@ -30,6 +31,14 @@ const std::string& skinOnce(const std::string& name) {
 PanelScreen::PanelScreen(SDL_Renderer* renderer) {
   SetRenderer(renderer);
   SetRendererStatic(renderer);
+}
+
+void PanelScreen::composeInBackBuffer(int width, int height, bool everything) {
+  mpBackBuffer.reset(
+    SDL_CreateTexture(GetRenderer(), SDL_PIXELFORMAT_RGB888, SDL_TEXTUREACCESS_TARGET, width, height));
+  WindowNativeSize = WindowCurrentSize = {0, 0, width, height};
+  mRedraw = everything ? Redraw::ALL : Redraw::CHANGES;
+  SDL_SetRenderTarget(GetRenderer(), mpBackBuffer.get());
 }
 
 int PanelScreen::Load(void*) {
@@ -145,10 +154,30 @@ void TopScreenHarness::frame() {
     mpApplication->ExecuteActionsAndTasks(false);
   });
   SDL_Renderer* to = renderer();
+  if (mComposes) {
+    mpScreen->draw();
+    return;
+  }
   SDL_SetRenderTarget(to, nullptr);
   SDL_RenderClear(to);
   mpScreen->serveAndDraw(mpApplication->status() == TApplication::APP_RUNNING, true);
   SDL_RenderFlush(to);  // as presenting it would
+}
+
+void TopScreenHarness::composeFrames(bool everything) {
+  mComposes = true;
+  mpScreen->composeInBackBuffer(1920, 1080, everything);
+  SystemSeams.MicroSleep = [](useconds_t) { return 0; };
+}
+
+uint64_t TopScreenHarness::shown() const {
+  uint64_t sum = 0xcbf29ce484222325u;
+  for (int y = 0; y < mpPicture->h; ++y) {
+    const auto* row = reinterpret_cast<const Uint32*>(static_cast<const Uint8*>(mpPicture->pixels) +
+                                                      static_cast<ptrdiff_t>(y) * mpPicture->pitch);
+    for (int x = 0; x < mpPicture->w; ++x) sum = (sum ^ (row[x] & 0xffffff)) * 0x100000001b3u;
+  }
+  return sum;
 }
 
 void TopScreenHarness::frames(Uint32 milliseconds) {

@@ -29,6 +29,8 @@ class PanelScreen : public TopScreenScreen {
   using TAppGuiModule::mFPS;
   using TAppGuiModule::mFPS_noVsync;
   using TAppGuiModule::serveAndDraw;
+  // A back buffer of this size, so that draw() draws frames as in the program: what changes, or everything.
+  void composeInBackBuffer(int width, int height, bool everything);
   using TopScreenScreen::mpInfo;
   using TopScreenScreen::pDemoBackground;
   using TopScreenScreen::pInstructionsPanel;
@@ -96,6 +98,11 @@ class TopScreenHarness {
 
   // One pass of the main loop, then one frame, both as in the running program.
   void frame();
+  // From now on the frames are those of the module: composed in a back buffer, where only what changes is drawn
+  // anew, or everything in every frame. For a harness without a divisor.
+  void composeFrames(bool everything);
+  // What the window shows, as one number.
+  uint64_t shown() const;
   // Time passes in steps of 20 ms with a frame each; the last step is the rest.
   void frames(Uint32 milliseconds);
   // That much time passes, and one frame is drawn.
@@ -136,6 +143,7 @@ class TopScreenHarness {
   PanelApplication* mpApplication;
   SDL_Surface* mpPicture;
   PanelScreen* mpScreen;
+  bool mComposes = false;
   PlatformState mStatus;
 };
 

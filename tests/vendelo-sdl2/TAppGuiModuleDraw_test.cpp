@@ -142,7 +142,7 @@ TEST_F(AppGuiModule, TheBackBufferReachesTheWindowTurnedOnRequest) {
   module->draw();
   EXPECT_NE(0xff0000ffu, at(nullptr, 0, 0));
   EXPECT_EQ(0xff0000ffu, at(nullptr, 31, 15));
-  EXPECT_EQ(0x00000000u, at(module->mpBackBuffer.get(), 0, 0));  // cleared for the next frame
+  EXPECT_EQ(0xff0000ffu, at(module->mpBackBuffer.get(), 0, 0));  // what the next frame is compared with
 }
 
 }  // namespace

@@ -10,6 +10,7 @@
 #include "vendelo-sdl2/SystemSeams.h"
 #include "vendelo-sdl2/TAppGuiModule.h"
 #include "vendelo-sdl2/TGuiComponent.h"
+#include "vendelo-sdl2/TextureContent.h"
 
 // What the tests of the GUI module share: a module whose hooks and roots write down what happens, an application
 // around it, a clock that stands still and sleeps that move it.
@@ -166,6 +167,7 @@ class AppGuiModule : public testing::Test {
     SDL_RenderFillRect(renderer, &rect);
     SDL_SetRenderDrawColor(renderer, 0, 0, 0, 0);
     SDL_SetRenderTarget(renderer, target);
+    if (on) contentChanged(on);
   }
   // 0xRRGGBBAA of one pixel of a texture.
   Uint32 at(SDL_Texture* on, int x, int y) {

@@ -81,6 +81,7 @@ class Rebuild : public AppGuiModule {
     } else {
       const std::vector<Uint32> pixels(static_cast<size_t>(w) * static_cast<size_t>(h), 0xffff00ff);
       ASSERT_EQ(0, SDL_UpdateTexture(texture, nullptr, pixels.data(), w * 4));
+      contentChanged(texture);
     }
   }
   void loseEverything() {

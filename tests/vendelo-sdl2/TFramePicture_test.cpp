@@ -1,0 +1,265 @@
+// Two worlds live through the same frames: one draws all of each, the other what changes. Their pictures are the
+// same, pixel for pixel, after each frame.
+#include "vendelo-sdl2/TFramePicture.h"
+
+#include <gtest/gtest.h>
+#include <algorithm>
+#include <array>
+#include <cstdlib>
+#include <cstring>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "vendelo-sdl2/Drawing.h"
+#include "vendelo-sdl2/TRenderGuard.h"
+#include "vendelo-sdl2/TTexturePtr.h"
+#include "vendelo-sdl2/TextureContent.h"
+
+using namespace vendelo_sdl2;
+
+namespace {
+
+constexpr int kWidth = 320, kHeight = 200;
+
+class World {
+ public:
+  World(unsigned seed, bool recorded, Uint32 format) : mRandom(seed), mRecorded(recorded) {
+    mSurface = SDL_CreateRGBSurfaceWithFormat(0, 8, 8, 32, SDL_PIXELFORMAT_ARGB8888);
+    mpRenderer = SDL_CreateSoftwareRenderer(mSurface);
+    SDL_SetRenderDrawBlendMode(mpRenderer, SDL_BLENDMODE_BLEND);
+    SDL_SetRenderDrawColor(mpRenderer, 0, 0, 0, 0);
+    mBack.reset(SDL_CreateTexture(mpRenderer, format, SDL_TEXTUREACCESS_TARGET, kWidth, kHeight));
+    SDL_SetRenderTarget(mpRenderer, mBack.get());
+    for (int i = 0; i < 8; ++i) mPictures.push_back(picture(number(4, 120), number(4, 90), i < 3));
+    mPictures.push_back(picture(kWidth, kHeight, true));
+    for (TTexturePtr& layer : mLayers) {
+      layer.reset(SDL_CreateTexture(mpRenderer, SDL_PIXELFORMAT_RGBA8888, SDL_TEXTUREACCESS_TARGET, 60, 40));
+      SDL_SetTextureBlendMode(layer.get(), SDL_BLENDMODE_BLEND);
+    }
+    for (int i = 0; i < 14; ++i) mItems.push_back(item());
+  }
+  ~World() {
+    mPicture.end();
+    mPictures.clear();
+    for (TTexturePtr& layer : mLayers) layer.reset();
+    mBack.reset();
+    SDL_DestroyRenderer(mpRenderer);
+    SDL_FreeSurface(mSurface);
+  }
+
+  // Something happens, or nothing, and a frame is drawn. The result is its pixels.
+  std::vector<Uint32> frame() {
+    for (int i = number(0, 3); i > 0; --i) happen();
+    const bool whole = number(0, 40) == 0;
+    if (mRecorded)
+      mPicture.begin(mpRenderer, mBack.get());
+    else
+      SDL_RenderClear(mpRenderer);
+    drawItems();
+    if (mRecorded) {
+      const TDirtyRects& changed = mPicture.finish(whole);
+      for (const SDL_Rect& rect : changed.rects()) mPixelsDrawn += rect.w * rect.h;
+      mUntouched += changed.rects().empty();
+    }
+    EXPECT_EQ(mBack.get(), SDL_GetRenderTarget(mpRenderer));
+    std::vector<Uint32> pixels(kWidth * kHeight);
+    SDL_RenderReadPixels(mpRenderer, nullptr, SDL_PIXELFORMAT_RGB888, pixels.data(), kWidth * 4);
+    for (Uint32& pixel : pixels) pixel &= 0xffffff;
+    return pixels;
+  }
+  long pixelsDrawn() const { return mPixelsDrawn; }
+  int framesWithoutAChange() const { return mUntouched; }
+
+ private:
+  struct Item {
+    enum Kind { PICTURE, TURNED, LAYER, STALE_LAYER, NESTED_LAYER, TWICE, PASSING } kind;
+    size_t which;
+    SDL_Rect source, destination;
+    bool hasSource;
+    double angle;
+    SDL_RendererFlip flip;
+    Uint8 alpha, red;
+    SDL_BlendMode blend;
+    int phase;
+  };
+
+  int number(int least, int most) {
+    return least + static_cast<int>(mRandom() % static_cast<unsigned>(most - least + 1));
+  }
+
+  TTexturePtr picture(int w, int h, bool opaque) {
+    SDL_Surface* surface = SDL_CreateRGBSurfaceWithFormat(0, w, h, 32, SDL_PIXELFORMAT_ARGB8888);
+    const Uint32 base = mRandom();
+    for (int y = 0; y < h; ++y)
+      for (int x = 0; x < w; ++x) {
+        const Uint32 mix = base * static_cast<Uint32>(x * 7 + y * 13 + 5);
+        auto* row = reinterpret_cast<Uint32*>(static_cast<Uint8*>(surface->pixels) + y * surface->pitch);
+        row[x] = opaque ? mix | 0xff000000u : mix;
+      }
+    TTexturePtr texture(SDL_CreateTextureFromSurface(mpRenderer, surface));
+    SDL_FreeSurface(surface);
+    SDL_SetTextureBlendMode(texture.get(), SDL_BLENDMODE_BLEND);
+    if (opaque) markOpaque(texture.get());
+    return texture;
+  }
+
+  Item item() {
+    constexpr SDL_BlendMode modes[] = {SDL_BLENDMODE_BLEND, SDL_BLENDMODE_BLEND, SDL_BLENDMODE_BLEND,
+                                       SDL_BLENDMODE_ADD,   SDL_BLENDMODE_MOD,   SDL_BLENDMODE_NONE};
+    Item made{};
+    made.kind = static_cast<Item::Kind>(std::max(0, number(-5, 6)));
+    made.which = static_cast<size_t>(number(0, 8));
+    made.source = {number(0, 20), number(0, 20), number(1, 60), number(1, 40)};
+    made.hasSource = number(0, 2) == 0;
+    made.destination = {number(-40, kWidth), number(-40, kHeight), number(1, 120), number(1, 80)};
+    if (number(0, 1)) {  // unscaled
+      const SDL_Rect size = sizeOf(mPictures[made.which].get());
+      made.destination.w = made.hasSource ? made.source.w : size.w;
+      made.destination.h = made.hasSource ? made.source.h : size.h;
+    }
+    if (number(0, 9) == 0) made.destination = {0, 0, kWidth, kHeight};
+    made.angle = number(0, 3) * 30.0 + (number(0, 3) == 0 ? 360.0 : 0.0);
+    made.flip = static_cast<SDL_RendererFlip>(number(0, 3));
+    made.alpha = number(0, 2) ? 255 : static_cast<Uint8>(number(0, 255));
+    made.red = number(0, 3) ? 255 : static_cast<Uint8>(number(0, 255));
+    made.blend = modes[number(0, 5)];
+    return made;
+  }
+
+  static SDL_Rect sizeOf(SDL_Texture* texture) {
+    SDL_Rect size{0, 0, 0, 0};
+    SDL_QueryTexture(texture, nullptr, nullptr, &size.w, &size.h);
+    return size;
+  }
+
+  void happen() {
+    Item& one = mItems[static_cast<size_t>(number(0, static_cast<int>(mItems.size()) - 1))];
+    switch (number(0, 9)) {
+      case 0:
+        one = item();
+        break;
+      case 1:
+        one.destination.x += number(-5, 5);
+        break;
+      case 2:
+        one.alpha = static_cast<Uint8>(number(0, 255));
+        break;
+      case 3:
+        ++one.phase;
+        break;
+      case 4:
+        mItems.push_back(item());
+        break;
+      case 5:
+        if (mItems.size() > 6) mItems.erase(mItems.begin() + number(0, 5));
+        break;
+      case 6:
+        std::swap(one, mItems.front());
+        break;
+      case 7:
+        one.source.x += number(0, 3);
+        break;
+      case 8:
+        mPictures[one.which] = picture(number(4, 120), number(4, 90), number(0, 1));
+        break;
+      default:
+        ++mPhase;
+        break;
+    }
+  }
+
+  void put(SDL_Texture* texture, const Item& item) const {
+    SDL_SetTextureAlphaMod(texture, item.alpha);
+    SDL_SetTextureColorMod(texture, item.red, 255, 255);
+    SDL_SetTextureBlendMode(texture, item.blend);
+    drawing::Copy(mpRenderer, texture, item.hasSource ? &item.source : nullptr, &item.destination);
+  }
+
+  void drawInto(SDL_Texture* layer, const Item& item, bool cleared, bool nested) {
+    TRenderGuard guard(mpRenderer);
+    guard.target(layer);
+    if (cleared) guard.clear(0, 0, 0, 0);
+    const SDL_Rect place{item.phase % 50, 3, 20, 20};
+    drawing::Copy(mpRenderer, mPictures[item.which].get(), nullptr, &place);
+    if (!nested) return;
+    drawInto(mLayers[3].get(), item, true, false);
+    const SDL_Rect second{5, 10, 30, 20};
+    drawing::Copy(mpRenderer, mLayers[3].get(), nullptr, &second);
+  }
+
+  void drawItems() {
+    size_t used = 0;
+    for (const Item& item : mItems) {
+      SDL_Texture* const layer = mLayers[used % 3].get();
+      switch (item.kind) {
+        case Item::PICTURE:
+          put(mPictures[item.which].get(), item);
+          break;
+        case Item::TURNED:
+          SDL_SetTextureAlphaMod(mPictures[item.which].get(), item.alpha);
+          drawing::CopyEx(mpRenderer, mPictures[item.which].get(), nullptr, &item.destination, item.angle, nullptr,
+                          item.flip);
+          break;
+        case Item::LAYER:
+        case Item::STALE_LAYER:
+        case Item::NESTED_LAYER:
+          ++used;
+          drawInto(layer, item, item.kind != Item::STALE_LAYER, item.kind == Item::NESTED_LAYER);
+          put(layer, item);
+          break;
+        case Item::TWICE:
+          ++used;
+          put(layer, item);
+          drawInto(layer, item, true, false);
+          put(layer, item);
+          break;
+        case Item::PASSING: {
+          const TTexturePtr passing = picture(30, 20, false);
+          put(passing.get(), item);
+          break;
+        }
+      }
+    }
+  }
+
+  std::mt19937 mRandom;
+  const bool mRecorded;
+  SDL_Surface* mSurface = nullptr;
+  SDL_Renderer* mpRenderer = nullptr;
+  TTexturePtr mBack;
+  std::vector<TTexturePtr> mPictures;
+  std::array<TTexturePtr, 4> mLayers;
+  std::vector<Item> mItems;
+  TFramePicture mPicture;
+  int mPhase = 0;
+  long mPixelsDrawn = 0;
+  int mUntouched = 0;
+};
+
+int framesOf(const char* variable, int otherwise) {
+  const char* const text = std::getenv(variable);
+  return text ? std::atoi(text) : otherwise;
+}
+
+TEST(FramePicture, IsTheSameAsIfAllOfItHadBeenDrawn) {
+  const int worlds = framesOf("FRAME_PICTURE_WORLDS", 24);
+  int untouched = 0;
+  long drawn = 0;
+  for (int seed = 1; seed <= worlds; ++seed) {
+    const Uint32 format = seed % 2 ? SDL_PIXELFORMAT_RGB888 : SDL_PIXELFORMAT_ARGB8888;
+    World all(static_cast<unsigned>(seed), false, format), changes(static_cast<unsigned>(seed), true, format);
+    for (int i = 0; i < 60; ++i) {
+      const auto wanted = all.frame(), shown = changes.frame();
+      if (wanted == shown) continue;
+      const auto at = std::mismatch(wanted.begin(), wanted.end(), shown.begin()).first - wanted.begin();
+      FAIL() << "world " << seed << ", frame " << i << ", from pixel " << at % kWidth << "," << at / kWidth;
+    }
+    untouched += changes.framesWithoutAChange();
+    drawn += changes.pixelsDrawn();
+  }
+  EXPECT_GT(untouched, 0);
+  EXPECT_LT(drawn, 60L * worlds * kWidth * kHeight * 99 / 100);
+}
+
+}  // namespace

@@ -1,0 +1,64 @@
+#include "vendelo-sdl2/Drawing.h"
+
+#include <atomic>
+
+#include "vendelo-sdl2/TFramePicture.h"
+#include "vendelo-sdl2/TextureContent.h"
+
+namespace vendelo_sdl2::drawing {
+namespace {
+
+std::atomic<TFramePicture*> recording{nullptr};
+
+TFramePicture* recorder(SDL_Renderer* renderer) {
+  TFramePicture* const picture = recording;
+  return picture && picture->renderer() == renderer ? picture : nullptr;
+}
+
+// After a call that SDL has carried out.
+void targetChanged(SDL_Renderer* renderer) {
+  if (SDL_Texture* const target = SDL_GetRenderTarget(renderer)) contentChanged(target);
+}
+
+}  // namespace
+
+void Record(TFramePicture* picture) { recording = picture; }
+
+void Copy(SDL_Renderer* renderer, SDL_Texture* texture, const SDL_Rect* source, const SDL_Rect* destination) {
+  if (TFramePicture* const picture = recorder(renderer))
+    return picture->copy(texture, source, destination, 0.0, nullptr, SDL_FLIP_NONE);
+  SDL_RenderCopy(renderer, texture, source, destination);
+  targetChanged(renderer);
+}
+
+void CopyEx(SDL_Renderer* renderer, SDL_Texture* texture, const SDL_Rect* source, const SDL_Rect* destination,
+            double angle, const SDL_Point* centre, SDL_RendererFlip flip) {
+  if (TFramePicture* const picture = recorder(renderer))
+    return picture->copy(texture, source, destination, angle, centre, flip);
+  SDL_RenderCopyEx(renderer, texture, source, destination, angle, centre, flip);
+  targetChanged(renderer);
+}
+
+void Clear(SDL_Renderer* renderer) {
+  if (TFramePicture* const picture = recorder(renderer)) return picture->clear();
+  SDL_RenderClear(renderer);
+  targetChanged(renderer);
+}
+
+void SetTarget(SDL_Renderer* renderer, SDL_Texture* texture) {
+  if (TFramePicture* const picture = recorder(renderer)) return picture->setTarget(texture);
+  SDL_SetRenderTarget(renderer, texture);
+}
+
+SDL_Texture* Target(SDL_Renderer* renderer) {
+  if (const TFramePicture* const picture = recorder(renderer)) return picture->target();
+  return SDL_GetRenderTarget(renderer);
+}
+
+void Destroy(SDL_Texture* texture) {
+  TFramePicture* const picture = recording;
+  if (picture && texture && picture->keeps(texture)) return;
+  SDL_DestroyTexture(texture);
+}
+
+}  // namespace vendelo_sdl2::drawing

@@ -1,0 +1,355 @@
+#include "vendelo-sdl2/TFramePicture.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+#include <utility>
+
+#include "vendelo-sdl2/Drawing.h"
+#include "vendelo-sdl2/TextureContent.h"
+
+namespace vendelo_sdl2 {
+namespace {
+
+constexpr size_t kUsualCommands = 1024;
+// How many commands may have come in or gone at one place before what follows counts as changed too.
+constexpr size_t kReach = 12;
+
+bool same(const SDL_Rect& a, const SDL_Rect& b) { return a.x == b.x && a.y == b.y && a.w == b.w && a.h == b.h; }
+
+bool same(const SDL_Color& a, const SDL_Color& b) { return a.r == b.r && a.g == b.g && a.b == b.b && a.a == b.a; }
+
+SDL_Rect sizeOf(SDL_Texture* texture) {
+  SDL_Rect size{0, 0, 0, 0};
+  SDL_QueryTexture(texture, nullptr, nullptr, &size.w, &size.h);
+  return size;
+}
+
+bool refersTo(const std::vector<TDrawCommand>& commands, const SDL_Texture* texture) {
+  return std::any_of(commands.begin(), commands.end(), [texture](const auto& c) { return c.texture == texture; });
+}
+
+uint64_t mixed(uint64_t hash, uint64_t value) {
+  hash ^= value + 0x9e3779b97f4a7c15u + (hash << 6) + (hash >> 2);
+  hash ^= hash >> 30;
+  hash *= 0xbf58476d1ce4e5b9u;
+  hash ^= hash >> 27;
+  hash *= 0x94d049bb133111ebu;
+  return hash ^ (hash >> 31);
+}
+
+uint64_t pair(int a, int b) {
+  return static_cast<uint64_t>(static_cast<uint32_t>(a)) << 32 | static_cast<uint32_t>(b);
+}
+
+uint64_t mixed(uint64_t hash, const TDrawCommand& c) {
+  uint64_t angle = 0;
+  std::memcpy(&angle, &c.angle, sizeof angle);
+  const auto colour = static_cast<uint64_t>(c.colour.r) << 24 | static_cast<uint64_t>(c.colour.g) << 16 |
+                      static_cast<uint64_t>(c.colour.b) << 8 | c.colour.a;
+  for (const uint64_t value :
+       {c.content, pair(c.source.x, c.source.y), pair(c.source.w, c.source.h),
+        pair(c.destination.x, c.destination.y), pair(c.destination.w, c.destination.h), angle,
+        pair(c.centre.x, c.centre.y), pair(static_cast<int>(c.flip), static_cast<int>(c.blend)), colour,
+        uint64_t{c.hasCentre}})
+    hash = mixed(hash, value);
+  return hash;
+}
+
+// The box around the rectangle turned about the centre, with a margin for how drivers round.
+SDL_Rect turned(const SDL_Rect& rect, double angle, const SDL_FPoint& centre) {
+  static constexpr double kMargin = 2.0, kFar = 1e8;
+  const double radians = angle * M_PI / 180.0, c = std::cos(radians), s = std::sin(radians);
+  double left = kFar, top = kFar, right = -kFar, bottom = -kFar;
+  for (const double x : {0.0, static_cast<double>(rect.w)})
+    for (const double y : {0.0, static_cast<double>(rect.h)}) {
+      const double px = rect.x + centre.x + (x - centre.x) * c - (y - centre.y) * s;
+      const double py = rect.y + centre.y + (x - centre.x) * s + (y - centre.y) * c;
+      left = std::min(left, px);
+      right = std::max(right, px);
+      top = std::min(top, py);
+      bottom = std::max(bottom, py);
+    }
+  const auto limited = [](double value) { return static_cast<int>(std::clamp(value, -kFar, kFar)); };
+  const int x = limited(std::floor(left - kMargin)), y = limited(std::floor(top - kMargin));
+  return {x, y, limited(std::ceil(right + kMargin)) - x, limited(std::ceil(bottom + kMargin)) - y};
+}
+
+}  // namespace
+
+bool TDrawCommand::same(const TDrawCommand& other) const {
+  return content == other.content && vendelo_sdl2::same(destination, other.destination) &&
+         vendelo_sdl2::same(source, other.source) && vendelo_sdl2::same(colour, other.colour) &&
+         angle == other.angle && flip == other.flip && blend == other.blend && centre.x == other.centre.x &&
+         centre.y == other.centre.y && hasCentre == other.hasCentre && isClear() == other.isClear();
+}
+
+SDL_Rect TDrawCommand::bounds() const {
+  if (!isTurned()) return destination;
+  const SDL_FPoint middle{static_cast<float>(destination.w) / 2, static_cast<float>(destination.h) / 2};
+  const SDL_FPoint told{static_cast<float>(centre.x), static_cast<float>(centre.y)};
+  return turned(destination, angle, hasCentre ? told : middle);
+}
+
+bool TDrawCommand::hides(const SDL_Rect& rect) const {
+  if (!contains(destination, rect)) return false;
+  if (isClear()) return true;
+  if (isTurned() || !contains(sizeOf(texture), source)) return false;
+  return blend == SDL_BLENDMODE_NONE || (blend == SDL_BLENDMODE_BLEND && isOpaque(content) && colour.a == 255);
+}
+
+TFramePicture::TFramePicture() {
+  for (TCommands* commands : {&mFrame, &mLastFrame, &mLayer}) commands->reserve(kUsualCommands);
+  mDying.reserve(kUsualCommands);
+}
+
+TFramePicture::~TFramePicture() {
+  if (mpRenderer) drawing::Record(nullptr);
+}
+
+void TFramePicture::begin(SDL_Renderer* renderer, SDL_Texture* picture) {
+  if (mpRenderer) end();
+  if (picture != mpPicture) forget();
+  SDL_RendererInfo info{};
+  SDL_GetRendererInfo(renderer, &info);
+  // SDL's software driver takes other pixels of the source where a scaled copy is cut.
+  mScalesByParts = !info.name || std::strcmp(info.name, "software") != 0;
+  mpRenderer = renderer;
+  mpPicture = picture;
+  mpTarget = picture;
+  mSize = mTargetSize = sizeOf(picture);
+  mCarriedOut = false;
+  drawing::Record(this);
+  clear();
+}
+
+const TDirtyRects& TFramePicture::finish(bool whole) {
+  finishLayer();
+  drawing::Record(nullptr);
+  SDL_SetRenderTarget(mpRenderer, mpPicture);
+  mChanged.reset(mSize);
+  if (whole || !mKnown || mCarriedOut)
+    mChanged.addWhole();
+  else
+    findChanges();
+  if (!mCarriedOut)
+    for (const SDL_Rect& rect : mChanged.rects()) draw(rect);
+  mKnown = !mCarriedOut;
+  mFrame.swap(mLastFrame);
+  mFrame.clear();
+  destroyDying();
+  mpRenderer = nullptr;
+  return mChanged;
+}
+
+void TFramePicture::end() {
+  drawing::Record(nullptr);
+  mFrame.clear();
+  mLayer.clear();
+  destroyDying();
+  mpRenderer = nullptr;
+  forget();
+}
+
+void TFramePicture::setTarget(SDL_Texture* texture) {
+  if (texture == mpTarget) return;
+  finishLayer();
+  mpTarget = texture;
+  mTargetSize = texture ? sizeOf(texture) : mSize;
+}
+
+void TFramePicture::clear() {
+  TDrawCommand command;
+  SDL_GetRenderDrawColor(mpRenderer, &command.colour.r, &command.colour.g, &command.colour.b, &command.colour.a);
+  command.destination = mTargetSize;
+  record(command);
+}
+
+void TFramePicture::copy(SDL_Texture* texture, const SDL_Rect* source, const SDL_Rect* destination, double angle,
+                         const SDL_Point* centre, SDL_RendererFlip flip) {
+  if (!texture) return;
+  TDrawCommand command;
+  command.texture = texture;
+  command.content = contentOf(texture);
+  command.source = source ? *source : sizeOf(texture);
+  command.destination = destination ? *destination : mTargetSize;
+  if (isEmpty(command.source) || isEmpty(command.destination)) return;
+  if (flip != SDL_FLIP_NONE || std::fmod(angle, 360.0) != 0.0) {
+    command.angle = angle;
+    command.flip = flip;
+    command.hasCentre = centre != nullptr;
+    if (centre) command.centre = *centre;
+  }
+  SDL_GetTextureColorMod(texture, &command.colour.r, &command.colour.g, &command.colour.b);
+  SDL_GetTextureAlphaMod(texture, &command.colour.a);
+  SDL_GetTextureBlendMode(texture, &command.blend);
+  record(command);
+}
+
+bool TFramePicture::keeps(SDL_Texture* texture) {
+  if (refersTo(mLayer, texture)) finishLayer();
+  if (texture == mpTarget) setTarget(mpPicture);
+  if (mCarriedOut || !refersTo(mFrame, texture)) return false;
+  mDying.push_back(texture);
+  return true;
+}
+
+void TFramePicture::record(const TDrawCommand& command) {
+  if (mpTarget == mpPicture && !mCarriedOut) {
+    mFrame.push_back(command);
+  } else if (mpTarget && mpTarget != mpPicture) {
+    mLayer.push_back(command);
+  } else {
+    SDL_SetRenderTarget(mpRenderer, mpTarget);
+    issue(command);
+  }
+}
+
+// A layer's content is told by what has been drawn into it since it was cleared; where it was not, by what it was
+// before, too. So a layer that becomes what it is already is found by its number.
+void TFramePicture::finishLayer() {
+  if (mLayer.empty()) return;
+  const bool cleared = mLayer.front().isClear();
+  Uint32 format = 0;
+  SDL_QueryTexture(mpTarget, &format, nullptr, nullptr, nullptr);
+  uint64_t content = cleared ? mixed(format, pair(mTargetSize.w, mTargetSize.h)) : contentOf(mpTarget);
+  for (const TDrawCommand& command : mLayer) content = mixed(content, command);
+  content &= ~kOpaqueBit;
+  const bool opaque = std::any_of(mLayer.begin(), mLayer.end(), [this](const TDrawCommand& c) {
+    return !c.isClear() && isOpaque(c.content) && c.colour.a == 255 && c.hides(mTargetSize);
+  });
+  if (opaque && mLayer.size() <= 2) content |= kOpaqueBit;
+  if (content != contentOf(mpTarget)) {
+    if (refersTo(mFrame, mpTarget)) carryOut();
+    issueAll(mLayer, mpTarget);
+    setContent(mpTarget, content);
+  }
+  mLayer.clear();
+}
+
+// What is drawn from here on sees textures that are no longer what they were.
+void TFramePicture::carryOut() {
+  if (mCarriedOut) return;
+  mCarriedOut = true;
+  issueAll(mFrame, mpPicture);
+  mFrame.clear();
+  destroyDying();
+}
+
+// Pairs the commands of both frames in their order. What is left over on either side is what has changed: outside
+// of its bounds the same is drawn in the same order.
+void TFramePicture::findChanges() {
+  size_t oldEnd = mLastFrame.size(), newEnd = mFrame.size();
+  while (oldEnd > 0 && newEnd > 0 && mLastFrame[oldEnd - 1].same(mFrame[newEnd - 1])) --oldEnd, --newEnd;
+  size_t i = 0, j = 0;
+  while (i < oldEnd || j < newEnd) {
+    if (i < oldEnd && j < newEnd && mLastFrame[i].same(mFrame[j])) {
+      ++i, ++j;
+      continue;
+    }
+    size_t goneHere = std::min<size_t>(1, oldEnd - i), newHere = std::min<size_t>(1, newEnd - j);
+    const auto meet = [&](size_t gone, size_t fresh) {
+      return i + gone < oldEnd && j + fresh < newEnd && mLastFrame[i + gone].same(mFrame[j + fresh]);
+    };
+    bool met = false;
+    for (size_t away = 1; away <= kReach && !met; ++away)
+      for (size_t gone = 0; gone <= away && !met; ++gone)
+        if (meet(gone, away - gone)) {
+          met = true;
+          goneHere = gone;
+          newHere = away - gone;
+        }
+    for (; goneHere > 0; --goneHere) mChanged.add(mLastFrame[i++].bounds());
+    for (; newHere > 0; --newHere) mChanged.add(mFrame[j++].bounds());
+  }
+  keepScaledWhole();
+}
+
+void TFramePicture::keepScaledWhole() {
+  const auto cannotBeCut = [this](const TDrawCommand& c) {
+    if (mScalesByParts || c.isClear()) return false;
+    const SDL_Rect source = common(c.source, sizeOf(c.texture));
+    return c.isTurned() || source.w != c.destination.w || source.h != c.destination.h;
+  };
+  for (bool again = true; again && !mChanged.isWhole();) {
+    again = false;
+    for (const TDrawCommand& command : mFrame) {
+      const SDL_Rect bounds = common(command.bounds(), mSize);
+      if (isEmpty(bounds)) continue;
+      const auto cuts = [&bounds](const SDL_Rect& r) {
+        return !isEmpty(common(r, bounds)) && !contains(r, bounds);
+      };
+      if (std::none_of(mChanged.rects().begin(), mChanged.rects().end(), cuts) || !cannotBeCut(command)) continue;
+      mChanged.addUncut(bounds);
+      again = true;
+    }
+  }
+}
+
+void TFramePicture::draw(const SDL_Rect& rect) {
+  size_t first = mFrame.size();
+  while (first > 0 && !mFrame[first - 1].hides(rect)) --first;
+  if (first > 0) --first;
+  const bool cut = !contains(rect, mSize);
+  SDL_Color colour{};
+  SDL_GetRenderDrawColor(mpRenderer, &colour.r, &colour.g, &colour.b, &colour.a);
+  if (cut) SDL_RenderSetClipRect(mpRenderer, &rect);
+  for (size_t i = first; i < mFrame.size(); ++i)
+    if (!isEmpty(common(mFrame[i].bounds(), rect))) issue(mFrame[i]);
+  if (cut) SDL_RenderSetClipRect(mpRenderer, nullptr);
+  SDL_SetRenderDrawColor(mpRenderer, colour.r, colour.g, colour.b, colour.a);
+}
+
+// Leaves the texture as it was.
+void TFramePicture::issue(const TDrawCommand& c) const {
+  if (c.isClear()) {
+    SDL_SetRenderDrawColor(mpRenderer, c.colour.r, c.colour.g, c.colour.b, c.colour.a);
+    if (!SDL_RenderIsClipEnabled(mpRenderer)) {
+      SDL_RenderClear(mpRenderer);
+      return;
+    }
+    // SDL clears beyond the clip.
+    SDL_BlendMode blend = SDL_BLENDMODE_NONE;
+    SDL_GetRenderDrawBlendMode(mpRenderer, &blend);
+    SDL_SetRenderDrawBlendMode(mpRenderer, SDL_BLENDMODE_NONE);
+    SDL_RenderFillRect(mpRenderer, nullptr);
+    SDL_SetRenderDrawBlendMode(mpRenderer, blend);
+    return;
+  }
+  SDL_Color colour{};
+  SDL_BlendMode blend = SDL_BLENDMODE_NONE;
+  SDL_GetTextureColorMod(c.texture, &colour.r, &colour.g, &colour.b);
+  SDL_GetTextureAlphaMod(c.texture, &colour.a);
+  SDL_GetTextureBlendMode(c.texture, &blend);
+  const auto put = [&c](const SDL_Color& mod, SDL_BlendMode mode) {
+    SDL_SetTextureColorMod(c.texture, mod.r, mod.g, mod.b);
+    SDL_SetTextureAlphaMod(c.texture, mod.a);
+    SDL_SetTextureBlendMode(c.texture, mode);
+  };
+  // Blending an opaque picture copies it, in some times the time.
+  const bool copies = c.blend == SDL_BLENDMODE_BLEND && isOpaque(c.content) && c.colour.a == 255;
+  const SDL_BlendMode mode = copies ? SDL_BLENDMODE_NONE : c.blend;
+  const bool other = !same(colour, c.colour) || blend != mode;
+  if (other) put(c.colour, mode);
+  if (c.isTurned())
+    SDL_RenderCopyEx(mpRenderer, c.texture, &c.source, &c.destination, c.angle, c.hasCentre ? &c.centre : nullptr,
+                     c.flip);
+  else
+    SDL_RenderCopy(mpRenderer, c.texture, &c.source, &c.destination);
+  if (other) put(colour, blend);
+}
+
+void TFramePicture::issueAll(const TCommands& commands, SDL_Texture* target) const {
+  SDL_Color colour{};
+  SDL_GetRenderDrawColor(mpRenderer, &colour.r, &colour.g, &colour.b, &colour.a);
+  SDL_SetRenderTarget(mpRenderer, target);
+  for (const TDrawCommand& command : commands) issue(command);
+  SDL_SetRenderDrawColor(mpRenderer, colour.r, colour.g, colour.b, colour.a);
+}
+
+void TFramePicture::destroyDying() {
+  for (SDL_Texture* texture : mDying) SDL_DestroyTexture(texture);
+  mDying.clear();
+}
+
+}  // namespace vendelo_sdl2

@@ -1,0 +1,96 @@
+#pragma once
+
+#include <SDL.h>
+#include <cstdint>
+#include <vector>
+
+#include "vendelo-sdl2/TDirtyRects.h"
+
+namespace vendelo_sdl2 {
+
+// One call of drawing::, with everything that its pixels depend on.
+struct TDrawCommand {
+  SDL_Texture* texture = nullptr;  // null: the target is cleared. Not compared: its content is
+  uint64_t content = 0;
+  SDL_Rect source{0, 0, 0, 0}, destination{0, 0, 0, 0};
+  double angle = 0.0;
+  bool hasCentre = false;  // else it turns about its middle, which may lie between two pixels
+  SDL_Point centre{0, 0};
+  SDL_RendererFlip flip = SDL_FLIP_NONE;
+  SDL_Color colour{255, 255, 255, 255};  // modulation; of a clear its colour
+  SDL_BlendMode blend = SDL_BLENDMODE_NONE;
+
+  bool same(const TDrawCommand& other) const;
+  bool isClear() const { return !texture; }
+  bool isTurned() const { return angle != 0.0 || flip != SDL_FLIP_NONE; }
+  // Where it may change pixels.
+  SDL_Rect bounds() const;
+  // Whether nothing of what was there before can be seen within the rectangle.
+  bool hides(const SDL_Rect& rect) const;
+};
+
+// Brings a picture up to date by drawing only what has changed: it keeps what a frame draws, compares it with what
+// the last frame drew, and carries out only what touches the difference. The picture is then, pixel for pixel, what
+// drawing everything would have made of it.
+// What is drawn into other textures in the meantime (texts, lines that scroll) is compared likewise, each by
+// itself: a texture that would become what it is already is left alone, and keeps its content's number. Where a
+// texture that this frame has drawn from is drawn into afterwards, the frame is carried out as it stands and is
+// drawn whole. Takes no memory from the heap but for more commands than ever before. Draw thread.
+class TFramePicture {
+ public:
+  TFramePicture();
+  ~TFramePicture();
+  TFramePicture(const TFramePicture&) = delete;
+  TFramePicture& operator=(const TFramePicture&) = delete;
+
+  // From now until finish() the calls of drawing:: for this renderer come here; the picture is their target at
+  // first, cleared in the draw colour. A frame that was begun and never finished is forgotten.
+  void begin(SDL_Renderer* renderer, SDL_Texture* picture);
+  // Draws what has changed, or all of it. The result is the parts of the picture that may be other than before, in
+  // its pixels; the whole of it where that has been drawn anew. The picture is the target again. It holds until the
+  // next begin().
+  const TDirtyRects& finish(bool whole);
+  // As finish() has told it.
+  const TDirtyRects& changed() const { return mChanged; }
+  // The picture has been drawn into by others, or is another one.
+  void forget() { mKnown = false; }
+  // Before the renderer goes.
+  void end();
+
+  SDL_Renderer* renderer() const { return mpRenderer; }
+  SDL_Texture* target() const { return mpTarget; }
+  void setTarget(SDL_Texture* texture);
+  void clear();
+  void copy(SDL_Texture* texture, const SDL_Rect* source, const SDL_Rect* destination, double angle,
+            const SDL_Point* centre, SDL_RendererFlip flip);
+  // True when this frame has to draw from the texture yet: it is destroyed at the frame's end then.
+  bool keeps(SDL_Texture* texture);
+
+ private:
+  using TCommands = std::vector<TDrawCommand>;
+
+  SDL_Renderer* mpRenderer = nullptr;
+  SDL_Texture* mpPicture = nullptr;
+  SDL_Rect mSize{0, 0, 0, 0};  // of the picture, from 0, 0
+  bool mScalesByParts = true;  // whether a part of a scaled copy looks as in the whole
+  SDL_Texture* mpTarget = nullptr;
+  SDL_Rect mTargetSize{0, 0, 0, 0};
+  TCommands mFrame, mLastFrame;  // what is drawn into the picture
+  TCommands mLayer;              // what is drawn into mpTarget, where that is not the picture
+  std::vector<SDL_Texture*> mDying;
+  bool mKnown = false;       // the picture is what mLastFrame draws
+  bool mCarriedOut = false;  // this frame is drawn as it comes
+  TDirtyRects mChanged;
+
+  void record(const TDrawCommand& command);
+  void finishLayer();
+  void carryOut();
+  void findChanges();
+  void keepScaledWhole();
+  void draw(const SDL_Rect& rect);
+  void issue(const TDrawCommand& command) const;
+  void issueAll(const TCommands& commands, SDL_Texture* target) const;
+  void destroyDying();
+};
+
+}  // namespace vendelo_sdl2
