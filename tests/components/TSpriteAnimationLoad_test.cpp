@@ -231,6 +231,15 @@ TEST_F(SpriteAnimation, RectanglesOutOfTheImage) {
   }
 }
 
+TEST_F(SpriteAnimation, AFaultOfAPlaceThatIsToldTwiceCountsTwice) {
+  writeCells("cells.png", 2, 20, 20);
+  const std::string sprite = R"(<sprite n="a" x="30" y="0" w="20" h="20"/>)";
+  const Loaded one(write("twice", R"(<TextureAtlas imagePath="cells.png">)" + sprite + sprite + "</TextureAtlas>"),
+                   20, 20);
+  EXPECT_EQ("Animation " + folder + "cells.png: sprite 0 stands out of the image of 40 by 20, and 1 more faults\n",
+            one.told);
+}
+
 TEST_F(SpriteAnimation, AFrameLongerThanAnyTextureShowsNothing) {
   writeCells("long.png", 1, 32768, 1);
   const Loaded one(write("long", R"(<TextureAtlas imagePath="long.png"><sprite n="a" x="0" y="0" w="32768" h="1"/>

@@ -117,6 +117,7 @@ TEST_F(PictureFormat, WhatLiesOutsideEitherPictureIsLeftOut) {
     {-1, -1, {0, 0, 4, 2}, "fgh     "},
     {1, 0, {1, 0, 2, 2}, " bc  fg "},
     {0, 0, {-1, -1, 3, 3}, "     ab "},
+    {0, 0, {-1, 0, 3, 2}, " ab  ef "},
     {2, 1, {3, 1, 9, 9}, "      h "},
     {-2, 0, {-1, 0, 4, 2}, "bc  fg  "},
     {4, 0, {0, 0, 4, 2}, "        "},
@@ -220,6 +221,17 @@ TEST_F(PictureFormat, AConvertedPictureIsBlendedAsBefore) {
     SDL_BlendMode found = SDL_BLENDMODE_INVALID;
     SDL_GetTextureBlendMode(MyUtils::TextureOf(harness.renderer(), source.get()).get(), &found);
     EXPECT_EQ(mode, found);
+  }
+}
+
+TEST_F(PictureFormat, OpacityIsLookedForOnce) {
+  for (const Uint32 format : {SDL_PIXELFORMAT_ARGB8888, SDL_PIXELFORMAT_RGBA8888}) {
+    TSurfacePtr full = picture(format, 2, 2);
+    SDL_FillRect(full.get(), nullptr, SDL_MapRGBA(full->format, 1, 2, 3, 255));
+    full.reset(MyUtils::InFastFormat(harness.renderer(), full.release()));
+    SDL_FillRect(full.get(), nullptr, 0);  // against its contract, to see that nobody looks again
+    EXPECT_TRUE(isOpaque(MyUtils::TextureOf(harness.renderer(), full.get()).get()))
+      << SDL_GetPixelFormatName(format);
   }
 }
 
