@@ -118,12 +118,18 @@ TopScreenHarness::TopScreenHarness(const std::string& folder, int divisor)
   SDL_SetRenderDrawBlendMode(renderer(), SDL_BLENDMODE_BLEND);
   SDL_SetRenderDrawColor(renderer(), 0, 0, 0, 0);
   mpApplication->adopt(mpScreen);
+  if (divisor == 1) {
+    mBackBuffer.reset(SDL_CreateTexture(renderer(), SDL_PIXELFORMAT_RGB888, SDL_TEXTUREACCESS_TARGET, 1920, 1080));
+    SDL_SetTextureBlendMode(mBackBuffer.get(), SDL_BLENDMODE_NONE);
+  }
   mpScreen->Load(nullptr);
   mStatus.LanguageMessages = {"", "MIN", "MAX", "HINT LINE", "PRIZES ARE SHOWN AT THE PRESENT BET"};
   mStatus.IsLoading = false;
 }
 
 TopScreenHarness::~TopScreenHarness() {
+  mFrame.end();
+  mBackBuffer.reset();
   mpApplication->destroyGui();
   SDL_FreeSurface(mpPicture);
   delete mpApplication;
@@ -158,9 +164,18 @@ void TopScreenHarness::frame() {
     mpScreen->draw();
     return;
   }
-  SDL_SetRenderTarget(to, nullptr);
-  SDL_RenderClear(to);
-  mpScreen->serveAndDraw(mpApplication->status() == TApplication::APP_RUNNING, true);
+  const bool running = mpApplication->status() == TApplication::APP_RUNNING;
+  if (mBackBuffer) {
+    mFrame.begin(to, mBackBuffer.get());
+    mpScreen->serveAndDraw(running, true);
+    mFrame.finish(false);
+    SDL_SetRenderTarget(to, nullptr);
+    SDL_RenderCopy(to, mBackBuffer.get(), nullptr, nullptr);
+  } else {
+    SDL_SetRenderTarget(to, nullptr);
+    SDL_RenderClear(to);
+    mpScreen->serveAndDraw(running, true);
+  }
   SDL_RenderFlush(to);  // as presenting it would
 }
 

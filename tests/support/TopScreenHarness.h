@@ -12,7 +12,9 @@
 #include "common/TKSLReturnStructures.h"
 #include "tests/support/DrawnHere.h"
 #include "tests/support/FakeClock.h"
+#include "vendelo-sdl2/TFramePicture.h"
 #include "vendelo-sdl2/TGuiComponent.h"
+#include "vendelo-sdl2/TTexturePtr.h"
 #include "vesperatopscreen/TopScreenApp.h"
 #include "vesperatopscreen/TopScreenScreen.h"
 
@@ -96,7 +98,8 @@ class TopScreenHarness {
   void send(int id, const xmlrpc_c::value& value);
   void send(int id);
 
-  // One pass of the main loop, then one frame, both as in the running program.
+  // One pass of the main loop, then one frame, both as in the running program: without a divisor what has changed
+  // is drawn into a back buffer, which is copied to the picture.
   void frame();
   // From now on the frames are those of the module: composed in a back buffer, where only what changes is drawn
   // anew, or everything in every frame. For a harness without a divisor.
@@ -144,6 +147,8 @@ class TopScreenHarness {
   SDL_Surface* mpPicture;
   PanelScreen* mpScreen;
   bool mComposes = false;
+  vendelo_sdl2::TTexturePtr mBackBuffer;  // without a divisor
+  vendelo_sdl2::TFramePicture mFrame;
   PlatformState mStatus;
 };
 

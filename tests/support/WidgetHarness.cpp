@@ -16,9 +16,15 @@ WidgetHarness::WidgetHarness(int width, int height)
   SDL_SetRenderDrawBlendMode(mpModule->GetRenderer(), SDL_BLENDMODE_BLEND);
   SDL_SetRenderDrawColor(mpModule->GetRenderer(), 0, 0, 0, 0);
   mpApplication->adopt(mpModule);
+  mBackBuffer.reset(
+    SDL_CreateTexture(renderer(), SDL_PIXELFORMAT_ARGB8888, SDL_TEXTUREACCESS_TARGET, width, height));
+  SDL_SetTextureBlendMode(mBackBuffer.get(), SDL_BLENDMODE_NONE);
+  mpFrame = std::make_unique<TFramePicture>();
 }
 
 WidgetHarness::~WidgetHarness() {
+  mpFrame->end();
+  mBackBuffer.reset();
   mpApplication->destroyGui();
   SDL_FreeSurface(mpPicture);
   delete mpApplication;
@@ -32,9 +38,23 @@ Uint32 WidgetHarness::pixel(int x, int y) const {
 
 void WidgetHarness::frame() {
   SDL_Renderer* to = renderer();
+  float scale = 1.0f;
   SDL_SetRenderTarget(to, nullptr);
-  TRenderGuard(to).clear(mBackdrop.r, mBackdrop.g, mBackdrop.b, mBackdrop.a);
+  SDL_RenderGetScale(to, &scale, nullptr);
+  if (scale != 1.0f) {  // which SDL knows for the window only
+    TRenderGuard(to).clear(mBackdrop.r, mBackdrop.g, mBackdrop.b, mBackdrop.a);
+    mpModule->serveAndDraw(true, true);
+    return;
+  }
+  {
+    TRenderGuard guard(to);
+    guard.colour(mBackdrop.r, mBackdrop.g, mBackdrop.b, mBackdrop.a);
+    mpFrame->begin(to, mBackBuffer.get());
+  }
   mpModule->serveAndDraw(true, true);
+  mpFrame->finish(false);
+  SDL_SetRenderTarget(to, nullptr);
+  SDL_RenderCopy(to, mBackBuffer.get(), nullptr, nullptr);
 }
 
 SDL_Texture* WidgetHarness::makeTexture(int width, int height, SDL_Color colour) {

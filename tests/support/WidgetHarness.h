@@ -1,10 +1,13 @@
 #pragma once
 
 #include <SDL.h>
+#include <memory>
 
 #include "tests/support/DrawnHere.h"
 #include "vendelo-sdl2/TAppGuiModule.h"
 #include "vendelo-sdl2/TApplication.h"
+#include "vendelo-sdl2/TFramePicture.h"
+#include "vendelo-sdl2/TTexturePtr.h"
 
 // The smallest application: no window, no logic.
 class HarnessApplication : public DrawnHere<vendelo_sdl2::TApplication> {
@@ -52,7 +55,8 @@ class WidgetHarness {
     return static_cast<T*>(mpModule->AddComponent(component));
   }
 
-  // One frame as in the running program, on the backdrop.
+  // One frame as in the running program, on the backdrop: what has changed since the last one is drawn into a back
+  // buffer, which is then copied to the picture.
   void frame();
   // The colour under the picture of the next frames; a dark blue at first.
   void setBackdrop(SDL_Color colour) { mBackdrop = colour; }
@@ -64,5 +68,7 @@ class WidgetHarness {
   HarnessApplication* mpApplication;
   HarnessGuiModule* mpModule;
   SDL_Surface* mpPicture;
+  vendelo_sdl2::TTexturePtr mBackBuffer;
+  std::unique_ptr<vendelo_sdl2::TFramePicture> mpFrame;
   SDL_Color mBackdrop{24, 32, 56, 255};
 };
