@@ -1,3 +1,7 @@
+#include "vendelo-sdl2/TConsole.h"
 #include "vesperatopscreen/AppMain.h"
 
-int main(int argc, char** argv) { ExitProgram(AppMain(argc, argv)); }
+int main(int argc, char** argv) {
+  TConsole::Guard();
+  ExitProgram(AppMain(argc, argv));
+}
