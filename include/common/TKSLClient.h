@@ -70,6 +70,11 @@ class TKSLClient {
   void SetPopRequestFrequency(unsigned int interval);
   void SetRegisterRequired(bool required);
 
+  // A call that takes longer is interrupted by the next Poll: it counts as one that the transport has failed, and
+  // the next one goes to a new connection. 0, as at the start: a call may take as long as it likes. Before Start,
+  // with a transport that can be interrupted.
+  void SetCallTimeout(unsigned int milliseconds);
+
   // Starts the thread. With numRetry n registration is tried n + 1 times, one second apart; -1: for ever. With
   // block it waits for the end of the registration and delivers its responses. 0: well; 1: runs already; -1: not
   // registered, thread stopped again.
@@ -173,6 +178,12 @@ class TKSLClient {
   std::vector<unsigned long> mMethodCalls GUARDED_BY(KSL_send_mutex);
   std::atomic<uint64_t> mMethodCallUID;  // last one given out
   xmlrpc_c::clientPtr pClient;
+  xmlrpc_c::clientXmlTransportPtr mTransport;  // the client's
+  std::mutex mCallWatchMutex;
+  bool mCallIsInTheAir;  // mCallWatchMutex
+  Uint32 mCallBegan;     // mCallWatchMutex
+  Uint32 mCallTimeout;   // 0: none
+  int mInterrupt;        // the transport looks at it; written under mCallWatchMutex
   std::deque<MethodCall> mCallQueue GUARDED_BY(KSL_call_mutex);  // the front is sent next
   std::queue<MethodResponse> mResponseQueue GUARDED_BY(KSL_response_mutex);
   SDL_Thread* KSL_communication;  // main thread
@@ -198,10 +209,15 @@ class TKSLClient {
   ThreadSafeProperty<unsigned int> mLastGoodResponse;
   std::atomic<TKSLListener*> mListener;
   std::function<void(Uint32)> mDelay;  // SDL_Delay; the pause between two registration attempts, for tests
+  // Since the last good answer to a request for events: from the second on the service gets a pause.
+  std::atomic<unsigned int> mLostRegistrations;
+  std::atomic<bool> mPauseIsDue;  // before the next attempt
 
  private:
   std::string copyAddress() const;
   bool validMethod(MethodType methodID) const;
+  void interruptLongCall();
+  void loseRegistration();
   void freeResponseData(const MethodResponse& response);
   void handleTimeoutEdge();
 

@@ -57,6 +57,11 @@ TKSLClient::TKSLClient(const std::string& Name, const std::string& address, unsi
     ClientName(Name),
     mMethodCallUID(0),
     pClient(new xmlrpc_c::client_xml(transport)),
+    mTransport(transport),
+    mCallIsInTheAir(false),
+    mCallBegan(0),
+    mCallTimeout(0),
+    mInterrupt(0),
     KSL_communication(nullptr),
     KSL_quit_sem(SDL_CreateSemaphore(0)),
     KSL_call_mutex(SDL_CreateMutex()),
@@ -78,7 +83,9 @@ TKSLClient::TKSLClient(const std::string& Name, const std::string& address, unsi
     mLastPopRequest(0),
     mLastGoodResponse(0),
     mListener(nullptr),
-    mDelay(SDL_Delay) {
+    mDelay(SDL_Delay),
+    mLostRegistrations(0),
+    mPauseIsDue(false) {
   const size_t numRows = static_cast<size_t>(mNumMethods);
   Methods.resize(numRows, MethodInfo{nullptr, nullptr, nullptr});
   mMethodCalls.resize(numRows, 0);
@@ -119,11 +126,18 @@ void TKSLClient::SetListener(TKSLListener* listener) { mListener = listener; }
 
 void TKSLClient::SetPopRequestFrequency(unsigned int interval) { mPopTargetFrequency = interval; }
 
+void TKSLClient::SetCallTimeout(unsigned int milliseconds) {
+  mCallTimeout = milliseconds;
+  mTransport->setInterrupt(milliseconds != 0 ? &mInterrupt : nullptr);
+}
+
 void TKSLClient::SetRegisterRequired(bool required) { RegisterRequired = required; }
 
 int TKSLClient::Start(bool block, int numRetry) {
   if (Running()) return 1;
   NumRetries = static_cast<unsigned int>(numRetry);
+  mLostRegistrations = 0;
+  mPauseIsDue = false;
   if (InitSemaphore != nullptr) SDL_DestroySemaphore(InitSemaphore);  // of an earlier start that nobody asked about
   InitSemaphore = SDL_CreateSemaphore(0);
   KSL_communication = SDL_CreateThread(KSL_communication_thread, "KSLClient:RPC", this);

@@ -31,9 +31,16 @@ void TKSLClient::handleTimeoutEdge() {
   }
 }
 
+void TKSLClient::interruptLongCall() {
+  if (mCallTimeout == 0) return;
+  const std::lock_guard<std::mutex> lock(mCallWatchMutex);
+  if (mCallIsInTheAir && SDL_GetTicks() - mCallBegan >= mCallTimeout) mInterrupt = 1;
+}
+
 int TKSLClient::Poll(unsigned int handleMaxResponses) {
   int result = 0;
   unsigned int handled = 0;
+  interruptLongCall();
   try {
     handleTimeoutEdge();
     TMutexGuard lock(KSL_response_mutex);

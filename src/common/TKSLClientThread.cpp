@@ -93,6 +93,7 @@ bool TKSLClient::sendCall(MethodCall& thisCall, const std::string& serveraddress
   try {
     TFinishAtEnd sent{std::exchange(thisCall, NULL_CALL)};
     MethodCall& call = sent.call;
+    const MethodType methodID = call.methodID;
     // Of a package in hand also across registrations: it must not hold up the rest for ever.
     ++call.sendingAttempts;
     int errorCode = 0;
@@ -105,8 +106,9 @@ bool TKSLClient::sendCall(MethodCall& thisCall, const std::string& serveraddress
     if (errorCode == E_COMMUNICATION_ERROR) {
       TogglePopRequests(false);
       RegisterID(-1);
-      Registered = false;
+      loseRegistration();
     }
+    if (errorCode == 0 && methodID == M_POPEVENTS) mLostRegistrations = 0;
     return true;
   } catch (...) {
     return false;
@@ -133,8 +135,14 @@ void TKSLClient::queueResponse(const MethodResponse& response) {
   mResponseQueue.push(response);
 }
 
+void TKSLClient::loseRegistration() {
+  if (Registered.exchange(false) && ++mLostRegistrations > 1) mPauseIsDue = true;
+}
+
 TKSLClient::Registration TKSLClient::registerWithService() {
   try {
+    // A service that registers us and then knows nothing of it would be asked again as fast as it can refuse.
+    if (mPauseIsDue.exchange(false)) mDelay(kRegistrationPause);
     for (unsigned int initTries = 0; RegisterRequired && !Registered; ++initTries) {
       if (initTries > NumRetries) return Registration::GIVEN_UP;
       uint64_t uid = 0;
@@ -201,6 +209,18 @@ xmlrpc_c::paramList TKSLClient::buildParameters(const MethodCall& call) const {
 
 void TKSLClient::callService(xmlrpc_env* env, const char* serverUrl, const char* address,
                              const xmlrpc_c::paramList& parameters, xmlrpc_c::value& result) {
+  const auto watch = [this](bool isInTheAir) {
+    const std::lock_guard<std::mutex> lock(mCallWatchMutex);
+    mCallIsInTheAir = isInTheAir;
+    mCallBegan = SDL_GetTicks();
+    mInterrupt = 0;
+  };
+  struct TNoMoreAtEnd {
+    const decltype(watch)& Watch;
+    ~TNoMoreAtEnd() { Watch(false); }
+  };
+  watch(true);
+  const TNoMoreAtEnd noMoreAtEnd{watch};
   try {
     xmlrpc_c::carriageParm_http0 carriageParm(serverUrl);
     xmlrpc_c::rpcPtr rpc(address, parameters);
@@ -263,7 +283,7 @@ void* TKSLClient::sendInternal(xmlrpc_env* env, const char* serverUrl, const Met
     DisableCommunication();
     TogglePopRequests(false);
     RegisterID(-1);
-    Registered = false;
+    loseRegistration();
   }
   return new KSLError(static_cast<ErrorTypes>(errCodeOut), description);
 }
