@@ -77,6 +77,10 @@ std::string trim(std::string str);
 void trimString(std::string& str);
 // All occurrences from left to right; what was put in is not searched again. An empty from changes nothing.
 void StringReplace(std::string& str, const std::string& from, const std::string& to);
+// The text with every control character of ASCII and Unicode, and so every line end, as an escape of C: what comes
+// from elsewhere cannot end a line of the log, begin one or command a terminal. All else stays, also bytes that are
+// no UTF-8.
+std::string EscapeControls(const std::string& text);
 // The five entities to their characters. "&amp;" comes third, so that escaped escapes of < and > collapse as well.
 void UnescapeXml(std::string& xml);
 

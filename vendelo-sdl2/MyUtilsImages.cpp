@@ -32,7 +32,8 @@ auto loadWithFallback(const std::string& path, const Decode& decode) {
       std::printf("\n******************* Tried to load image file %s, but loaded %s!!!\n\n", path.c_str(),
                   tried.c_str());
   }
-  if (!image) std::printf("\n******************* Unable to load image file %s!!!\n\n", filename.c_str());
+  if (!image)
+    std::printf("\n******************* Unable to load image file %s!!!\n\n", EscapeControls(filename).c_str());
   return image;
 }
 

@@ -1,4 +1,6 @@
 #include <algorithm>
+#include <cstdio>
+#include <string_view>
 #include <utility>
 
 #include "vendelo-sdl2/MyUtils.h"
@@ -31,6 +33,33 @@ void StringReplace(std::string& str, const std::string& from, const std::string&
   if (from.empty()) return;
   for (size_t at = str.find(from); at != std::string::npos; at = str.find(from, at + to.size()))
     str.replace(at, from.size(), to);
+}
+
+std::string EscapeControls(const std::string& text) {
+  static constexpr std::string_view kLetters = "abtnvfr";  // from 7 on
+  std::string escaped;
+  char number[8];
+  for (size_t at = 0; at < text.size(); ++at) {
+    const auto byte = static_cast<unsigned char>(text[at]);
+    const auto next = static_cast<unsigned char>(at + 1 < text.size() ? text[at + 1] : 0);
+    const std::string_view three = std::string_view(text).substr(at, 3);
+    if (byte >= 7 && byte < 7 + kLetters.size()) {
+      escaped += {'\\', kLetters[byte - 7u]};
+    } else if (byte < 0x20 || byte == 0x7f) {
+      std::snprintf(number, sizeof number, "\\x%02x", byte);
+      escaped += number;
+    } else if (byte == 0xc2 && next >= 0x80 && next < 0xa0) {  // U+0080 to U+009F
+      std::snprintf(number, sizeof number, "\\u%04x", next);
+      escaped += number;
+      ++at;
+    } else if (three == "\u2028" || three == "\u2029") {  // ends of a line and of a paragraph
+      escaped += three == "\u2028" ? "\\u2028" : "\\u2029";
+      at += 2;
+    } else {
+      escaped += text[at];
+    }
+  }
+  return escaped;
 }
 
 void UnescapeXml(std::string& xml) {

@@ -94,7 +94,8 @@ TBitmapFont::TBitmapFont(SDL_Renderer* renderer, const std::string& name, const 
   else
     usable = parse(renderer, file, problems);
   if (isNews(mXML, problems))
-    logman::WriteLog(4, 0, "Font %s%s: %s.", mXML.c_str(), usable ? "" : " is not usable", problems.c_str());
+    logman::WriteLog(4, 0, "Font %s%s: %s.", MyUtils::EscapeControls(mXML).c_str(), usable ? "" : " is not usable",
+                     MyUtils::EscapeControls(problems).c_str());
   if (!usable) return;
   UnregisteredFonts.pop_back();
   BitmapFonts.push_back(this);

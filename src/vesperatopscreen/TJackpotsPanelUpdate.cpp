@@ -5,6 +5,7 @@
 #include "components/TProgressBar.h"
 #include "components/TScrollingComponent.h"
 #include "components/TSpriteAnimation.h"
+#include "vendelo-sdl2/MyUtils.h"
 #include "vendelo-sdl2/TApplication.h"
 #include "vesperatopscreen/GamePath.h"
 #include "vesperatopscreen/TJackpotsPanel.h"
@@ -150,10 +151,12 @@ int TJackpotsPanel::loadImagesOfGame(const std::string& name) {
   mActiveGameName = name;
   const std::string IMAGE_DIR = gamePath(name);
   if (IMAGE_DIR.empty()) {
-    pApp->WriteLog(4, 0, "The game name '%s' leads out of the game folders: no overlay.", name.c_str());
+    pApp->WriteLog(4, 0, "The game name '%s' leads out of the game folders: no overlay.",
+                   MyUtils::EscapeControls(name).c_str());
     return 0;
   }
-  pApp->WriteLog(1, 0, "Loading overlay for game '%s' inside %s", name.c_str(), IMAGE_DIR.c_str());
+  pApp->WriteLog(1, 0, "Loading overlay for game '%s' inside %s", MyUtils::EscapeControls(name).c_str(),
+                 MyUtils::EscapeControls(IMAGE_DIR).c_str());
   if (mNumJackpots != 0 && !pAnimationOverlay) {
     pAnimationOverlay = new TSpriteAnimation(GetRenderer(), 1110, 90, 810, 900, IMAGE_DIR + "overlay",
                                              TSpriteAnimation::LOOP, "pAnimationOverlay[" + name + "]");

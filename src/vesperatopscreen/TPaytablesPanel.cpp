@@ -10,6 +10,7 @@
 #include "common/TKSLReturnStructures.h"
 #include "common/ThreadSafeProperty.h"
 #include "components/Tlabel.h"
+#include "vendelo-sdl2/MyUtils.h"
 #include "vendelo-sdl2/PictureFormat.h"
 #include "vendelo-sdl2/PictureHeader.h"
 #include "vendelo-sdl2/TApplication.h"
@@ -100,7 +101,8 @@ std::vector<TPaytablesPanel::ImageInfo> TPaytablesPanel::findImages(const std::s
   std::vector<ImageInfo> images;
   const std::string icons = gamePath(game_name);
   if (icons.empty()) {
-    pApp->WriteLog(4, 0, "The game name '%s' leads out of the game folders: no paytable.", game_name.c_str());
+    pApp->WriteLog(4, 0, "The game name '%s' leads out of the game folders: no paytable.",
+                   MyUtils::EscapeControls(game_name).c_str());
     images.push_back({possibleScreensArray[0], {}});
     return images;
   }
@@ -109,7 +111,8 @@ std::vector<TPaytablesPanel::ImageInfo> TPaytablesPanel::findImages(const std::s
   std::string IMAGE_DIR = gamePath(game_name, path);
   std::error_code error;
   if (IMAGE_DIR.empty() || !fs::is_directory(IMAGE_DIR, error)) IMAGE_DIR = gamePath(game_name, "paytable");
-  pApp->WriteLog(1, 0, "Loading paytable images for game %s in folder %s.", game_name.c_str(), IMAGE_DIR.c_str());
+  pApp->WriteLog(1, 0, "Loading paytable images for game %s in folder %s.",
+                 MyUtils::EscapeControls(game_name).c_str(), MyUtils::EscapeControls(IMAGE_DIR).c_str());
   for (const char* name : possibleScreensArray) {
     // The background stands above the folders of the languages.
     const bool background = name == possibleScreensArray[0];
@@ -268,7 +271,7 @@ int TPaytablesPanel::UpdateData(bool fadeInAfterLoad) {
     paytableVisible(wanted - 1);
   } else {
     std::printf("Can not show paytayble '%s' - was expecting it to be loaded -> going to first page\n",
-                name.c_str());
+                MyUtils::EscapeControls(name).c_str());
     showPage(pageOf(pages.front().name));
     paytableVisible(0);
   }

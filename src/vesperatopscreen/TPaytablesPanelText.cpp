@@ -48,7 +48,8 @@ int TPaytablesPanel::betCostOf(const PlatformState& state) {
   }
   if (mBetCost == 0 && mBadBetCostGame != mLoadedForGame) {
     mBadBetCostGame = mLoadedForGame;
-    pApp->WriteLog(4, 0, "The bet cost of game '%s' is 0: its line wins show 0.", mLoadedForGame.c_str());
+    pApp->WriteLog(4, 0, "The bet cost of game '%s' is 0: its line wins show 0.",
+                   MyUtils::EscapeControls(mLoadedForGame).c_str());
   }
   return mBetCost;
 }
@@ -60,7 +61,7 @@ void TPaytablesPanel::refuseSetup(const PlatformState& state, const std::string&
   if (content == mRefusedContent) return;
   mRefusedContent = std::move(content);
   pApp->WriteLog(4, 0, "The paytable setup of game '%s' is refused, what stands stays: %s",
-                 state.ActiveGame.name.c_str(), cause.c_str());
+                 MyUtils::EscapeControls(state.ActiveGame.name).c_str(), MyUtils::EscapeControls(cause).c_str());
 }
 
 void TPaytablesPanel::createPaytable(const std::string& gameName) {
@@ -104,7 +105,8 @@ void TPaytablesPanel::buildPages(const TPaytableSetup& setup, int64_t currentBet
     for (const TPaytableText& text : page.texts) {
       if (gameStays && gamePath(mCreatedForGame, text.font).empty() && refusedFonts.insert(text.font).second)
         pApp->WriteLog(4, 0, "The font '%s' of game '%s' leads out of the game folders: it counts as missing.",
-                       text.font.c_str(), mCreatedForGame.c_str());
+                       MyUtils::EscapeControls(text.font).c_str(),
+                       MyUtils::EscapeControls(mCreatedForGame).c_str());
       buildText(text, index, paytableWin(text.prize, currentBet, setup.betCost));
     }
     if (page.name == kPaytablePage) buildBetLabels(page.texts.empty() ? TPaytableText{} : page.texts.back());
@@ -117,10 +119,11 @@ void TPaytablesPanel::buildText(const TPaytableText& text, size_t page, int actu
     new TGlyphLabel(GetRenderer(), nearBy(text.pos.x), nearBy(text.pos.y), nearBy(text.w), nearBy(text.h),
                     MyUtils::currency2string(actualWin, 0), gamePath(mCreatedForGame, text.font), text.symbol);
   if (!thisLabel->Font() || !thisLabel->Font()->FindGlyph('0'))
-    std::printf("WARNING: Could not find font \"Games/%s/Icons/%s\"!\n", mCreatedForGame.c_str(),
-                text.font.c_str());
+    std::printf("WARNING: Could not find font \"Games/%s/Icons/%s\"!\n",
+                MyUtils::EscapeControls(mCreatedForGame).c_str(), MyUtils::EscapeControls(text.font).c_str());
   if (text.pos.x == 0 && text.pos.y == 0)
-    std::printf("WARNING: Could not find position for symbol \"%s\"!\n", text.symbol.c_str());
+    std::printf("WARNING: Could not find position for symbol \"%s\"!\n",
+                MyUtils::EscapeControls(text.symbol).c_str());
   thisLabel->_setVisible(false);
   thisLabel->SetAlignment(text.alignedLeft ? LEFT_UP : CENTER_UP);
   if (pHelpScreen->AddComponent(thisLabel)) {

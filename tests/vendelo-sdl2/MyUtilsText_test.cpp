@@ -107,4 +107,22 @@ TEST(Text, Base64Alphabet) {
   EXPECT_STREQ(base64_chars, "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/");
 }
 
+TEST(Text, ControlCharactersAndLineEndsBecomeEscapesAndAllElseStays) {
+  const struct {
+    std::string text, escaped;
+  } rows[] = {
+    {"", ""},
+    {"plain \\n text: 100 %, caf\u00e9 \u20ac \U0001f3b0 \u00a0",
+     "plain \\n text: 100 %, caf\u00e9 \u20ac \U0001f3b0 \u00a0"},
+    {"a\nb\r\nc", "a\\nb\\r\\nc"},
+    {"\a\b\t\v\f", "\\a\\b\\t\\v\\f"},
+    {std::string(1, '\0') + "\x01\x06\x0e\x1b[31m\x1f \x7f~", "\\x00\\x01\\x06\\x0e\\x1b[31m\\x1f \\x7f~"},
+    {"\u0080\u009b31m\u009f\u00a0", "\\u0080\\u009b31m\\u009f\u00a0"},  // a terminal takes them as commands, too
+    {"x\u2028y\u2029z\u2027\u202a", "x\\u2028y\\u2029z\u2027\u202a"},
+    {"no UTF-8: \xc2 \xff\x9b \xe2\x80", "no UTF-8: \xc2 \xff\x9b \xe2\x80"},
+    {"\xc2", "\xc2"},
+  };
+  for (const auto& row : rows) EXPECT_EQ(MyUtils::EscapeControls(row.text), row.escaped);
+}
+
 }  // namespace
