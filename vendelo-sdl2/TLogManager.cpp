@@ -1,14 +1,18 @@
 #include "vendelo-sdl2/TLogManager.h"
 
 #include <SDL.h>
+#include <sys/stat.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdio>
 #include <utility>
 #include <vector>
 
 #include "common/Logger.h"
 #include "vendelo-sdl2/MyUtils.h"
+#include "vendelo-sdl2/SystemSeams.h"
+#include "vendelo-sdl2/TConsole.h"
 
 namespace fs = std::filesystem;
 
@@ -34,6 +38,8 @@ constexpr const char* kPrefixes[] = {
 // The manager behind logman. Any thread reads it; it changes only in Init, Destroy and the destructor.
 std::atomic<TLogManager*> pDefInst{nullptr};
 
+thread_local int essential = 0;
+
 void releaseDefaultInstance(TLogManager* manager) { pDefInst.compare_exchange_strong(manager, nullptr); }
 
 std::string stampOf(time_t time) {
@@ -50,6 +56,10 @@ const char* prefixOf(TLogType type) {
 }
 
 }  // namespace
+
+TEssentialLines::TEssentialLines() { ++essential; }
+
+TEssentialLines::~TEssentialLines() { --essential; }
 
 TLogManager::TLogManager() = default;
 
@@ -68,7 +78,7 @@ int TLogManager::Init(std::string LogFileFilename, TpfOnWriteLog pfOnWriteLog, v
   OutputToConsole = false;
   mWriteFailed = false;
   mLostLines = 0;
-  LastTime = FileOpenTime = FileFlushTime = SDL_GetTicks();
+  LastTime = FileOpenTime = FileFlushTime = mFileLookTime = SDL_GetTicks();
   Open();
   TLogManager* none = nullptr;
   pDefInst.compare_exchange_strong(none, this);
@@ -108,26 +118,38 @@ int TLogManager::Open() {
   const fs::path directory = given.has_parent_path() ? given.parent_path() : fs::current_path();
   if (AutoHandleOldLogs && fs::exists(directory)) removeOldLogs(directory, given.stem().string());
 
+  closeFile();  // while its name is still known
   CurrentDateString = MyUtils::GetCurrentDateString();
   mLogFileLocation = FullLogFileFilename + "_" + CurrentDateString + ".log";
+  mLastFile = mLogFileLocation.string();
   if (!mLogFileLocation.empty()) {
-    std::error_code error;  // a folder that cannot be made shows as a file that cannot be opened
-    if (!fs::exists(mLogFileLocation, error)) {
-      fs::create_directories(directory, error);
-      std::ofstream(mLogFileLocation) << "== APP CREATED THIS FILE ==\n";
-    }
-    closeFile();
+    createFile();
+    mLimitReached = false;
     if (!openFile())
       KLOG(LogApp, logs::Error, "Can't open log file %s", mLogFileLocation.c_str());
     else if (mWriteFailed)
       resume("\n\n");
     else
       mFileBuffer = "\n\n";
+    mFileBytes += mFileBuffer.size();
   }
   if (hLogFile.is_open() || pfOnWriteLog) return 0;
   KLOG(LogApp, logs::Warning, "No channels to output. Will output to console.");
   OutputToConsole = true;
   return -1;
+}
+
+void TLogManager::createFolder() {
+  std::error_code error;  // a folder that cannot be made shows as a file that cannot be opened
+  const fs::path given(LogFileFilename);
+  if (given.has_parent_path()) fs::create_directories(given.parent_path(), error);
+}
+
+void TLogManager::createFile() {
+  std::error_code error;
+  if (fs::exists(mLogFileLocation, error)) return;
+  createFolder();
+  std::ofstream(mLogFileLocation) << "== APP CREATED THIS FILE ==\n";
 }
 
 // What is buffered here is handed to the system as it stands: the stream itself keeps nothing, so that after a
@@ -136,7 +158,13 @@ bool TLogManager::openFile() {
   hLogFile.rdbuf()->pubsetbuf(nullptr, 0);
   hLogFile.open(mLogFileLocation, std::ios::app);
   mFileBuffer.reserve(2 * kFileBuffer);
-  return hLogFile.is_open();
+  if (!hLogFile.is_open()) return false;
+  struct stat status {};
+  const bool known = stat(mLogFileLocation.c_str(), &status) == 0;
+  mFileDevice = known ? status.st_dev : 0;
+  mFileNumber = known ? status.st_ino : 0;
+  mFileBytes = known ? static_cast<uintmax_t>(status.st_size) : 0;
+  return true;
 }
 
 bool TLogManager::closeFile() {
@@ -145,8 +173,37 @@ bool TLogManager::closeFile() {
   return true;
 }
 
+bool TLogManager::isFileGone() const {
+  if (mFileNumber == 0) return false;
+  struct stat status {};
+  if (stat(mLogFileLocation.c_str(), &status) != 0) return errno == ENOENT;
+  return status.st_dev != mFileDevice || status.st_ino != mFileNumber;
+}
+
+void TLogManager::replaceFile() {
+  hLogFile.close();
+  createFile();
+  if (!openFile()) {
+    KLOG(LogApp, logs::Error, "Can't open log file %s", mLogFileLocation.c_str());
+    mWriteFailed = true;
+    mEndsInLine = false;
+    mLostLines += mLineEnds.size();
+    FileOpenTime = SDL_GetTicks();
+    mFileBuffer.clear();
+    mLineEnds.clear();
+    return;
+  }
+  const std::string before = "\n\n" + stampOf(std::time(nullptr)) + prefixOf(kWarningType) +
+                             "The log file was removed or moved away, this one takes its place\n";
+  mFileBuffer.insert(0, before);
+  for (size_t& end : mLineEnds) end += before.size();
+  mFileBytes += mFileBuffer.size();
+}
+
 bool TLogManager::flushFile() {
   if (mFileBuffer.empty()) return true;
+  if (isFileGone()) replaceFile();
+  if (!hLogFile.is_open()) return false;
   const auto arrived = static_cast<size_t>(
     hLogFile.rdbuf()->sputn(mFileBuffer.data(), static_cast<std::streamsize>(mFileBuffer.size())));
   if (arrived > 0) mEndsInLine = mFileBuffer[arrived - 1] != '\n';
@@ -178,6 +235,7 @@ void TLogManager::resume(const std::string& before) {
 
 void TLogManager::reopen() {
   if (!MyUtils::IsTime(FileOpenTime, mWriteFailed ? kRetryInterval : kReopenInterval, true)) return;
+  createFolder();
   if (!openFile() || !mWriteFailed) return;
   if (mLostLines == 0)
     resume("\n\n");  // all that was lost
@@ -200,6 +258,7 @@ int TLogManager::_WriteLog(char color, TLogType LogType, unsigned long GameId, c
   entry->LogType = LogType;
   entry->GameId = GameId;
   entry->Color = color;
+  entry->IsEssential = essential > 0;
   const std::string stamp = stampOf(now);
   entry->Message = stamp + (bAppendPrefix ? prefixOf(LogType) : ": ") + Text;
   if (LogType > kUserTypes) entry->Message.insert(stamp.size(), ": LT_USER_" + std::to_string(LogType));
@@ -241,9 +300,27 @@ void TLogManager::tellListeners(const TLogEntry& entry) {
   }
 }
 
+void TLogManager::saveEntry(const TLogEntry& entry) {
+  const std::string line = entry.Message + "\n";
+  const bool isFull = mDailyLimit > 0 && mFileBytes + line.size() > mDailyLimit;
+  if (isFull && !entry.IsEssential && !std::exchange(mLimitReached, true))
+    WriteToFile(entry.Message.substr(0, kStampLength) + prefixOf(kWarningType) +
+                "The log has as many lines as a day may have, until midnight only starts, ends, crashes and "
+                "registrations follow\n");
+  if (!mLimitReached || entry.IsEssential) WriteToFile(line);
+}
+
+void TLogManager::tellDroppedConsoleLines() {
+  if (mDroppedLinesTold || TConsole::Dropped() == 0) return;
+  mDroppedLinesTold = true;
+  WriteLog(kWarningType, 0UL, "The console does not take all lines: what it does not take is dropped, %lu so far",
+           TConsole::Dropped());
+}
+
 int TLogManager::Poll() {
   std::lock_guard<std::recursive_mutex> pollLock(mPollMutex);
   if (!initialized) return -1;
+  tellDroppedConsoleLines();
   std::deque<std::shared_ptr<TLogEntry>> queued;
   {
     // Swapped, so that no writer waits while a long queue is moved.
@@ -259,10 +336,11 @@ int TLogManager::Poll() {
   for (const auto& entry : logsToSave) {
     --LinesToGo;
     if (MyUtils::IsTime(LastTime, kDateCheckInterval, true)) switchDate();
-    WriteToFile(entry->Message + "\n");
+    saveEntry(*entry);
     tellListeners(*entry);
   }
   if (hLogFile.is_open()) {
+    if (MyUtils::IsTime(mFileLookTime, kRetryInterval, true) && isFileGone()) replaceFile();
     if (MyUtils::IsTime(FileFlushTime, kFlushInterval, true)) flushFile();
   } else {
     reopen();
@@ -312,6 +390,7 @@ void TLogManager::WriteToFile(const std::string& message) {
     return;
   }
   mFileBuffer += message;
+  mFileBytes += message.size();
   if (isLine) mLineEnds.push_back(mFileBuffer.size());
   if (mFileBuffer.size() >= kFileBuffer) flushFile();
 }
@@ -319,6 +398,22 @@ void TLogManager::WriteToFile(const std::string& message) {
 void TLogManager::FlushFile() {
   std::lock_guard<std::recursive_mutex> lock(mPollMutex);
   if (hLogFile.is_open()) flushFile();
+}
+
+void TLogManager::WriteLastLine(TLogType LogType, const std::string& Text) {
+  constexpr int longestWaitMs = 200;
+  std::unique_lock<std::recursive_mutex> lock(mPollMutex, std::defer_lock);
+  for (int waited = 0; !lock.try_lock() && waited < longestWaitMs; ++waited) SystemSeams.MicroSleep(1000);
+  if (lock) {
+    Poll();
+    FlushFile();
+  }
+  const std::string line = stampOf(std::time(nullptr)) + (bAppendPrefix ? prefixOf(LogType) : ": ") + Text + "\n";
+  if (const std::string file = mLastFile; !file.empty()) std::ofstream(file, std::ios::app) << line;
+  if (OutputToConsole) {
+    std::fputs(line.c_str(), stdout);
+    std::fflush(stdout);
+  }
 }
 
 void TLogManager::SetOutputToConsole(bool ToValue) { OutputToConsole = ToValue; }
