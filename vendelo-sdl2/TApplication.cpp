@@ -2,6 +2,7 @@
 #include "vendelo-sdl2/TApplication.h"
 
 #include <unistd.h>
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -31,7 +32,7 @@ unsigned int NumberFromEnvironment(const char* name, unsigned int otherwise) {
 
 }  // namespace
 
-TApplication::TApplication() {
+TApplication::TApplication() : mEndLimit([this](int code) { return EndAfterLimit(code); }) {
   ThreadID_MainThread = SDL_ThreadID();
   ReadLogFileName();
   TerminationType = DEFAULT;
@@ -69,6 +70,9 @@ TApplication::~TApplication() {
 }
 
 void TApplication::ReadLogFileName() {
+  constexpr uintmax_t bytesOfMegabyte = 1024 * 1024;
+  if (const char* limit = std::getenv("LOG_MAX_MB"))
+    SetDailyLimit(static_cast<uintmax_t>(std::max(MyUtils::leadingNumber(limit), 0)) * bytesOfMegabyte);
   if (const char* file = std::getenv("LOG_FILENAME")) {
     mLogFile = file;
     MyUtils::trimString(mLogFile);
@@ -126,6 +130,7 @@ void TApplication::waitForStatus(ApplicationState state) {
 }
 
 void TApplication::terminate(ETerminateType type, bool bGracefully) {
+  mEndLimit.Begin(0);
   TerminationType = type;
   setStatus(bGracefully ? APP_SHUTTING_DOWN : APP_TERMINATE);
 }

@@ -12,6 +12,7 @@
 
 #include "common/ThreadSafeProperty.h"
 #include "vendelo-sdl2/TActionMan.h"
+#include "vendelo-sdl2/TEndLimit.h"
 #include "vendelo-sdl2/TLogManager.h"
 #include "vendelo-sdl2/TMutexGuard.h"
 #include "vendelo-sdl2/TParamMan.h"
@@ -128,7 +129,7 @@ class TApplication : public TLogManager,
   void advanceStatus();
   // Returns once the state has been reached or passed. One waiting thread for each state.
   void waitForStatus(ApplicationState state);
-  // Any thread. The type is stored whether or not the state changes.
+  // Any thread. The type is stored whether or not the state changes. From here on the end has ten seconds.
   void terminate(ETerminateType type, bool bGracefully);
 
   // The least time between two calls of RunOnce; 10 at the start.
@@ -213,6 +214,10 @@ class TApplication : public TLogManager,
   bool SignalHandler(int SigValue);
   // Serves the polite signal that has come in since the last call, if any. Main thread, no lock held.
   void ServePendingSignal();
+  // An end begins that is to give this exit code. It has ten seconds, together with one that has begun before; what
+  // hangs by then is left: the restart command is run if it has not been, the log gets a line, and the process ends
+  // with that code. The command itself may take as long as it likes. Any thread.
+  void LimitEnd(int Code) { mEndLimit.BeginWith(Code); }
   // Ends the draw thread without a teardown by putting the state to APP_QUIT: for an Init that has failed, before
   // what it has built is destroyed. Main thread; nothing when the thread has ended already.
   void EndDrawThread();
@@ -279,11 +284,14 @@ class TApplication : public TLogManager,
 
  private:
   friend class TMainMutexGuard;
+  friend void QuitSignalHandler(int SigValue);
   friend class TDrawMutexGuard;
   struct TLoopState;
   class TCrashLocks;
   // What the draw thread does with the GUI module; DRAWS also between two frames and in their sleep.
   enum class TDrawStage { NONE, LOADS, DRAWS };
+  // How far the exit command has come; it may be begun by the end of the limit, too.
+  enum class TCommandStage { NONE, DELAYED, RUNS, DONE };
 
   int SetGUIImpl(TAppGuiModule* (*Create)(), void* InitData);
   static int ApplicationDrawThread(void* data);
@@ -306,6 +314,10 @@ class TApplication : public TLogManager,
   void CloseDeferred();
   void DropDeferred();
   void TearDown();
+  std::string ExitCommand();
+  void RunDelayed(const std::string& Command);
+  void RunDirectly(const std::string& Command);
+  bool EndAfterLimit(int Code);
   int JoinDrawThread();
   void DestroyOnce(bool WithGraphics);
 
@@ -316,6 +328,8 @@ class TApplication : public TLogManager,
   bool mDeferClosed GUARDED_BY(mpDeferQueueMutex) = false;  // the main loop has ended
   std::recursive_mutex mDestroyGate;                        // held over Destroy by whoever destroys
   bool mDestroyStarted = false;                             // mDestroyGate
+  std::atomic<TCommandStage> mCommandStage{TCommandStage::NONE};
+  TEndLimit mEndLimit;
 };
 
 // Hold one of the application's two big mutexes for a scope. The application must outlive them.
@@ -355,7 +369,8 @@ extern TFlavour TerminalFlavour;
 extern void* GUI_LoadData;
 extern int GUI_LoadResult;
 
-// Handler of the process's signals. The polite ones are only noted here; ServePendingSignal acts on them.
+// Handler of the process's signals. The polite ones are only noted here, and their end's time begins;
+// ServePendingSignal acts on them.
 void QuitSignalHandler(int SigValue);
 
 }  // namespace vendelo_sdl2

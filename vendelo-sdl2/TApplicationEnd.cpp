@@ -3,7 +3,9 @@
 // An orderly end closes the modules where it is a graceful one, leaves the main loop in APP_TERMINATE, closes the
 // deferred work and waits for the draw thread, which destroys everything; without a GUI the main thread does. A
 // polite signal comes to the same end in a main loop that is run for it, on the main thread with no lock held. A
-// thread that crashes says where it was, destroys what it safely can and ends the process, in a limited time.
+// thread that crashes says where it was, destroys what it safely can and ends the process. Both have ten seconds:
+// the orderly end by a thread that waits beside it, since a call of the window system or of the network may never
+// return, the crash by an alarm, since a crash may leave no thread that gets on.
 //
 // What is kept for that, and what would happen without it:
 //
@@ -29,6 +31,10 @@
 // | InCrashPath     | EndByCrash      | ThreadCheck, Destroy   | each thread its own | a crash inside the crash   |
 // |                 |                 |                        |                     | path, waits for jobs in it |
 // | LimitedCrash    | LimitCrashPath  | the end of the limit   | lock-free atomic    | a second limit             |
+// | mEndLimit       | terminate, ...  | its thread             | lock-free atomic    | an end that has no end     |
+// | mCommandStage   | TearDown,       | the same               | atomic              | an exit command that runs  |
+// |                 | EndAfterLimit   |                        |                     | not, or three times        |
+// | DueCode         | EndAfterLimit   | LastStepsHandler       | lock-free atomic    | last steps that hang       |
 #include <SDL.h>
 #include <SDL_image.h>
 #include <execinfo.h>
@@ -58,6 +64,8 @@ std::atomic<int> PendingSignal{0};
 // The crash signal whose limit runs, negative where its end reboots; 0 for none. All that the end of the limit
 // reads.
 std::atomic<int> LimitedCrash{0};
+// The exit code of an end whose time is over.
+std::atomic<int> DueCode{0};
 static_assert(std::atomic<int>::is_always_lock_free);
 
 // Aligned for the linker mold 1.10: it begins the read-only segment here, and a begin at an odd byte that ends a
@@ -101,6 +109,8 @@ void LimitCrashPath(int SigValue, bool Reboot) {
   SystemSeams.Alarm(longestSeconds);
 }
 
+void LastStepsHandler(int /*SigValue*/) { SystemSeams.ExitNow(DueCode); }
+
 }  // namespace
 
 // ---- signals
@@ -117,6 +127,7 @@ void QuitSignalHandler(int SigValue) {
   if (pApp) {
     if (IsPolite(SigValue)) {
       PendingSignal = SigValue;
+      pApp->mEndLimit.Begin(SigValue);  // who serves it may hang
       return;
     }
     if (pApp->SignalHandler(SigValue)) return;
@@ -148,6 +159,7 @@ bool TApplication::SignalHandler(int SigValue) {
     return true;
   }
   LimitCrashPath(SigValue, mRebootOnExit);
+  const TEssentialLines essential;
   WriteLog(0, 0, "Signal %d received. Exiting...\n", SigValue);
   std::array<void*, 20> frames{};
   const int count = backtrace(frames.data(), static_cast<int>(frames.size()));
@@ -165,6 +177,8 @@ void TApplication::EndPolitely(int SigValue) {
   const unsigned int bit = 1u << SigValue;
   if (mServedSignals & bit) return;  // as a second one would be blocked while a handler runs
   mServedSignals |= bit;
+  LimitEnd(SigValue);
+  const TEssentialLines essential;
   WriteLog(0, 0, "Signal %d received. Exiting...\n", SigValue);
   terminate(DEFAULT, true);
   MainLoop();
@@ -194,6 +208,7 @@ void TApplication::CloseModules(bool FirstTime) {
 
 int TApplication::EndLoop(int statusMain) {
   if (status() == APP_QUIT) return statusMain;  // a loop inside this one has been here
+  mEndLimit.Begin(0);
   // RunOnce may have ended the loop without telling the draw thread, which gives up the GUI in APP_TERMINATE only.
   if (GUI() || status() < APP_LOADING) setStatus(APP_TERMINATE);
   CloseDeferred();
@@ -228,14 +243,9 @@ void TApplication::DropDeferred() {
 // The end of the draw thread. A restart command runs twice: the delayed copy fires even if the rest hangs or dies,
 // the direct one comes when all is down.
 void TApplication::TearDown() {
-  std::string cmd;
-  if (mRebootOnExit && TerminationType == DEFAULT) TerminationType = RESTART;
-  if (TerminationType == RESTART)
-    cmd = GetParam("SHELL_CMD_RESTART", PARAM_MASK_ALL)->AsString();
-  else if (TerminationType == SHUTDOWN)
-    cmd = GetParam("SHELL_CMD_SHUTDOWN", PARAM_MASK_ALL)->AsString();
-  if (!cmd.empty()) SystemSeams.System(("bash -c 'sleep 2; " + cmd + "' &").c_str());
-
+  const TEssentialLines essential;
+  const std::string cmd = ExitCommand();
+  RunDelayed(cmd);
   waitForStatus(APP_TERMINATE);  // the main loop may still be closing modules
   {
     std::lock_guard gate(mDestroyGate);  // for good, when a crash elsewhere is ending the process
@@ -248,7 +258,46 @@ void TApplication::TearDown() {
     }
   }
   SDL_Quit();
-  if (!cmd.empty()) SystemSeams.System(cmd.c_str());
+  RunDirectly(cmd);
+}
+
+std::string TApplication::ExitCommand() {
+  if (mRebootOnExit && TerminationType == DEFAULT) TerminationType = RESTART;
+  if (TerminationType == RESTART) return GetParam("SHELL_CMD_RESTART", PARAM_MASK_ALL)->AsString();
+  if (TerminationType == SHUTDOWN) return GetParam("SHELL_CMD_SHUTDOWN", PARAM_MASK_ALL)->AsString();
+  return "";
+}
+
+// Each of the two once, by the teardown or by the end of the limit.
+void TApplication::RunDelayed(const std::string& Command) {
+  TCommandStage stage = TCommandStage::NONE;
+  if (!mCommandStage.compare_exchange_strong(stage, TCommandStage::DELAYED) || Command.empty()) return;
+  SystemSeams.System(("bash -c 'sleep 2; " + Command + "' &").c_str());
+}
+
+void TApplication::RunDirectly(const std::string& Command) {
+  TCommandStage stage = TCommandStage::DELAYED;
+  if (!mCommandStage.compare_exchange_strong(stage, TCommandStage::RUNS)) return;
+  if (!Command.empty()) SystemSeams.System(Command.c_str());
+  mCommandStage = TCommandStage::DONE;
+}
+
+// The time of an orderly end is over: on the limit's thread, while nobody else may get on. A second is left for
+// this, an alarm sees to that: what has been started by then goes on without this process.
+bool TApplication::EndAfterLimit(int Code) {
+  constexpr unsigned lastSeconds = 1;
+  if (LimitedCrash != 0) return true;                      // has a limit of its own
+  if (mCommandStage == TCommandStage::RUNS) return false;  // is waited for, however long it takes
+  DueCode = Code;
+  std::signal(SIGALRM, LastStepsHandler);
+  OpenThreadTo(SIGALRM);
+  SystemSeams.Alarm(lastSeconds);
+  const std::string cmd = ExitCommand();
+  RunDelayed(cmd);
+  WriteLastLine(5, "The end has taken ten seconds, what is left of it is left out");
+  RunDirectly(cmd);
+  SystemSeams.ExitNow(Code);
+  return true;
 }
 
 // Waits for the draw thread, once, and never on that thread itself; what it returned.
@@ -281,7 +330,7 @@ void TApplication::DestroyOnce(bool WithGraphics) {
 }
 
 void TApplication::Destroy() {
-  constexpr Uint32 longestWaitMs = 10000;
+  constexpr Uint32 longestWaitMs = 5000;  // half of what the end has
   if (!IsInCrashPath() && !TAsyncJob::WaitForNone(longestWaitMs))
     KLOG(LogApp, logs::Error, "Destroying the application under %d running jobs", TAsyncJob::Running());
   if (const int failed = DestroyModules())

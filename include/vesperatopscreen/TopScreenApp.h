@@ -8,6 +8,7 @@
 #include "common/TKSLReturnStructures.h"
 #include "common/ThreadSafeProperty.h"
 #include "vendelo-sdl2/TApplication.h"
+#include "vendelo-sdl2/TFileLock.h"
 
 class TopScreenScreen;
 
@@ -27,6 +28,9 @@ class TopScreenApp : public vendelo_sdl2::TApplication, public TKSLListener {
 
   // The latest state, for the screen; lock it for the length of the use.
   ThreadSafeProperty<PlatformState>& getState() { return state; }
+
+  // Init's result when another process runs with the same HOME_DIR.
+  static constexpr int kInitRefused = -3;
 
   // Brings SDL, the parameters, the log, the screen and the client up. 0, or -1 when one of them is impossible.
   int Init() override;
@@ -67,8 +71,9 @@ class TopScreenApp : public vendelo_sdl2::TApplication, public TKSLListener {
   ThreadSafeProperty<PlatformState> state;
   std::string lastUpdateError;  // the same failure is logged once
   std::string lastInitError;
-  bool updatedJp;    // the jackpot panel is to be refreshed after this poll
-  bool updatedGame;  // the panel is to be chosen anew after this poll
+  bool updatedJp;                     // the jackpot panel is to be refreshed after this poll
+  bool updatedGame;                   // the panel is to be chosen anew after this poll
+  vendelo_sdl2::TFileLock mHomeLock;  // from Init to Destroy
   std::unique_ptr<TKSLClient> pKSL;
   bool gotFirstInit;  // the first good data have ended the loader
 };

@@ -29,13 +29,15 @@ int AppMain(int argc, char** argv, const ApplicationMaker& MakeApplication) {
   TApplication* application = MakeApplication(argc == 2 ? &address : nullptr);
   if (pApp != application) pApp = application;  // its constructor has, and by now a signal's handler may read it
   try {
-    if (application->Init() != 0) {
+    if (const int failure = application->Init()) {
+      const int result = failure == TopScreenApp::kInitRefused ? failure : kInitFailed;
+      application->LimitEnd(result);
       application->ServePendingSignal();
       application->EndDrawThread();
       application->Destroy();
       delete application;
       std::printf("========== APP EXITED WITH FAILURE ==========\n");
-      return kInitFailed;
+      return result;
     }
   } catch (...) {
     std::printf("Unhadled exception occoured while loading application\n");

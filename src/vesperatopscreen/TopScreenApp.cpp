@@ -1,10 +1,15 @@
 #include "vesperatopscreen/TopScreenApp.h"
 
 #include <SDL_ttf.h>
+#include <algorithm>
 #include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <limits>
 
 #include "common/TBitmapFont.h"
 #include "vendelo-sdl2/MyUtils.h"
+#include "vendelo-sdl2/Saturate.h"
 #include "vendelo-sdl2/SystemSeams.h"
 #include "vesperatopscreen/InitData.h"
 #include "vesperatopscreen/PanelDecision.h"
@@ -35,6 +40,13 @@ int TopScreenApp::Init() {
   }
   LoadParamFromEnvironment("WORKING_DIR", "WorkingDir", false);
   if (LoadParamFromEnvironment("HOME_DIR", "HomeDir", false) != 0) return -1;
+  const std::string homeDir = GetParam("HomeDir", PARAM_MASK_ALL)->AsString();
+  const TFileLock::TResult home = mHomeLock.Take((std::filesystem::path(homeDir) / "topscreen.lock").string());
+  if (home == TFileLock::HELD_BY_ANOTHER) {
+    std::printf("Another top screen is running with HOME_DIR=%s (process %s), this start is refused.\n",
+                homeDir.c_str(), mHomeLock.Detail().c_str());
+    return kInitRefused;
+  }
   if (!TTF_WasInit() && TTF_Init() == -1) {
     std::printf("TTF_Init: %s\n", SDL_GetError());
     std::fflush(stdout);
@@ -44,10 +56,13 @@ int TopScreenApp::Init() {
   // No separator between the two: the working directory is expected to end in a slash.
   MyUtils::SetImageDir(GetParam("WorkingDir", PARAM_MASK_ALL)->AsString() + "VESPERA/TOP_SKIN/");
 
+  const TEssentialLines essential;
   TLogManager::Init(LogFile(), nullptr, nullptr, true);
   SetOutputToConsole(true);
   std::printf("Logmanager ok\n");
   WriteLog(1, 0, "Top screen started with KSL server requests on %s", serverUrl.c_str());
+  if (home == TFileLock::IMPOSSIBLE)
+    WriteLog(4, 0, "No lock in HOME_DIR (%s): a second start would not be refused", mHomeLock.Detail().c_str());
 
   if (SetGUI<TopScreenScreen>(nullptr) != 0) return -1;
   screen = static_cast<TopScreenScreen*>(GUI());
@@ -55,6 +70,10 @@ int TopScreenApp::Init() {
 
   pKSL = std::make_unique<TKSLClient>("TopScreen", serverUrl, 0);
   pKSL->SetPopRequestFrequency(300);
+  constexpr int longestTimeout = std::numeric_limits<int>::max() / 1000;
+  if (const char* seconds = std::getenv("KSL_CALL_TIMEOUT"))
+    pKSL->SetCallTimeout(static_cast<unsigned>(std::clamp(MyUtils::leadingNumber(seconds), 0, longestTimeout)) *
+                         1000);
   pKSL->SetListener(this);
   pKSL->SetInitMethod("topscreen.init", ParseInitResponse, DestroyInitObject);
   pKSL->Start(false, -1);
@@ -65,6 +84,7 @@ void TopScreenApp::Destroy() {
   if (TAppGuiModule* gui = TakeGUI()) gui->Destroy();
   TBitmapFont::CleanupBitmapFonts();
   TApplication::Destroy();
+  mHomeLock.Release();  // what the restart command starts must not be refused
 }
 
 void TopScreenApp::Startup() { GenerateAction("PowerUP", nullptr, ACTION_ANY); }
@@ -119,7 +139,8 @@ int TopScreenApp::StatusReceived(void* data, bool isError) {
     const auto* error = static_cast<KSLError*>(data);
     const std::string description = error && error->errorDescription ? *error->errorDescription : "";
     if (!hasNoData && description != lastUpdateError) {
-      WriteLog(0, 0, "WARNING: Update of top screen data returned error - %s", description.c_str());
+      WriteLog(0, 0, "WARNING: Update of top screen data returned error - %s",
+               MyUtils::EscapeControls(description).c_str());
       lastUpdateError = description;
     }
     hasNoData = true;
@@ -184,12 +205,15 @@ int TopScreenApp::handleInitResponse(ErrorTypes error, void* data) {
     const std::string description =
       failure && failure->errorDescription ? *failure->errorDescription : "the registration reply is incomplete";
     if (description != lastInitError) {
-      WriteLog(5, 0, "KSL: ERROR on init [%s]!!!", description.c_str());
+      WriteLog(5, 0, "KSL: ERROR on init [%s]!!!", MyUtils::EscapeControls(description).c_str());
       lastInitError = description;
     }
     return 1;
   }
-  WriteLog(1, 0, "KSL: Init response OK!");
+  {
+    const TEssentialLines essential;
+    WriteLog(1, 0, "KSL: Init response OK!");
+  }
   lastInitError.clear();
   MyUtils::decimal_separator = init->DecimalSeparator[0];  // an empty text gives a NUL
   MyUtils::thousand_separator = init->ThousandSeparator[0];
@@ -202,7 +226,7 @@ int TopScreenApp::handleInitResponse(ErrorTypes error, void* data) {
 int TopScreenApp::handleError(MethodType method, ErrorTypes error, const std::string& text) {
   const char* address = pKSL ? pKSL->getMethodInfo(method).Address : nullptr;
   WriteLog(5, 0, "KSL CLIENT: Received error from %s -> %d - %s", address ? address : "", static_cast<int>(error),
-           text.c_str());
+           MyUtils::EscapeControls(text).c_str());
   ScopedLock lock(state);
   state->ActiveGame = GAME_NULL;
   hasNoData = true;

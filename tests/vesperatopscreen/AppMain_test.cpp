@@ -9,6 +9,7 @@
 
 #include "tests/support/ChildProcess.h"
 #include "tests/support/TestApplication.h"
+#include "vesperatopscreen/TopScreenApp.h"
 
 using namespace vendelo_sdl2;
 
@@ -86,6 +87,37 @@ TEST_F(MainProgram, FailedInitDestroysAndDeletes) {
   EXPECT_TRUE(prints(failure));
   EXPECT_FALSE(prints(success));
   EXPECT_EQ(pApp, nullptr);
+}
+
+TEST_F(MainProgram, RefusedInitHasACodeOfItsOwnAndNoOtherFailureHas) {
+  EXPECT_EQ(run({}, [](TestApplication& app) { app.onInit = [] { return TopScreenApp::kInitRefused; }; }), -3);
+  EXPECT_EQ(trace.lines(), (std::vector<std::string>{"destroy", "deleted"}));
+  EXPECT_TRUE(prints(failure));
+  for (const int code : {-4, -2, 2, 3, 253})
+    EXPECT_EQ(run({}, [code](TestApplication& app) { app.onInit = [code] { return code; }; }), -2) << code;
+}
+
+TEST_F(MainProgram, FailedInitThatHangsEndsWithItsCodeAllTheSame) {
+  const struct {
+    const char* name;
+    int init;
+    const char* end;
+  } rows[] = {{"failed", 1, "exit 254"}, {"refused", TopScreenApp::kInitRefused, "exit 253"}};
+  endAll(
+    rows,
+    [this](const auto& row) {
+      return std::make_unique<ChildProcess>([&] {
+        SystemSeams.Poll = [](pollfd* files, nfds_t count, int) { return ::poll(files, count, 100); };
+        SystemSeams.ExitNow = [](int code) { _exit(code); };
+        run({}, [&](TestApplication& app) {
+          app.onInit = [&row] { return row.init; };
+          app.onDestroy = [] {
+            for (;;) usleep(1000);
+          };
+        });
+      });
+    },
+    [](const auto& row, ChildProcess& child) { EXPECT_EQ(child.end(), row.end); });
 }
 
 TEST_F(MainProgram, FailedInitAfterTheGuiWasSetLeavesTheDrawThreadFirst) {

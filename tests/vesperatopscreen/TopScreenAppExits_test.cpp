@@ -48,12 +48,15 @@ class TopScreenExits : public testing::Test {
     EXPECT_TRUE(mkdtemp(folder.data()));
   }
   ~TopScreenExits() override {
+    std::filesystem::remove_all(folder + ".homes");
     if (std::system(("rm -r '" + folder + "'").c_str()) != 0) ADD_FAILURE() << folder;
   }
   std::unique_ptr<ChildProcess> program(const std::function<void()>& prepare) {
     return std::make_unique<ChildProcess>([&] {
       setenv("SDL_VIDEODRIVER", "dummy", 1);
-      setenv("HOME_DIR", folder.c_str(), 1);
+      const std::string home = folder + ".homes/" + std::to_string(getpid());  // each is a terminal of its own
+      std::filesystem::create_directories(home);
+      setenv("HOME_DIR", home.c_str(), 1);
       setenv("WORKING_DIR", (folder + "/").c_str(), 1);
       setenv("LOG_FILENAME", (folder + "/top.log").c_str(), 1);
       SystemSeams.Sleep = [](unsigned seconds) {
