@@ -43,6 +43,22 @@ if(MOLD_PROGRAM)
   target_link_options(topscreen_options INTERFACE -fuse-ld=mold)
 endif()
 
+# topscreen_harden(<target>): as a distribution builds what meets the network. The sanitizers replace what is checked
+# here; without optimisation the library has no checked functions.
+function(topscreen_harden target)
+  if(NOT TOPSCREEN_SHARED)
+    target_compile_options(${target} PRIVATE -fPIE)
+  endif()
+  if(TOPSCREEN_SANITIZER STREQUAL "")
+    target_compile_options(${target} PRIVATE -fstack-protector-strong
+      "$<$<NOT:$<CONFIG:Debug>>:-U_FORTIFY_SOURCE;-D_FORTIFY_SOURCE=2>")
+  endif()
+  get_target_property(type ${target} TYPE)
+  if(type STREQUAL "EXECUTABLE")
+    target_link_options(${target} PRIVATE -pie LINKER:-z,relro,-z,now)
+  endif()
+endfunction()
+
 if(TOPSCREEN_SANITIZER STREQUAL "address")
   # "undefined" leaves out conversions of numbers that the integer cannot hold; a service or a skin may bring them.
   target_compile_options(topscreen_options INTERFACE -fsanitize=address,undefined,float-cast-overflow
