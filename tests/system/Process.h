@@ -17,7 +17,7 @@ class Process {
     std::vector<std::string> arguments;
     std::map<std::string, std::string> environment;  // all of it: nothing is inherited
     std::string folder;                              // working directory; the test's own when empty
-    std::string output;                              // file that gets both outputs
+    std::string output;                              // file that gets both outputs; closed when empty
     int descriptor = -1;                             // handed to the child as descriptor 3
   };
 

@@ -142,8 +142,13 @@ void SystemTest::startRefusing() {
 
 void SystemTest::startProgram(const std::string& address, Renderer renderer,
                               const std::map<std::string, std::string>& environment) {
+  startProgram(mProgram, mFolder + "/program.txt", address, renderer, environment);
+}
+
+void SystemTest::startProgram(Process& process, const std::string& output, const std::string& address,
+                              Renderer renderer, const std::map<std::string, std::string>& environment) {
   Process::Setup setup;
-  setup.program = TOPSCREEN_PROGRAM;
+  setup.program = mProgramFile.empty() ? programFile() : mProgramFile;
   if (!address.empty()) setup.arguments = {address};
   setup.environment = {{"PATH", variable("PATH")},
                        {"HOME", mFolder},
@@ -165,8 +170,8 @@ void SystemTest::startProgram(const std::string& address, Renderer renderer,
   std::erase_if(setup.environment, [](const auto& entry) { return entry.second == "-"; });
   ASSERT_EQ(setup.environment["DISABLE_REBOOT_ON_EXIT"], "1") << "no test reboots";
   setup.folder = mFolder + "/terminal";
-  setup.output = mFolder + "/program.txt";
-  ASSERT_TRUE(mProgram.start(setup));
+  setup.output = output;
+  ASSERT_TRUE(process.start(setup));
 }
 
 void SystemTest::startUntilPanel(Renderer renderer, int64_t pot) {
@@ -183,6 +188,8 @@ void SystemTest::startWithPanel(Renderer renderer, int64_t pot) {
   if (HasFatalFailure()) return;
   ASSERT_TRUE(within(10000, [&] { return shownPot() == pot; })) << "shows " << shownPot();
 }
+
+std::string SystemTest::programFile() { return TOPSCREEN_PROGRAM; }
 
 std::string SystemTest::log() const {
   for (const auto& entry : fs::directory_iterator(mFolder)) {

@@ -81,11 +81,18 @@ class SystemTest : public testing::Test {
   void startProgram(const std::string& address, Renderer renderer,
                     const std::map<std::string, std::string>& environment);
 
+  // The same for another process than mProgram, whose output goes to that file; closed when empty.
+  void startProgram(Process& process, const std::string& output, const std::string& address, Renderer renderer,
+                    const std::map<std::string, std::string>& environment);
+
   // Simulator with one level of this pot, then the program on it, until the panel stands.
   void startUntilPanel(Renderer renderer, int64_t pot);
 
   // The same until the digits have come to a stand at that pot, which takes four seconds unless it is 0.
   void startWithPanel(Renderer renderer, int64_t pot);
+
+  // The program as it was built.
+  static std::string programFile();
 
   // The dated log file, and what the program has printed.
   std::string log() const;
@@ -112,6 +119,7 @@ class SystemTest : public testing::Test {
   int64_t shownPot();
 
   std::string mFolder;
+  std::string mProgramFile;  // the program under test, unless a test copies it
   XServer mX;
   SimulatorProcess mSimulator;
   Process mProgram;

@@ -30,6 +30,7 @@ class XServer {
   bool startWithTwoDisplays(const std::string& folder, Size second);
 
   const std::string& display() const { return mDisplay; }
+  Process& process() { return mProcess; }
 
   // The part of the screen inside the box, or all of it, with all displays.
   Picture picture(Box box);
