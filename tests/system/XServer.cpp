@@ -217,6 +217,21 @@ unsigned long XServer::openWindow(Box box, Colour colour) {
   return window;
 }
 
+void XServer::closeWindow(unsigned long window) {
+  XDestroyWindow(mConnection, window);
+  XSync(mConnection, False);
+}
+
+void XServer::hideWindow(unsigned long window) {
+  XUnmapWindow(mConnection, window);
+  XSync(mConnection, False);
+}
+
+void XServer::showWindow(unsigned long window) {
+  XMapWindow(mConnection, window);
+  XSync(mConnection, False);
+}
+
 bool XServer::sendKey(const std::string& how, const std::string& name) {
   Process tool;
   Process::Setup setup;

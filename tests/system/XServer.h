@@ -52,6 +52,11 @@ class XServer {
 
   // Maps a plain window of this colour there, as any other client does. It goes with this object.
   unsigned long openWindow(Box box, Colour colour);
+  void closeWindow(unsigned long window);
+
+  // Takes a window from the screen, and puts it there again.
+  void hideWindow(unsigned long window);
+  void showWindow(unsigned long window);
 
   // Presses and releases a key, or does one of both, by its X name, with the pointer and the focus as they are.
   bool typeKey(const std::string& name) { return sendKey("key", name); }

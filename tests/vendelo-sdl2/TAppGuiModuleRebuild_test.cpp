@@ -149,6 +149,26 @@ TEST_F(Rebuild, OtherEventsRebuildNothing) {
   EXPECT_EQ(this, SDL_GetTextureUserData(glyphs->GetTargetTexture()));
 }
 
+TEST_F(Rebuild, AnyEventOfTheWindowBringsItsPictureBack) {
+  settled();
+  const std::vector<Uint32> whole = shown();
+  fill(nullptr, {0, 0, kWidth, kHeight}, {255, 0, 255, 255});
+  const std::vector<Uint32> spoilt = shown();
+  EXPECT_NE(whole, spoilt) << "nothing changes, nothing is drawn";
+  report(SDL_WINDOWEVENT);
+  EXPECT_EQ(whole, shown());
+}
+
+TEST_F(Rebuild, WhatOthersSpoiltIsWholeAfterAFewSeconds) {
+  settled();
+  const std::vector<Uint32> whole = shown();
+  fill(nullptr, {0, 0, kWidth, kHeight}, {255, 0, 255, 255});
+  clock.advance(4000);
+  EXPECT_NE(whole, shown());
+  clock.advance(1100);
+  EXPECT_EQ(whole, shown());
+}
+
 TEST_F(Rebuild, WhatIsHiddenIsWholeWhenItIsShown) {
   const std::vector<Uint32> whole = settled();
   loseEverything();
