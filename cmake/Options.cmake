@@ -6,6 +6,9 @@ set(TOPSCREEN_SANITIZER "" CACHE STRING "Sanitizer of this build: empty, address
 # more. Off where each file has to show that it includes what it uses: debug, script/check tidy and clang.
 option(TOPSCREEN_PCH "Precompile the headers of the libraries" OFF)
 
+# Instead of tools and tests: what reads bytes from outside, with libFuzzer (script/fuzz). Clang alone has it.
+option(TOPSCREEN_FUZZ "The fuzz targets" OFF)
+
 find_program(CCACHE_PROGRAM ccache)
 if(CCACHE_PROGRAM AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
   set(CMAKE_CXX_COMPILER_LAUNCHER ${CCACHE_PROGRAM})
@@ -69,4 +72,8 @@ elseif(TOPSCREEN_SANITIZER STREQUAL "thread")
   target_link_options(topscreen_options INTERFACE -fsanitize=thread)
 elseif(NOT TOPSCREEN_SANITIZER STREQUAL "")
   message(FATAL_ERROR "TOPSCREEN_SANITIZER is empty, address or thread, not ${TOPSCREEN_SANITIZER}")
+endif()
+
+if(TOPSCREEN_FUZZ)
+  target_compile_options(topscreen_options INTERFACE -fsanitize=fuzzer-no-link)
 endif()
