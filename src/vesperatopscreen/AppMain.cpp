@@ -1,5 +1,6 @@
 #include "vesperatopscreen/AppMain.h"
 
+#include <malloc.h>
 #include <unistd.h>
 #include <cstdio>
 #include <cstdlib>
@@ -14,6 +15,11 @@ namespace {
 
 constexpr int kInitFailed = -2, kInitThrew = -4, kRunThrew = -6;
 
+// From this size on, in bytes, a block is one of its own, which the system has back once it is freed. The allocator
+// would raise the limit with the first picture, and in some days the pictures that come and go leave twice the
+// memory behind that is in use.
+constexpr int kBlockOfItsOwn = 1 << 20;
+
 TApplication* MakeTopScreen(const std::string* ServerAddress) {
   auto* application = new TopScreenApp;
   if (ServerAddress) application->setServerAddress(*ServerAddress);
@@ -25,6 +31,7 @@ TApplication* MakeTopScreen(const std::string* ServerAddress) {
 int AppMain(int argc, char** argv) { return AppMain(argc, argv, MakeTopScreen); }
 
 int AppMain(int argc, char** argv, const ApplicationMaker& MakeApplication) {
+  mallopt(M_MMAP_THRESHOLD, kBlockOfItsOwn);
   const std::string address = argc == 2 ? argv[1] : "";
   TApplication* application = MakeApplication(argc == 2 ? &address : nullptr);
   if (pApp != application) pApp = application;  // its constructor has, and by now a signal's handler may read it

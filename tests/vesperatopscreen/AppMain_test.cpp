@@ -1,6 +1,7 @@
 #include "vesperatopscreen/AppMain.h"
 
 #include <gtest/gtest.h>
+#include <malloc.h>
 #include <unistd.h>
 #include <csignal>
 #include <cstdlib>
@@ -71,6 +72,31 @@ TEST_F(MainProgram, NormalRunIsZeroWhateverRunReturned) {
   EXPECT_TRUE(prints(success));
   EXPECT_EQ(pApp, nullptr);
 }
+
+// The sanitizers have allocators of their own.
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+TEST_F(MainProgram, PicturesGoBackToTheSystemHoweverManyHaveGoneBefore) {
+  // Bytes in blocks of their own, without a block of this size and with it, and once it is freed.
+  const auto own = [] { return mallinfo2().hblkhd; };
+  const auto hold = [](size_t size) { return std::make_unique<std::vector<char>>(size); };
+  int pictures = 0;
+  run({}, [&](TestApplication& app) {
+    app.onInit = [&] {
+      for (const size_t size : {size_t{33177600}, size_t{8294400}}) hold(size);
+      for (const size_t size : {size_t{8294400}, size_t{2} << 20}) {
+        const size_t before = own();
+        auto picture = hold(size);
+        EXPECT_GE(own(), before + size);
+        picture.reset();
+        EXPECT_EQ(own(), before);
+        ++pictures;
+      }
+      return 0;
+    };
+  });
+  EXPECT_EQ(pictures, 2);
+}
+#endif
 
 TEST_F(MainProgram, ExactlyOneArgumentIsTheServer) {
   run({}, nullptr);
