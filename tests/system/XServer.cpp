@@ -82,6 +82,15 @@ XServer::~XServer() {
   mProcess.wait(kEndBound);
 }
 
+void XServer::crash() {
+  XCloseDisplay(mConnection);
+  mConnection = nullptr;
+  mProcess.kill();
+  const std::string number = mDisplay.substr(1);
+  unlink(("/tmp/.X" + number + "-lock").c_str());
+  unlink(("/tmp/.X11-unix/X" + number).c_str());
+}
+
 bool XServer::start(const std::string& folder) {
   mFolder = folder;
   return launch("Xvfb", {"-screen", "0", "1920x1080x24"});
@@ -132,6 +141,7 @@ bool XServer::launch(const std::string& program, const std::vector<std::string>&
 }
 
 Picture XServer::picture() {
+  if (!mConnection) return {};
   const Box all = boxOf(DefaultRootWindow(mConnection));
   return picture({0, 0, all.width, all.height});
 }

@@ -29,6 +29,9 @@ class XServer {
   // no second one.
   bool startWithTwoDisplays(const std::string& folder, Size second);
 
+  // Kills the server, as a crash of it would. Only display() may be called afterwards.
+  void crash();
+
   const std::string& display() const { return mDisplay; }
   Process& process() { return mProcess; }
 
