@@ -5,6 +5,7 @@
 #include <cstdlib>
 
 #include "vendelo-sdl2/TApplication.h"
+#include "vesperatopscreen/CommandLine.h"
 #include "vesperatopscreen/TopScreenApp.h"
 
 using vendelo_sdl2::pApp;
@@ -22,7 +23,10 @@ TApplication* MakeTopScreen(const std::string* ServerAddress) {
 
 }  // namespace
 
-int AppMain(int argc, char** argv) { return AppMain(argc, argv, MakeTopScreen); }
+int AppMain(int argc, char** argv) {
+  if (const auto served = ServeOptions(argc, argv, stdout, stderr)) return *served;
+  return AppMain(argc, argv, MakeTopScreen);
+}
 
 int AppMain(int argc, char** argv, const ApplicationMaker& MakeApplication) {
   const std::string address = argc == 2 ? argv[1] : "";
