@@ -8,6 +8,7 @@
 #include <deque>
 #include <functional>
 #include <mutex>
+#include <optional>
 #include <queue>
 #include <string>
 #include <vector>
@@ -94,6 +95,9 @@ class TKSLClient {
 
   // Events are asked for, and none of these requests has been answered well for 5000 ms.
   bool IsTimedOut() const;
+
+  // Milliseconds since the last good answer of the service to any call; nothing before the first one. Any thread.
+  std::optional<Uint32> SinceGoodAnswer() const;
 
   // Queues a call; 0, also when a second request for events was dropped, -1 for a faulty format (nobody is told),
   // -2 when a package of events could not be merged. The format is one of the xmlrpc_build_value family and

@@ -8,6 +8,7 @@
 #include "common/TKSLReturnStructures.h"
 #include "common/ThreadSafeProperty.h"
 #include "vendelo-sdl2/TApplication.h"
+#include "vesperatopscreen/TopScreenReport.h"
 
 class TopScreenScreen;
 
@@ -47,6 +48,7 @@ class TopScreenApp : public vendelo_sdl2::TApplication, public TKSLListener {
   void handleClientDied() override;
   void handleTimeout(bool timedOut) override;
   void OnStoreValues(const std::list<vendelo_sdl2::TAppParam*>& params) override;
+  void OnPassDone() override;
 
   // Chooses the panel by the state; always 0.
   int Update();
@@ -59,6 +61,8 @@ class TopScreenApp : public vendelo_sdl2::TApplication, public TKSLListener {
   void requestStatus();
   void updateJackpotPanel();
   void deferInstructionsOrJackpots();
+  TopScreenFacts facts() const;
+  void tellOthers();
 
   std::string serverUrl;
   TopScreenScreen* screen;  // owned by the framework's module list
@@ -71,4 +75,5 @@ class TopScreenApp : public vendelo_sdl2::TApplication, public TKSLListener {
   bool updatedGame;  // the panel is to be chosen anew after this poll
   std::unique_ptr<TKSLClient> pKSL;
   bool gotFirstInit;  // the first good data have ended the loader
+  TopScreenReport mReport;
 };

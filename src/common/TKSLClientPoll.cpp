@@ -18,6 +18,12 @@ constexpr vendelo_sdl2::TLogType kLogWarning = 4;
 
 bool TKSLClient::IsTimedOut() const { return mPopEnabled && SDL_GetTicks() - mLastPopResponse >= kSilenceLimit; }
 
+std::optional<Uint32> TKSLClient::SinceGoodAnswer() const {
+  const Uint32 last = mLastGoodResponse.getCopy();
+  if (last == 0) return std::nullopt;
+  return SDL_GetTicks() - last;
+}
+
 void TKSLClient::handleTimeoutEdge() {
   TKSLListener* listener = mListener;
   if (IsTimedOut()) {

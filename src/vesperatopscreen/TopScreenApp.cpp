@@ -221,4 +221,26 @@ void TopScreenApp::handleTimeout(bool) {}
 // The program's parameters live in memory only.
 void TopScreenApp::OnStoreValues(const std::list<TAppParam*>&) {}
 
+void TopScreenApp::OnPassDone() {
+  TAppGuiModule* const gui = GUI();
+  if (gui) mReport.passDone(gui->FrameWatch().frames(), gui->FrameWatch().presented());
+  if (shuttingDown())
+    mReport.stopping();
+  else if (mReport.due())
+    tellOthers();
+}
+
+void TopScreenApp::tellOthers() {
+  mReport.tell(facts());
+}
+
+TopScreenFacts TopScreenApp::facts() const {
+  TopScreenFacts facts;
+  if (GUI() && status() == APP_RUNNING) facts.panel = screen->IsRendering() ? screen->shownPanel() : "stopped";
+  if (!pKSL) return facts;
+  facts.id = pKSL->ID();
+  facts.sinceGoodAnswer = pKSL->SinceGoodAnswer();
+  return facts;
+}
+
 ThreadSafeProperty<PlatformState>& platformState() { return static_cast<TopScreenApp*>(pApp)->getState(); }
