@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <cstdlib>
 
+#include "vendelo-sdl2/PictureRequest.h"
 #include "vendelo-sdl2/TApplication.h"
 #include "vesperatopscreen/CommandLine.h"
 #include "vesperatopscreen/TopScreenApp.h"
@@ -25,6 +26,7 @@ TApplication* MakeTopScreen(const std::string* ServerAddress) {
 
 int AppMain(int argc, char** argv) {
   if (const auto served = ServeOptions(argc, argv, stdout, stderr)) return *served;
+  vendelo_sdl2::TPictureRequest::hold();
   return AppMain(argc, argv, MakeTopScreen);
 }
 

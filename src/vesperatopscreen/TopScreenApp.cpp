@@ -5,6 +5,7 @@
 
 #include "common/TBitmapFont.h"
 #include "vendelo-sdl2/MyUtils.h"
+#include "vendelo-sdl2/PictureRequest.h"
 #include "vendelo-sdl2/SystemSeams.h"
 #include "vesperatopscreen/InitData.h"
 #include "vesperatopscreen/PanelDecision.h"
@@ -232,6 +233,10 @@ void TopScreenApp::OnPassDone() {
 
 void TopScreenApp::tellOthers() {
   mReport.tell(facts());
+  if (!GUI() || !TPictureRequest::taken()) return;
+  std::string folder = GetParam("HomeDir", PARAM_MASK_ALL)->AsString();
+  if (!folder.empty() && folder.back() != '/') folder += '/';
+  TPictureRequest::write(GUI()->FrameWatch(), folder + "screenshot.png");
 }
 
 TopScreenFacts TopScreenApp::facts() const {
