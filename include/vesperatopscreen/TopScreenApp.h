@@ -61,6 +61,7 @@ class TopScreenApp : public vendelo_sdl2::TApplication, public TKSLListener {
   void requestStatus();
   void updateJackpotPanel();
   void deferInstructionsOrJackpots();
+  void useLocale(const std::string& locale);
   TopScreenFacts facts() const;
   void tellOthers();
 
@@ -71,6 +72,7 @@ class TopScreenApp : public vendelo_sdl2::TApplication, public TKSLListener {
   ThreadSafeProperty<PlatformState> state;
   std::string lastUpdateError;  // the same failure is logged once
   std::string lastInitError;
+  std::string lastUnknownLocale;
   bool updatedJp;    // the jackpot panel is to be refreshed after this poll
   bool updatedGame;  // the panel is to be chosen anew after this poll
   std::unique_ptr<TKSLClient> pKSL;

@@ -7,6 +7,7 @@
 #include "vendelo-sdl2/MyUtils.h"
 #include "vendelo-sdl2/PictureRequest.h"
 #include "vendelo-sdl2/SystemSeams.h"
+#include "vendelo-sdl2/XErrors.h"
 #include "vesperatopscreen/InitData.h"
 #include "vesperatopscreen/PanelDecision.h"
 #include "vesperatopscreen/PlatformPicture.h"
@@ -34,6 +35,7 @@ int TopScreenApp::Init() {
     SystemSeams.Sleep(10);
     return -1;
   }
+  LogXErrors();
   LoadParamFromEnvironment("WORKING_DIR", "WorkingDir", false);
   if (LoadParamFromEnvironment("HOME_DIR", "HomeDir", false) != 0) return -1;
   if (!TTF_WasInit() && TTF_Init() == -1) {
@@ -196,8 +198,21 @@ int TopScreenApp::handleInitResponse(ErrorTypes error, void* data) {
   MyUtils::thousand_separator = init->ThousandSeparator[0];
   MyUtils::thousand_grouping[0] = static_cast<char>(init->ThousandGrouping);
   MyUtils::thousand_grouping[1] = 0;
-  MyUtils::UpdateLocale(init->Locale);
+  useLocale(init->Locale);
   return 0;
+}
+
+// One that is not installed here leaves the numbers as they were; the exception is for whoever delivers the
+// response.
+void TopScreenApp::useLocale(const std::string& locale) {
+  try {
+    MyUtils::UpdateLocale(locale);
+  } catch (const std::exception&) {
+    if (locale != lastUnknownLocale)
+      WriteLog(4, 0, "KSL: The locale \"%s\" of the service is not installed here.", locale.c_str());
+    lastUnknownLocale = locale;
+    throw;
+  }
 }
 
 int TopScreenApp::handleError(MethodType method, ErrorTypes error, const std::string& text) {
