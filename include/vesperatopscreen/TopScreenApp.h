@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <list>
 #include <memory>
 #include <string>
@@ -49,6 +50,7 @@ class TopScreenApp : public vendelo_sdl2::TApplication, public TKSLListener {
   void handleTimeout(bool timedOut) override;
   void OnStoreValues(const std::list<vendelo_sdl2::TAppParam*>& params) override;
   void OnPassDone() override;
+  int _WriteLog(char color, vendelo_sdl2::TLogType type, unsigned long gameId, const std::string& text) override;
 
   // Chooses the panel by the state; always 0.
   int Update();
@@ -63,7 +65,7 @@ class TopScreenApp : public vendelo_sdl2::TApplication, public TKSLListener {
   void deferInstructionsOrJackpots();
   void useLocale(const std::string& locale);
   TopScreenFacts facts() const;
-  void tellOthers();
+  void tellOthers(vendelo_sdl2::TFrameWatch* frames);
 
   std::string serverUrl;
   TopScreenScreen* screen;  // owned by the framework's module list
@@ -77,5 +79,6 @@ class TopScreenApp : public vendelo_sdl2::TApplication, public TKSLListener {
   bool updatedGame;  // the panel is to be chosen anew after this poll
   std::unique_ptr<TKSLClient> pKSL;
   bool gotFirstInit;  // the first good data have ended the loader
+  std::atomic<unsigned long> mLogLines{0};
   TopScreenReport mReport;
 };

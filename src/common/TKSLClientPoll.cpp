@@ -76,6 +76,7 @@ int TKSLClient::handleResponse(const MethodResponse& response) {
 
   TKSLListener* listener = mListener;
   auto* error = response.isError ? static_cast<KSLError*>(response.responseData) : nullptr;
+  mFigures.count(response.respondingToMethodID, error != nullptr ? error->errorCode : E_NO_ERROR);
   if (response.callback) return response.callback(response.responseData, response.isError);
   if (response.respondingToMethodID == M_INIT && listener != nullptr)
     return listener->handleInitResponse(error != nullptr ? error->errorCode : E_NO_ERROR, response.responseData);
@@ -112,7 +113,9 @@ int TKSLClient::handlePopResponse(void* returnData, bool isError) {
     const EventPtr& event = data->events[n];
     try {
       listener->handlePlatformEvent(*event);
+      ++mFigures.eventsHandled;
     } catch (...) {
+      ++mFigures.eventsRefused;
       logman::WriteLog(kLogWarning, 0UL, "KSL: Exception thrown handling platform event (%d)", event->id());
     }
   }

@@ -24,13 +24,15 @@ All of it is told in topscreen(1).
 
 }  // namespace
 
+const char* TopScreenVersion() { return TOPSCREEN_VERSION; }
+
 std::optional<int> ServeOptions(int argc, char** argv, std::FILE* Out, std::FILE* Err) {
   char** const option =
     std::find_if(argv + std::min(argc, 1), argv + argc, [](const char* text) { return *text == '-'; });
   if (option == argv + argc) return std::nullopt;
   const std::string_view name = *option;
   if (argc == 2 && name == "--version") {
-    std::fprintf(Out, "topscreen %s\n", TOPSCREEN_VERSION);
+    std::fprintf(Out, "topscreen %s\n", TopScreenVersion());
     return 0;
   }
   if (argc == 2 && name == "--help") {

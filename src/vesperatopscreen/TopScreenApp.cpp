@@ -4,6 +4,7 @@
 #include <cstdio>
 
 #include "common/TBitmapFont.h"
+#include "vendelo-sdl2/FaultyFiles.h"
 #include "vendelo-sdl2/MyUtils.h"
 #include "vendelo-sdl2/PictureRequest.h"
 #include "vendelo-sdl2/SystemSeams.h"
@@ -239,27 +240,36 @@ void TopScreenApp::OnStoreValues(const std::list<TAppParam*>&) {}
 
 void TopScreenApp::OnPassDone() {
   TAppGuiModule* const gui = GUI();
-  if (gui) mReport.passDone(gui->FrameWatch().frames(), gui->FrameWatch().presented());
+  TFrameWatch* const frames = gui ? &gui->FrameWatch() : nullptr;
+  mReport.passDone(frames);
   if (shuttingDown())
     mReport.stopping();
   else if (mReport.due())
-    tellOthers();
+    tellOthers(frames);
 }
 
-void TopScreenApp::tellOthers() {
-  mReport.tell(facts());
-  if (!GUI() || !TPictureRequest::taken()) return;
+void TopScreenApp::tellOthers(TFrameWatch* frames) {
+  mReport.tell(facts(), frames);
+  if (!frames || !TPictureRequest::taken()) return;
   std::string folder = GetParam("HomeDir", PARAM_MASK_ALL)->AsString();
   if (!folder.empty() && folder.back() != '/') folder += '/';
-  TPictureRequest::write(GUI()->FrameWatch(), folder + "screenshot.png");
+  TPictureRequest::write(*frames, folder + "screenshot.png");
+}
+
+int TopScreenApp::_WriteLog(char color, TLogType type, unsigned long gameId, const std::string& text) {
+  ++mLogLines;
+  return TApplication::_WriteLog(color, type, gameId, text);
 }
 
 TopScreenFacts TopScreenApp::facts() const {
   TopScreenFacts facts;
   if (GUI() && status() == APP_RUNNING) facts.panel = screen->IsRendering() ? screen->shownPanel() : "stopped";
+  facts.logLines = mLogLines;
+  facts.missingFiles = MyUtils::FaultyFiles();
   if (!pKSL) return facts;
   facts.id = pKSL->ID();
   facts.sinceGoodAnswer = pKSL->SinceGoodAnswer();
+  facts.link = pKSL->Figures();
   return facts;
 }
 
