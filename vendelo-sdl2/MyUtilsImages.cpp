@@ -6,6 +6,7 @@
 #include <cstring>
 
 #include "vendelo-sdl2/Drawing.h"
+#include "vendelo-sdl2/FaultyFiles.h"
 #include "vendelo-sdl2/MyUtils.h"
 #include "vendelo-sdl2/PictureFormat.h"
 #include "vendelo-sdl2/PictureHeader.h"
@@ -28,12 +29,15 @@ auto loadWithFallback(const std::string& path, const Decode& decode) {
     if (image) break;
     tried = filename + extension;
     image = load(tried.c_str());
-    if (image)
-      std::printf("\n******************* Tried to load image file %s, but loaded %s!!!\n\n", path.c_str(),
-                  tried.c_str());
+    if (!image) continue;
+    std::printf("\n******************* Tried to load image file %s, but loaded %s!!!\n\n", path.c_str(),
+                tried.c_str());
+    TellFaultyFile("Tried to load image file " + EscapeControls(path) + ", but loaded " + EscapeControls(tried));
   }
-  if (!image)
+  if (!image) {
+    TellFaultyFile("Unable to load image file " + EscapeControls(filename));
     std::printf("\n******************* Unable to load image file %s!!!\n\n", EscapeControls(filename).c_str());
+  }
   return image;
 }
 

@@ -9,6 +9,7 @@
 
 #include "vendelo-sdl2/TAppModule.h"
 #include "vendelo-sdl2/TComponentList.h"
+#include "vendelo-sdl2/TFrameWatch.h"
 #include "vendelo-sdl2/TTexturePtr.h"
 
 namespace vendelo_sdl2 {
@@ -87,6 +88,8 @@ class TAppGuiModule : public TAppModule {
   }
   bool IsScreenRotated() const { return ScreenRotate; }
   void updateLastDrawTime();
+  // Who counts the frames, and gives a picture of one. Any thread.
+  TFrameWatch& FrameWatch() { return mFrameWatch; }
 
   SDL_Renderer* GetRenderer() const { return mpGUIRenderer; }
   void SetRenderer(SDL_Renderer* pRenderer) { mpGUIRenderer = pRenderer; }
@@ -179,6 +182,7 @@ class TAppGuiModule : public TAppModule {
   static SDL_Rect GlobalRect2;
   std::atomic<bool> mbTexturesLost{false};
   std::atomic<bool> mbRedrawAll{false};
+  TFrameWatch mFrameWatch;
 
   // How a frame gets onto the window: it is there already; some rectangles; the whole of it.
   enum class Way { NOTHING, PARTS, WHOLE };

@@ -43,6 +43,8 @@ int TAppGuiModule::draw() {
   const Uint32 beforePresent = pace(way == Way::WHOLE);
   present(way);
   countFrame(beforePresent);
+  mFrameWatch.frameDone({mpGUIRenderer, mpBackBuffer.get(), way != Way::NOTHING, mLastDrawTime,
+                         static_cast<Uint32>(1000 / mTargetFPS)});
   return 0;
 }
 

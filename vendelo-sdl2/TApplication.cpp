@@ -104,6 +104,8 @@ void TApplication::OnAppStateChanged(ApplicationState /*newState*/) {}
 
 bool TApplication::CanExit() const { return true; }
 
+void TApplication::OnPassDone() {}
+
 TApplication::ApplicationState TApplication::status() const { return mAppStatus.getCopy(); }
 
 bool TApplication::shuttingDown() const { return status() >= APP_SHUTTING_DOWN; }

@@ -114,6 +114,9 @@ class TApplication : public TLogManager,
   virtual void OnAppStateChanged(ApplicationState newState);
   // Asked on every pass of the shutdown once all modules are ready.
   virtual bool CanExit() const;
+  // Called on the main thread after every pass of the main loop, the last one included, with the main mutex held
+  // and no other: no frame waits for it, and the GUI module is not destroyed under it.
+  virtual void OnPassDone();
 
   // From the end of Init to the end of the program, on the main thread: what MainLoop returns.
   int Run();

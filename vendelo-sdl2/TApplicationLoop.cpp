@@ -64,6 +64,7 @@ int TApplication::MainLoop() {
     ServePendingSignal();
     TMainMutexGuard guard(*this);
     leave = RunPass(loop);
+    OnPassDone();
   }
   return EndLoop(loop.statusMain);
 }

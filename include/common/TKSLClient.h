@@ -8,12 +8,14 @@
 #include <deque>
 #include <functional>
 #include <mutex>
+#include <optional>
 #include <queue>
 #include <string>
 #include <vector>
 #include <xmlrpc-c/client.hpp>
 
 #include "common/KSLTypes.h"
+#include "common/LinkFigures.h"
 #include "common/ThreadSafeProperty.h"
 #include "vendelo-sdl2/TMutexGuard.h"
 
@@ -99,6 +101,12 @@ class TKSLClient {
 
   // Events are asked for, and none of these requests has been answered well for 5000 ms.
   bool IsTimedOut() const;
+
+  // Milliseconds since the last good answer of the service to any call; nothing before the first one. Any thread.
+  std::optional<Uint32> SinceGoodAnswer() const;
+
+  // Main thread.
+  const LinkFigures& Figures() const { return mFigures; }
 
   // Queues a call; 0, also when a second request for events was dropped, -1 for a faulty format (nobody is told),
   // -2 when a package of events could not be merged. The format is one of the xmlrpc_build_value family and
@@ -200,6 +208,7 @@ class TKSLClient {
   std::atomic<bool> syncMethodWaitFlag;
   uint64_t mSyncSerial;  // which queued synchronous call the flag belongs to; main thread
   bool mLockedTimeout;   // main thread: the listener was told of a time-out
+  LinkFigures mFigures;  // main thread
   KSLCallback mPushCallback;
   KSLCallback mPopCallback;
   std::atomic<bool> mPopEnabled;

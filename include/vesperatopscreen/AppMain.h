@@ -14,7 +14,7 @@ using ApplicationMaker = std::function<vendelo_sdl2::TApplication*(const std::st
 // Init failed, -3 when it refused because another one runs already, -4 on an exception out of Init or out of its
 // clean-up, -6 on one out of Run. A polite signal ends the process from inside, also out of a failed Init. After an
 // exception the application is not deleted and its threads still run: ExitProgram ends the process without
-// destroying what they use.
+// destroying what they use. A command line with an option starts nothing: see CommandLine.h.
 int AppMain(int argc, char** argv);
 // The same with another application than the top screen.
 int AppMain(int argc, char** argv, const ApplicationMaker& MakeApplication);

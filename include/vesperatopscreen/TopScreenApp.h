@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <list>
 #include <memory>
 #include <string>
@@ -9,6 +10,7 @@
 #include "common/ThreadSafeProperty.h"
 #include "vendelo-sdl2/TApplication.h"
 #include "vendelo-sdl2/TFileLock.h"
+#include "vesperatopscreen/TopScreenReport.h"
 
 class TopScreenScreen;
 
@@ -51,6 +53,8 @@ class TopScreenApp : public vendelo_sdl2::TApplication, public TKSLListener {
   void handleClientDied() override;
   void handleTimeout(bool timedOut) override;
   void OnStoreValues(const std::list<vendelo_sdl2::TAppParam*>& params) override;
+  void OnPassDone() override;
+  int _WriteLog(char color, vendelo_sdl2::TLogType type, unsigned long gameId, const std::string& text) override;
 
   // Chooses the panel by the state; always 0.
   int Update();
@@ -63,6 +67,9 @@ class TopScreenApp : public vendelo_sdl2::TApplication, public TKSLListener {
   void requestStatus();
   void updateJackpotPanel();
   void deferInstructionsOrJackpots();
+  void useLocale(const std::string& locale);
+  TopScreenFacts facts() const;
+  void tellOthers(vendelo_sdl2::TFrameWatch* frames);
 
   std::string serverUrl;
   TopScreenScreen* screen;  // owned by the framework's module list
@@ -71,9 +78,12 @@ class TopScreenApp : public vendelo_sdl2::TApplication, public TKSLListener {
   ThreadSafeProperty<PlatformState> state;
   std::string lastUpdateError;  // the same failure is logged once
   std::string lastInitError;
+  std::string lastUnknownLocale;
   bool updatedJp;                     // the jackpot panel is to be refreshed after this poll
   bool updatedGame;                   // the panel is to be chosen anew after this poll
   vendelo_sdl2::TFileLock mHomeLock;  // from Init to Destroy
   std::unique_ptr<TKSLClient> pKSL;
   bool gotFirstInit;  // the first good data have ended the loader
+  std::atomic<unsigned long> mLogLines{0};
+  TopScreenReport mReport;
 };

@@ -2,6 +2,7 @@
 
 #include <SDL.h>
 #include <SDL_ttf.h>
+#include <atomic>
 #include <initializer_list>
 #include <string>
 #include <vector>
@@ -40,6 +41,8 @@ class TopScreenScreen : public vendelo_sdl2::TAppGuiModule {
   // Queues the update for the draw thread; 0, or -1 without a panel.
   int UpdateInstructionsPanel();
   bool isJackpotPanelVisible() const;
+  // "jackpots", "paytable" or "instructions": the panel that was asked for last. Any thread.
+  const char* shownPanel() const { return mShownPanel; }
   // Draw thread. Lets go of the paytable's pages and texts.
   void ClearPaytablesPanel();
   // -1 without a panel, else what the panel's update returned.
@@ -76,4 +79,5 @@ class TopScreenScreen : public vendelo_sdl2::TAppGuiModule {
   TTF_Font* pFont;
   TGlyphLabel* mpInfo;   // the hint to the player, near the bottom edge
   std::string mFpsText;  // keeps its memory from second to second
+  std::atomic<const char*> mShownPanel{"jackpots"};
 };

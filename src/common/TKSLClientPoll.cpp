@@ -18,6 +18,12 @@ constexpr vendelo_sdl2::TLogType kLogWarning = 4;
 
 bool TKSLClient::IsTimedOut() const { return mPopEnabled && SDL_GetTicks() - mLastPopResponse >= kSilenceLimit; }
 
+std::optional<Uint32> TKSLClient::SinceGoodAnswer() const {
+  const Uint32 last = mLastGoodResponse.getCopy();
+  if (last == 0) return std::nullopt;
+  return SDL_GetTicks() - last;
+}
+
 void TKSLClient::handleTimeoutEdge() {
   TKSLListener* listener = mListener;
   if (IsTimedOut()) {
@@ -77,6 +83,7 @@ int TKSLClient::handleResponse(const MethodResponse& response) {
 
   TKSLListener* listener = mListener;
   auto* error = response.isError ? static_cast<KSLError*>(response.responseData) : nullptr;
+  mFigures.count(response.respondingToMethodID, error != nullptr ? error->errorCode : E_NO_ERROR);
   if (response.callback) return response.callback(response.responseData, response.isError);
   if (response.respondingToMethodID == M_INIT && listener != nullptr)
     return listener->handleInitResponse(error != nullptr ? error->errorCode : E_NO_ERROR, response.responseData);
@@ -113,7 +120,9 @@ int TKSLClient::handlePopResponse(void* returnData, bool isError) {
     const EventPtr& event = data->events[n];
     try {
       listener->handlePlatformEvent(*event);
+      ++mFigures.eventsHandled;
     } catch (...) {
+      ++mFigures.eventsRefused;
       logman::WriteLog(kLogWarning, 0UL, "KSL: Exception thrown handling platform event (%d)", event->id());
     }
   }

@@ -10,6 +10,7 @@
 
 #include "common/SkinXml.h"
 #include "components/TSpriteAnimation.h"
+#include "vendelo-sdl2/FaultyFiles.h"
 #include "vendelo-sdl2/MyUtils.h"
 #include "vendelo-sdl2/PictureFormat.h"
 #include "vendelo-sdl2/PixelLimits.h"
@@ -32,6 +33,9 @@ class Faults {
     if (mCount++ == 0) mFirst = text;
   }
   void tell() const {
+    if (mCount > 0)
+      MyUtils::TellFaultyFile("Animation " + mFile + ": " + mFirst +
+                              (mCount > 1 ? ", and " + std::to_string(mCount - 1) + " more faults" : ""));
     if (mCount == 1) std::printf("Animation %s: %s\n", mFile.c_str(), mFirst.c_str());
     if (mCount > 1)
       std::printf("Animation %s: %s, and %d more faults\n", mFile.c_str(), mFirst.c_str(), mCount - 1);

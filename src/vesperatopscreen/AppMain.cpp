@@ -5,7 +5,9 @@
 #include <cstdio>
 #include <cstdlib>
 
+#include "vendelo-sdl2/PictureRequest.h"
 #include "vendelo-sdl2/TApplication.h"
+#include "vesperatopscreen/CommandLine.h"
 #include "vesperatopscreen/TopScreenApp.h"
 
 using vendelo_sdl2::pApp;
@@ -28,7 +30,11 @@ TApplication* MakeTopScreen(const std::string* ServerAddress) {
 
 }  // namespace
 
-int AppMain(int argc, char** argv) { return AppMain(argc, argv, MakeTopScreen); }
+int AppMain(int argc, char** argv) {
+  if (const auto served = ServeOptions(argc, argv, stdout, stderr)) return *served;
+  vendelo_sdl2::TPictureRequest::hold();
+  return AppMain(argc, argv, MakeTopScreen);
+}
 
 int AppMain(int argc, char** argv, const ApplicationMaker& MakeApplication) {
   mallopt(M_MMAP_THRESHOLD, kBlockOfItsOwn);

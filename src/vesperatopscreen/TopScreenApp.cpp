@@ -8,9 +8,12 @@
 #include <limits>
 
 #include "common/TBitmapFont.h"
+#include "vendelo-sdl2/FaultyFiles.h"
 #include "vendelo-sdl2/MyUtils.h"
+#include "vendelo-sdl2/PictureRequest.h"
 #include "vendelo-sdl2/Saturate.h"
 #include "vendelo-sdl2/SystemSeams.h"
+#include "vendelo-sdl2/XErrors.h"
 #include "vesperatopscreen/InitData.h"
 #include "vesperatopscreen/PanelDecision.h"
 #include "vesperatopscreen/PlatformPicture.h"
@@ -38,6 +41,7 @@ int TopScreenApp::Init() {
     SystemSeams.Sleep(10);
     return -1;
   }
+  LogXErrors();
   LoadParamFromEnvironment("WORKING_DIR", "WorkingDir", false);
   if (LoadParamFromEnvironment("HOME_DIR", "HomeDir", false) != 0) return -1;
   const std::string homeDir = GetParam("HomeDir", PARAM_MASK_ALL)->AsString();
@@ -219,8 +223,21 @@ int TopScreenApp::handleInitResponse(ErrorTypes error, void* data) {
   MyUtils::thousand_separator = init->ThousandSeparator[0];
   MyUtils::thousand_grouping[0] = static_cast<char>(init->ThousandGrouping);
   MyUtils::thousand_grouping[1] = 0;
-  MyUtils::UpdateLocale(init->Locale);
+  useLocale(init->Locale);
   return 0;
+}
+
+// One that is not installed here leaves the numbers as they were; the exception is for whoever delivers the
+// response.
+void TopScreenApp::useLocale(const std::string& locale) {
+  try {
+    MyUtils::UpdateLocale(locale);
+  } catch (const std::exception&) {
+    if (locale != lastUnknownLocale)
+      WriteLog(4, 0, "KSL: The locale \"%s\" of the service is not installed here.", locale.c_str());
+    lastUnknownLocale = locale;
+    throw;
+  }
 }
 
 int TopScreenApp::handleError(MethodType method, ErrorTypes error, const std::string& text) {
@@ -244,5 +261,40 @@ void TopScreenApp::handleTimeout(bool) {}
 
 // The program's parameters live in memory only.
 void TopScreenApp::OnStoreValues(const std::list<TAppParam*>&) {}
+
+void TopScreenApp::OnPassDone() {
+  TAppGuiModule* const gui = GUI();
+  TFrameWatch* const frames = gui ? &gui->FrameWatch() : nullptr;
+  mReport.passDone(frames);
+  if (shuttingDown())
+    mReport.stopping();
+  else if (mReport.due())
+    tellOthers(frames);
+}
+
+void TopScreenApp::tellOthers(TFrameWatch* frames) {
+  mReport.tell(facts(), frames);
+  if (!frames || !TPictureRequest::taken()) return;
+  std::string folder = GetParam("HomeDir", PARAM_MASK_ALL)->AsString();
+  if (!folder.empty() && folder.back() != '/') folder += '/';
+  TPictureRequest::write(*frames, folder + "screenshot.png");
+}
+
+int TopScreenApp::_WriteLog(char color, TLogType type, unsigned long gameId, const std::string& text) {
+  ++mLogLines;
+  return TApplication::_WriteLog(color, type, gameId, text);
+}
+
+TopScreenFacts TopScreenApp::facts() const {
+  TopScreenFacts facts;
+  if (GUI() && status() == APP_RUNNING) facts.panel = screen->IsRendering() ? screen->shownPanel() : "stopped";
+  facts.logLines = mLogLines;
+  facts.missingFiles = MyUtils::FaultyFiles();
+  if (!pKSL) return facts;
+  facts.id = pKSL->ID();
+  facts.sinceGoodAnswer = pKSL->SinceGoodAnswer();
+  facts.link = pKSL->Figures();
+  return facts;
+}
 
 ThreadSafeProperty<PlatformState>& platformState() { return static_cast<TopScreenApp*>(pApp)->getState(); }

@@ -137,6 +137,7 @@ void TopScreenScreen::ShowJackpotsPanel() {
   auto& state = platformState();
   ScopedLock lock(state);
   crossFade(pJackpotsPanel, {pPaytablesPanel, pInstructionsPanel});
+  mShownPanel = "jackpots";
   const GameTypes type = state->ActiveGame.type;
   const bool inGame = type != GAMETYPE_MENU && type != GAMETYPE_NULL_TYPE;
   if (pJackpotsPanel) pJackpotsPanel->OnShowOverlays(inGame ? state->ActiveGame.name : std::string());
@@ -145,6 +146,7 @@ void TopScreenScreen::ShowJackpotsPanel() {
 
 void TopScreenScreen::ShowPaytablesPanel() {
   crossFade(pPaytablesPanel, {pInstructionsPanel, pJackpotsPanel});
+  mShownPanel = "paytable";
   if (mpInfo) mpInfo->_setVisible(true);
 }
 
@@ -159,7 +161,10 @@ void TopScreenScreen::onPaytableLoaded() {
     true);
 }
 
-void TopScreenScreen::ShowInstructionsPanel() { crossFade(pInstructionsPanel, {pPaytablesPanel, pJackpotsPanel}); }
+void TopScreenScreen::ShowInstructionsPanel() {
+  crossFade(pInstructionsPanel, {pPaytablesPanel, pJackpotsPanel});
+  mShownPanel = "instructions";
+}
 
 void TopScreenScreen::UpdatePaytablesPanel(bool fadeInAfterLoad) {
   pApp->DeferToDraw(

@@ -32,6 +32,23 @@ bool Picture::save(const std::string& file) const {
   return good;
 }
 
+bool Picture::load(const std::string& file) {
+  SDL_Surface* read = IMG_Load(file.c_str());
+  SDL_Surface* surface = read ? SDL_ConvertSurfaceFormat(read, SDL_PIXELFORMAT_RGB888, 0) : nullptr;
+  SDL_FreeSurface(read);
+  if (!surface) return false;
+  mWidth = surface->w;
+  mHeight = surface->h;
+  mPixels.clear();
+  for (int y = 0; y < mHeight; ++y) {
+    const auto* row = reinterpret_cast<const uint32_t*>(static_cast<const Uint8*>(surface->pixels) +
+                                                        static_cast<ptrdiff_t>(y) * surface->pitch);
+    for (int x = 0; x < mWidth; ++x) mPixels.push_back(row[x] & 0xffffff);
+  }
+  SDL_FreeSurface(surface);
+  return true;
+}
+
 bool writePicture(const std::string& file, int width, int height, Colour colour, int alpha) {
   SDL_Surface* surface = SDL_CreateRGBSurfaceWithFormat(0, width, height, 32, SDL_PIXELFORMAT_ARGB8888);
   if (!surface) return false;

@@ -36,6 +36,9 @@ class Picture {
   // Writes a PNG file, for a person who looks into a failure.
   bool save(const std::string& file) const;
 
+  // Reads one. False where there is none; the picture is as it was then.
+  bool load(const std::string& file);
+
  private:
   int mWidth = 0, mHeight = 0;
   std::vector<uint32_t> mPixels;  // 0x00RRGGBB, row by row

@@ -1,0 +1,18 @@
+#pragma once
+
+#include <SDL_stdinc.h>
+#include <optional>
+#include <string>
+
+#include "common/LinkFigures.h"
+
+// How the top screen is, as those want to know who are far away. Counts are of the whole run.
+struct TopScreenFacts {
+  const char* panel = "loader";           // what is on the screen; "stopped" where the last picture stays
+  int id = -1;                            // by which the service knows the program; -1 without a registration
+  std::optional<Uint32> sinceGoodAnswer;  // milliseconds
+  unsigned long frames = 0, lateFrames = 0;
+  unsigned long logLines = 0;
+  int missingFiles = 0;
+  LinkFigures link;
+};

@@ -1,0 +1,30 @@
+#pragma once
+
+#include <SDL.h>
+#include <cstdint>
+
+#include "vendelo-sdl2/TFrameWatch.h"
+#include "vendelo-sdl2/TServiceNotice.h"
+#include "vesperatopscreen/TopScreenFacts.h"
+#include "vesperatopscreen/TopScreenMetrics.h"
+
+// Tells the service manager and, every ten seconds, a collector of figures how the top screen is. Main thread,
+// after each pass of the main loop.
+class TopScreenReport {
+ public:
+  // `frames` is null without a window.
+  void passDone(vendelo_sdl2::TFrameWatch* frames);
+  // Whether facts are wanted in this pass, as they are some five times a second: to gather them takes locks.
+  bool due();
+  void tell(TopScreenFacts facts, vendelo_sdl2::TFrameWatch* frames);
+  // The end has begun.
+  void stopping() { mNotice.stopping(); }
+
+ private:
+  vendelo_sdl2::TServiceNotice mNotice;
+  TMetricsFile mMetrics;
+  unsigned long mPasses = 0;
+  Uint32 mLastFacts = SDL_GetTicks();
+  uint64_t mUptimeMs = 0;   // longer than the tick clock counts
+  uint64_t mNextWrite = 0;  // of the uptime
+};
