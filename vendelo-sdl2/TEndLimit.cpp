@@ -64,9 +64,11 @@ void TEndLimit::Run() {
     }
     return mCalledOff.load();
   };
-  if (isCalledOff(::poll, -1)) return;
-  uint64_t count = 0;
-  [[maybe_unused]] const ssize_t begun = read(mWake, &count, sizeof count);
+  do {  // a forked process that ends wakes this one, too
+    if (isCalledOff(::poll, -1)) return;
+    uint64_t count = 0;
+    [[maybe_unused]] const ssize_t begun = read(mWake, &count, sizeof count);
+  } while (mCode == kNoEnd);
   do {
     if (isCalledOff(SystemSeams.Poll, kLongestEndMs)) return;
   } while (!mExpired(mCode));

@@ -235,7 +235,6 @@ void TLogManager::resume(const std::string& before) {
 
 void TLogManager::reopen() {
   if (!MyUtils::IsTime(FileOpenTime, mWriteFailed ? kRetryInterval : kReopenInterval, true)) return;
-  createFolder();
   if (!openFile() || !mWriteFailed) return;
   if (mLostLines == 0)
     resume("\n\n");  // all that was lost

@@ -17,8 +17,7 @@ class Redraw : public PanelTest {
       EXPECT_TRUE(keeps(due)) << "TOPSCREEN_REDRAW=" << redraw;
       pictures.push_back(mX.picture());
     };
-    EXPECT_TRUE(shows("background"));
-    take("background");
+    EXPECT_TRUE(shows("background title gold"));
     set({{"Instructions", {"1", "", "3", "4", "5", "6", "7", "8"}}});
     EXPECT_TRUE(shows("background button-1 button-2-off low=1345"));
     take("background button-1 button-2-off low=1345");

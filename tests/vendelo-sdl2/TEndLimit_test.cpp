@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 #include <pthread.h>
+#include <sys/wait.h>
+#include <unistd.h>
 #include <atomic>
 #include <csignal>
 #include <cstdlib>
@@ -53,6 +55,22 @@ TEST_F(EndLimit, AnEndHasNineSecondsAndThenItsCodeIsDue) {
 TEST_F(EndLimit, NothingIsDueBeforeAnEndBegins) {
   {
     TEndLimit limit(expired(1));
+    usleep(20000);
+  }
+  EXPECT_EQ(mCalls, 0);
+  EXPECT_EQ(waits, 0);
+}
+
+TEST_F(EndLimit, TheEndOfAForkedProcessIsNotThisOnes) {
+  {
+    TEndLimit limit(expired(1));
+    const pid_t child = fork();
+    if (child == 0) {
+      limit.Begin(15);
+      _exit(0);
+    }
+    int status = 0;
+    ASSERT_EQ(child, waitpid(child, &status, 0));
     usleep(20000);
   }
   EXPECT_EQ(mCalls, 0);

@@ -45,10 +45,11 @@ extern "C" void SDL_DestroyTexture(SDL_Texture* texture) {
 
 namespace holdings {
 
+// This one and "EndLimit".
 #ifdef __SANITIZE_THREAD__
-constexpr long kThreadsAtRest = 2;  // its own is one of them
+constexpr long kThreadsAtRest = 3;  // its own is one of them
 #else
-constexpr long kThreadsAtRest = 1;
+constexpr long kThreadsAtRest = 2;
 #endif
 
 inline long entries(const char* folder) {
