@@ -152,7 +152,8 @@ TEST_F(Service, FiguresStandInTheFileThatTheEnvironmentNames) {
   EXPECT_FALSE(holds("topscreen_frames_total 0\n"));
   EXPECT_FALSE(holds("topscreen_main_passes_total 0\n"));
   EXPECT_FALSE(holds("topscreen_log_lines_total 0\n"));
-  EXPECT_TRUE(holds("topscreen_missing_files 2\n")) << "the pictures of buttons, which this skin has not\n" << log();
+  EXPECT_TRUE(holds("topscreen_missing_files 2\n")) << "the pictures of buttons, which this skin has not\n"
+                                                    << log();
   EXPECT_TRUE(holds("topscreen_last_good_answer_age_seconds 0."));
 }
 

@@ -89,6 +89,26 @@ TEST_F(Pacing, VerticalSyncHoldsTheRateFrom60On) {
   }
 }
 
+// A frame that changes nothing is not presented, so no vertical sync holds it.
+TEST_F(Pacing, AFrameThatIsNotPresentedSleepsInSpiteOfVerticalSync) {
+  app.setStatus(TApplication::APP_RUNNING);
+  module->makeBackBuffer(32, 16);
+  module->mVsync = true;
+  module->SetTargetFPS(60);
+  module->draw();
+  EXPECT_EQ(1, presentations);
+  EXPECT_TRUE(sleeps.empty());
+  for (int i = 1; i <= 10; ++i) {
+    module->draw();
+    EXPECT_EQ(1, presentations);
+    EXPECT_EQ(1000u + 16 * static_cast<Uint32>(i), clock.now());
+  }
+  module->RedrawAll();
+  module->draw();
+  EXPECT_EQ(2, presentations);
+  EXPECT_EQ(10u, sleeps.size());
+}
+
 TEST_F(Pacing, FrameRateIsARunningAverage) {
   float noVsync = 0;
   clock.advance(20);
