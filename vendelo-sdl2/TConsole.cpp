@@ -18,10 +18,11 @@ namespace {
 
 constexpr size_t kLongestNumber = 64;
 
-// All of it lives as long as the process: `stdout` is flushed after static objects are gone.
+// All of it lives as long as the process: `stdout` is flushed after static objects are gone. One thread at a time
+// is in here, under the lock of `stdout`, but for a signal's handler that comes to it in the middle of a write.
 std::atomic<unsigned long> dropped{0};
-unsigned long untold = 0;  // of these, those that the console has not been told of; under the lock of `stdout`
-bool endsInLine = false;   // the console has got the beginning of a line and not its end; likewise
+std::atomic<unsigned long> untold{0};  // of these, those that the console has not been told of
+std::atomic<bool> endsInLine{false};   // the console has got the beginning of a line and not its end
 
 // How much of the text the console has taken.
 size_t Write(std::string_view text) {
@@ -39,9 +40,10 @@ size_t Write(std::string_view text) {
 
 // What follows on lines that were dropped begins with their number.
 size_t Announce(char* line, size_t size) {
-  if (untold == 0) return 0;
+  const unsigned long missing = untold;
+  if (missing == 0) return 0;
   return static_cast<size_t>(
-    std::snprintf(line, size, "%s(%lu lines are missing here)\n", endsInLine ? "\n" : "", untold));
+    std::snprintf(line, size, "%s(%lu lines are missing here)\n", endsInLine ? "\n" : "", missing));
 }
 
 // A pipe takes PIPE_BUF bytes as a whole or not at all: so many together with the number before them, and up to the
@@ -53,7 +55,7 @@ std::string_view NextPiece(std::string_view text) {
 }
 
 ssize_t WriteOrDrop(void* /*cookie*/, const char* data, size_t size) {
-  static char joined[PIPE_BUF];  // under the lock of `stdout`
+  char joined[PIPE_BUF];
   const int error = errno;
   for (std::string_view text(data, size); !text.empty();) {
     const std::string_view piece = NextPiece(text);
