@@ -4,6 +4,7 @@
 
 #include <condition_variable>
 #include <functional>
+#include <limits>
 #include <map>
 #include <mutex>
 #include <string>
@@ -320,6 +321,12 @@ class TestClient : public TKSLClient {
       Poll(0);
       return condition();
     });
+  }
+
+  // The milliseconds that calls of the method took, rounded. Nothing of as high a priority may be queued.
+  unsigned int averageOf(MethodType method) {
+    SendRequest(method, std::numeric_limits<int>::max(), KSLCallback(), "");
+    return calculateApproximateWaitTime(1);
   }
 
   // Starts the thread, waits for the registration and forgets what the listener heard of it.

@@ -4,6 +4,7 @@
 #include <xmlrpc-c/girerr.hpp>
 
 #include "LinkTestSupport.h"
+#include "tests/support/FakeClock.h"
 
 using linktest::arrayXml;
 using linktest::errorStruct;
@@ -155,7 +156,7 @@ TEST(TKSLClientWire, APackageOfEventsIsAnArrayOfStructs) {
   client.PushEvent(G_BET_CHANGED, "I", static_cast<xmlrpc_int64>(250));
   client.PushEvent(G_LOG, nullptr);
   client.EndEventStack();
-  ASSERT_TRUE(linktest::waitFor([&] { return client.mEventPackageNumber == 1; }));
+  ASSERT_TRUE(linktest::waitFor([&] { return client.wire.requests("game.pushEvents").size() == 1; }));
   client.Stop();
   const auto item = [](int id, const std::string& context) {
     return "<value><struct>\r\n<member><name>eventID</name>\r\n<value><i4>" + std::to_string(id) +
@@ -176,13 +177,17 @@ TEST(TKSLClientWire, PackagesAreNumberedByAcknowledgement) {
     return call(client, M_PUSHEVENTS).code;
   };
   EXPECT_EQ(0, push(replyXml("<int>0</int>")));
-  EXPECT_EQ(1, client.mEventPackageNumber);
   EXPECT_EQ(E_INTERNAL_ERROR, push(replyXml("<i8>1</i8>")));
   EXPECT_EQ(E_UNSYNC, push(replyXml(errorStruct(E_UNSYNC, ""))));
   EXPECT_EQ(E_NOT_REGISTERED, push(replyXml(errorStruct(E_NOT_REGISTERED, ""))));
-  EXPECT_EQ(1, client.mEventPackageNumber);
   EXPECT_EQ(0, push(replyXml("<int>0</int>")));
-  EXPECT_EQ(2, client.mEventPackageNumber);
+  EXPECT_EQ(0, push(replyXml("<int>0</int>")));
+  std::vector<std::string> expected;
+  for (const char* number : {"0", "1", "1", "1", "1", "2"}) {
+    expected.push_back(requestXml("game.pushEvents", {"<i4>-1</i4>", std::string("<i4>") + number + "</i4>",
+                                                      "<array><data>\r\n</data></array>"}));
+  }
+  EXPECT_EQ(expected, client.wire.requests());
 }
 
 TEST(TKSLClientWire, AFaultStructIsAnErrorWithItsCodeAndText) {
@@ -283,14 +288,14 @@ TEST(TKSLClientWire, NotRegisteredEndsRegistrationAndCommunication) {
 }
 
 TEST(TKSLClientWire, TheTimeOfAGoodReplyIsKeptThoughItsParserRefusesIt) {
+  const FakeClock clock(1000);
   TestClient client(0);
-  SDL_Delay(2);
   client.wire.answer("game.popEvents", replyXml(errorStruct(-6, "")));
   call(client, M_POPEVENTS);
-  EXPECT_EQ(0U, client.mLastGoodResponse.getCopy());
+  EXPECT_EQ(std::nullopt, client.SinceGoodAnswer());
   client.wire.answer("game.popEvents", replyXml("<int>1</int>"));
   EXPECT_EQ(E_INTERNAL_ERROR, call(client, M_POPEVENTS).code);
-  EXPECT_NE(0U, client.mLastGoodResponse.getCopy());
+  EXPECT_EQ(0U, client.SinceGoodAnswer());
 }
 
 TEST(TKSLClientWire, AMethodOutOfTheTableOrWithoutAParserIsAnErrorThatIsNotSent) {
@@ -303,6 +308,7 @@ TEST(TKSLClientWire, AMethodOutOfTheTableOrWithoutAParserIsAnErrorThatIsNotSent)
 }
 
 TEST(TKSLClientWire, ExtraMethodsTakeFreeRowsOnly) {
+  EXPECT_FALSE(TestClient(0).AddMethod(M_NULL, "extra.call", linktest::parseTestInit, linktest::destroyTestInit));
   TestClient client(2);
   const auto add = [&client](int id) {
     return client.AddMethod(static_cast<MethodType>(id), "extra.call", linktest::parseTestInit,
@@ -326,9 +332,18 @@ TEST(TKSLClientWire, ExtraMethodsTakeFreeRowsOnly) {
 }
 
 TEST(TKSLClientWire, TheAverageCountsFailedCallsToo) {
+  FakeClock clock(1000);
   TestClient client(0);
-  client.wire.answer("system.volume", [](const std::string&) -> std::string { throw 1; });
-  for (int n = 0; n < 3; ++n) call(client, M_VOLUME);
+  Uint32 duration = 0;
+  client.wire.answer("system.volume", [&](const std::string&) -> std::string {
+    clock.advance(duration);
+    throw 1;
+  });
+  for (const Uint32 each : {10, 20, 60}) {
+    duration = each;
+    call(client, M_VOLUME);
+  }
+  EXPECT_EQ(30U, client.averageOf(M_VOLUME));
   EXPECT_EQ(3U, client.mMethodCalls[M_VOLUME]);
   EXPECT_EQ(0U, client.mMethodCalls[M_BYE]);
 }
