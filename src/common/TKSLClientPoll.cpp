@@ -1,4 +1,5 @@
 // What the main thread does with the replies: TKSLClient::Poll and what it calls.
+#include <atomic>
 #include <cstdio>
 
 #include "common/TKSLClient.h"
@@ -40,7 +41,7 @@ void TKSLClient::handleTimeoutEdge() {
 void TKSLClient::interruptLongCall() {
   if (mCallTimeout == 0) return;
   const std::lock_guard<std::mutex> lock(mCallWatchMutex);
-  if (mCallIsInTheAir && SDL_GetTicks() - mCallBegan >= mCallTimeout) mInterrupt = 1;
+  if (mCallIsInTheAir && SDL_GetTicks() - mCallBegan >= mCallTimeout) std::atomic_ref<int>{mInterrupt}.store(1);
 }
 
 int TKSLClient::Poll(unsigned int handleMaxResponses) {

@@ -1,4 +1,5 @@
 // The communication thread: registration, and the one place that talks to the service.
+#include <atomic>
 #include <cstdio>
 #include <cstdlib>
 #include <utility>
@@ -213,7 +214,7 @@ void TKSLClient::callService(xmlrpc_env* env, const char* serverUrl, const char*
     const std::lock_guard<std::mutex> lock(mCallWatchMutex);
     mCallIsInTheAir = isInTheAir;
     mCallBegan = SDL_GetTicks();
-    mInterrupt = 0;
+    std::atomic_ref<int>{mInterrupt}.store(0);
   };
   struct TNoMoreAtEnd {
     const decltype(watch)& Watch;

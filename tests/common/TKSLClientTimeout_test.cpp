@@ -185,10 +185,11 @@ class Interrupt : public testing::Test {
   Interrupt() : wire(new InterruptedTransport), client(wire, 0) {
     client.SetPopRequestFrequency(3600000);
     wire->answer("system.volume", [this](const std::string&) {
-      atBegin = *wire->flag;
+      const std::atomic_ref<int> flag(*wire->flag);
+      atBegin = flag;
       inTheAir = true;
-      waitFor([&] { return *static_cast<volatile int*>(wire->flag) != 0 || go; });
-      interrupted = *wire->flag;
+      waitFor([&] { return flag != 0 || go; });
+      interrupted = flag;
       inTheAir = false;
       return replyXml("<int>5</int>");
     });

@@ -381,8 +381,8 @@ TEST_F(ImageList, ChildrenAreNotDrawn) {
 TEST_F(ImageList, TheShortFormAndTheSlideBelongToTheDrawThread) {
   List* list = make(0, 0);
   auto elsewhere = [](auto call) { std::thread(call).join(); };
-  ChildProcess shortForm([&] { elsewhere([&] { list->DisplayImage(0, 0); }); });
-  ChildProcess slide([&] { elsewhere([&] { list->AnimateTask(); }); });
+  ChildProcess shortForm([&] { app.application().asMainThread([&] { list->DisplayImage(0, 0); }); });
+  ChildProcess slide([&] { app.application().asMainThread([&] { list->AnimateTask(); }); });
   EXPECT_EQ(shortForm.end(), "signal 6");
   EXPECT_EQ(slide.end(), "signal 6");
   elsewhere([&] { list->DisplayImage(1, 0, nullptr, 0, 0); });  // the long form may come from anywhere
