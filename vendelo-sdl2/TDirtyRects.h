@@ -24,7 +24,6 @@ class TDirtyRects {
   void addWhole();
   bool isWhole() const { return mRects.size() == 1 && contains(mRects.front(), mPicture); }
   const std::vector<SDL_Rect>& rects() const { return mRects; }
-  const SDL_Rect& picture() const { return mPicture; }
 
  private:
   static constexpr size_t kMost = 24;

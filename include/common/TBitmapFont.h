@@ -81,7 +81,7 @@ class TBitmapFont {
   struct Atlas {
     MyUtils::TSurfacePtr picture;
     SDL_Renderer* renderer;
-    vendelo_sdl2::TTexturePtr texture;
+    vendelo_sdl2::TTexturePtr mpGlyphTexture;
   };
   void shareWith(const TBitmapFont& original);
   void copySizes(const TBitmapFont& original);  // and the background colour

@@ -14,8 +14,10 @@ class TopScreenReport {
  public:
   // `frames` is null without a window.
   void passDone(vendelo_sdl2::TFrameWatch* frames);
-  // Whether facts are wanted in this pass, as they are some five times a second: to gather them takes locks.
+  // True some five times a second.
   bool due();
+  // Whether anybody is told: to gather facts takes locks.
+  bool wanted() const { return mNotice.wanted() || mMetrics.wanted(); }
   void tell(TopScreenFacts facts, vendelo_sdl2::TFrameWatch* frames);
   // The end has begun.
   void stopping() { mNotice.stopping(); }

@@ -1,5 +1,7 @@
 #include "common/LinkFigures.h"
 
+#include <string_view>
+
 namespace {
 
 // Of errors without a name, which a service may make up without end.
@@ -42,6 +44,6 @@ const char* nameOf(ErrorTypes error) {
 }
 
 void LinkFigures::count(MethodType method, ErrorTypes error) {
-  const bool named = nameOf(error) != nameOf(kOther);
+  const bool named = std::string_view(nameOf(error)) != nameOf(kOther);
   ++answers[{method, named ? error : kOther}];
 }

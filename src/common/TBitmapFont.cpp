@@ -117,8 +117,9 @@ void TBitmapFont::copySizes(const TBitmapFont& original) {
 
 SDL_Texture* TBitmapFont::GlyphTexture() const {
   if (!mpAtlas) return nullptr;
-  if (!mpAtlas->texture) mpAtlas->texture = MyUtils::TextureOf(mpAtlas->renderer, mpAtlas->picture.get());
-  return mpAtlas->texture.get();
+  if (!mpAtlas->mpGlyphTexture)
+    mpAtlas->mpGlyphTexture = MyUtils::TextureOf(mpAtlas->renderer, mpAtlas->picture.get());
+  return mpAtlas->mpGlyphTexture.get();
 }
 
 TBitmapFont::TGlyph* TBitmapFont::FindGlyph(int id) const {

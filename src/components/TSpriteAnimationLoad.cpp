@@ -202,10 +202,11 @@ void TSpriteAnimation::parsePNG(const std::string& spriteFilenamePNG) {
   guard.colour(mBackgroundColor.r, mBackgroundColor.g, mBackgroundColor.b, mBackgroundColor.a);
 
   // The frames are copies.
-  const TTexturePtr strip(MyUtils::LoadTexture(renderer, spriteFilenamePNG));
+  const TTexturePtr spriteTexture(MyUtils::LoadTexture(renderer, spriteFilenamePNG));
   mBlendMode = "BLEND";
   int FrameCount = 0, x = 0;
-  while (SDL_Texture* pSlide = TAppGuiModule::GetSlideFromImage(strip.get(), mRect.w, mRect.h, FrameCount)) {
+  while (SDL_Texture* pSlide =
+           TAppGuiModule::GetSlideFromImage(spriteTexture.get(), mRect.w, mRect.h, FrameCount)) {
     ++FrameCount;
     auto sprite = std::make_shared<TSprite>();
     sprite->id = FrameCount;

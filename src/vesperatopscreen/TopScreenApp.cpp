@@ -273,7 +273,7 @@ void TopScreenApp::OnPassDone() {
 }
 
 void TopScreenApp::tellOthers(TFrameWatch* frames) {
-  mReport.tell(facts(), frames);
+  if (mReport.wanted()) mReport.tell(facts(), frames);
   if (!frames || !TPictureRequest::taken()) return;
   std::string folder = GetParam("HomeDir", PARAM_MASK_ALL)->AsString();
   if (!folder.empty() && folder.back() != '/') folder += '/';

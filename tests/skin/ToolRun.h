@@ -5,8 +5,9 @@
 
 #include <array>
 #include <cstdio>
-#include <filesystem>
 #include <string>
+
+#include "tests/support/ScratchFolder.h"
 
 // A tool run as a designer runs it: its exit code and everything that it said.
 struct ToolRun {
@@ -25,20 +26,3 @@ inline ToolRun runTool(const std::string& command) {
   run.code = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
   return run;
 }
-
-// A folder that is empty at first and gone after the test.
-class ScratchFolder {
- public:
-  explicit ScratchFolder(const std::string& name)
-    : mPath((std::filesystem::temp_directory_path() / (name + "-" + std::to_string(getpid()))).string() + "/") {
-    std::filesystem::remove_all(mPath);
-    std::filesystem::create_directories(mPath);
-  }
-  ~ScratchFolder() { std::filesystem::remove_all(mPath); }
-  ScratchFolder(const ScratchFolder&) = delete;
-  ScratchFolder& operator=(const ScratchFolder&) = delete;
-  std::string operator+(const std::string& name) const { return mPath + name; }
-
- private:
-  std::string mPath;
-};

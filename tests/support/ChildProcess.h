@@ -8,7 +8,8 @@
 #include <vector>
 
 // A function of the test in a process of its own, made by a fork: several run at the same time, and none can hang
-// the test. The test's process must have one thread when it makes one.
+// the test. What other threads the test's process has, the child has not: beside an
+// application that is its "EndLimit", so a body beside one must not begin threads, which ThreadSanitizer refuses.
 class ChildProcess {
  public:
   // A body that comes to its end ends the process with exit code 99.

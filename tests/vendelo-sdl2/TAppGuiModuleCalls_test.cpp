@@ -217,6 +217,53 @@ TEST_F(Calls, AFrameThatDrawsEverything) {
               during([this] { EXPECT_EQ(0, module->draw()); }));
 }
 
+TEST_F(Calls, AnotherWordForWhatIsDrawnIsToldAndMeansNothing) {
+  const auto told = [this] {
+    return std::count(app.lines.begin(), app.lines.end(),
+                      "4 TOPSCREEN_REDRAW is neither all nor show, drawing what changes.");
+  };
+  setenv("TOPSCREEN_REDRAW", "", 1);
+  open();
+  EXPECT_EQ(0, told());
+  app.destroyGui();
+  setenv("TOPSCREEN_REDRAW", "ALL", 1);
+  open();
+  unsetenv("TOPSCREEN_REDRAW");
+  EXPECT_EQ(1, told());
+  module->draw();
+  const Names second = during([this] { module->draw(); });
+  EXPECT_EQ(0, std::count(second.begin(), second.end(), "present"));
+}
+
+TEST_F(Calls, WhatChangesIsOutlinedOnTheWindowAloneAndForOneFrame) {
+  setenv("TOPSCREEN_REDRAW", "show", 1);
+  open();
+  unsetenv("TOPSCREEN_REDRAW");
+  constexpr Uint32 magenta = 0xff00ff;
+  const auto pixel = [this](SDL_Texture* on, int x, int y) {
+    SDL_SetRenderTarget(module->GetRenderer(), on);
+    const SDL_Rect place{x, y, 1, 1};
+    Uint32 value = 0;
+    SDL_RenderReadPixels(module->GetRenderer(), &place, SDL_PIXELFORMAT_RGB888, &value, 4);
+    SDL_SetRenderTarget(module->GetRenderer(), module->mpBackBuffer.get());
+    return value & 0xffffff;
+  };
+  module->draw();
+  EXPECT_EQ(magenta, pixel(nullptr, 0, 0)) << "all of the first frame";
+  auto* root = new TGuiComponent(nullptr, 10, 12, 8, 6, "root");
+  root->SetTargetTexture(
+    SDL_CreateTexture(module->GetRenderer(), SDL_PIXELFORMAT_ARGB8888, SDL_TEXTUREACCESS_TARGET, 8, 6));
+  module->AddComponent(root);
+  module->draw();
+  EXPECT_EQ(magenta, pixel(nullptr, 10, 12));
+  EXPECT_EQ(magenta, pixel(nullptr, 17, 17));
+  EXPECT_NE(magenta, pixel(nullptr, 11, 13));
+  EXPECT_NE(magenta, pixel(nullptr, 0, 0));
+  EXPECT_NE(magenta, pixel(module->mpBackBuffer.get(), 10, 12));
+  module->draw();
+  EXPECT_NE(magenta, pixel(nullptr, 10, 12)) << "nothing has changed since";
+}
+
 TEST_F(Calls, AFrameBeforeRunningShowsTheLoader) {
   open(TApplication::APP_STARTUP_GRAPHICS);
   module->AddComponent(new Root("a"));

@@ -8,6 +8,7 @@
 #include <fstream>
 
 #include "tests/support/ChildProcess.h"
+#include "tests/support/ScratchFolder.h"
 #include "vendelo-sdl2/SystemSeams.h"
 
 using vendelo_sdl2::TFileLock;
@@ -16,18 +17,13 @@ namespace {
 
 class FileLock : public testing::Test {
  protected:
-  FileLock() {
-    char name[] = "/tmp/filelockXXXXXX";
-    folder = mkdtemp(name);
-    file = folder + "/lock";
-  }
-  ~FileLock() override { std::filesystem::remove_all(folder); }
   std::string content() const {
     std::string line;
     std::getline(std::ifstream(file), line);
     return line;
   }
-  std::string folder, file;
+  const ScratchFolder folder{"filelock"};
+  const std::string file = folder + "lock";
 };
 
 TEST_F(FileLock, IsHeldByOneOnlyWhomTheOtherCanName) {
@@ -73,7 +69,7 @@ TEST_F(FileLock, DiesWithItsProcessHoweverThatEnds) {
 TEST_F(FileLock, IsNotHeldByWhatTheProcessHasStarted) {
   TFileLock first;
   ASSERT_EQ(first.Take(file), TFileLock::HELD);
-  const std::string gate = folder + "/gate";
+  const std::string gate = folder + "gate";
   // Waits for a writer, long after the lock was let go.
   ASSERT_EQ(vendelo_sdl2::SystemSeams.System(("mkfifo " + gate + "; cat " + gate + " >/dev/null 2>&1 &").c_str()),
             0);
@@ -85,12 +81,12 @@ TEST_F(FileLock, IsNotHeldByWhatTheProcessHasStarted) {
 
 TEST_F(FileLock, IsImpossibleWhereThereIsNoFileToBeWrittenAndTellsWhy) {
   TFileLock lock;
-  EXPECT_EQ(lock.Take(folder + "/none/lock"), TFileLock::IMPOSSIBLE);
+  EXPECT_EQ(lock.Take(folder + "none/lock"), TFileLock::IMPOSSIBLE);
   EXPECT_EQ(lock.Detail(), "No such file or directory");
   std::ofstream(file) << "a file";
   EXPECT_EQ(lock.Take(file + "/lock"), TFileLock::IMPOSSIBLE);
   EXPECT_EQ(lock.Detail(), "Not a directory");
-  EXPECT_EQ(lock.Take(folder), TFileLock::IMPOSSIBLE);
+  EXPECT_EQ(lock.Take(folder.path()), TFileLock::IMPOSSIBLE);
   EXPECT_EQ(lock.Detail(), "Is a directory");
 }
 

@@ -8,6 +8,8 @@
 #include <fstream>
 #include <iterator>
 
+#include "tests/support/ScratchFolder.h"
+
 using vendelo_sdl2::WriteWholeFile;
 
 namespace fs = std::filesystem;
@@ -16,20 +18,14 @@ namespace {
 
 class WholeFile : public testing::Test {
  protected:
-  WholeFile() {
-    char name[] = "/tmp/wholeXXXXXX";
-    folder = mkdtemp(name);
-    path = folder + "/file";
-  }
-  ~WholeFile() override { fs::remove_all(folder); }
-
   static std::string contentOf(const std::string& file) {
     std::ifstream in(file);
     return {std::istreambuf_iterator<char>(in), {}};
   }
-  long files() const { return std::distance(fs::directory_iterator(folder), fs::directory_iterator()); }
+  long files() const { return std::distance(fs::directory_iterator(folder.path()), fs::directory_iterator()); }
 
-  std::string folder, path;
+  const ScratchFolder folder{"wholefile"};
+  const std::string path = folder + "file";
 };
 
 TEST_F(WholeFile, IsWrittenWithItsModeWhateverTheMask) {
@@ -58,8 +54,8 @@ TEST_F(WholeFile, OneThatIsBeingReadStaysAsItWas) {
 }
 
 TEST_F(WholeFile, FolderThatIsNotThereIsTold) {
-  EXPECT_EQ(WriteWholeFile(folder + "/none/file", "text", 0600),
-            folder + "/none/file.part: No such file or directory");
+  EXPECT_EQ(WriteWholeFile(folder + "none/file", "text", 0600),
+            folder + "none/file.part: No such file or directory");
 }
 
 TEST_F(WholeFile, FolderInItsPlaceIsToldAndNothingIsLeftBeside) {
@@ -85,10 +81,10 @@ TEST_F(WholeFile, DiskThatIsFullLeavesTheOldFile) {
 
 // Whoever can write into the folder beside it must not choose what is overwritten.
 TEST_F(WholeFile, LinkInThePlaceOfThePartIsNotFollowed) {
-  ASSERT_EQ(WriteWholeFile(folder + "/other", "other's", 0600), "");
-  fs::create_symlink(folder + "/other", path + ".part");
+  ASSERT_EQ(WriteWholeFile(folder + "other", "other's", 0600), "");
+  fs::create_symlink(folder + "other", path + ".part");
   EXPECT_EQ(WriteWholeFile(path, "text", 0600), path + ".part: Too many levels of symbolic links");
-  EXPECT_EQ(contentOf(folder + "/other"), "other's");
+  EXPECT_EQ(contentOf(folder + "other"), "other's");
 }
 
 }  // namespace
