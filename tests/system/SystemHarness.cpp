@@ -4,6 +4,7 @@
 #include <sys/wait.h>
 #include <filesystem>
 #include <random>
+#include <regex>
 
 namespace systest {
 namespace {
@@ -204,6 +205,16 @@ int SystemTest::logged(const std::string& text) const {
   std::string line;
   int out = 0;
   while (std::getline(lines, line)) out += line.find(text) != std::string::npos;
+  return out;
+}
+
+int SystemTest::framesNamed() const {
+  const std::regex ours(R"(\(\d+\) .*/(vendelo-sdl2|src|include)/(?:[^ ]*/)?(\w+)\.(cpp|h):\d+)");
+  std::istringstream lines(log());
+  std::string line;
+  std::smatch match;
+  int out = 0;
+  while (std::getline(lines, line)) out += std::regex_search(line, match, ours) && match[2] != "TApplicationEnd";
   return out;
 }
 

@@ -101,6 +101,10 @@ class SystemTest : public testing::Test {
   // Lines of the log that hold the text.
   int logged(const std::string& text) const;
 
+  // Frames of a logged backtrace that stand in sources of ours, the crash path's own apart. A backtrace has 20
+  // frames, so the outermost ones may be missing.
+  int framesNamed() const;
+
   // The program has ended within the bound with this exit code.
   testing::AssertionResult exitsWith(int milliseconds, int code);
 
