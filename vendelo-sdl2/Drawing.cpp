@@ -15,6 +15,19 @@ TFramePicture* recorder(SDL_Renderer* renderer) {
   return picture && picture->renderer() == renderer ? picture : nullptr;
 }
 
+struct {
+  SDL_Renderer* renderer = nullptr;
+  SDL_Texture* target = nullptr;
+  SDL_Point by{0, 0};
+} origin;
+
+// Where a copy comes to lie; `place` is room for it.
+const SDL_Rect* moved(SDL_Renderer* renderer, const SDL_Rect* destination, SDL_Rect& place) {
+  if (!destination || origin.renderer != renderer || Target(renderer) != origin.target) return destination;
+  place = {destination->x + origin.by.x, destination->y + origin.by.y, destination->w, destination->h};
+  return &place;
+}
+
 // After a call that SDL has carried out.
 void targetChanged(SDL_Renderer* renderer) {
   if (SDL_Texture* const target = SDL_GetRenderTarget(renderer)) contentChanged(target);
@@ -25,6 +38,8 @@ void targetChanged(SDL_Renderer* renderer) {
 void Record(TFramePicture* picture) { recording = picture; }
 
 void Copy(SDL_Renderer* renderer, SDL_Texture* texture, const SDL_Rect* source, const SDL_Rect* destination) {
+  SDL_Rect place;
+  destination = moved(renderer, destination, place);
   if (TFramePicture* const picture = recorder(renderer))
     return picture->copy(texture, source, destination, 0.0, nullptr, SDL_FLIP_NONE);
   SDL_RenderCopy(renderer, texture, source, destination);
@@ -33,6 +48,8 @@ void Copy(SDL_Renderer* renderer, SDL_Texture* texture, const SDL_Rect* source, 
 
 void CopyEx(SDL_Renderer* renderer, SDL_Texture* texture, const SDL_Rect* source, const SDL_Rect* destination,
             double angle, const SDL_Point* centre, SDL_RendererFlip flip) {
+  SDL_Rect place;
+  destination = moved(renderer, destination, place);
   if (TFramePicture* const picture = recorder(renderer))
     return picture->copy(texture, source, destination, angle, centre, flip);
   SDL_RenderCopyEx(renderer, texture, source, destination, angle, centre, flip);
@@ -53,6 +70,10 @@ void SetTarget(SDL_Renderer* renderer, SDL_Texture* texture) {
 SDL_Texture* Target(SDL_Renderer* renderer) {
   if (const TFramePicture* const picture = recorder(renderer)) return picture->target();
   return SDL_GetRenderTarget(renderer);
+}
+
+void SetOrigin(SDL_Renderer* renderer, const SDL_Point& by) {
+  origin = by.x == 0 && by.y == 0 ? decltype(origin){} : decltype(origin){renderer, Target(renderer), by};
 }
 
 void Destroy(SDL_Texture* texture) {

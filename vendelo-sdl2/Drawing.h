@@ -21,6 +21,9 @@ void CopyEx(SDL_Renderer* renderer, SDL_Texture* texture, const SDL_Rect* source
 void Clear(SDL_Renderer* renderer);
 void SetTarget(SDL_Renderer* renderer, SDL_Texture* texture);
 SDL_Texture* Target(SDL_Renderer* renderer);
+// Moves what is copied into the present target by so many pixels, until another origin is set for it. A null
+// destination stays the whole target.
+void SetOrigin(SDL_Renderer* renderer, const SDL_Point& by);
 // A texture that the frame still needs stays until its end.
 void Destroy(SDL_Texture* texture);
 

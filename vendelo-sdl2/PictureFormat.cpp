@@ -13,8 +13,10 @@ bool isSoftware(SDL_Renderer* renderer) {
   return renderer && SDL_GetRendererInfo(renderer, &info) == 0 && std::strcmp(info.name, "software") == 0;
 }
 
-// The user data of a surface whose pixels have been looked at.
-char opaque, translucent;
+// The user data of a surface whose pixels have been looked at: the facts of TextureContent.h, below a mark.
+constexpr uint64_t kLookedAt = uint64_t{0x70c7e} << 32;
+
+void* known(uint64_t facts) { return reinterpret_cast<void*>(kLookedAt | facts); }
 
 const Uint32* row(const SDL_Surface* picture, int y) {
   return reinterpret_cast<const Uint32*>(static_cast<const Uint8*>(picture->pixels) +
@@ -35,6 +37,28 @@ bool looksOpaque(const SDL_Surface* picture) {
     if (std::any_of(pixels, pixels + picture->w, shines)) return false;
   }
   return true;
+}
+
+// Rows that have a pixel that is not wholly transparent.
+vendelo_sdl2::TInk ink(const SDL_Surface* picture) {
+  const SDL_PixelFormat& format = *picture->format;
+  vendelo_sdl2::TInk found{0, picture->h};
+  if (!format.Amask || format.BytesPerPixel != 4) return found;
+  const auto isClear = [picture, &format](int y) {
+    const Uint32* pixels = row(picture, y);
+    return std::all_of(pixels, pixels + picture->w, [&format](Uint32 pixel) { return !(pixel & format.Amask); });
+  };
+  while (found.end > 0 && isClear(found.end - 1)) --found.end;
+  while (found.top < found.end && isClear(found.top)) ++found.top;
+  return found;
+}
+
+// As TextureContent.h has them.
+uint64_t facts(const SDL_Surface* picture) {
+  const auto told = reinterpret_cast<uint64_t>(picture->userdata);
+  if ((told & ~vendelo_sdl2::kFactBits) == kLookedAt) return told & vendelo_sdl2::kFactBits;
+  if (looksOpaque(picture)) return vendelo_sdl2::kOpaqueBit;
+  return vendelo_sdl2::inkBits(ink(picture), picture->h);
 }
 
 // With the "software" driver. What SDL itself would make fast and equal pixels of stays as it is.
@@ -84,21 +108,17 @@ Uint32 LayerFormat(SDL_Renderer* renderer) {
 
 bool HasTextureMemory(SDL_Renderer* renderer) { return !isSoftware(renderer); }
 
-bool IsOpaque(const SDL_Surface* picture) {
-  if (!picture) return false;
-  if (picture->userdata == &opaque || picture->userdata == &translucent) return picture->userdata == &opaque;
-  return looksOpaque(picture);
-}
+bool IsOpaque(const SDL_Surface* picture) { return picture && vendelo_sdl2::isOpaque(facts(picture)); }
 
 SDL_Surface* InFastFormat(SDL_Renderer* renderer, SDL_Surface* picture) {
   if (!picture) return nullptr;
-  picture->userdata = IsOpaque(picture) ? &opaque : &translucent;
+  picture->userdata = known(facts(picture));
   return isSoftware(renderer) ? converted(picture, fastFormat(picture)) : picture;
 }
 
 vendelo_sdl2::TTexturePtr TextureOf(SDL_Renderer* renderer, SDL_Surface* picture) {
   vendelo_sdl2::TTexturePtr texture(picture ? SDL_CreateTextureFromSurface(renderer, picture) : nullptr);
-  if (texture && IsOpaque(picture)) vendelo_sdl2::markOpaque(texture.get());
+  if (texture) vendelo_sdl2::setContent(texture.get(), vendelo_sdl2::freshContent() | facts(picture));
   return texture;
 }
 
@@ -115,6 +135,8 @@ vendelo_sdl2::TTexturePtr LayerOf(SDL_Renderer* renderer, const SDL_Surface* pic
     SDL_CreateTexture(renderer, format, SDL_TEXTUREACCESS_TARGET, picture->w, picture->h));
   if (!layer || SDL_UpdateTexture(layer.get(), nullptr, picture->pixels, picture->pitch) != 0) return nullptr;
   SDL_SetTextureBlendMode(layer.get(), SDL_BLENDMODE_BLEND);
+  vendelo_sdl2::setContent(layer.get(),
+                           vendelo_sdl2::freshContent() | (facts(picture) & ~vendelo_sdl2::kOpaqueBit));
   return layer;
 }
 

@@ -182,6 +182,7 @@ class TAppGuiModule : public TAppModule {
   static SDL_Rect GlobalRect2;
   std::atomic<bool> mbTexturesLost{false};
   std::atomic<bool> mbRedrawAll{false};
+  bool mbOnWindow = false;  // the last picture was drawn there and not into the back buffer
   TFrameWatch mFrameWatch;
 
   // How a frame gets onto the window: it is there already; some rectangles; the whole of it.
@@ -194,7 +195,7 @@ class TAppGuiModule : public TAppModule {
   void beginPicture();
   Way finishPicture(Uint32 now);
   void copyWhole();
-  bool windowTakesParts() const;
+  bool windowKeepsPicture() const;
   void outline(const TDirtyRects& changed);
   void present(Way way);
   void rebuildTextures();

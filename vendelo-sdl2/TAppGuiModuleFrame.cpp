@@ -43,15 +43,17 @@ int TAppGuiModule::draw() {
   const Uint32 beforePresent = pace(way == Way::WHOLE);
   present(way);
   countFrame(beforePresent);
-  mFrameWatch.frameDone({mpGUIRenderer, mpBackBuffer.get(), way != Way::NOTHING, mLastDrawTime,
-                         static_cast<Uint32>(1000 / mTargetFPS)});
+  mFrameWatch.frameDone({mpGUIRenderer, mbOnWindow ? nullptr : mpBackBuffer.get(), way != Way::NOTHING,
+                         mLastDrawTime, static_cast<Uint32>(1000 / mTargetFPS)});
   return 0;
 }
 
-// The picture is either recorded, to draw what has changed in it, or drawn as it comes.
+// The picture is either recorded, to draw what has changed in it, or drawn as it comes. A window that keeps what is
+// drawn into it, and shows it as it is, needs no back buffer.
 void TAppGuiModule::beginPicture() {
-  if (mRedraw != Redraw::ALL && mpBackBuffer)
-    mpPicture->begin(mpGUIRenderer, mpBackBuffer.get());
+  mbOnWindow = windowKeepsPicture() && mRedraw != Redraw::SHOW;
+  if (mbOnWindow || mpBackBuffer)
+    mpPicture->begin(mpGUIRenderer, mbOnWindow ? nullptr : mpBackBuffer.get(), mRedraw == Redraw::ALL);
   else
     SDL_RenderClear(mpGUIRenderer);
 }
@@ -65,11 +67,7 @@ TAppGuiModule::Way TAppGuiModule::finishPicture(Uint32 now) {
   const TDirtyRects& changed = mpPicture->finish(mbRedrawAll.exchange(false) || due);
   if (changed.isWhole()) mDrawnWholeAt = now;
   if (changed.rects().empty() && mRedraw != Redraw::SHOW) return Way::NOTHING;
-  if (!changed.isWhole() && mRedraw != Redraw::SHOW && windowTakesParts()) {
-    SDL_SetRenderTarget(mpGUIRenderer, nullptr);
-    for (const SDL_Rect& part : changed.rects()) SDL_RenderCopy(mpGUIRenderer, mpBackBuffer.get(), &part, &part);
-    return Way::PARTS;
-  }
+  if (mbOnWindow) return changed.isWhole() ? Way::WHOLE : Way::PARTS;
   copyWhole();
   if (mRedraw == Redraw::SHOW) outline(changed);
   return Way::WHOLE;
@@ -104,14 +102,18 @@ void TAppGuiModule::drawPicture(bool running) {
 // The window stays the render target.
 void TAppGuiModule::copyWhole() {
   SDL_SetRenderTarget(mpGUIRenderer, nullptr);
-  SDL_RenderClear(mpGUIRenderer);
+  int w = 0, h = 0;
+  SDL_BlendMode blend = SDL_BLENDMODE_BLEND;
+  SDL_GetRendererOutputSize(mpGUIRenderer, &w, &h);
+  SDL_GetTextureBlendMode(mpBackBuffer.get(), &blend);
+  const bool hidesAll = blend == SDL_BLENDMODE_NONE && contains(WindowCurrentSize, {0, 0, w, h});
+  if (!hidesAll) SDL_RenderClear(mpGUIRenderer);
   SDL_RenderCopyEx(mpGUIRenderer, mpBackBuffer.get(), &WindowNativeSize, &WindowCurrentSize,
                    ScreenRotate ? 180.0 : 0.0, nullptr, SDL_FLIP_NONE);
 }
 
-// Only the software driver keeps what it has put on the window before; another one's window is undefined after it
-// has been presented.
-bool TAppGuiModule::windowTakesParts() const {
+// Only the software driver's does; another one's is undefined after it has been presented.
+bool TAppGuiModule::windowKeepsPicture() const {
   SDL_RendererInfo info{};
   int w = 0, h = 0;
   if (!SDL_RenderGetWindow(mpGUIRenderer) || SDL_GetRendererInfo(mpGUIRenderer, &info) != 0) return false;

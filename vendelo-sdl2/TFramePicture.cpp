@@ -107,7 +107,7 @@ TFramePicture::~TFramePicture() {
   if (mpRenderer) drawing::Record(nullptr);
 }
 
-void TFramePicture::begin(SDL_Renderer* renderer, SDL_Texture* picture) {
+void TFramePicture::begin(SDL_Renderer* renderer, SDL_Texture* picture, bool asItComes) {
   if (mpRenderer) end();
   if (picture != mpPicture) forget();
   SDL_RendererInfo info{};
@@ -117,14 +117,22 @@ void TFramePicture::begin(SDL_Renderer* renderer, SDL_Texture* picture) {
   mpRenderer = renderer;
   mpPicture = picture;
   mpTarget = picture;
-  mSize = mTargetSize = sizeOf(picture);
-  mCarriedOut = false;
+  if (picture) {
+    mSize = sizeOf(picture);
+  } else {
+    SDL_SetRenderTarget(renderer, nullptr);
+    SDL_GetRendererOutputSize(renderer, &mSize.w, &mSize.h);
+  }
+  mTargetSize = mSize;
+  mCarriedOut = asItComes;
+  mClearDue = false;
   drawing::Record(this);
   clear();
 }
 
 const TDirtyRects& TFramePicture::finish(bool whole) {
   finishLayer();
+  clearIfSeen(nullptr);
   drawing::Record(nullptr);
   SDL_SetRenderTarget(mpRenderer, mpPicture);
   mChanged.reset(mSize);
@@ -183,6 +191,7 @@ void TFramePicture::copy(SDL_Texture* texture, const SDL_Rect* source, const SDL
   SDL_GetTextureColorMod(texture, &command.colour.r, &command.colour.g, &command.colour.b);
   SDL_GetTextureAlphaMod(texture, &command.colour.a);
   SDL_GetTextureBlendMode(texture, &command.blend);
+  if (!command.isTurned() && !keepInk(texture, command.source, command.destination)) return;
   record(command);
 }
 
@@ -199,10 +208,26 @@ void TFramePicture::record(const TDrawCommand& command) {
     mFrame.push_back(command);
   } else if (mpTarget && mpTarget != mpPicture) {
     mLayer.push_back(command);
+  } else if (mpTarget == mpPicture && command.isClear()) {
+    mClear = command;
+    mClearDue = true;
   } else {
+    clearIfSeen(&command);
     SDL_SetRenderTarget(mpRenderer, mpTarget);
     issue(command);
   }
+}
+
+// Clears the picture of a frame that is drawn as it comes, unless what comes next hides all of it.
+void TFramePicture::clearIfSeen(const TDrawCommand* next) {
+  if (!mClearDue) return;
+  mClearDue = false;
+  if (next && mpTarget == mpPicture && next->hides(mSize)) return;
+  SDL_Color colour{};
+  SDL_GetRenderDrawColor(mpRenderer, &colour.r, &colour.g, &colour.b, &colour.a);
+  SDL_SetRenderTarget(mpRenderer, mpPicture);
+  issue(mClear);
+  SDL_SetRenderDrawColor(mpRenderer, colour.r, colour.g, colour.b, colour.a);
 }
 
 // A layer's content is told by what has been drawn into it since it was cleared; where it was not, by what it was
@@ -214,7 +239,7 @@ void TFramePicture::finishLayer() {
   SDL_QueryTexture(mpTarget, &format, nullptr, nullptr, nullptr);
   uint64_t content = cleared ? mixed(format, pair(mTargetSize.w, mTargetSize.h)) : contentOf(mpTarget);
   for (const TDrawCommand& command : mLayer) content = mixed(content, command);
-  content &= ~kOpaqueBit;
+  content = (content & ~kFactBits) | layersInk();
   const bool opaque = std::any_of(mLayer.begin(), mLayer.end(), [this](const TDrawCommand& c) {
     return !c.isClear() && isOpaque(c.content) && c.colour.a == 255 && c.hides(mTargetSize);
   });
@@ -225,6 +250,23 @@ void TFramePicture::finishLayer() {
     setContent(mpTarget, content);
   }
   mLayer.clear();
+}
+
+// The rows that have ink then, as facts of a content.
+uint64_t TFramePicture::layersInk() const {
+  TInk ink = inkOf(contentOf(mpTarget), mTargetSize.h);
+  const auto add = [&ink, this](const SDL_Rect& rect) {
+    const SDL_Rect rows = common(rect, mTargetSize);
+    if (isEmpty(rows)) return;
+    ink = ink.isNone() ? TInk{rows.y, rows.y + rows.h}
+                       : TInk{std::min(ink.top, rows.y), std::max(ink.end, rows.y + rows.h)};
+  };
+  for (const TDrawCommand& c : mLayer)
+    if (c.isClear())
+      ink = c.colour.a == 0 ? TInk{0, 0} : TInk{0, mTargetSize.h};
+    else
+      add(c.isTurned() ? c.bounds() : inkOfCopy(c.content, sizeOf(c.texture).h, c.source, c.destination));
+  return inkBits(ink, mTargetSize.h);
 }
 
 // What is drawn from here on sees textures that are no longer what they were.

@@ -43,9 +43,11 @@ class TFramePicture {
   TFramePicture(const TFramePicture&) = delete;
   TFramePicture& operator=(const TFramePicture&) = delete;
 
-  // From now until finish() the calls of drawing:: for this renderer come here; the picture is their target at
-  // first, cleared in the draw colour. A frame that was begun and never finished is forgotten.
-  void begin(SDL_Renderer* renderer, SDL_Texture* picture);
+  // From now until finish() the calls of drawing:: for this renderer come here; the picture (null is the window,
+  // which must keep what is drawn into it) is their target at first, cleared in the draw colour. A frame that was
+  // begun and never finished is forgotten. The picture of one that is drawn as it comes is drawn whole, call by
+  // call, and only what is drawn into other textures is compared.
+  void begin(SDL_Renderer* renderer, SDL_Texture* picture, bool asItComes = false);
   // Draws what has changed, or all of it. The result is the parts of the picture that may be other than before, in
   // its pixels; the whole of it where that has been drawn anew. The picture is the target again. It holds until the
   // next begin().
@@ -80,16 +82,20 @@ class TFramePicture {
   std::vector<SDL_Texture*> mDying;
   bool mKnown = false;       // the picture is what mLastFrame draws
   bool mCarriedOut = false;  // this frame is drawn as it comes
+  TDrawCommand mClear;       // of the picture, put off until it is known that it can be seen
+  bool mClearDue = false;
   TDirtyRects mChanged;
 
   void record(const TDrawCommand& command);
   void finishLayer();
+  uint64_t layersInk() const;
   void carryOut();
   void findChanges();
   void keepScaledWhole();
   void draw(const SDL_Rect& rect);
   void issue(const TDrawCommand& command) const;
   void issueAll(const TCommands& commands, SDL_Texture* target) const;
+  void clearIfSeen(const TDrawCommand* next);
   void destroyDying();
 };
 

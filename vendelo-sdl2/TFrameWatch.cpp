@@ -16,7 +16,7 @@ void TFrameWatch::frameDone(const TFrameEnd& end) {
   mLastEnd = end.now;
   if (end.presented) ++mPresented;
   ++mFrames;
-  if (end.picture && mPresented > 0 && mAsked) givePicture(end);
+  if (end.renderer && mPresented > 0 && mAsked) givePicture(end);
 }
 
 void TFrameWatch::askForPicture(TPictureTaker taker) {
@@ -33,11 +33,14 @@ void TFrameWatch::givePicture(const TFrameEnd& end) {
     taker.swap(mTaker);
   }
   int w = 0, h = 0;
-  SDL_QueryTexture(end.picture, nullptr, nullptr, &w, &h);
-  SDL_Surface* surface = SDL_CreateRGBSurfaceWithFormat(0, w, h, 24, SDL_PIXELFORMAT_RGB24);
-  if (!surface) return;
   TRenderGuard guard(end.renderer);
   guard.target(end.picture);
+  if (end.picture)
+    SDL_QueryTexture(end.picture, nullptr, nullptr, &w, &h);
+  else
+    SDL_GetRendererOutputSize(end.renderer, &w, &h);
+  SDL_Surface* surface = SDL_CreateRGBSurfaceWithFormat(0, w, h, 24, SDL_PIXELFORMAT_RGB24);
+  if (!surface) return;
   if (SDL_RenderReadPixels(end.renderer, nullptr, SDL_PIXELFORMAT_RGB24, surface->pixels, surface->pitch) != 0) {
     SDL_FreeSurface(surface);
     return;

@@ -8,7 +8,7 @@
 namespace vendelo_sdl2 {
 
 // What is known of a frame at its end. `picture` holds what is on the screen once anything has been presented; null
-// where there is none. A frame in which nothing has changed presents nothing. Milliseconds of the tick clock.
+// is the window. A frame in which nothing has changed presents nothing. Milliseconds of the tick clock.
 struct TFrameEnd {
   SDL_Renderer* renderer;
   SDL_Texture* picture;

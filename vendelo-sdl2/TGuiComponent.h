@@ -60,6 +60,9 @@ class TGuiComponent {
   // at its next draw, and tells its children, visible or not. Draw thread.
   virtual void OnTexturesLost();
 
+  // Whether the next draw() changes no pixel outside of the component's rectangle, as far as is known before it.
+  virtual bool staysInside() const { return false; }
+
   // The logic of every child, visible or not.
   void mainLogicChildren();
   // The draw logic of the children that are visible when their turn comes.

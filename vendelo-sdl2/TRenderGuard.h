@@ -14,6 +14,7 @@ class TRenderGuard {
  public:
   explicit TRenderGuard(SDL_Renderer* renderer) : mpRenderer(renderer) {}
   ~TRenderGuard() {
+    if (mHasOrigin) drawing::SetOrigin(mpRenderer, {0, 0});
     if (mHasTarget) drawing::SetTarget(mpRenderer, mpTarget);
     if (mColour) SDL_SetRenderDrawColor(mpRenderer, mColour->r, mColour->g, mColour->b, mColour->a);
     if (mpBlended) SDL_SetTextureBlendMode(mpBlended, mBlendMode);
@@ -34,6 +35,11 @@ class TRenderGuard {
     }
     SDL_SetRenderDrawColor(mpRenderer, r, g, b, a);
   }
+  // Of the target that is set; there is none while this one holds.
+  void origin(int x, int y) {
+    mHasOrigin = true;
+    drawing::SetOrigin(mpRenderer, {x, y});
+  }
   // Once for each guard; null does nothing.
   void blendMode(SDL_Texture* texture, SDL_BlendMode mode) {
     mpBlended = texture;
@@ -50,6 +56,7 @@ class TRenderGuard {
  private:
   SDL_Renderer* mpRenderer;
   bool mHasTarget = false;
+  bool mHasOrigin = false;
   SDL_Texture* mpTarget = nullptr;  // may be the window
   std::optional<SDL_Color> mColour;
   SDL_Texture* mpBlended = nullptr;

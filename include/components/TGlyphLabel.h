@@ -46,6 +46,7 @@ class TGlyphLabel : public vendelo_sdl2::TGuiComponent {
   virtual void UpdateCachedTextures();
   void draw() override;
   void OnTexturesLost() override;
+  bool staysInside() const override;
 
   // Pixel access, little-endian for all sizes; getpixel gives 0 for a size other than 1 to 4 bytes.
   Uint32 getpixel(SDL_Surface* surface, int x, int y);

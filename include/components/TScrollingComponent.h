@@ -9,11 +9,13 @@
 #include "vendelo-sdl2/TTexturePtr.h"
 
 // A ticker: a horizontal strip of children that waits on each child and slides on to the next, endlessly. The strip
-// goes through a texture of its own, which clips it to the rectangle. Its place is computed anew from the clock at
-// each frame, so a ticker that was hidden goes on where the clock says, also after the clock has come round (every
-// 49.7 days; of the rounds of a ticker that is hidden all the while nothing is known).
-// Drawing on the draw thread; contents and setters for the owner under the draw mutex. Times in milliseconds of the
-// tick clock. Owns its children, and its texture. A width, speed or total of zero means no slide.
+// goes through a texture of its own, which clips it to the rectangle; children that stay inside of their own
+// rectangles have a texture each instead, which is drawn once and then only moves. Either way it is the same
+// picture. Its place is computed anew from the clock at each frame, so a ticker that was hidden goes on where the
+// clock says, also after the clock has come round (every 49.7 days; of the rounds of a ticker that is hidden all
+// the while nothing is known). Drawing on the draw thread; contents and setters for the owner under the draw mutex.
+// Times in milliseconds of the tick clock. Owns its children, and its texture. A width, speed or total of zero
+// means no slide.
 class TScrollingComponent : public vendelo_sdl2::TGuiComponent {
  public:
   enum ContentAlign { CENTER = 0, TOP = 1, BOTTOM = 2 };
@@ -57,6 +59,7 @@ class TScrollingComponent : public vendelo_sdl2::TGuiComponent {
   void SetWaitDuration(float seconds);
 
   void draw() override;
+  void OnTexturesLost() override;
 
  protected:
   float mSpacing;
@@ -76,9 +79,25 @@ class TScrollingComponent : public vendelo_sdl2::TGuiComponent {
   uint64_t elapsedAt(Uint32 now) const;
   // Pixels by which the strip stands away from its start at a tick; 0 for a ticker that does not scroll.
   double slideOffset(Uint32 now) const;
-  void drawStrip(double offset);
+  // Calls `visit` for each child that stands in the strip at this offset, after it has got its place.
+  template <class Visit>
+  void walkStrip(double offset, Visit visit);
+  void drawStrip(double offset, const SDL_Rect& destRect);
+  void drawSlides(double offset, const SDL_Rect& destRect);
+  // Whether each child can be drawn by itself, and none lies over another one.
+  bool hasSlides();
+  // Null when there is no memory for it.
+  SDL_Texture* slideOf(vendelo_sdl2::TGuiComponent* child);
+
+  // A child's own picture.
+  struct Slide {
+    const vendelo_sdl2::TGuiComponent* child;
+    SDL_Point size;
+    vendelo_sdl2::TTexturePtr layer;
+  };
 
   vendelo_sdl2::TTexturePtr mpStrip;  // the target texture
+  std::vector<Slide> mSlides;
   // What the last draw saw: its tick, the mFirstDraw of that time, and how long ago that was.
   Uint32 mSeenAt = 0;
   Uint32 mSeenFirstDraw = 0;

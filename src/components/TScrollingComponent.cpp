@@ -8,6 +8,7 @@
 #include "vendelo-sdl2/Drawing.h"
 #include "vendelo-sdl2/Saturate.h"
 #include "vendelo-sdl2/TAppGuiModule.h"
+#include "vendelo-sdl2/TDirtyRects.h"
 #include "vendelo-sdl2/TRenderGuard.h"
 #include "vendelo-sdl2/Ticks.h"
 
@@ -54,6 +55,7 @@ void TScrollingComponent::AddContent(TGuiComponent* content, int index, ContentA
 void TScrollingComponent::RemoveAllContents() {
   for (const Content& content : mpContent) RemoveComponent(content.component, true);
   mpContent.clear();
+  mSlides.clear();
 }
 
 TGuiComponent* TScrollingComponent::ContentAt(int index) const {
@@ -191,19 +193,20 @@ void TScrollingComponent::draw() {
   const double slid = slideOffset(now);
   const double offset = (std::isfinite(slid) ? slid : 0.0) + mPadding;
 
-  SDL_Renderer* renderer = GetRenderer();
-  if (!renderer || !mpTargetTexture) return;
-  {
-    TRenderGuard guard(renderer);
-    guard.target(mpTargetTexture);
-    guard.clear(0, 0, 0, 0);
-    drawStrip(offset);
-  }
-  SDL_SetTextureAlphaMod(mpTargetTexture, static_cast<Uint8>(mAlpha & 255));
-  drawing::Copy(renderer, mpTargetTexture, nullptr, &destRect);
+  if (!GetRenderer() || !mpTargetTexture) return;
+  if (hasSlides())
+    drawSlides(offset, destRect);
+  else
+    drawStrip(offset, destRect);
 }
 
-void TScrollingComponent::drawStrip(double offset) {
+void TScrollingComponent::OnTexturesLost() {
+  mSlides.clear();
+  TGuiComponent::OnTexturesLost();
+}
+
+template <class Visit>
+void TScrollingComponent::walkStrip(double offset, Visit visit) {
   const int width = mDestRect.w, height = mDestRect.h;
   const double spacing = currentSpacing();
   size_t childI = 0;
@@ -219,7 +222,7 @@ void TScrollingComponent::drawStrip(double offset) {
       if (content.alignment == CENTER) posY = (height - child->getHeight()) / 2;
       if (content.alignment == BOTTOM) posY = height - child->getHeight();
       child->setY(posY);
-      child->draw();
+      visit(child, SDL_Rect{posX, posY, elementWidth, child->getHeight()});
     }
     posX = MyUtils::toPixels(posX + elementWidth + spacing);
     childI = (childI + 1) % mpContent.size();
@@ -227,4 +230,62 @@ void TScrollingComponent::drawStrip(double offset) {
     if (posX <= roundStart) return;  // a whole round that does not advance would never reach the end
     roundStart = posX;
   }
+}
+
+void TScrollingComponent::drawStrip(double offset, const SDL_Rect& destRect) {
+  SDL_Renderer* renderer = GetRenderer();
+  {
+    TRenderGuard guard(renderer);
+    guard.target(mpTargetTexture);
+    guard.clear(0, 0, 0, 0);
+    walkStrip(offset, [](TGuiComponent* child, const SDL_Rect&) { child->draw(); });
+  }
+  SDL_SetTextureAlphaMod(mpTargetTexture, static_cast<Uint8>(mAlpha & 255));
+  drawing::Copy(renderer, mpTargetTexture, nullptr, &destRect);
+}
+
+void TScrollingComponent::drawSlides(double offset, const SDL_Rect& destRect) {
+  SDL_Renderer* renderer = GetRenderer();
+  const SDL_Rect window{0, 0, mDestRect.w, mDestRect.h};
+  walkStrip(offset, [&](TGuiComponent* child, const SDL_Rect& place) {
+    SDL_Texture* slide = slideOf(child);
+    {
+      TRenderGuard guard(renderer);
+      guard.target(slide);
+      guard.clear(0, 0, 0, 0);
+      guard.origin(-place.x, -place.y);
+      child->draw();
+    }
+    SDL_SetTextureAlphaMod(slide, static_cast<Uint8>(mAlpha & 255));
+    const SDL_Rect seen = common(place, window);
+    const SDL_Rect source{seen.x - place.x, seen.y - place.y, seen.w, seen.h};
+    const SDL_Rect to{destRect.x + seen.x, destRect.y + seen.y, seen.w, seen.h};
+    if (!isEmpty(seen)) drawing::Copy(renderer, slide, &source, &to);
+  });
+}
+
+bool TScrollingComponent::hasSlides() {
+  constexpr int widest = 8192;  // textures of more are not for every driver
+  SDL_BlendMode blend = SDL_BLENDMODE_INVALID;
+  int w = 0, h = 0;
+  SDL_GetTextureBlendMode(mpTargetTexture, &blend);
+  SDL_QueryTexture(mpTargetTexture, nullptr, nullptr, &w, &h);
+  const bool isOwnStrip = mpTargetTexture == mpStrip.get() && w == mDestRect.w && h == mDestRect.h;
+  if (!isOwnStrip || blend != SDL_BLENDMODE_BLEND || currentSpacing() < 0.0) return false;
+  return std::all_of(mpContent.begin(), mpContent.end(), [this](const Content& content) {
+    TGuiComponent& child = *content.component;
+    const bool hasSize = child.getWidth() > 0 && child.getWidth() <= widest && child.getHeight() > 0;
+    return hasSize && child.staysInside() && slideOf(&child);
+  });
+}
+
+SDL_Texture* TScrollingComponent::slideOf(TGuiComponent* child) {
+  const SDL_Point size{child->getWidth(), child->getHeight()};
+  auto slide = std::find_if(mSlides.begin(), mSlides.end(), [child](const Slide& s) { return s.child == child; });
+  if (slide == mSlides.end()) slide = mSlides.insert(slide, Slide{child, {0, 0}, nullptr});
+  if (!slide->layer || slide->size.x != size.x || slide->size.y != size.y) {
+    slide->layer.reset(TAppGuiModule::CreateLayer(nullptr, size.x, size.y, 0, 0, 0, 0, 32));
+    slide->size = size;
+  }
+  return slide->layer.get();
 }

@@ -248,11 +248,11 @@ TEST_F(PictureFormat, ATextureKnowsThatItsPictureIsOpaque) {
 
 TEST_F(PictureFormat, ThatIsTheLowestBitAndTheOthersAreNotTouched) {
   SDL_Texture* const texture = harness.makeTexture(2, 2, {1, 2, 3, 4});
-  SDL_SetTextureUserData(texture, reinterpret_cast<void*>(std::uintptr_t{0xab0}));
+  SDL_SetTextureUserData(texture, reinterpret_cast<void*>(std::uintptr_t{0xab000}));
   EXPECT_FALSE(isOpaque(texture));
   markOpaque(texture);
   EXPECT_TRUE(isOpaque(texture));
-  EXPECT_EQ(std::uintptr_t{0xab1}, reinterpret_cast<std::uintptr_t>(SDL_GetTextureUserData(texture)));
+  EXPECT_EQ(std::uintptr_t{0xab001}, reinterpret_cast<std::uintptr_t>(SDL_GetTextureUserData(texture)));
 }
 
 TEST_F(PictureFormat, ALoadedPictureKnowsToo) {

@@ -1,5 +1,5 @@
-// Two worlds live through the same frames: one draws all of each, the other what changes. Their pictures are the
-// same, pixel for pixel, after each frame.
+// Worlds live through the same frames: one draws all of each, another what changes, a third one as it comes. Their
+// pictures are the same, pixel for pixel, after each frame.
 #include "vendelo-sdl2/TFramePicture.h"
 
 #include <gtest/gtest.h>
@@ -22,14 +22,18 @@ namespace {
 
 constexpr int kWidth = 320, kHeight = 200;
 
+enum class Way { PLAIN, CHANGES, AS_IT_COMES };
+
 class World {
  public:
-  World(unsigned seed, bool recorded, Uint32 format) : mRandom(seed), mRecorded(recorded) {
-    mSurface = SDL_CreateRGBSurfaceWithFormat(0, 8, 8, 32, SDL_PIXELFORMAT_ARGB8888);
+  // Every third one draws onto its window, the others into a back buffer.
+  World(unsigned seed, Way way, Uint32 format) : mRandom(seed), mWay(way) {
+    mSurface = SDL_CreateRGBSurfaceWithFormat(0, kWidth, kHeight, 32, format);
     mpRenderer = SDL_CreateSoftwareRenderer(mSurface);
     SDL_SetRenderDrawBlendMode(mpRenderer, SDL_BLENDMODE_BLEND);
     SDL_SetRenderDrawColor(mpRenderer, 0, 0, 0, 0);
-    mBack.reset(SDL_CreateTexture(mpRenderer, format, SDL_TEXTUREACCESS_TARGET, kWidth, kHeight));
+    if (seed % 3 != 0)
+      mBack.reset(SDL_CreateTexture(mpRenderer, format, SDL_TEXTUREACCESS_TARGET, kWidth, kHeight));
     SDL_SetRenderTarget(mpRenderer, mBack.get());
     for (int i = 0; i < 8; ++i) mPictures.push_back(picture(number(4, 120), number(4, 90), i < 3));
     mPictures.push_back(picture(kWidth, kHeight, true));
@@ -52,12 +56,12 @@ class World {
   std::vector<Uint32> frame() {
     for (int i = number(0, 3); i > 0; --i) happen();
     const bool whole = number(0, 40) == 0;
-    if (mRecorded)
-      mPicture.begin(mpRenderer, mBack.get());
-    else
+    if (mWay == Way::PLAIN)
       SDL_RenderClear(mpRenderer);
+    else
+      mPicture.begin(mpRenderer, mBack.get(), mWay == Way::AS_IT_COMES);
     drawItems();
-    if (mRecorded) {
+    if (mWay != Way::PLAIN) {
       const TDirtyRects& changed = mPicture.finish(whole);
       for (const SDL_Rect& rect : changed.rects()) mPixelsDrawn += rect.w * rect.h;
       mUntouched += changed.rects().empty();
@@ -91,16 +95,19 @@ class World {
   TTexturePtr picture(int w, int h, bool opaque) {
     SDL_Surface* surface = SDL_CreateRGBSurfaceWithFormat(0, w, h, 32, SDL_PIXELFORMAT_ARGB8888);
     const Uint32 base = mRandom();
+    // Often without ink in its first and last rows.
+    TInk ink{0, h};
+    if (!opaque && number(0, 1)) ink = {number(0, h), number(0, h)};
     for (int y = 0; y < h; ++y)
       for (int x = 0; x < w; ++x) {
         const Uint32 mix = base * static_cast<Uint32>(x * 7 + y * 13 + 5);
         auto* row = reinterpret_cast<Uint32*>(static_cast<Uint8*>(surface->pixels) + y * surface->pitch);
-        row[x] = opaque ? mix | 0xff000000u : mix;
+        row[x] = opaque ? mix | 0xff000000u : y >= ink.top && y < ink.end ? mix : mix & 0xffffffu;
       }
     TTexturePtr texture(SDL_CreateTextureFromSurface(mpRenderer, surface));
     SDL_FreeSurface(surface);
     SDL_SetTextureBlendMode(texture.get(), SDL_BLENDMODE_BLEND);
-    if (opaque) markOpaque(texture.get());
+    setContent(texture.get(), freshContent() | (opaque ? kOpaqueBit : inkBits(ink, h)));
     return texture;
   }
 
@@ -179,7 +186,8 @@ class World {
   void drawInto(SDL_Texture* layer, const Item& item, bool cleared, bool nested) {
     TRenderGuard guard(mpRenderer);
     guard.target(layer);
-    if (cleared) guard.clear(0, 0, 0, 0);
+    if (cleared) guard.clear(0, 0, 0, static_cast<Uint8>(item.phase % 4 == 3 ? 90 : 0));
+    if (item.phase % 3 == 1) guard.origin(item.phase % 7, -item.phase % 5);
     const SDL_Rect place{item.phase % 50, 3, 20, 20};
     drawing::Copy(mpRenderer, mPictures[item.which].get(), nullptr, &place);
     if (!nested) return;
@@ -224,7 +232,7 @@ class World {
   }
 
   std::mt19937 mRandom;
-  const bool mRecorded;
+  const Way mWay;
   SDL_Surface* mSurface = nullptr;
   SDL_Renderer* mpRenderer = nullptr;
   TTexturePtr mBack;
@@ -248,12 +256,18 @@ TEST(FramePicture, IsTheSameAsIfAllOfItHadBeenDrawn) {
   long drawn = 0;
   for (int seed = 1; seed <= worlds; ++seed) {
     const Uint32 format = seed % 2 ? SDL_PIXELFORMAT_RGB888 : SDL_PIXELFORMAT_ARGB8888;
-    World all(static_cast<unsigned>(seed), false, format), changes(static_cast<unsigned>(seed), true, format);
+    const auto number = static_cast<unsigned>(seed);
+    World all(number, Way::PLAIN, format), changes(number, Way::CHANGES, format),
+      stream(number, Way::AS_IT_COMES, format);
     for (int i = 0; i < 60; ++i) {
-      const auto wanted = all.frame(), shown = changes.frame();
-      if (wanted == shown) continue;
-      const auto at = std::mismatch(wanted.begin(), wanted.end(), shown.begin()).first - wanted.begin();
-      FAIL() << "world " << seed << ", frame " << i << ", from pixel " << at % kWidth << "," << at / kWidth;
+      const auto wanted = all.frame();
+      for (World* other : {&changes, &stream}) {
+        const auto shown = other->frame();
+        if (wanted == shown) continue;
+        const auto at = std::mismatch(wanted.begin(), wanted.end(), shown.begin()).first - wanted.begin();
+        FAIL() << "world " << seed << ", frame " << i << (other == &stream ? " as it comes" : "") << ", from pixel "
+               << at % kWidth << "," << at / kWidth;
+      }
     }
     untouched += changes.framesWithoutAChange();
     drawn += changes.pixelsDrawn();
