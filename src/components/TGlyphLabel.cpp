@@ -88,7 +88,7 @@ void TGlyphLabel::OnTexturesLost() {
 }
 
 bool TGlyphLabel::staysInside() const {
-  const bool isRendered = !mSomethingChanged && mText == mNewText;
+  const bool isRendered = mpTargetTexture && !mSomethingChanged && mText == mNewText;
   const bool fits = mResize || (mTextureW <= mDestRect.w && mTextureH <= mDestRect.h);
   const bool isStraight = mAngle == 0.0 && mResizeFactorX == 1.0f && mResizeFactorY == 1.0f;
   return isRendered && fits && isStraight && mDrawXOfset == 0 && mDrawYOfset == 0;

@@ -1,5 +1,6 @@
 // The glyph label's arithmetic: what is cut, what is rounded, and when the picture is made anew.
 #include "tests/components/GlyphLabelFixture.h"
+#include "vendelo-sdl2/TDirtyRects.h"
 
 using namespace glyphlabeltest;
 
@@ -155,6 +156,51 @@ TEST_F(GlyphLabelPlaces, AFontThatIsTakenAwayLeavesThePictureUntilTheTextChanges
   EXPECT_GT(drawn().w, 0);
   label->SetText("B");
   EXPECT_EQ(0, drawn().w);
+}
+
+// What a label says before it draws holds for what it draws then; and a text in its rectangle does say it.
+TEST_F(GlyphLabelPlaces, ALabelKnowsWhetherItStaysInItsRectangle) {
+  const SDL_Rect place{40, 50, 60, 60};
+  const struct {
+    const char* what;
+    const char* text;
+    void (*change)(Label&);
+    bool inside;
+  } rows[] = {
+    {"as it begins", "B", [](Label&) {}, true},
+    {"wider than the label", "A", [](Label&) {}, false},
+    {"grown with its text", "A", [](Label& l) { l.SetAutosize(true, false); }, true},
+    {"shrunk into it", "A", [](Label& l) { l.SetResize(true); }, true},
+    {"moved to the right", "B", [](Label& l) { l.SetOffset(30, 0); }, false},
+    {"moved upwards", "B", [](Label& l) { l.SetOffset(0, -30); }, false},
+    {"turned", "B", [](Label& l) { l.SetRotation(30); }, false},
+    {"larger by a factor", "B", [](Label& l) { l.SetResizeFactor(4, 4); }, false},
+  };
+  for (const auto& row : rows) {
+    Label* label = make(place, row.text);
+    EXPECT_FALSE(label->staysInside()) << row.what << ": not rendered yet";
+    row.change(*label);
+    harness.frame();
+    EXPECT_EQ(row.inside, label->staysInside()) << row.what;
+    const SDL_Rect own = label->getDestRect(), seen = drawn();
+    if (row.inside) {
+      EXPECT_TRUE(contains(own, seen)) << row.what;
+    }
+    label->SetText("AB");
+    EXPECT_FALSE(label->staysInside()) << row.what << ": another text comes";
+    label->_setVisible(false);
+  }
+}
+
+TEST_F(GlyphLabelPlaces, WithoutAPictureNothingIsKnown) {
+  Label* label = make({0, 0, 30, 40}, "B");
+  harness.frame();
+  label->SetFont("no such font");
+  label->SetText("A");
+  harness.frame();
+  EXPECT_FALSE(label->staysInside());
+  label->SetFont(fontName);
+  EXPECT_FALSE(label->staysInside()) << "the next draw makes a wide one";
 }
 
 }  // namespace

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "tests/components/TickerFixture.h"
+#include "vendelo-sdl2/Drawing.h"
 #include "vendelo-sdl2/TFramePicture.h"
 
 using namespace tickertest;
@@ -28,22 +29,39 @@ namespace {
 
 struct Inner : Child {
   using Child::Child;
+  void draw() override {
+    Child::draw();
+    if (!reachesOut) return;
+    const SDL_Rect beside{getX() - 12, getY() + 5, getWidth(), getHeight()};
+    drawing::Copy(GetRenderer(), GetTargetTexture(), nullptr, &beside);
+  }
   bool staysInside() const override { return inside; }
   bool inside = true;
+  bool reachesOut = false;
 };
 
 class Slides : public Scrolling {
  protected:
-  // Children of many colours, half of them translucent.
-  std::vector<Inner*> fill(Ticker& to, bool inside) {
+  // No two pixels are alike.
+  SDL_Texture* shaded(int w, int h) {
+    std::vector<Uint32> pixels;
+    for (int y = 0; y < h; ++y)
+      for (int x = 0; x < w; ++x)
+        pixels.push_back(0xff000000u | static_cast<Uint32>(x) << 8 | static_cast<Uint32>(y * 3));
+    SDL_Texture* texture = solid(w, h, {0, 0, 0, 255});
+    SDL_UpdateTexture(texture, nullptr, pixels.data(), w * 4);
+    return texture;
+  }
+
+  // Some of them translucent.
+  std::vector<Inner*> fill(Ticker& to) {
     std::vector<Inner*> all;
     for (int i = 0; i < 3; ++i) {
       auto* child = new Inner(90 + 70 * i, 20 + 30 * i, std::to_string(i).c_str());
-      SDL_Texture* colours = solid(90 + 70 * i, 20 + 30 * i, {200, static_cast<Uint8>(90 * i), 40, 255});
+      SDL_Texture* colours = shaded(90 + 70 * i, 20 + 30 * i);
       SDL_SetTextureBlendMode(colours, SDL_BLENDMODE_BLEND);
       child->SetTargetTexture(colours);
       child->setAlpha(255 - 60 * i);
-      child->inside = inside;
       to.AddContent(child, -1, static_cast<TScrollingComponent::ContentAlign>(i));
       all.push_back(child);
     }
@@ -61,14 +79,22 @@ class Slides : public Scrolling {
     return pixels;
   }
 
+  // Never has slides, whatever its children say: the texture is not its own.
+  Slides() {
+    SDL_Texture* other = SDL_CreateTexture(renderer, SDL_PIXELFORMAT_ABGR8888, SDL_TEXTUREACCESS_TARGET, 400, 60);
+    SDL_SetTextureBlendMode(other, SDL_BLENDMODE_BLEND);
+    textures.push_back(other);
+    strip.SetTargetTexture(other);
+  }
+
   Ticker strip{0, 50, 400, 60};
 };
 
 }  // namespace
 
 TEST_F(Slides, ShowWhatTheStripShows) {
-  fill(ticker, true);
-  fill(strip, false);
+  fill(ticker);
+  fill(strip);
   for (const int alpha : {255, 130}) {
     ticker.setAlpha(alpha);
     strip.setAlpha(alpha);
@@ -80,7 +106,7 @@ TEST_F(Slides, ShowWhatTheStripShows) {
 }
 
 TEST_F(Slides, TellEachChildItsPlaceInTheStrip) {
-  const auto children = fill(ticker, true), others = fill(strip, false);
+  const auto children = fill(ticker), others = fill(strip);
   for (int i = 0; i < 40; ++i) {
     clock.advance(91);
     ticker.draw();
@@ -91,8 +117,7 @@ TEST_F(Slides, TellEachChildItsPlaceInTheStrip) {
 
 // The strip's way is the one for whatever lies over something else or reaches out of its rectangle.
 TEST_F(Slides, AreForChildrenThatLieApartOnly) {
-  const auto children = fill(ticker, true);
-  fill(strip, false);
+  const auto children = fill(ticker), others = fill(strip);
   const auto same = [&](const char* what) {
     clock.advance(400);
     EXPECT_EQ(drawn(strip), drawn(ticker)) << what;
@@ -101,8 +126,10 @@ TEST_F(Slides, AreForChildrenThatLieApartOnly) {
   same("one over the other");
   for (Ticker* each : {&ticker, &strip}) each->SetSpacingFixed(45);
   children[1]->inside = false;
+  children[1]->reachesOut = others[1]->reachesOut = true;
   same("one that reaches out");
   children[1]->inside = true;
+  children[1]->reachesOut = others[1]->reachesOut = false;
   for (Ticker* each : {&ticker, &strip}) each->setBlendMode(0);
   same("a strip that hides what is behind it");
   for (Ticker* each : {&ticker, &strip}) each->setBlendMode(1);
@@ -112,7 +139,7 @@ TEST_F(Slides, AreForChildrenThatLieApartOnly) {
 
 // In a frame of a line that moves only the copies onto the screen are made.
 TEST_F(Slides, AreDrawnOnce) {
-  const auto children = fill(ticker, true);
+  const auto children = fill(ticker);
   TTexturePtr picture(SDL_CreateTexture(renderer, SDL_PIXELFORMAT_RGB888, SDL_TEXTUREACCESS_TARGET, 400, 200));
   TFramePicture frame;
   const auto copiesInto = [&] {

@@ -131,6 +131,7 @@ class World {
     made.alpha = number(0, 2) ? 255 : static_cast<Uint8>(number(0, 255));
     made.red = number(0, 3) ? 255 : static_cast<Uint8>(number(0, 255));
     made.blend = modes[number(0, 5)];
+    made.phase = number(0, 11);
     return made;
   }
 
