@@ -91,11 +91,16 @@ SDL_Rect TDrawCommand::bounds() const {
   return turned(destination, angle, hasCentre ? told : middle);
 }
 
+// Of an opaque picture that is scaled or turned SDL makes one that is not quite.
+bool TDrawCommand::showsNothingBehind() const {
+  return isOpaque(content) && colour.a == 255 && !isScaled() && !isTurned();
+}
+
 bool TDrawCommand::hides(const SDL_Rect& rect) const {
   if (!contains(destination, rect)) return false;
   if (isClear()) return true;
   if (isTurned() || !contains(sizeOf(texture), source)) return false;
-  return blend == SDL_BLENDMODE_NONE || (blend == SDL_BLENDMODE_BLEND && isOpaque(content) && colour.a == 255);
+  return blend == SDL_BLENDMODE_NONE || (blend == SDL_BLENDMODE_BLEND && showsNothingBehind());
 }
 
 TFramePicture::TFramePicture() {
@@ -125,7 +130,7 @@ void TFramePicture::begin(SDL_Renderer* renderer, SDL_Texture* picture, bool asI
   }
   mTargetSize = mSize;
   mCarriedOut = asItComes;
-  mClearDue = false;
+  mClearDue = mScaledUsed = false;
   drawing::Record(this);
   clear();
 }
@@ -146,6 +151,9 @@ const TDirtyRects& TFramePicture::finish(bool whole) {
   mFrame.swap(mLastFrame);
   mFrame.clear();
   destroyDying();
+  constexpr int aWhile = 300;
+  mFramesUnscaled = mScaledUsed ? 0 : mFramesUnscaled + 1;
+  if (mFramesUnscaled == aWhile) mpScaled.reset();
   mpRenderer = nullptr;
   return mChanged;
 }
@@ -155,6 +163,7 @@ void TFramePicture::end() {
   mFrame.clear();
   mLayer.clear();
   destroyDying();
+  mpScaled.reset();
   mpRenderer = nullptr;
   forget();
 }
@@ -191,8 +200,46 @@ void TFramePicture::copy(SDL_Texture* texture, const SDL_Rect* source, const SDL
   SDL_GetTextureColorMod(texture, &command.colour.r, &command.colour.g, &command.colour.b);
   SDL_GetTextureAlphaMod(texture, &command.colour.a);
   SDL_GetTextureBlendMode(texture, &command.blend);
-  if (!command.isTurned() && !keepInk(texture, command.source, command.destination)) return;
+  if (mpTarget == mpPicture) scaleBefore(command);
+  if (!command.isTurned() && !keepInk(command.texture, command.source, command.destination)) return;
   record(command);
+}
+
+// Only where the result is the same, pixel for pixel.
+void TFramePicture::scaleBefore(TDrawCommand& c) {
+  constexpr int64_t large = 1 << 15;
+  constexpr SDL_BlendMode blends = SDL_BLENDMODE_BLEND;
+  const SDL_Rect& to = c.destination;
+  SDL_ScaleMode mode = SDL_ScaleModeNearest;
+  SDL_GetTextureScaleMode(c.texture, &mode);
+  if (mScalesByParts || mScaledUsed || c.isTurned() || !c.isScaled() || c.blend != blends ||
+      mode == SDL_ScaleModeNearest || int64_t{to.w} * to.h < large || !contains(mSize, to) ||
+      !contains(sizeOf(c.texture), c.source))
+    return;
+  Uint32 format = 0, own = 0;
+  SDL_QueryTexture(c.texture, &format, nullptr, nullptr, nullptr);
+  SDL_Rect size{0, 0, 0, 0};
+  if (mpScaled) SDL_QueryTexture(mpScaled.get(), &own, nullptr, &size.w, &size.h);
+  if (own != format || size.w != to.w || size.h != to.h) {
+    mpScaled.reset(SDL_CreateTexture(mpRenderer, format, SDL_TEXTUREACCESS_TARGET, to.w, to.h));
+    if (!mpScaled) return;
+    SDL_SetTextureBlendMode(mpScaled.get(), blends);
+  }
+  TDrawCommand scaling = c;
+  scaling.destination = {0, 0, to.w, to.h};
+  scaling.colour = {255, 255, 255, 255};
+  scaling.blend = SDL_BLENDMODE_NONE;
+  const SDL_Rect ink = inkOfCopy(c.content, sizeOf(c.texture).h, c.source, scaling.destination);
+  const uint64_t content = (mixed(format, scaling) & ~kFactBits) | inkBits({ink.y, ink.y + ink.h}, to.h);
+  if (contentOf(mpScaled.get()) != content) {
+    SDL_SetRenderTarget(mpRenderer, mpScaled.get());
+    issue(scaling);
+    setContent(mpScaled.get(), content);
+  }
+  mScaledUsed = true;
+  c.texture = mpScaled.get();
+  c.content = content;
+  c.source = scaling.destination;
 }
 
 bool TFramePicture::keeps(SDL_Texture* texture) {
@@ -241,7 +288,7 @@ void TFramePicture::finishLayer() {
   for (const TDrawCommand& command : mLayer) content = mixed(content, command);
   content = (content & ~kFactBits) | layersInk();
   const bool opaque = std::any_of(mLayer.begin(), mLayer.end(), [this](const TDrawCommand& c) {
-    return !c.isClear() && isOpaque(c.content) && c.colour.a == 255 && c.hides(mTargetSize);
+    return !c.isClear() && c.showsNothingBehind() && c.hides(mTargetSize);
   });
   if (opaque && mLayer.size() <= 2) content |= kOpaqueBit;
   if (content != contentOf(mpTarget)) {
@@ -369,7 +416,7 @@ void TFramePicture::issue(const TDrawCommand& c) const {
     SDL_SetTextureBlendMode(c.texture, mode);
   };
   // Blending an opaque picture copies it, in some times the time.
-  const bool copies = c.blend == SDL_BLENDMODE_BLEND && isOpaque(c.content) && c.colour.a == 255;
+  const bool copies = c.blend == SDL_BLENDMODE_BLEND && c.showsNothingBehind();
   const SDL_BlendMode mode = copies ? SDL_BLENDMODE_NONE : c.blend;
   const bool other = !same(colour, c.colour) || blend != mode;
   if (other) put(c.colour, mode);

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "vendelo-sdl2/TDirtyRects.h"
+#include "vendelo-sdl2/TTexturePtr.h"
 
 namespace vendelo_sdl2 {
 
@@ -23,6 +24,9 @@ struct TDrawCommand {
   bool same(const TDrawCommand& other) const;
   bool isClear() const { return !texture; }
   bool isTurned() const { return angle != 0.0 || flip != SDL_FLIP_NONE; }
+  bool isScaled() const { return source.w != destination.w || source.h != destination.h; }
+  // Of a copy that blends.
+  bool showsNothingBehind() const;
   // Where it may change pixels.
   SDL_Rect bounds() const;
   // Whether nothing of what was there before can be seen within the rectangle.
@@ -82,7 +86,12 @@ class TFramePicture {
   std::vector<SDL_Texture*> mDying;
   bool mKnown = false;       // the picture is what mLastFrame draws
   bool mCarriedOut = false;  // this frame is drawn as it comes
-  TDrawCommand mClear;       // of the picture, put off until it is known that it can be seen
+  // A large picture that is scaled is scaled into this one first, as SDL's software driver does by itself with one
+  // that it takes from the system and gives back each time.
+  TTexturePtr mpScaled;
+  bool mScaledUsed = false;
+  int mFramesUnscaled = 0;
+  TDrawCommand mClear;  // of the picture, put off until it is known that it can be seen
   bool mClearDue = false;
   TDirtyRects mChanged;
 
@@ -95,6 +104,7 @@ class TFramePicture {
   void draw(const SDL_Rect& rect);
   void issue(const TDrawCommand& command) const;
   void issueAll(const TCommands& commands, SDL_Texture* target) const;
+  void scaleBefore(TDrawCommand& command);
   void clearIfSeen(const TDrawCommand* next);
   void destroyDying();
 };

@@ -37,10 +37,11 @@ SDL_Rect inkOfCopy(uint64_t content, int height, const SDL_Rect& source, const S
   const int top = std::max(ink.top, source.y), end = std::min(ink.end, source.y + source.h);
   if (top >= end) return {destination.x, destination.y, 0, 0};
   if (source.h == destination.h) return {destination.x, destination.y + top - source.y, destination.w, end - top};
-  // Drivers round scaled rows in their own ways: a row more on either side.
+  // A row shines into its neighbours where drivers interpolate, and they round in their own ways.
+  const int margin = destination.h / source.h + 2;
   const auto scaled = [&](int rows) { return static_cast<int>(int64_t{rows} * destination.h / source.h); };
-  const int first = std::max(scaled(top - source.y) - 1, 0);
-  const int last = std::min(scaled(end - source.y) + 2, destination.h);
+  const int first = std::max(scaled(top - source.y) - margin, 0);
+  const int last = std::min(scaled(end - source.y) + margin, destination.h);
   return {destination.x, destination.y + first, destination.w, last - first};
 }
 

@@ -107,6 +107,7 @@ class World {
     TTexturePtr texture(SDL_CreateTextureFromSurface(mpRenderer, surface));
     SDL_FreeSurface(surface);
     SDL_SetTextureBlendMode(texture.get(), SDL_BLENDMODE_BLEND);
+    if (number(0, 1)) SDL_SetTextureScaleMode(texture.get(), SDL_ScaleModeLinear);
     setContent(texture.get(), freshContent() | (opaque ? kOpaqueBit : inkBits(ink, h)));
     return texture;
   }
