@@ -2,12 +2,16 @@
 
 #include <SDL.h>
 
+#include <atomic>
 #include <condition_variable>
+#include <cstdio>
+#include <cstdlib>
 #include <functional>
 #include <limits>
 #include <map>
 #include <mutex>
 #include <string>
+#include <thread>
 #include <utility>
 #include <vector>
 #include <xmlrpc-c/client_transport.hpp>
@@ -17,13 +21,13 @@
 #include "common/XmlRpcSupport.h"
 
 // What the tests of the link share: a transport that answers from a script, a listener that takes notes, and a
-// client whose inside can be seen.
+// client between them.
 namespace linktest {
 
-// Waits until the condition holds; false when it does not within ten seconds.
+// Waits until the condition holds; false when it does not within half a minute.
 inline bool waitFor(const std::function<bool()>& condition) {
   const Uint64 start = SDL_GetPerformanceCounter();
-  const Uint64 limit = SDL_GetPerformanceFrequency() * 10;
+  const Uint64 limit = SDL_GetPerformanceFrequency() * 30;
   while (!condition()) {
     if (SDL_GetPerformanceCounter() - start > limit) return false;
     SDL_Delay(1);
@@ -86,21 +90,6 @@ inline std::string textOf(const xmlrpc_c::value& value) {
   return text;
 }
 
-// Whether another thread could take the mutex now: no level of it is left.
-inline bool unlocked(SDL_mutex* mutex) {
-  SDL_Thread* thread = SDL_CreateThread(
-    [](void* data) {
-      auto* probed = static_cast<SDL_mutex*>(data);
-      if (SDL_TryLockMutex(probed) != 0) return 0;
-      SDL_UnlockMutex(probed);
-      return 1;
-    },
-    "probe", mutex);
-  int status = 0;
-  SDL_WaitThread(thread, &status);
-  return status == 1;
-}
-
 // A request exactly as the library writes it.
 inline std::string requestXml(const std::string& method, const std::vector<std::string>& params) {
   std::string xml = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\r\n<methodCall>\r\n<methodName>" + method +
@@ -113,6 +102,18 @@ inline std::string methodOf(const std::string& request) {
   const std::string open = "<methodName>";
   const size_t start = request.find(open) + open.size();
   return request.substr(start, request.find("</methodName>") - start);
+}
+
+// The parameters of a request as the library's own parser reads them.
+inline xmlrpc_c::carray paramsOf(const std::string& request) {
+  XmlRpcEnv env;
+  const char* method = nullptr;
+  xmlrpc_value* params = nullptr;
+  xmlrpc_parse_call(env.get(), request.data(), request.size(), &method, &params);
+  if (env.failed()) return {};
+  const XmlRpcReference reference(params);
+  std::free(const_cast<char*>(method));
+  return xmlrpc_c::value_array(xmlrpc_c::value(params)).vectorValueValue();
 }
 
 // Answers per method from a script, on the thread that sends; an answer may throw, or wait.
@@ -183,6 +184,31 @@ class Gate {
   int mArrived = 0;
 };
 
+// Does something on a thread of its own, to see whether that is held up.
+class Beside {
+ public:
+  explicit Beside(const std::function<void()>& task)
+    : mThread([this, task] {
+        mBegun = true;
+        task();
+        mEnded = true;
+      }) {}
+  ~Beside() { mThread.join(); }
+  bool ends() const {
+    return waitFor([this] { return mEnded.load(); });
+  }
+  // Whether it does not end in time that it would not need.
+  bool isHeldUp() const {
+    if (!waitFor([this] { return mBegun.load(); })) return false;
+    for (int n = 0; n < 50 && !mEnded; ++n) SDL_Delay(1);
+    return !mEnded;
+  }
+
+ private:
+  std::atomic<bool> mBegun{false}, mEnded{false};
+  std::thread mThread;
+};
+
 struct TestInitData {
   int ID = 0;
 };
@@ -249,8 +275,9 @@ class NotingListener : public TKSLListener {
   int died = 0;
 };
 
-// The client with its inside in view, over a transport of the test's. Registration pauses take no time and are
-// noted; the notes are read once the thread has stopped or waits.
+// The client over a transport of the test's. What it does shows in the requests that arrive there, in the notes of
+// its listener and in its public functions; only the pause between two registrations can be replaced. Such pauses
+// take no time here and are noted; the notes are read once the thread has stopped or waits.
 class TestClient : public TKSLClient {
  public:
   explicit TestClient(unsigned int numExtraMethods) : TestClient(new FakeTransport, numExtraMethods) {}
@@ -262,6 +289,7 @@ class TestClient : public TKSLClient {
     SetInitMethod("topscreen.init", parseTestInit, destroyTestInit);
     SetListener(&listener);
     wire.answer("topscreen.init", initReply(7));
+    wire.answer("game.pushEvents", replyXml("<int>1</int>"));
     mDelay = [this](Uint32 milliseconds) {
       {
         const std::lock_guard<std::mutex> lock(pausesMutex);
@@ -274,46 +302,42 @@ class TestClient : public TKSLClient {
   // The thread works on members of this class.
   ~TestClient() { Stop(); }
 
-  int popResponse(void* data, bool isError) { return handlePopResponse(data, isError); }
-  int pushResponse(void* data, bool isError) { return handlePushResponse(data, isError); }
-
-  using TKSLClient::handleInitResponse;
-  using TKSLClient::handleResponse;
-  using TKSLClient::InitSemaphore;
-  using TKSLClient::KSL_call_mutex;
-  using TKSLClient::KSL_response_mutex;
-  using TKSLClient::KSL_send_mutex;
-  using TKSLClient::mAverageMethodResponseTimes;
-  using TKSLClient::mCallQueue;
   using TKSLClient::mDelay;
-  using TKSLClient::Methods;
-  using TKSLClient::mEventPackageNumber;
-  using TKSLClient::mLastGoodResponse;
-  using TKSLClient::mLastPopRequest;
-  using TKSLClient::mLastPopResponse;
-  using TKSLClient::mLockedTimeout;
-  using TKSLClient::mMethodCalls;
-  using TKSLClient::mMethodCallUID;
-  using TKSLClient::mNumMethods;
-  using TKSLClient::mPopEnabled;
-  using TKSLClient::mResponseQueue;
-  using TKSLClient::NumRetries;
-  using TKSLClient::queueMethodCall;
-  using TKSLClient::Registered;
-  using TKSLClient::sendInternal;
 
   std::vector<Uint32> pausesSoFar() const {
     const std::lock_guard<std::mutex> lock(pausesMutex);
     return pauses;
   }
 
-  // Empties the calls' queue; how many there were.
-  size_t dropCalls() {
-    const size_t count = mCallQueue.size();
-    for (; !mCallQueue.empty(); mCallQueue.pop_front())
-      const XmlRpcReference parameters(mCallQueue.front().parameters);
-    return count;
+  // A thread sends what is queued, registered or not, and is stopped: the answers wait for Poll then. The requests,
+  // without one that is put behind them all.
+  std::vector<std::string> sendAll() {
+    const size_t before = wire.requests().size();
+    const size_t ends = wire.requests("game.shiftCounter").size();
+    SendRequest(M_SHIFTCOUNTER, std::numeric_limits<int>::min(), KSLCallback(), "");
+    runUntil([&] { return wire.requests("game.shiftCounter").size() > ends; });
+    const std::vector<std::string> requests = wire.requests();
+    return std::vector<std::string>(requests.begin() + static_cast<std::ptrdiff_t>(before), requests.end() - 1);
   }
+
+  // The same for so many requests; what is queued behind them stays, as a rule.
+  void sendSome(size_t count) {
+    const size_t before = wire.requests().size();
+    runUntil([&] { return wire.requests().size() >= before + count; });
+  }
+
+  // Asks for events once, and hands the answer out. The tick clock is past the interval of these requests.
+  void askForEvents(const std::string& reply) {
+    wire.answer("game.popEvents", reply);
+    TogglePopRequests(false);
+    TogglePopRequests(true);
+    Poll(0);
+    sendSome(1);
+    Poll(0);
+  }
+
+  // Whether requests for events are switched on. The tick clock is at 5000 or later and none has been answered.
+  bool asksForEvents() const { return IsTimedOut(); }
 
   // Polls until the condition holds; false when it does not within the bound.
   bool pollUntil(const std::function<bool()>& condition) {
@@ -323,10 +347,12 @@ class TestClient : public TKSLClient {
     });
   }
 
-  // The milliseconds that calls of the method took, rounded. Nothing of as high a priority may be queued.
+  // The milliseconds that calls of the method take on average, rounded: one more in the queue adds them to its
+  // wait.
   unsigned int averageOf(MethodType method) {
-    SendRequest(method, std::numeric_limits<int>::max(), KSLCallback(), "");
-    return calculateApproximateWaitTime(1);
+    const unsigned int before = calculateApproximateWaitTime(-1);
+    SendRequest(method, std::numeric_limits<int>::min(), KSLCallback(), "");
+    return calculateApproximateWaitTime(-1) - before;
   }
 
   // Starts the thread, waits for the registration and forgets what the listener heard of it.
@@ -340,6 +366,17 @@ class TestClient : public TKSLClient {
   NotingListener listener;
 
  private:
+  // Ends the process when the thread does not get so far, for then it may be held up where it cannot be stopped.
+  void runUntil(const std::function<bool()>& condition) {
+    SetRegisterRequired(false);
+    Start(false, 0);
+    if (!waitFor(condition)) {
+      std::printf("the calls in the queue were not sent\n");
+      std::abort();
+    }
+    Stop();
+  }
+
   mutable std::mutex pausesMutex;
   std::vector<Uint32> pauses;
 };

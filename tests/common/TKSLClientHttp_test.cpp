@@ -52,8 +52,6 @@ class HttpClient : public TKSLClient {
     });
   }
 
-  using TKSLClient::mLastPopResponse;
-
   linktest::NotingListener listener;
 };
 
@@ -209,7 +207,7 @@ TEST(TKSLClientHttp, TheServiceIsAskedDirectlyWhateverProxyTheEnvironmentNames) 
       EXPECT_EQ(0, client.Start(true, 0));
       EXPECT_LT(0, client.ID());
       client.SendRequest(M_BYE, 0, KSLCallback(), "");
-      ASSERT_TRUE(client.pollUntil([&] { return client.mLastPopResponse != 0; }));
+      ASSERT_TRUE(client.pollUntil([&] { return client.Figures().answers.contains({M_POPEVENTS, E_NO_ERROR}); }));
       EXPECT_TRUE(client.listener.errors.empty()) << testing::PrintToString(client.listener.errors);
     }
   }

@@ -9,12 +9,13 @@
 #include <xmlrpc-c/girerr.hpp>
 
 #include "LinkTestSupport.h"
+#include "tests/support/FakeClock.h"
 
+using linktest::Beside;
 using linktest::Gate;
 using linktest::initReply;
 using linktest::Note;
 using linktest::TestClient;
-using linktest::TestInitData;
 using linktest::waitFor;
 
 namespace {
@@ -59,14 +60,23 @@ TEST(TKSLClientLife, ThePauseIsSpentWithTheNetworkHeld) {
   client.mDelay = [&gate](Uint32) { gate.pass(); };
   ASSERT_EQ(0, client.Start(false, -1));
   ASSERT_TRUE(waitFor([&] { return gate.arrived() == 1; }));
-  EXPECT_FALSE(linktest::unlocked(client.KSL_send_mutex));
-  EXPECT_TRUE(linktest::unlocked(client.KSL_call_mutex));
-  EXPECT_TRUE(linktest::unlocked(client.KSL_response_mutex));
+  const Beside synchronous([&client] { client.SendRequestSync(M_VOLUME, KSLCallback(), "()"); });
+  const Beside queued([&client] {
+    client.Poll(0);
+    client.SendRequest(M_BYE, 9, KSLCallback(), "");
+  });
+  EXPECT_TRUE(queued.ends()) << "the queues are held";
+  EXPECT_EQ(std::vector<Note>{Failed}, client.listener.inits);
+  EXPECT_TRUE(synchronous.isHeldUp());
   client.wire.answer("topscreen.init", initReply(7));
   gate.open();
+  EXPECT_TRUE(synchronous.ends());
   EXPECT_TRUE(client.pollUntil([&] { return client.IsRegistered(); }));
   client.Stop();
-  EXPECT_TRUE(linktest::unlocked(client.KSL_send_mutex));
+  std::vector<std::string> methods;
+  for (const std::string& request : client.wire.requests()) methods.push_back(linktest::methodOf(request));
+  ASSERT_LE(3U, methods.size());
+  EXPECT_EQ("topscreen.init", methods[1]) << "the call came between two attempts";
 }
 
 TEST(TKSLClientLife, TheEndOfASeriesIsToldOnStandardOutput) {
@@ -76,26 +86,6 @@ TEST(TKSLClientLife, TheEndOfASeriesIsToldOnStandardOutput) {
   client.Start(true, 0);
   std::fflush(stdout);
   EXPECT_EQ(0U, testing::internal::GetCapturedStdout().find("!!!! KSLCLIENT:: ERROR in communication thread!\n"));
-}
-
-TEST(TKSLClientLife, TheEndOfASeriesHasTheNumberOfItsLastCall) {
-  TestClient client(0);
-  client.wire.answer("topscreen.init", failing());
-  ASSERT_EQ(0, client.Start(false, 2));
-  ASSERT_TRUE(waitFor([&] { return client.wire.requests().size() >= 4; }));
-  client.Stop();
-  for (uint64_t n = 1; n <= 4; ++n) {
-    ASSERT_FALSE(client.mResponseQueue.empty());
-    const MethodResponse& response = client.mResponseQueue.front();
-    auto* error = static_cast<KSLError*>(response.responseData);
-    EXPECT_EQ(M_INIT, response.respondingToMethodID);
-    EXPECT_TRUE(response.isError);
-    EXPECT_FALSE(response.callback);
-    EXPECT_EQ(n == 4 ? Stopped.text : Failed.text, *error->errorDescription);
-    EXPECT_EQ(n == 4 ? 3 : n, response.requestUID);
-    delete error;
-    client.mResponseQueue.pop();
-  }
 }
 
 TEST(TKSLClientLife, ARestartTriesFourTimes) {
@@ -117,7 +107,6 @@ TEST(TKSLClientLife, AFailedRestartOfAClientThatHadAnIdentifierCountsAsGood) {
   EXPECT_EQ(0, client.Restart());
   EXPECT_TRUE(client.Running());
   EXPECT_EQ(7, client.ID());
-  EXPECT_FALSE(client.Registered);
   client.wire.answer("topscreen.init", initReply(8));
   EXPECT_TRUE(client.pollUntil([&] { return client.ID() == 8; }));
 }
@@ -155,14 +144,13 @@ TEST(TKSLClientLife, StopEndsARegistrationThatHasItsLimit) {
   client.wire.answer("topscreen.init", failing());
   ASSERT_EQ(0, client.Start(false, 3));
   EXPECT_EQ(0, client.Stop());
-  EXPECT_FALSE(client.Registered);
+  EXPECT_FALSE(client.Running());
 }
 
 TEST(TKSLClientLife, AfterAStopTheNextStartRegistersAnew) {
   TestClient client(0);
   ASSERT_TRUE(client.startRegistered());
   client.Stop();
-  EXPECT_FALSE(client.Registered);
   EXPECT_EQ(7, client.ID());
   client.wire.answer("topscreen.init", initReply(8));
   EXPECT_EQ(0, client.Start(true, 0));
@@ -172,49 +160,70 @@ TEST(TKSLClientLife, AfterAStopTheNextStartRegistersAnew) {
 
 TEST(TKSLClientLife, PackagesAreNumberedOnAcrossAStop) {
   TestClient client(0);
-  client.wire.answer("game.pushEvents", linktest::replyXml("<int>1</int>"));
-  for (int n = 1; n <= 2; ++n) {
+  for (size_t n = 1; n <= 2; ++n) {
     ASSERT_TRUE(client.startRegistered());
     client.PushEvent(G_LOG, "");
-    ASSERT_TRUE(waitFor([&] { return client.mEventPackageNumber == n; }));
+    ASSERT_TRUE(waitFor([&] { return client.wire.requests("game.pushEvents").size() == n; }));
     client.Stop();
   }
-  EXPECT_NE(std::string::npos, client.wire.requests("game.pushEvents")[1].find("<i4>1</i4></value></param>"));
-  EXPECT_EQ(0, TestClient(0).mEventPackageNumber);
+  const std::vector<std::string> packages = client.wire.requests("game.pushEvents");
+  EXPECT_NE(std::string::npos, packages[0].find("<i4>0</i4></value></param>"));
+  EXPECT_NE(std::string::npos, packages[1].find("<i4>1</i4></value></param>"));
 }
 
-TEST(TKSLClientLife, AStartOfARunningClientChangesNothing) {
+TEST(TKSLClientLife, AStartOfARunningClientLeavesItsNumberOfAttempts) {
+  Gate gate;
   TestClient client(0);
+  client.wire.answer("topscreen.init", [&gate](const std::string&) -> std::string {
+    gate.pass();
+    throw girerr::error("refused");
+  });
+  const auto attemptsUntilTheEnd = [&client] {
+    std::vector<Note>& inits = client.listener.inits;
+    inits.clear();
+    EXPECT_TRUE(client.pollUntil([&] { return std::count(inits.begin(), inits.end(), Stopped) > 0; }));
+    return std::find(inits.begin(), inits.end(), Stopped) - inits.begin();
+  };
   ASSERT_EQ(0, client.Start(false, 5));
-  SDL_semaphore* semaphore = client.InitSemaphore;
+  ASSERT_TRUE(waitFor([&] { return gate.arrived() == 1; }));
   EXPECT_EQ(1, client.Start(true, 9));
   EXPECT_EQ(1, client.Start(false, 9));
-  EXPECT_EQ(5U, client.NumRetries);
-  EXPECT_EQ(semaphore, client.InitSemaphore);
+  gate.open();
+  EXPECT_EQ(6, attemptsUntilTheEnd());
   client.Stop();
+  client.Poll(0);
   ASSERT_EQ(0, client.Start(false, 9));
-  EXPECT_EQ(9U, client.NumRetries);
+  EXPECT_EQ(10, attemptsUntilTheEnd());
+}
+
+TEST(TKSLClientLife, AStartOfARunningClientLeavesTheQuestionAboutTheFirstOneOpen) {
+  TestClient client(0);
+  ASSERT_EQ(0, client.Start(false, 0));
+  client.SendRequest(M_VOLUME, 9, KSLCallback(), "");
+  ASSERT_TRUE(waitFor([&] { return client.wire.requests("system.volume").size() == 1; }));
+  EXPECT_EQ(1, client.Start(false, 0));
+  EXPECT_TRUE(client.IsRegistered());
 }
 
 TEST(TKSLClientLife, WithoutRegistrationNothingCountsAsStartedBeforeTheFirstCall) {
   TestClient client(0);
   client.SetRegisterRequired(false);
+  client.RegisterID(5);  // what is asked about is the start alone
   ASSERT_EQ(0, client.Start(false, 0));
   for (int n = 0; n < 50; ++n) {
     SDL_Delay(1);
-    ASSERT_EQ(0U, SDL_SemValue(client.InitSemaphore));
+    ASSERT_FALSE(client.IsRegistered());
   }
   client.SendRequest(M_VOLUME, 0, KSLCallback(), "");
-  EXPECT_TRUE(waitFor([&] { return SDL_SemValue(client.InitSemaphore) == 1; }));
+  EXPECT_TRUE(waitFor([&] { return client.IsRegistered(); }));
   EXPECT_TRUE(waitFor([&] { return client.wire.requests("system.volume").size() == 1; }));
-  EXPECT_EQ(-1, client.ID());
+  EXPECT_EQ(5, client.ID());
   EXPECT_TRUE(client.Running());
 }
 
 TEST(TKSLClientLife, AStartedClientThatLosesItsIdentifierGoesOn) {
   TestClient client(0);
   ASSERT_TRUE(client.startRegistered());
-  EXPECT_EQ(nullptr, client.InitSemaphore);
   client.RegisterID(-1);
   EXPECT_FALSE(client.IsRegistered());
   EXPECT_TRUE(client.Running());
@@ -234,58 +243,71 @@ TEST(TKSLClientLife, TheSmallestAndTheLargestIdentifier) {
 }
 
 TEST(TKSLClientLife, AnAnswerWithoutAnIdentifierTakesTheOldOneAway) {
+  const FakeClock clock(20000);
   for (const int id : {0, -1, std::numeric_limits<int>::min()}) {
     TestClient client(0);
     client.RegisterID(5);
-    EXPECT_EQ(-1, client.handleInitResponse(new TestInitData{id}, false, 1));
+    client.wire.answer("topscreen.init", initReply(id));
+    EXPECT_EQ(-1, client.Start(true, 0));
     EXPECT_EQ(-1, client.ID());
-    EXPECT_FALSE(client.mPopEnabled);
+    EXPECT_FALSE(client.asksForEvents());
     EXPECT_FALSE(client.CommunicationEnabled());
+    EXPECT_EQ((Note{M_INIT, 0, ""}), client.listener.inits.at(0));
   }
 }
 
+// So a start counts as good, for it looks at nothing else.
 TEST(TKSLClientLife, AFailedAttemptLeavesTheIdentifier) {
-  TestClient client(0);
-  client.RegisterID(5);
-  EXPECT_EQ(1, client.handleInitResponse(new KSLError(E_COMMUNICATION_ERROR, ""), true, 1));
-  EXPECT_EQ(-1, client.handleInitResponse(new KSLError(E_SERVER_FULL, ""), true, 1));
-  EXPECT_EQ(5, client.ID());
-  EXPECT_EQ(2U, client.mResponseQueue.size());
+  for (const ErrorTypes code : {E_COMMUNICATION_ERROR, E_SERVER_FULL}) {
+    TestClient client(0);
+    client.RegisterID(5);
+    client.wire.answer("topscreen.init", linktest::replyXml(linktest::errorStruct(code, "no")));
+    EXPECT_EQ(0, client.Start(true, 0));
+    EXPECT_EQ(5, client.ID());
+    EXPECT_EQ((Note{M_INIT, code, "no"}), client.listener.inits.at(0));
+  }
 }
 
-TEST(TKSLClientLife, EveryAttemptIsQueuedWithItsNumber) {
-  TestClient client(0);
-  client.handleInitResponse(new KSLError(E_SERVER_FULL, ""), true, 3);
-  client.handleInitResponse(new TestInitData{0}, false, 4);
-  const MethodResponse bad = client.mResponseQueue.front();
-  client.mResponseQueue.pop();
-  const MethodResponse good = client.mResponseQueue.front();
-  client.mResponseQueue.pop();
-  EXPECT_TRUE(bad.isError);
-  EXPECT_EQ(3U, bad.requestUID);
-  EXPECT_EQ(M_INIT, bad.respondingToMethodID);
-  EXPECT_FALSE(good.isError);
-  EXPECT_EQ(4U, good.requestUID);
-  EXPECT_EQ(M_INIT, good.respondingToMethodID);
-  delete static_cast<KSLError*>(bad.responseData);
-  delete static_cast<TestInitData*>(good.responseData);
+TEST(TKSLClientLife, AnAnswerOfWhichNothingCanBeMadeOrNobodyHearsDoesNotRegister) {
+  const FakeClock clock(20000);
+  for (const bool listens : {true, false}) {
+    TestClient client(0);
+    client.RegisterID(5);
+    if (listens)
+      client.SetInitMethod(
+        "topscreen.init", [](const xmlrpc_c::value&, int&) -> void* { return nullptr; }, nullptr);
+    else
+      client.SetListener(nullptr);
+    EXPECT_EQ(0, client.Start(true, 0));
+    client.Stop();
+    EXPECT_EQ(5, client.ID());
+    EXPECT_FALSE(client.asksForEvents());
+    EXPECT_FALSE(client.CommunicationEnabled());
+    EXPECT_EQ(client.wire.requests().size(), client.pausesSoFar().size()) << "none of the attempts has succeeded";
+    if (!listens) continue;
+    EXPECT_EQ((Note{M_INIT, 0, "no record"}), client.listener.inits.at(0));
+    EXPECT_EQ(Stopped, client.listener.inits.at(1));
+  }
 }
 
 // The listener only reads the record, and before anybody can free it.
 TEST(TKSLClientLife, TheIdentifierIsReadBeforeTheRecordIsQueued) {
   struct Reader : linktest::NotingListener {
     int getIDFromInitData(void* data) override {
-      EXPECT_TRUE(client->mResponseQueue.empty());
+      gate.pass();
       return linktest::NotingListener::getIDFromInitData(data);
     }
-    TestClient* client = nullptr;
+    Gate gate;
   };
-  TestClient client(0);
   Reader reader;
-  reader.client = &client;
+  TestClient client(0);
   client.SetListener(&reader);
-  EXPECT_EQ(0, client.handleInitResponse(new TestInitData{6}, false, 1));
-  EXPECT_EQ(1U, client.mResponseQueue.size());
+  ASSERT_EQ(0, client.Start(false, 0));
+  ASSERT_TRUE(waitFor([&] { return reader.gate.arrived() == 1; }));
+  EXPECT_EQ(0, client.Poll(0));
+  EXPECT_TRUE(reader.inits.empty());
+  reader.gate.open();
+  EXPECT_TRUE(client.pollUntil([&] { return !reader.inits.empty(); }));
 }
 
 TEST(TKSLClientLife, QueuedCallsSurviveTheLossOfTheRegistration) {

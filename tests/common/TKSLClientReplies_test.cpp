@@ -2,7 +2,9 @@
 // ranges.
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <limits>
+#include <memory>
 
 #include "LinkTestSupport.h"
 #include "tests/support/FakeClock.h"
@@ -11,6 +13,7 @@ using linktest::arrayXml;
 using linktest::errorStruct;
 using linktest::eventXml;
 using linktest::faultXml;
+using linktest::initReply;
 using linktest::memberXml;
 using linktest::Note;
 using linktest::replyXml;
@@ -35,25 +38,48 @@ class Popping {
     client.Poll(0);
   }
 
+  // Whether the time of silence runs from the answer.
+  bool isTimedFromNow() {
+    mClock.advance(4999);
+    const bool early = client.IsTimedOut();
+    mClock.advance(1);
+    EXPECT_TRUE(client.IsTimedOut());
+    mClock.set(20000);
+    return !early;
+  }
+
   TestClient client{0};
 
  private:
   FakeClock mClock;
 };
 
+// What a synchronous call of a registered client gets for this reply. Only one kind of it ends the registration.
 Note answered(MethodType method, const std::string& reply) {
   TestClient client(0);
-  client.RegisterID(7);
-  client.Registered = true;
-  client.wire.answer(client.getMethodInfo(method).Address, reply);
+  client.SetPopRequestFrequency(3600000);
+  EXPECT_TRUE(client.startRegistered());
+  client.wire.answer("topscreen.init", initReply(8));
+  std::atomic<bool> first{true};
+  client.wire.answer(client.getMethodInfo(method).Address,
+                     [&](const std::string&) { return first.exchange(false) ? reply : initReply(8); });
   uint64_t uid = 0;
   int code = 0;
   void* data = client.SendRequestSyncRaw(method, KSLCallback(), uid, code, "()");
   Note note{method, code, ""};
-  if (code != 0) note.text = *static_cast<KSLError*>(data)->errorDescription;
-  client.handleResponse(MethodResponse{method, [](void*, bool) { return 0; }, data, code != 0, uid});
-  EXPECT_EQ(code == E_NOT_REGISTERED ? -1 : 7, client.ID());
-  EXPECT_EQ(code != E_NOT_REGISTERED, client.Registered);
+  if (code != 0) {
+    const std::unique_ptr<KSLError> error(static_cast<KSLError*>(data));
+    note.text = *error->errorDescription;
+  } else if (data != nullptr) {
+    client.getMethodInfo(method).DestroyData(data);
+  }
+  client.SendRequest(M_SETCOUNTER, 0, KSLCallback(), "");
+  const size_t counters = method == M_SETCOUNTER ? 2 : 1;
+  EXPECT_TRUE(waitFor([&] { return client.wire.requests("game.setCounter").size() == counters; }));
+  const size_t expected = (method == M_INIT ? 2U : 1U) + (code == E_NOT_REGISTERED ? 1U : 0U);
+  EXPECT_EQ(expected, client.wire.requests("topscreen.init").size()) << "registrations";
+  EXPECT_EQ(code == E_NOT_REGISTERED ? 8 : 7, client.ID());
+  client.Stop();  // before what it is answered with goes
   return note;
 }
 
@@ -61,21 +87,21 @@ Note answered(MethodType method, const std::string& reply) {
 
 TEST(TKSLClientReplies, AnEmptyArrayOfEventsIsASignOfLife) {
   for (const std::string& reply : {arrayXml({}), std::string("<nil/>")}) {
-    const Popping popping(replyXml(reply));
+    Popping popping(replyXml(reply));
     EXPECT_TRUE(popping.client.listener.events.empty());
     EXPECT_TRUE(popping.client.listener.errors.empty());
-    EXPECT_EQ(20000U, popping.client.mLastPopResponse);
+    EXPECT_TRUE(popping.isTimedFromNow());
   }
 }
 
 TEST(TKSLClientReplies, AThirdEventWithoutAContextCostsAllAndIsNoSignOfLife) {
-  const Popping popping(replyXml(arrayXml({eventXml(1, "<nil/>"), eventXml(2, "<nil/>"),
-                                           "<struct>" + memberXml("eventID", "<int>3</int>") + "</struct>"})));
+  Popping popping(replyXml(arrayXml({eventXml(1, "<nil/>"), eventXml(2, "<nil/>"),
+                                     "<struct>" + memberXml("eventID", "<int>3</int>") + "</struct>"})));
   EXPECT_TRUE(popping.client.listener.events.empty());
   EXPECT_EQ((std::vector<Note>{{M_POPEVENTS, E_INTERNAL_ERROR, "Parsing of game.popEvents response failed."}}),
             popping.client.listener.errors);
-  EXPECT_EQ(0U, popping.client.mLastPopResponse);
-  EXPECT_EQ(20000U, popping.client.mLastGoodResponse.getCopy());
+  EXPECT_FALSE(popping.isTimedFromNow());
+  EXPECT_EQ(0U, popping.client.SinceGoodAnswer());
 }
 
 TEST(TKSLClientReplies, OnlyTheAnswerThatSomebodyIsNotRegisteredEndsTheRegistration) {
@@ -131,6 +157,7 @@ TEST(TKSLClientReplies, ContextsOfAnyNumberAreReadable) {
   for (const char* number : {"0", "-0.0", "-0.000000001", "123456789012345678901234567890"})
     items.push_back(eventXml(3, std::string("<double>") + number + "</double>"));
   std::vector<std::string> seen;
+  const FakeClock clock(1000);
   TestClient client(0);
   client.listener.onEvent = [&seen](const Event& event) {
     // Each reader on each type: the wrong ones read nothing.
@@ -144,11 +171,7 @@ TEST(TKSLClientReplies, ContextsOfAnyNumberAreReadable) {
       EXPECT_EQ(0, event.asLong());
     }
   };
-  int status = 0;
-  void* data = client.Methods[M_POPEVENTS].ResponseParser(linktest::parseValue(arrayXml(items)), status);
-  ASSERT_EQ(0, status);
-  client.handleResponse(
-    MethodResponse{M_POPEVENTS, [&client](void* d, bool e) { return client.popResponse(d, e); }, data, false, 1});
+  client.askForEvents(replyXml(arrayXml(items)));
   std::vector<std::string> expected(std::begin(Numbers), std::end(Numbers));
   expected.insert(expected.end(), std::begin(LongNumbers), std::end(LongNumbers));
   EXPECT_EQ(expected, seen);
@@ -239,10 +262,21 @@ TEST(TKSLClientReplies, TheAverageIsKeptForEachMethod) {
   });
   client.SendRequestSync(M_BYE, KSLCallback(), "()");
   client.SendRequestSync(M_VOLUME, KSLCallback(), "()");
-  const std::vector<float> averages = client.mAverageMethodResponseTimes.getCopy();
-  ASSERT_EQ(12U, averages.size());
   for (int n = 0; n < M_NULL; ++n) {
-    EXPECT_FLOAT_EQ(n == M_BYE ? 40 : n == M_VOLUME ? 7 : 0, averages[static_cast<size_t>(n)]) << n;
-    EXPECT_EQ(n == M_BYE || n == M_VOLUME ? 1U : 0U, client.mMethodCalls[static_cast<size_t>(n)]) << n;
+    const auto method = static_cast<MethodType>(n);
+    EXPECT_EQ(method == M_BYE ? 40U : method == M_VOLUME ? 7U : 0U, client.averageOf(method)) << n;
   }
+  // The calls of one method alone count for its average.
+  Uint32 duration = 60;
+  for (const char* address : {"game.bye", "system.denomination"}) {
+    client.wire.answer(address, [&clock, &duration](const std::string&) {
+      clock.advance(duration);
+      return replyXml("<nil/>");
+    });
+  }
+  client.SendRequestSync(M_BYE, KSLCallback(), "()");
+  duration = 100;
+  client.SendRequestSync(M_DENOMINATION, KSLCallback(), "()");
+  EXPECT_EQ(50U, client.averageOf(M_BYE));
+  EXPECT_EQ(100U, client.averageOf(M_DENOMINATION));
 }

@@ -1,45 +1,44 @@
-// Calls that wait for their answer. No thread of the client runs where nothing else is said.
+// Calls that wait for their answer.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <limits>
 
 #include "LinkTestSupport.h"
+#include "tests/support/FakeClock.h"
 
 using linktest::errorStruct;
 using linktest::Note;
 using linktest::replyXml;
+using linktest::requestXml;
 using linktest::TestClient;
 
 namespace {
 
-// Puts answers into the client's queue that are handed out one a pass.
-struct Answers {
-  explicit Answers(TestClient& client) : client(client) {}
+// A client whose answers wait for Poll, one a pass of a queued call that is waited for.
+class Waiting {
+ public:
+  Waiting() { client.SetRegisterRequired(false); }
 
   // Somebody else's, `count` of them.
   void others(int count) {
-    for (int n = 0; n < count; ++n) {
-      client.mResponseQueue.push(
-        MethodResponse{M_VOLUME, [this](void*, bool) { return ++handled; }, nullptr, false, 1});
-    }
-  }
-  // One that has the queued call answered: the answer is the next in the queue.
-  void answerTheCall(bool isError) {
-    client.mResponseQueue.push(MethodResponse{
-      M_VOLUME,
-      [this, isError](void*, bool) {
-        const MethodCall call = client.mCallQueue.front();
-        client.dropCalls();
-        wrapper = call.callback;
-        void* data = isError ? new KSLError(E_DUPLICATE, "again") : nullptr;
-        client.mResponseQueue.push(MethodResponse{call.methodID, call.callback, data, isError, call.requestUID});
-        return 0;
-      },
-      nullptr, false, 1});
+    const auto handle = [this](void*, bool) { return ++handled; };
+    for (int n = 0; n < count; ++n) client.SendRequest(M_BYE, 9, handle, "");
+    client.sendSome(static_cast<size_t>(count));
   }
 
-  TestClient& client;
-  KSLCallback wrapper;
+  // Somebody else's, which takes so long that the answer to the call for the volume is the next one.
+  void anotherThatOutlastsTheCall() {
+    const auto wait = [this](void*, bool) {
+      EXPECT_TRUE(linktest::waitFor([&] { return client.wire.requests("system.volume").size() == 1; }));
+      return client.Stop();
+    };
+    client.SendRequest(M_BYE, 9, wait, "");
+    client.sendSome(1);
+    EXPECT_EQ(0, client.Start(false, 0));
+  }
+
+  TestClient client{0};
   int handled = 0;
 };
 
@@ -47,32 +46,29 @@ struct Answers {
 
 TEST(TKSLClientSync, AnAnswerInTheVeryLastPassIsTooLateForTheResult) {
   for (const int timeout : {2, 3}) {
-    TestClient client(0);
-    Answers answers(client);
-    answers.answerTheCall(false);
+    Waiting waiting;
+    waiting.anotherThatOutlastsTheCall();
     int answered = 0;
     const KSLCallback callback = [&answered](void*, bool) { return ++answered; };
-    EXPECT_EQ(timeout == 2 ? 1 : 0, client.SendRequestSyncQueued(timeout, M_VOLUME, 0, callback, ""));
+    EXPECT_EQ(timeout == 2 ? 1 : 0, waiting.client.SendRequestSyncQueued(timeout, M_VOLUME, 0, callback, ""));
     EXPECT_EQ(1, answered);
   }
 }
 
 TEST(TKSLClientSync, AQueuedCallWithoutACallbackIsAnsweredAllTheSame) {
-  TestClient client(0);
-  Answers answers(client);
-  answers.answerTheCall(false);
+  Waiting waiting;
+  waiting.anotherThatOutlastsTheCall();
   testing::internal::CaptureStdout();
-  EXPECT_EQ(0, client.SendRequestSyncQueued(100, M_VOLUME, 0, KSLCallback(), ""));
+  EXPECT_EQ(0, waiting.client.SendRequestSyncQueued(100, M_VOLUME, 0, KSLCallback(), ""));
   std::fflush(stdout);
   EXPECT_EQ("", testing::internal::GetCapturedStdout());
-  ASSERT_TRUE(answers.wrapper);
-  EXPECT_EQ(0, answers.wrapper(nullptr, false));
 }
 
-TEST(TKSLClientSync, AQueuedCallHandsAnswerAndResultThrough) {
-  TestClient client(0);
-  Answers answers(client);
-  answers.answerTheCall(true);
+TEST(TKSLClientSync, AQueuedCallHandsItsAnswerThrough) {
+  Waiting waiting;
+  TestClient& client = waiting.client;
+  client.wire.answer("system.volume", replyXml(errorStruct(E_DUPLICATE, "again")));
+  waiting.anotherThatOutlastsTheCall();
   int code = 0;
   const KSLCallback callback = [&code](void* data, bool isError) {
     code = isError && data != nullptr ? static_cast<KSLError*>(data)->errorCode : 0;
@@ -80,39 +76,36 @@ TEST(TKSLClientSync, AQueuedCallHandsAnswerAndResultThrough) {
   };
   EXPECT_EQ(0, client.SendRequestSyncQueued(100, M_VOLUME, 0, callback, ""));
   EXPECT_EQ(E_DUPLICATE, code);
-  EXPECT_EQ(23, answers.wrapper(nullptr, false));
   EXPECT_TRUE(client.listener.errors.empty());
 }
 
 TEST(TKSLClientSync, TheTimeoutCountsPassesOfOneAnswerEach) {
   for (const int timeout : {std::numeric_limits<int>::min(), 0, 1, 4}) {
-    TestClient client(0);
-    Answers answers(client);
-    answers.others(10);
-    EXPECT_EQ(1, client.SendRequestSyncQueued(timeout, M_VOLUME, 0, KSLCallback(), ""));
-    EXPECT_EQ(std::max(1, timeout), answers.handled);
-    client.dropCalls();
+    Waiting waiting;
+    waiting.others(10);
+    EXPECT_EQ(1, waiting.client.SendRequestSyncQueued(timeout, M_VOLUME, 0, KSLCallback(), ""));
+    EXPECT_EQ(std::max(1, timeout), waiting.handled);
   }
 }
 
 TEST(TKSLClientSync, AQueuedCallKeepsItsPlaceInTheQueue) {
   TestClient client(0);
   client.SendRequest(M_BYE, 5, KSLCallback(), "");
+  client.SendRequest(M_GETPARAM, 4, KSLCallback(), "");
   client.SendRequest(M_GETCOUNTER, 3, KSLCallback(), "");
   client.SendRequestSyncQueued(1, M_VOLUME, 4, KSLCallback(), "(i)", 5);
-  ASSERT_EQ(3U, client.mCallQueue.size());
-  EXPECT_EQ(M_VOLUME, client.mCallQueue[1].methodID);
-  EXPECT_EQ(4, client.mCallQueue[1].priority);
-  EXPECT_EQ(3U, client.mCallQueue[1].requestUID);
+  EXPECT_EQ((std::vector<std::string>{
+              requestXml("game.bye", {"<i4>-1</i4>"}), requestXml("game.getParam", {"<i4>-1</i4>"}),
+              requestXml("system.volume", {"<i4>5</i4>"}), requestXml("game.getCounter", {"<i4>-1</i4>"})}),
+            client.sendAll());
 }
 
 TEST(TKSLClientSync, ARefusedCallIsNotWaitedFor) {
-  TestClient client(0);
-  Answers answers(client);
-  answers.others(3);
-  EXPECT_EQ(-1, client.SendRequestSyncQueued(100, M_VOLUME, 0, KSLCallback(), "(i"));
-  EXPECT_EQ(0, answers.handled);
-  EXPECT_TRUE(client.mCallQueue.empty());
+  Waiting waiting;
+  waiting.others(3);
+  EXPECT_EQ(-1, waiting.client.SendRequestSyncQueued(100, M_VOLUME, 0, KSLCallback(), "(i"));
+  EXPECT_EQ(0, waiting.handled);
+  EXPECT_TRUE(waiting.client.sendAll().empty());
 }
 
 TEST(TKSLClientSync, ASynchronousCallGoesPastTheQueueWithItsOwnNumber) {
@@ -123,27 +116,27 @@ TEST(TKSLClientSync, ASynchronousCallGoesPastTheQueueWithItsOwnNumber) {
   EXPECT_EQ(nullptr, client.SendRequestSyncRaw(M_VOLUME, KSLCallback(), uid, code, "()"));
   EXPECT_EQ(2U, uid);
   EXPECT_EQ(0, code);
-  EXPECT_EQ(1U, client.mCallQueue.size());
-  EXPECT_EQ(1U, client.wire.requests().size());
-  EXPECT_TRUE(linktest::unlocked(client.KSL_send_mutex));
+  EXPECT_EQ(std::vector<std::string>{requestXml("system.volume", {})}, client.wire.requests());
+  EXPECT_EQ(std::vector<std::string>{requestXml("game.bye", {"<i4>-1</i4>"})}, client.sendAll());
 }
 
 // Only the client's own thread drops the registration over a network that fails; what the service says of the
 // client itself holds for any thread.
 TEST(TKSLClientSync, ACommunicationErrorOfASynchronousCallLeavesTheRegistration) {
-  TestClient client(0);
-  client.RegisterID(7);
-  client.Registered = true;
-  client.EnableCommunication();
-  client.TogglePopRequests(true);
+  const FakeClock clock(20000);
   for (const std::string& reply :
        {replyXml(errorStruct(E_COMMUNICATION_ERROR, "lost")), linktest::faultXml(-505, "lost")}) {
+    TestClient client(0);
+    client.SetPopRequestFrequency(3600000);
+    ASSERT_TRUE(client.startRegistered());
     client.wire.answer("system.volume", reply);
     EXPECT_EQ(0, client.SendRequestSync(M_VOLUME, KSLCallback(), "()"));
     EXPECT_EQ((std::vector<Note>{{M_VOLUME, E_COMMUNICATION_ERROR, "lost"}}), client.listener.errors);
     EXPECT_EQ(7, client.ID());
-    EXPECT_TRUE(client.Registered && client.CommunicationEnabled() && client.mPopEnabled);
-    client.listener.errors.clear();
+    EXPECT_TRUE(client.CommunicationEnabled() && client.asksForEvents());
+    client.SendRequest(M_BYE, 0, KSLCallback(), "");
+    ASSERT_TRUE(linktest::waitFor([&] { return client.wire.requests("game.bye").size() == 1; }));
+    EXPECT_EQ(1U, client.wire.requests("topscreen.init").size());
   }
 }
 

@@ -137,16 +137,6 @@ TEST(TKSLClientWire, AParameterThatIsNoArrayIsTheOneParameter) {
             client.wire.requests().at(1));
 }
 
-TEST(TKSLClientWire, NullParametersAreNone) {
-  TestClient client(0);
-  xmlrpc_env env;
-  int code = 0;
-  const MethodCall call{M_VOLUME, 0, nullptr, 0, KSLCallback(), 1};
-  EXPECT_EQ(nullptr, client.sendInternal(&env, "http://127.0.0.1:1/KSL", call, code));
-  EXPECT_EQ(0, code);
-  EXPECT_EQ(requestXml("system.volume", {}), client.wire.requests().at(0));
-}
-
 TEST(TKSLClientWire, APackageOfEventsIsAnArrayOfStructs) {
   TestClient client(0);
   ASSERT_TRUE(client.startRegistered());
@@ -269,22 +259,30 @@ TEST(TKSLClientWire, AnythingThrownByTheTransportIsAFailedConnection) {
 }
 
 TEST(TKSLClientWire, NotRegisteredEndsRegistrationAndCommunication) {
+  const FakeClock clock(20000);
+  linktest::Gate gate;
   TestClient client(0);
-  client.RegisterID(7);
-  client.EnableCommunication();
-  client.TogglePopRequests(true);
-  client.Registered = true;
+  client.SetPopRequestFrequency(3600000);
+  ASSERT_TRUE(client.startRegistered());
   client.wire.answer("system.volume", replyXml(errorStruct(E_ALREADY_REGISTERED, "")));
   call(client, M_VOLUME);
   EXPECT_EQ(7, client.ID());
-  EXPECT_TRUE(client.Registered && client.CommunicationEnabled() && client.mPopEnabled);
+  EXPECT_TRUE(client.CommunicationEnabled() && client.asksForEvents());
+  client.SendRequest(M_BYE, 0, KSLCallback(), "");
+  ASSERT_TRUE(linktest::waitFor([&] { return client.wire.requests("game.bye").size() == 1; }));
+  EXPECT_EQ(1U, client.wire.requests("topscreen.init").size());
 
   client.wire.answer("system.volume", replyXml(errorStruct(E_NOT_REGISTERED, "who are you")));
+  client.wire.answer("topscreen.init", [&gate](const std::string&) {
+    gate.pass();
+    return initReply(8);
+  });
   EXPECT_EQ("who are you", call(client, M_VOLUME).text);
   EXPECT_EQ(-1, client.ID());
-  EXPECT_FALSE(client.Registered);
   EXPECT_FALSE(client.CommunicationEnabled());
-  EXPECT_FALSE(client.mPopEnabled);
+  EXPECT_FALSE(client.asksForEvents());
+  EXPECT_TRUE(linktest::waitFor([&] { return gate.arrived() == 1; })) << "it does not register anew";
+  gate.open();
 }
 
 TEST(TKSLClientWire, TheTimeOfAGoodReplyIsKeptThoughItsParserRefusesIt) {
@@ -344,6 +342,4 @@ TEST(TKSLClientWire, TheAverageCountsFailedCallsToo) {
     call(client, M_VOLUME);
   }
   EXPECT_EQ(30U, client.averageOf(M_VOLUME));
-  EXPECT_EQ(3U, client.mMethodCalls[M_VOLUME]);
-  EXPECT_EQ(0U, client.mMethodCalls[M_BYE]);
 }
