@@ -68,31 +68,32 @@ INSTANTIATE_TEST_SUITE_P(All, PoliteSignal, testing::Values(SIGHUP, SIGINT, SIGQ
                          [](const auto& info) { return signalName(info.param); });
 
 // While nobody answers.
-class SignalDuringTheStart : public SystemTest, public testing::WithParamInterface<int> {
+class DuringTheStart : public SystemTest {
  protected:
   void SetUp() override {
     SystemTest::SetUp();
     if (HasFatalFailure()) return;
     startRefusing();
+    if (HasFatalFailure()) return;
+    startProgram(mSimulator.address(), Renderer::Software, {});
   }
 };
 
+class SignalDuringTheStart : public DuringTheStart, public testing::WithParamInterface<int> {};
+
 TEST_P(SignalDuringTheStart, EndsItAsSoonAsTheHandlerStands) {
-  startProgram(mSimulator.address(), Renderer::Software, {});
   ASSERT_TRUE(within(20000, [this] { return handles(GetParam()); }));
   mProgram.signal(GetParam());
   EXPECT_TRUE(exitsWith(kExitBound, GetParam()));
 }
 
 TEST_P(SignalDuringTheStart, EndsTheLoad) {
-  startProgram(mSimulator.address(), Renderer::Software, {});
   ASSERT_TRUE(within(20000, [this] { return !log().empty(); }));
   mProgram.signal(GetParam());
   EXPECT_TRUE(exitsWith(kExitBound, GetParam()));
 }
 
 TEST_P(SignalDuringTheStart, EndsTheLoader) {
-  startProgram(mSimulator.address(), Renderer::Software, {});
   ASSERT_TRUE(within(20000, [this] { return loaderShown(); }));
   ASSERT_TRUE(within(20000, [this] { return !mSimulator.refusals().empty(); }));
   mProgram.signal(GetParam());
@@ -134,26 +135,25 @@ TEST_F(Exit, FrequencyOf0IsADivisionFault) {
 
 // The client registers without end and cannot be stopped meanwhile: the end waits for the service, but not for
 // ever.
-TEST_F(Exit, EscapeWhileNobodyAnswersTearsDownAndEndsWith0InTenSeconds) {
-  startRefusing();
-  if (HasFatalFailure()) return;
-  startProgram(mSimulator.address(), Renderer::Software, {});
-  ASSERT_TRUE(within(20000, [this] { return loaderShown(); }));
-  ASSERT_TRUE(mX.typeKey("Escape"));
-  ASSERT_TRUE(within(kExitBound, [this] { return mX.findWindow("TopScreen") == 0; }));
+class EscapeDuringTheStart : public DuringTheStart {
+ protected:
+  void SetUp() override {
+    DuringTheStart::SetUp();
+    if (HasFatalFailure()) return;
+    ASSERT_TRUE(within(20000, [this] { return loaderShown(); }));
+    ASSERT_TRUE(mX.typeKey("Escape"));
+    ASSERT_TRUE(within(kExitBound, [this] { return mX.findWindow("TopScreen") == 0; }));
+  }
+};
+
+TEST_F(EscapeDuringTheStart, TearsDownAndEndsWith0InTenSeconds) {
   const size_t attempts = mSimulator.refusals().size();
   ASSERT_TRUE(within(kExitBound, [&] { return mSimulator.refusals().size() >= attempts + 2; }));
   EXPECT_TRUE(exitsWith(40000, 0));
   EXPECT_EQ(logged("The end has taken ten seconds, what is left of it is left out"), 1);
 }
 
-TEST_F(Exit, EscapeWhileNobodyAnswersEndsWith0AsSoonAsSomebodyDoes) {
-  startRefusing();
-  if (HasFatalFailure()) return;
-  startProgram(mSimulator.address(), Renderer::Software, {});
-  ASSERT_TRUE(within(20000, [this] { return loaderShown(); }));
-  ASSERT_TRUE(mX.typeKey("Escape"));
-  ASSERT_TRUE(within(kExitBound, [this] { return mX.findWindow("TopScreen") == 0; }));
+TEST_F(EscapeDuringTheStart, EndsWith0AsSoonAsSomebodyAnswers) {
   mSimulator.apply({{"do", "good"}});
   EXPECT_TRUE(exitsWith(kExitBound, 0));
   EXPECT_EQ(mSimulator.calls("game.popEvents"), 0);

@@ -55,23 +55,29 @@ class Faults : public SystemTest {
 
 // ---- ends that end
 
-TEST_F(Faults, EscapeBesideASilentServiceEndsInTenSecondsWith0) {
+// A way to ask the running program for its end.
+struct Ask {
+  const char* name;
+  void (*ask)(XServer& x);
+};
+
+void PrintTo(const Ask& ask, std::ostream* out) { *out << ask.name; }
+
+class AskedEnd : public Faults, public testing::WithParamInterface<Ask> {};
+
+TEST_P(AskedEnd, BesideASilentServiceComesInTenSecondsWith0) {
   startUntilPanel(Renderer::Software, 5);
   if (HasFatalFailure()) return;
   silence();
-  ASSERT_TRUE(mX.typeKey("Escape"));
+  GetParam().ask(mX);
   EXPECT_TRUE(exitsWith(kEndBound, 0));
   EXPECT_EQ(logged(kCutShort), 1);
 }
 
-TEST_F(Faults, ClosedWindowBesideASilentServiceEndsInTenSecondsWith0) {
-  startUntilPanel(Renderer::Software, 5);
-  if (HasFatalFailure()) return;
-  silence();
-  mX.requestClose(mX.findWindow("TopScreen"));
-  EXPECT_TRUE(exitsWith(kEndBound, 0));
-  EXPECT_EQ(logged(kCutShort), 1);
-}
+const Ask kAsks[] = {{"ByEscape", [](XServer& x) { EXPECT_TRUE(x.typeKey("Escape")); }},
+                     {"ByAClosedWindow", [](XServer& x) { x.requestClose(x.findWindow("TopScreen")); }}};
+
+INSTANTIATE_TEST_SUITE_P(All, AskedEnd, testing::ValuesIn(kAsks), [](const auto& info) { return info.param.name; });
 
 TEST_F(Faults, SignalBesideASilentServiceDoesNotWaitForIt) {
   startUntilPanel(Renderer::Software, 5);
