@@ -79,8 +79,8 @@ class Tlabel : public vendelo_sdl2::TGuiComponent {
   SDL_Rect mLabelRect;
   TTF_Font* mpFont;
   SDL_Color mColor;
-  SDL_Surface* mpSurface;   // only while the textures are built
-  SDL_Surface* mpSurface2;  // the same, second line
+  SDL_Surface* mpSurface;   // of one line, only while a texture of it is made
+  SDL_Surface* mpSurface2;  // null: what two lines are made of lives in buildTwoLines alone
   LabelChangedListener* mpLabelChangedListener;
   bool mDrawShadow;
   int mShadowOffset;
