@@ -39,18 +39,26 @@ extern "C" int TTF_WasInit(void) { return fontsAreGone ? 0 : next<int (*)()>("TT
 
 namespace {
 
+// What has no setter, and the two figures that the clock makes.
 struct Loader : TPlatformLoader {
   Loader(SDL_Renderer* renderer, int w, int h) : TPlatformLoader(renderer, 0, 0, w, h, "loader") {}
   using TPlatformLoader::bShowLogo;
   using TPlatformLoader::bUseShadow;
+  using TPlatformLoader::mAngle;
+  using TPlatformLoader::mRadius;
+
+  Tlabel* label() { return static_cast<Tlabel*>(FindComponentByName("statusLabelKSLLoader")); }
+};
+
+// What a new panel holds.
+struct Inside : Loader {
+  using Loader::Loader;
   using TPlatformLoader::dotShadowSize;
   using TPlatformLoader::dotSize;
-  using TPlatformLoader::mAngle;
   using TPlatformLoader::mBehaviorMode;
   using TPlatformLoader::mDotShadowTexture;
   using TPlatformLoader::mDotTexture;
   using TPlatformLoader::mLogoTexture;
-  using TPlatformLoader::mRadius;
   using TPlatformLoader::mStatusLabel;
 };
 
@@ -69,9 +77,10 @@ class PlatformLoader : public WidgetTest {
     for (TTF_Font* font : fonts) TTF_CloseFont(font);
     TTF_Quit();
   }
-  Loader* make(int w, int h) {
-    auto* loader = app.add(new Loader(renderer, w, h));
-    if (TTF_Font* font = loader->mStatusLabel->GetFont()) fonts.push_back(font);  // the panel does not close it
+  template <class T = Loader>
+  T* make(int w, int h) {
+    auto* loader = app.add(new T(renderer, w, h));
+    if (TTF_Font* font = loader->label()->GetFont()) fonts.push_back(font);  // the panel does not close it
     return loader;
   }
   void drawAt(Loader& loader, Uint32 tick) {
@@ -88,7 +97,7 @@ class PlatformLoader : public WidgetTest {
 
 TEST_F(PlatformLoader, StartsAsDocumented) {
   const LogLines log;
-  Loader* loader = make(400, 201);
+  auto* loader = make<Inside>(400, 201);
   EXPECT_FALSE(loader->bUseShadow);
   EXPECT_TRUE(loader->bShowLogo);
   EXPECT_EQ(0.0f, loader->mAngle);
@@ -125,7 +134,7 @@ TEST_F(PlatformLoader, AFontThatCannotBeOpenedIsToldInTheLog) {
 TEST_F(PlatformLoader, ItsFontIsClosedWithItUnlessTheLibraryOfFontsWentBefore) {
   for (const bool gone : {false, true}) {
     Loader* loader = app.add(new Loader(renderer, 400, 200));
-    TTF_Font* font = loader->mStatusLabel->GetFont();
+    TTF_Font* font = loader->label()->GetFont();
     ASSERT_NE(nullptr, font);
     closed.clear();
     fontsAreGone = gone;
@@ -226,7 +235,7 @@ TEST_F(PlatformLoader, MissingImagesAreNotDrawn) {
   std::filesystem::remove(folder + "splashLogo.png");
   std::filesystem::remove(folder + "AppFont.ttf");
   testing::internal::CaptureStdout();
-  Loader* loader = make(400, 200);
+  auto* loader = make<Inside>(400, 200);
   testing::internal::GetCapturedStdout();
   EXPECT_EQ(0, loader->dotSize);
   EXPECT_EQ(0, loader->dotShadowSize);
@@ -241,17 +250,17 @@ TEST_F(PlatformLoader, TheStatusLineFollowsTheLogWhenToldTo) {
   Loader* loader = make(400, 200);
   loader->SetDisplayMessage("fixed");
   loader->drawLogic();
-  EXPECT_EQ("fixed", loader->mStatusLabel->GetText());
+  EXPECT_EQ("fixed", loader->label()->GetText());
   loader->SetBehavior(TPlatformLoader::TAKE_LAST_LOG);
-  EXPECT_EQ("fixed", loader->mStatusLabel->GetText());
+  EXPECT_EQ("fixed", loader->label()->GetText());
   pApp->TLogManager::Init(folder + "test.log", nullptr, nullptr, false);
   pApp->WriteLog(3, 0, "%s", "a line of the log");
   ASSERT_NE(std::string::npos, logman::GetLastLog().find("a line of the log"));
   loader->drawLogic();
-  EXPECT_EQ(logman::GetLastLog(), loader->mStatusLabel->GetText());
+  EXPECT_EQ(logman::GetLastLog(), loader->label()->GetText());
   loader->SetDisplayMessage("overwritten by the next frame");
   loader->drawLogic();
-  EXPECT_EQ(logman::GetLastLog(), loader->mStatusLabel->GetText());
+  EXPECT_EQ(logman::GetLastLog(), loader->label()->GetText());
   pApp->TLogManager::Destroy();
 }
 
