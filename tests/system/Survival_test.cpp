@@ -84,6 +84,26 @@ TEST_F(Survival, TextsThatAreNoAnswerCostOneLineEach) {
   EXPECT_TRUE(rollsTo(kPot));
 }
 
+// One after the other, a second each; then comes the right answer.
+TEST_F(Survival, EachFieldOfTheRegistrationMayHaveAWrongTypeOrBeMissing) {
+  startSimulator();
+  mSimulator.apply({{"do", "add"}, {"level", {{"DecimalPlaces", 0}}}});
+  int bad = 0;
+  for (const char* reply : {"type", "missing"})
+    for (const char* field :
+         {"ID", "Locale", "DecimalSeparator", "ThousandSeparator", "ThousandGrouping", "Language"}) {
+      mSimulator.apply({{"do", "bad"}, {"method", "topscreen.init"}, {"reply", reply}, {"field", field}});
+      ++bad;
+    }
+  startProgram(mSimulator.address(), Renderer::Software, {});
+  ASSERT_TRUE(within(20000, [this] { return loaderShown(); }));
+  EXPECT_TRUE(within(40000, [this] { return panelShown(); }));
+  for (const Json& entry : mSimulator.log(0)) bad -= entry.contains("bad");
+  EXPECT_EQ(bad, 0) << "it was content with one of these";
+  EXPECT_EQ(logged("KSL: ERROR on init"), 1) << "one reason, one line";
+  EXPECT_TRUE(rollsTo(kPot));
+}
+
 TEST_F(Survival, EachFieldOfTheStateMayHaveAWrongTypeOrBeMissing) {
   startWithPanel(Renderer::Software, 0);
   if (HasFatalFailure()) return;
@@ -202,6 +222,7 @@ TEST_F(SpoiltLog, FileThatCannotBeOpenedIsToldOnTheConsoleAndTheScreenGoesOn) {
 // How the files of a skin are spoilt: what becomes of each one's content.
 struct Spoilt {
   const char* name;
+  bool isPicture;  // whether a picture is still one
   std::string (*become)(const std::string&);
 };
 
@@ -213,11 +234,11 @@ std::string noise(size_t size) {
 }
 
 const Spoilt kSpoilt[] = {
-  {"Cut", [](const std::string& file) { return file.substr(0, file.size() / 2); }},
-  {"Empty", [](const std::string&) { return std::string(); }},
-  {"Random", [](const std::string& file) { return noise(file.size()); }},
-  {"RandomBehindTheHead", [](const std::string& file) { return file.substr(0, 40) + noise(file.size()); }},
-  {"Huge", [](const std::string& file) { return file + std::string(32 << 20, 'x'); }},
+  {"Cut", false, [](const std::string& file) { return file.substr(0, file.size() / 2); }},
+  {"Empty", false, [](const std::string&) { return std::string(); }},
+  {"Random", false, [](const std::string& file) { return noise(file.size()); }},
+  {"RandomBehindTheHead", false, [](const std::string& file) { return file.substr(0, 40) + noise(file.size()); }},
+  {"Huge", true, [](const std::string& file) { return file + std::string(32 << 20, 'x'); }},
 };
 
 class SpoiltSkin : public SystemTest, public testing::WithParamInterface<Spoilt> {
@@ -230,6 +251,14 @@ class SpoiltSkin : public SystemTest, public testing::WithParamInterface<Spoilt>
       std::ofstream(path, std::ios::binary) << GetParam().become(content);
     }
   }
+  // That this picture could not be loaded.
+  bool isTold(const std::string& picture) const { return logged("/TOP_SKIN/" + picture) > 0; }
+  int brokenFonts() const { return logged(" is not usable: "); }
+  void endsWell() {
+    EXPECT_EQ(logged("BACKTRACE"), 0);
+    mProgram.signal(SIGTERM);
+    EXPECT_TRUE(exitsWith(10000, SIGTERM));
+  }
 };
 
 TEST_P(SpoiltSkin, FromTheStartLeavesOutWhatItWouldShow) {
@@ -237,11 +266,15 @@ TEST_P(SpoiltSkin, FromTheStartLeavesOutWhatItWouldShow) {
   startSimulator();
   mSimulator.apply({{"do", "add"}, {"level", {{"CurrentPot", 5}}}});
   startProgram(mSimulator.address(), Renderer::Software, {});
-  EXPECT_TRUE(within(30000, [this] { return mSimulator.calls("game.popEvents") >= 3; }));
+  EXPECT_TRUE(within(30000, [this] { return logged("Creating jackpot panel with 1 levels.") == 1; }));
+  EXPECT_TRUE(within(20000, [this] { return brokenFonts() > 0; }));
   EXPECT_TRUE(asksForEvents(3));
-  EXPECT_EQ(logged("BACKTRACE"), 0);
-  mProgram.signal(SIGTERM);
-  EXPECT_TRUE(exitsWith(10000, SIGTERM));
+  EXPECT_TRUE(within(20000, [this] { return isTold("GOLD_RIGHT") != GetParam().isPicture; }));
+  if (GetParam().isPicture)
+    EXPECT_TRUE(within(20000, [this] { return panelShown(); }));
+  else
+    EXPECT_TRUE(alike(mX.pixel(5, 1075), {0, 0, 0}));
+  endsWell();
 }
 
 // The levels are built anew from what is there by then; what has been loaded stays.
@@ -250,12 +283,12 @@ TEST_P(SpoiltSkin, ReplacedUnderTheRunningProgramKeepsWhatStands) {
   if (HasFatalFailure()) return;
   spoil();
   mSimulator.apply({{"do", "add"}, {"level", {{"CurrentPot", 5}}}});
-  mSimulator.apply({{"do", "add"}, {"level", {{"CurrentPot", 5}}}});
+  EXPECT_TRUE(within(30000, [this] { return logged("Creating jackpot panel with 2 levels.") == 1; }));
   EXPECT_TRUE(asksForEvents(5));
+  EXPECT_TRUE(within(20000, [this] { return isTold("SILVER_RIGHT") != GetParam().isPicture; }));
+  EXPECT_EQ(brokenFonts(), 0) << "a font that was there is read again";
   EXPECT_TRUE(panelShown());
-  EXPECT_EQ(logged("BACKTRACE"), 0);
-  mProgram.signal(SIGTERM);
-  EXPECT_TRUE(exitsWith(10000, SIGTERM));
+  endsWell();
 }
 
 INSTANTIATE_TEST_SUITE_P(All, SpoiltSkin, testing::ValuesIn(kSpoilt),
