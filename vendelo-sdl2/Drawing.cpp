@@ -10,6 +10,25 @@ namespace {
 
 std::atomic<TFramePicture*> recording{nullptr};
 
+// No lock, as textures come and go in frames. The figures of a moment need not be of the same one.
+std::atomic<long> textures{0};
+std::atomic<int64_t> textureBytes{0};
+
+int64_t bytesOf(SDL_Texture* texture) {
+  Uint32 format = 0;
+  int width = 0, height = 0;
+  if (SDL_QueryTexture(texture, &format, nullptr, &width, &height) != 0) return 0;
+  return int64_t{SDL_BYTESPERPIXEL(format)} * width * height;
+}
+
+SDL_Texture* counted(SDL_Texture* texture) {
+  if (texture) {
+    textures.fetch_add(1, std::memory_order_relaxed);
+    textureBytes.fetch_add(bytesOf(texture), std::memory_order_relaxed);
+  }
+  return texture;
+}
+
 TFramePicture* recorder(SDL_Renderer* renderer) {
   TFramePicture* const picture = recording;
   return picture && picture->renderer() == renderer ? picture : nullptr;
@@ -76,10 +95,27 @@ void SetOrigin(SDL_Renderer* renderer, const SDL_Point& by) {
   origin = by.x == 0 && by.y == 0 ? decltype(origin){} : decltype(origin){renderer, Target(renderer), by};
 }
 
+SDL_Texture* Create(SDL_Renderer* renderer, Uint32 format, int access, int width, int height) {
+  return counted(SDL_CreateTexture(renderer, format, access, width, height));
+}
+
+SDL_Texture* CreateFromSurface(SDL_Renderer* renderer, SDL_Surface* surface) {
+  return counted(SDL_CreateTextureFromSurface(renderer, surface));
+}
+
 void Destroy(SDL_Texture* texture) {
   TFramePicture* const picture = recording;
   if (picture && texture && picture->keeps(texture)) return;
+  DestroyNow(texture);
+}
+
+void DestroyNow(SDL_Texture* texture) {
+  if (!texture) return;
+  textures.fetch_sub(1, std::memory_order_relaxed);
+  textureBytes.fetch_sub(bytesOf(texture), std::memory_order_relaxed);
   SDL_DestroyTexture(texture);
 }
+
+TTextures Textures() { return {textures, textureBytes}; }
 
 }  // namespace vendelo_sdl2::drawing

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstring>
 
+#include "vendelo-sdl2/Drawing.h"
 #include "vendelo-sdl2/TextureContent.h"
 
 namespace MyUtils {
@@ -117,7 +118,8 @@ SDL_Surface* InFastFormat(SDL_Renderer* renderer, SDL_Surface* picture) {
 }
 
 vendelo_sdl2::TTexturePtr TextureOf(SDL_Renderer* renderer, SDL_Surface* picture) {
-  vendelo_sdl2::TTexturePtr texture(picture ? SDL_CreateTextureFromSurface(renderer, picture) : nullptr);
+  vendelo_sdl2::TTexturePtr texture(picture ? vendelo_sdl2::drawing::CreateFromSurface(renderer, picture)
+                                            : nullptr);
   if (texture) vendelo_sdl2::setContent(texture.get(), vendelo_sdl2::freshContent() | facts(picture));
   return texture;
 }
@@ -132,7 +134,7 @@ vendelo_sdl2::TTexturePtr LayerOf(SDL_Renderer* renderer, const SDL_Surface* pic
     picture = other.get();
   }
   vendelo_sdl2::TTexturePtr layer(
-    SDL_CreateTexture(renderer, format, SDL_TEXTUREACCESS_TARGET, picture->w, picture->h));
+    vendelo_sdl2::drawing::Create(renderer, format, SDL_TEXTUREACCESS_TARGET, picture->w, picture->h));
   if (!layer || SDL_UpdateTexture(layer.get(), nullptr, picture->pixels, picture->pitch) != 0) return nullptr;
   SDL_SetTextureBlendMode(layer.get(), SDL_BLENDMODE_BLEND);
   vendelo_sdl2::setContent(layer.get(),

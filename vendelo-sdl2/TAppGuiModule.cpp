@@ -7,6 +7,7 @@
 #include <limits>
 
 #include "common/TBitmapFont.h"
+#include "vendelo-sdl2/Drawing.h"
 #include "vendelo-sdl2/MyUtils.h"
 #include "vendelo-sdl2/TApplication.h"
 #include "vendelo-sdl2/TFramePicture.h"
@@ -69,8 +70,8 @@ int TAppGuiModule::CreateWindow(std::string WindowTitle, int x, int y, int w, in
   };
   WindowNativeSize = {placed(x), placed(y), w, h};
   WindowCurrentSize = WindowNativeSize;
-  mpBackBuffer.reset(SDL_CreateTexture(mpGUIRenderer, SDL_GetWindowPixelFormat(mpWindow), SDL_TEXTUREACCESS_TARGET,
-                                       WindowNativeSize.w, WindowNativeSize.h));
+  mpBackBuffer.reset(drawing::Create(mpGUIRenderer, SDL_GetWindowPixelFormat(mpWindow), SDL_TEXTUREACCESS_TARGET,
+                                     WindowNativeSize.w, WindowNativeSize.h));
   if (!mpBackBuffer) return -4;
   SDL_SetRenderTarget(mpGUIRenderer, mpBackBuffer.get());
 

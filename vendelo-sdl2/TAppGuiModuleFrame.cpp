@@ -3,6 +3,7 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "vendelo-sdl2/Drawing.h"
 #include "vendelo-sdl2/SystemSeams.h"
 #include "vendelo-sdl2/TAppGuiModule.h"
 #include "vendelo-sdl2/TApplication.h"
@@ -161,7 +162,7 @@ void TAppGuiModule::rebuildTextures() {
   Uint32 format = 0;
   int w = 0, h = 0;
   SDL_QueryTexture(mpBackBuffer.get(), &format, nullptr, &w, &h);
-  if (SDL_Texture* fresh = SDL_CreateTexture(mpGUIRenderer, format, SDL_TEXTUREACCESS_TARGET, w, h))
+  if (SDL_Texture* fresh = drawing::Create(mpGUIRenderer, format, SDL_TEXTUREACCESS_TARGET, w, h))
     mpBackBuffer.reset(fresh);
   SDL_SetRenderTarget(mpGUIRenderer, mpBackBuffer.get());
   for (TComponentList::Walk walk(GuiComponentList); TGuiComponent* root = walk.next();) root->OnTexturesLost();

@@ -72,8 +72,8 @@ SDL_Texture* TAppGuiModule::SubImage(SDL_Texture* pSrc, int x, int y, int w, int
 
 SDL_Texture* TAppGuiModule::CreateLayer(SDL_Texture*, int width, int height, int, int tR, int tG, int tB, int) {
   if (isTooLarge(width, height)) return nullptr;
-  SDL_Texture* layer = SDL_CreateTexture(mpGUIRendererStatic, MyUtils::LayerFormat(mpGUIRendererStatic),
-                                         SDL_TEXTUREACCESS_TARGET, width, height);
+  SDL_Texture* layer = drawing::Create(mpGUIRendererStatic, MyUtils::LayerFormat(mpGUIRendererStatic),
+                                       SDL_TEXTUREACCESS_TARGET, width, height);
   if (!layer) return nullptr;
   SDL_SetTextureBlendMode(layer, SDL_BLENDMODE_NONE);
   TRenderGuard guard(mpGUIRendererStatic);

@@ -221,7 +221,7 @@ void TFramePicture::scaleBefore(TDrawCommand& c) {
   SDL_Rect size{0, 0, 0, 0};
   if (mpScaled) SDL_QueryTexture(mpScaled.get(), &own, nullptr, &size.w, &size.h);
   if (own != format || size.w != to.w || size.h != to.h) {
-    mpScaled.reset(SDL_CreateTexture(mpRenderer, format, SDL_TEXTUREACCESS_TARGET, to.w, to.h));
+    mpScaled.reset(drawing::Create(mpRenderer, format, SDL_TEXTUREACCESS_TARGET, to.w, to.h));
     if (!mpScaled) return;
     SDL_SetTextureBlendMode(mpScaled.get(), blends);
   }
@@ -437,7 +437,7 @@ void TFramePicture::issueAll(const TCommands& commands, SDL_Texture* target) con
 }
 
 void TFramePicture::destroyDying() {
-  for (SDL_Texture* texture : mDying) SDL_DestroyTexture(texture);
+  for (SDL_Texture* texture : mDying) drawing::DestroyNow(texture);
   mDying.clear();
 }
 

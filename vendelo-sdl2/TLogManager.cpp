@@ -187,7 +187,7 @@ void TLogManager::replaceFile() {
     KLOG(LogApp, logs::Error, "Can't open log file %s", mLogFileLocation.c_str());
     mWriteFailed = true;
     mEndsInLine = false;
-    mLostLines += mLineEnds.size();
+    lose(mLineEnds.size());
     FileOpenTime = SDL_GetTicks();
     mFileBuffer.clear();
     mLineEnds.clear();
@@ -198,6 +198,12 @@ void TLogManager::replaceFile() {
   mFileBuffer.insert(0, before);
   for (size_t& end : mLineEnds) end += before.size();
   mFileBytes += mFileBuffer.size();
+}
+
+void TLogManager::lose(size_t lines) {
+  mAllLostLines += lines;
+  // A file that could not be opened from the start is not told of: the console has each line twice then.
+  if (mWriteFailed) mLostLines += lines;
 }
 
 bool TLogManager::flushFile() {
@@ -213,7 +219,7 @@ bool TLogManager::flushFile() {
     mWriteFailed = true;
     // A line that lacks nothing but its end is there: it gets that when the file goes on.
     const auto lost = [arrived](size_t end) { return end - 1 > arrived; };
-    mLostLines += static_cast<unsigned long>(std::count_if(mLineEnds.begin(), mLineEnds.end(), lost));
+    lose(static_cast<size_t>(std::count_if(mLineEnds.begin(), mLineEnds.end(), lost)));
     FileOpenTime = SDL_GetTicks();
     hLogFile.close();
   }
@@ -306,7 +312,10 @@ void TLogManager::saveEntry(const TLogEntry& entry) {
     WriteToFile(entry.Message.substr(0, kStampLength) + prefixOf(kWarningType) +
                 "The log has as many lines as a day may have, until midnight only starts, ends, crashes and "
                 "registrations follow\n");
-  if (!mLimitReached || entry.IsEssential) WriteToFile(line);
+  if (!mLimitReached || entry.IsEssential)
+    WriteToFile(line);
+  else
+    ++mLinesBeyondLimit;
 }
 
 void TLogManager::tellDroppedConsoleLines() {
@@ -385,7 +394,7 @@ void TLogManager::WriteToFile(const std::string& message) {
   const bool isLine = message.ends_with('\n');
   if (!hLogFile.is_open()) {
     std::printf("logman(logfile error): %s\n", message.c_str());
-    if (mWriteFailed && isLine) ++mLostLines;
+    if (isLine) lose(1);
     return;
   }
   mFileBuffer += message;

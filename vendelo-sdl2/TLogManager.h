@@ -111,6 +111,10 @@ class TLogManager {
   std::string GetLastLog();
   // The path of the present file.
   std::string GetLogFileName();
+  // How many lines of the whole run the file has not got: because it could not be written, and because of the
+  // limit of the day. Any thread.
+  unsigned long LostLines() const { return mAllLostLines; }
+  unsigned long LinesBeyondLimit() const { return mLinesBeyondLimit; }
 
  private:
   void removeOldLogs(const std::filesystem::path& directory, const std::string& logStem);
@@ -134,6 +138,7 @@ class TLogManager {
   void reopen();
   // The first text behind a failure, with the count of the lines lost.
   void resume(const std::string& before);
+  void lose(size_t lines);
   void switchDate();
   void tellListeners(const TLogEntry& entry);
 
@@ -157,8 +162,9 @@ class TLogManager {
   bool mWriteFailed = false;      // poll; since then nothing has reached the file
   bool mEndsInLine = false;       // poll; the file ends in the middle of a line
   unsigned long mLostLines = 0;   // poll; that a failed file has not got
-  dev_t mFileDevice = 0;          // poll; with the next one which file is open, 0 and 0 unknown
-  ino_t mFileNumber = 0;          // poll
+  std::atomic<unsigned long> mAllLostLines{0}, mLinesBeyondLimit{0};
+  dev_t mFileDevice = 0;  // poll; with the next one which file is open, 0 and 0 unknown
+  ino_t mFileNumber = 0;  // poll
   uintmax_t mDailyLimit = 0;
   uintmax_t mFileBytes = 0;        // poll; in the file and in the buffer
   bool mLimitReached = false;      // poll; and said

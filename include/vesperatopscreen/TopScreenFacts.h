@@ -1,6 +1,7 @@
 #pragma once
 
 #include <SDL_stdinc.h>
+#include <cstdint>
 #include <optional>
 #include <string>
 
@@ -13,6 +14,10 @@ struct TopScreenFacts {
   std::optional<Uint32> sinceGoodAnswer;  // milliseconds
   unsigned long frames = 0, lateFrames = 0;
   unsigned long logLines = 0;
+  // Of these, what did not reach the console and the file, and what the limit of the day kept from the file.
+  unsigned long linesLostByConsole = 0, linesLostByFile = 0, linesBeyondLimit = 0;
   int missingFiles = 0;
+  long textures = 0;
+  int64_t textureBytes = 0;
   LinkFigures link;
 };

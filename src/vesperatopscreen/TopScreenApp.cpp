@@ -8,11 +8,13 @@
 #include <limits>
 
 #include "common/TBitmapFont.h"
+#include "vendelo-sdl2/Drawing.h"
 #include "vendelo-sdl2/FaultyFiles.h"
 #include "vendelo-sdl2/MyUtils.h"
 #include "vendelo-sdl2/PictureRequest.h"
 #include "vendelo-sdl2/Saturate.h"
 #include "vendelo-sdl2/SystemSeams.h"
+#include "vendelo-sdl2/TConsole.h"
 #include "vendelo-sdl2/XErrors.h"
 #include "vesperatopscreen/InitData.h"
 #include "vesperatopscreen/PanelDecision.h"
@@ -289,6 +291,12 @@ TopScreenFacts TopScreenApp::facts() const {
   TopScreenFacts facts;
   if (GUI() && status() == APP_RUNNING) facts.panel = screen->IsRendering() ? screen->shownPanel() : "stopped";
   facts.logLines = mLogLines;
+  facts.linesLostByConsole = TConsole::Dropped();
+  facts.linesLostByFile = LostLines();
+  facts.linesBeyondLimit = LinesBeyondLimit();
+  const drawing::TTextures textures = drawing::Textures();
+  facts.textures = textures.count;
+  facts.textureBytes = textures.bytes;
   facts.missingFiles = MyUtils::FaultyFiles();
   if (!pKSL) return facts;
   facts.id = pKSL->ID();

@@ -111,9 +111,18 @@ std::string metricsText(const TopScreenFacts& facts, unsigned long passes, uint6
   for (const char* panel : kPanels)
     out.sample(std::string("{panel=\"") + panel + "\"}", std::string(facts.panel) == panel ? 1 : 0);
   addLink(out, facts);
+  out.one("textures", "gauge", "Textures that are there.", facts.textures);
+  out.one("texture_bytes", "gauge", "Bytes of their pixels.", facts.textureBytes);
   out.one("missing_files", "gauge", "Files of the skin that were asked for and not found or not usable.",
           facts.missingFiles);
-  out.one("log_lines_total", "counter", "Lines written to the log.", facts.logLines);
+  out.one("log_lines_total", "counter", "Lines written to the log, those that are lost among them.",
+          facts.logLines);
+  out.begin(
+    "log_lines_lost_total", "counter",
+    "Lines that the console dropped, that the file could not take, or that came after the limit of the day.");
+  out.sample("{reason=\"console\"}", facts.linesLostByConsole);
+  out.sample("{reason=\"file\"}", facts.linesLostByFile);
+  out.sample("{reason=\"limit\"}", facts.linesBeyondLimit);
   return out.text();
 }
 

@@ -10,6 +10,7 @@
 #include "components/TSpriteAnimation.h"
 #include "tests/support/Golden.h"
 #include "tests/support/PanelSkin.h"
+#include "vendelo-sdl2/Drawing.h"
 #include "vendelo-sdl2/MyUtils.h"
 #include "vendelo-sdl2/SystemSeams.h"
 #include "vesperatopscreen/TInstructionsPanel.h"
@@ -35,7 +36,7 @@ PanelScreen::PanelScreen(SDL_Renderer* renderer) {
 
 void PanelScreen::composeInBackBuffer(int width, int height, bool everything) {
   mpBackBuffer.reset(
-    SDL_CreateTexture(GetRenderer(), SDL_PIXELFORMAT_RGB888, SDL_TEXTUREACCESS_TARGET, width, height));
+    drawing::Create(GetRenderer(), SDL_PIXELFORMAT_RGB888, SDL_TEXTUREACCESS_TARGET, width, height));
   WindowNativeSize = WindowCurrentSize = {0, 0, width, height};
   mRedraw = everything ? Redraw::ALL : Redraw::CHANGES;
   SDL_SetRenderTarget(GetRenderer(), mpBackBuffer.get());
@@ -119,7 +120,7 @@ TopScreenHarness::TopScreenHarness(const std::string& folder, int divisor)
   SDL_SetRenderDrawColor(renderer(), 0, 0, 0, 0);
   mpApplication->adopt(mpScreen);
   if (divisor == 1) {
-    mBackBuffer.reset(SDL_CreateTexture(renderer(), SDL_PIXELFORMAT_RGB888, SDL_TEXTUREACCESS_TARGET, 1920, 1080));
+    mBackBuffer.reset(drawing::Create(renderer(), SDL_PIXELFORMAT_RGB888, SDL_TEXTUREACCESS_TARGET, 1920, 1080));
     SDL_SetTextureBlendMode(mBackBuffer.get(), SDL_BLENDMODE_NONE);
   }
   mpScreen->Load(nullptr);

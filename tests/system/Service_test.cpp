@@ -138,24 +138,5 @@ TEST_F(Service, StoppedRenderingIsNoReasonForARestart) {
   EXPECT_TRUE(fed(4));
 }
 
-TEST_F(Service, FiguresStandInTheFileThatTheEnvironmentNames) {
-  startSimulator();
-  const std::string file = mFolder + "/top.prom";
-  startProgram(mSimulator.address(), Renderer::Software, {{"METRICS_FILE", file}});
-  const auto holds = [&](const std::string& text) { return contentOf(file).find(text) != std::string::npos; };
-  ASSERT_TRUE(within(20000, [&] { return holds("topscreen_panel{panel=\"loader\"} 1\n"); }));
-  ASSERT_TRUE(within(40000, [&] { return holds("topscreen_panel{panel=\"jackpots\"} 1\n"); }));
-  EXPECT_TRUE(holds("topscreen_registered 1\n"));
-  EXPECT_TRUE(holds("topscreen_polls_total{kind=\"init\"} 1\n"));
-  EXPECT_TRUE(holds("topscreen_polls_total{kind=\"state\"} 1\n"));
-  EXPECT_FALSE(holds("topscreen_polls_total{kind=\"events\"} 0\n"));
-  EXPECT_FALSE(holds("topscreen_frames_total 0\n"));
-  EXPECT_FALSE(holds("topscreen_main_passes_total 0\n"));
-  EXPECT_FALSE(holds("topscreen_log_lines_total 0\n"));
-  EXPECT_TRUE(holds("topscreen_missing_files 2\n")) << "the pictures of buttons, which this skin has not\n"
-                                                    << log();
-  EXPECT_TRUE(holds("topscreen_last_good_answer_age_seconds 0."));
-}
-
 }  // namespace
 }  // namespace systest

@@ -48,6 +48,8 @@ TEST_F(LimitedLogTest, IsTakenToTheLastLineThatHasRoomAndThenSaidOnce) {
     flush(manager);
     EXPECT_EQ(lines(), more == 0 ? 5 : 4);
     EXPECT_EQ(full(), 1);
+    EXPECT_EQ(manager.LinesBeyondLimit(), more == 0 ? 15u : 16u);
+    EXPECT_EQ(manager.LostLines(), 0u);
     manager.Destroy();
     fs::remove(dated("app"));
   }
@@ -74,6 +76,7 @@ TEST_F(LimitedLogTest, EssentialLinesFollowAndOthersDoNotEvenWhereTheyHadRoom) {
   const std::string text = read(dated("app"));
   EXPECT_TRUE(tellsInOrder(text, {Full, ": a start\n", ": an end\n"}));
   EXPECT_EQ(occurrences(": s\n", text), 0);
+  EXPECT_EQ(manager.LinesBeyondLimit(), 8u) << "seven of ten, and the short one";
 }
 
 TEST_F(LimitedLogTest, WhatIsNotInTheFileIsOnTheConsoleAndForTheListenersAllTheSame) {

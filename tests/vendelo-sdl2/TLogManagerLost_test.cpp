@@ -150,6 +150,17 @@ TEST_F(LostLogTest, ASecondFailureIsToldAndCountedAnew) {
   clock.advance(1001);
   manager.Poll();
   EXPECT_TRUE(matches(read(dated("app")), std::string(Lost) + "2\n"));
+  EXPECT_EQ(manager.LostLines(), 6u) << "of the whole run";
+}
+
+TEST_F(LostLogTest, AFileThatCannotBeOpenedLosesEveryLine) {
+  std::ofstream(folder / "file") << "no folder";
+  TLogManager manager;
+  manager.Init((folder / "file" / "app.log").string(), nullptr, nullptr, false);
+  write(manager, 1, 3);
+  EXPECT_EQ(manager.LostLines(), 0u) << "they are not tried yet";
+  flush(manager);
+  EXPECT_EQ(manager.LostLines(), 3u);
 }
 
 TEST_F(LostLogTest, AMediumThatComesBackLaterIsFoundAgain) {
@@ -338,6 +349,7 @@ TEST_F(LostLogTest, EveryLineIsInTheFileOrCounted) {
       }
     }
     EXPECT_EQ(whole + lost, 1000) << limit;
+    EXPECT_EQ(manager.LostLines(), static_cast<unsigned long>(lost)) << limit;
     EXPECT_GT(lost, 0) << limit;
     EXPECT_LE(cut, 1) << limit;
     EXPECT_TRUE(text.ends_with(": the end\n")) << limit;

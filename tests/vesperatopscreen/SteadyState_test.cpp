@@ -113,6 +113,7 @@ TEST_F(SteadyState, TwoThousandScenesLeaveNothingBehind) {
               before.threads, after.threads);
   EXPECT_GT(before.textures, 20) << "the count sees the textures";
   EXPECT_EQ(before.textures, after.textures);
+  EXPECT_EQ(drawing::Textures().count, after.textures) << "what the figures say";
   EXPECT_EQ(before.files, after.files);
   EXPECT_EQ(before.threads, after.threads);
   // The C library counts what it keeps back for each thread as used: some 10 kB more or less.

@@ -22,6 +22,11 @@ TopScreenFacts someFacts() {
   facts.frames = 600000000;
   facts.lateFrames = 3;
   facts.logLines = 44;
+  facts.linesLostByConsole = 5;
+  facts.linesLostByFile = 6;
+  facts.linesBeyondLimit = 9;
+  facts.textures = 123;
+  facts.textureBytes = 5000000000;
   facts.missingFiles = 2;
   facts.link.count(M_INIT, E_INIT_REJECTED);
   facts.link.count(M_INIT, E_NO_ERROR);
@@ -81,8 +86,13 @@ TEST(TopScreenMetrics, EveryFactIsAFigure) {
             "last_good_answer_age_seconds 1.25\n"
             "events_total{result=\"handled\"} 12\n"
             "events_total{result=\"refused\"} 1\n"
+            "textures 123\n"
+            "texture_bytes 5000000000\n"
             "missing_files 2\n"
-            "log_lines_total 44\n");
+            "log_lines_total 44\n"
+            "log_lines_lost_total{reason=\"console\"} 5\n"
+            "log_lines_lost_total{reason=\"file\"} 6\n"
+            "log_lines_lost_total{reason=\"limit\"} 9\n");
   EXPECT_TRUE(text.starts_with("build_info{version=\"")) << text;
 }
 
