@@ -118,6 +118,18 @@ TEST_F(WatchedFrames, PictureIsThatOfTheNextFrameAndIsGivenOnce) {
   EXPECT_EQ(taken, 1);
 }
 
+TEST_F(WatchedFrames, PictureIsTheFramesWhateverIsDrawnToAndThatStaysTheTarget) {
+  module->draw();
+  SDL_Texture* const other = texture(renderer, 32, 16, {1, 2, 3, 255});
+  SDL_SetRenderTarget(renderer, other);
+  ask();
+  module->FrameWatch().frameDone({renderer, module->mpBackBuffer.get(), true, 1000, 20});
+  EXPECT_EQ(taken, 1);
+  EXPECT_EQ(corner.r, 200);
+  EXPECT_EQ(SDL_GetRenderTarget(renderer), other);
+  SDL_SetRenderTarget(renderer, module->mpBackBuffer.get());
+}
+
 TEST_F(WatchedFrames, LaterWishTakesThePlaceOfAnEarlierOne) {
   int others = 0;
   module->FrameWatch().askForPicture([&](SDL_Surface* surface) { ++others, SDL_FreeSurface(surface); });

@@ -43,6 +43,14 @@ TEST_F(WholeFile, TakesThePlaceOfALongerOne) {
   EXPECT_EQ(contentOf(path), "");
 }
 
+// As a process leaves behind that is killed while it writes.
+TEST_F(WholeFile, PartOfAnEarlierOneIsNotInTheWay) {
+  std::ofstream(path + ".part") << "a text that is longer";
+  EXPECT_EQ(WriteWholeFile(path, "text", 0600), "");
+  EXPECT_EQ(contentOf(path), "text");
+  EXPECT_EQ(files(), 1);
+}
+
 // A reader that has the file open goes on reading what it opened.
 TEST_F(WholeFile, OneThatIsBeingReadStaysAsItWas) {
   ASSERT_EQ(WriteWholeFile(path, "first", 0600), "");
