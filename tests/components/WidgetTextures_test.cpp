@@ -138,7 +138,10 @@ TEST_F(WidgetTextures, ALabelMakesItsOwnAgainWhenTheyAreLost) {
   for (Tlabel* one : {&label, child}) SDL_SetTextureUserData(one->GetTargetTexture(), this);
   label.OnTexturesLost();
   label.draw();
-  for (Tlabel* one : {&label, child}) EXPECT_EQ(nullptr, SDL_GetTextureUserData(one->GetTargetTexture()));
+  for (Tlabel* one : {&label, child}) {
+    EXPECT_NE(nullptr, one->GetTargetTexture());
+    EXPECT_NE(this, SDL_GetTextureUserData(one->GetTargetTexture()));
+  }
 }
 
 TEST_F(WidgetTextures, TheSurfacesOfTextsAreGone) {
@@ -193,7 +196,8 @@ TEST_F(WidgetTextures, AGlyphLabelMakesItsOwnAgainWhenItIsLostAndSoDoItsChildren
   label.OnTexturesLost();
   for (TGlyphLabel* one : {&label, child}) {
     one->draw();
-    EXPECT_EQ(nullptr, SDL_GetTextureUserData(one->GetTargetTexture()));
+    EXPECT_NE(nullptr, one->GetTargetTexture());
+    EXPECT_NE(this, SDL_GetTextureUserData(one->GetTargetTexture()));
   }
 }
 
