@@ -193,7 +193,14 @@ class Beside {
         task();
         mEnded = true;
       }) {}
-  ~Beside() { mThread.join(); }
+  // Ends the process when the thread is held up for good, for then it cannot be ended otherwise.
+  ~Beside() {
+    if (!ends()) {
+      std::printf("a thread is held up for good\n");
+      std::abort();
+    }
+    mThread.join();
+  }
   bool ends() const {
     return waitFor([this] { return mEnded.load(); });
   }

@@ -153,8 +153,8 @@ TEST(TKSLClientLife, AfterAStopTheNextStartRegistersAnew) {
   client.Stop();
   EXPECT_EQ(7, client.ID());
   client.wire.answer("topscreen.init", initReply(8));
-  EXPECT_EQ(0, client.Start(true, 0));
-  EXPECT_EQ(8, client.ID());
+  EXPECT_EQ(0, client.Start(false, 0));
+  EXPECT_TRUE(waitFor([&] { return client.ID() == 8; }));
   EXPECT_EQ(2U, client.wire.requests("topscreen.init").size());
 }
 

@@ -17,6 +17,8 @@ class OpenedClient : public linktest::TestClient {
  public:
   using TestClient::TestClient;
   using TKSLClient::handleInitResponse;
+  using TKSLClient::handlePopResponse;
+  using TKSLClient::handlePushResponse;
   using TKSLClient::InitSemaphore;
   using TKSLClient::mAverageMethodResponseTimes;
   using TKSLClient::mCallQueue;
@@ -121,4 +123,32 @@ TEST(TKSLClientState, TheEndOfASeriesHasTheNumberOfItsLastCall) {
               *error->errorDescription);
     EXPECT_EQ(n == 4 ? 3 : n, response.requestUID);
   }
+}
+
+TEST(TKSLClientState, ResultsThatPollDoesNotLookAt) {
+  OpenedClient client(0);
+  KSLError error(E_UNSYNC, "");
+  PopResponseData nothing;
+  PushResponseData good{1};
+  for (const bool listens : {true, false}) {
+    if (!listens) client.SetListener(nullptr);
+    EXPECT_EQ(0, client.handlePopResponse(&error, true));
+    EXPECT_EQ(0, client.handlePopResponse(&nothing, false));
+    EXPECT_EQ(0, client.handlePushResponse(&error, true));
+    EXPECT_EQ(0, client.handlePushResponse(&good, false));
+  }
+  client.SendRequestSyncQueued(
+    1, M_VOLUME, 0, [](void*, bool) { return 23; }, "");
+  EXPECT_EQ(23, client.mCallQueue.at(0).callback(nullptr, false));
+  client.SendRequestSyncQueued(1, M_VOLUME, 0, KSLCallback(), "");
+  EXPECT_EQ(0, client.mCallQueue.at(1).callback(nullptr, false));
+}
+
+// No such package lies in the queue: the one in hand goes out again at once.
+TEST(TKSLClientState, APackageThatWasSentBeforeTakesNothingIn) {
+  OpenedClient client(0);
+  client.PushEvent(G_LOG, "");
+  client.mCallQueue.at(0).sendingAttempts = 1;
+  client.PushEvent(G_LOG, "");
+  EXPECT_EQ(2U, client.mCallQueue.size());
 }
