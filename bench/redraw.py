@@ -61,29 +61,59 @@ def processor_time(pid, thread=None):
     return ticks / TICK
 
 
-class Stage:
+class Children:
+    """Processes that end together."""
+
+    def __init__(self):
+        self.children = []
+
+    def x_server(self, env):
+        """Starts one, and puts its display into the environment."""
+        number = random.randrange(100, 900)
+        while pathlib.Path(f"/tmp/.X{number}-lock").exists():
+            number += 1
+        env["DISPLAY"] = self.display = f":{number}"
+        server = self.start(["Xvfb", self.display, "-screen", "0", "1920x1080x24", "-nolisten", "tcp", "-noreset"],
+                            env)
+        while not pathlib.Path(f"/tmp/.X11-unix/X{number}").exists():
+            time.sleep(0.05)
+        return server
+
+    def start(self, command, env, **more):
+        for stream in ("stdout", "stderr"):
+            more.setdefault(stream, subprocess.DEVNULL)
+        child = subprocess.Popen([str(c) for c in command], env=env, **more)
+        self.children.append(child)
+        return child
+
+    def end(self):
+        for child in reversed(self.children):
+            if child.poll() is None:
+                child.send_signal(signal.SIGTERM)
+        for child in self.children:
+            try:
+                child.wait(15)
+            except subprocess.TimeoutExpired:
+                child.kill()
+                child.wait()
+
+
+class Stage(Children):
     """An X server, the simulator and the program, in a scene."""
 
-    def __init__(self, program, scene, driver, fps, redraw):
+    def __init__(self, program, scene, driver, fps, redraw, **more):
+        super().__init__()
         self.folder = pathlib.Path(tempfile.mkdtemp())
-        self.children = []
         steps, self.warm_up = SCENES[scene]
         env = dict(os.environ, DISABLE_REBOOT_ON_EXIT="1", no_proxy="127.0.0.1", FPS=str(fps), SDL_AUDIODRIVER="dummy",
                    SDL_RENDER_DRIVER=driver, SDL_VIDEODRIVER="x11", LOG_FILENAME=str(self.folder / "log"),
-                   HOME_DIR=f"{self.folder}/", WORKING_DIR=f"{ROOT}/build/release/skin/")
+                   HOME_DIR=f"{self.folder}/", WORKING_DIR=f"{ROOT}/build/release/skin/", **more)
         env.pop("TOPSCREEN_REDRAW", None)
         if redraw:
             env["TOPSCREEN_REDRAW"] = redraw
         if driver == "software":
             env["SDL_FRAMEBUFFER_ACCELERATION"] = "0"
-        number = random.randrange(100, 900)
-        while pathlib.Path(f"/tmp/.X{number}-lock").exists():
-            number += 1
-        env["DISPLAY"] = f":{number}"
-        self.server = self.start(["Xvfb", env["DISPLAY"], "-screen", "0", "1920x1080x24", "-nolisten", "tcp",
-                                  "-noreset"], env)
-        while not pathlib.Path(f"/tmp/.X11-unix/X{number}").exists():
-            time.sleep(0.05)
+        self.server = self.x_server(env)
         at = [{"at": 0, **step} for step in steps]
         (self.folder / "scene.json").write_text(json.dumps(
             [{"at": 0, "do": "init", "set": {"Locale": "C.UTF-8", "DecimalSeparator": ".", "ThousandSeparator": ","}}]
@@ -92,12 +122,6 @@ class Stage:
                                 "--scenario", self.folder / "scene.json"], env, stdout=subprocess.PIPE, text=True)
         port = int(simulator.stdout.readline())
         self.program = self.start([program, f"127.0.0.1:{port}"], env, cwd=f"{ROOT}/build/release/skin")
-
-    def start(self, command, env, **more):
-        more.setdefault("stdout", subprocess.DEVNULL)
-        child = subprocess.Popen([str(c) for c in command], env=env, stderr=subprocess.DEVNULL, **more)
-        self.children.append(child)
-        return child
 
     def measure(self, seconds):
         """Milliseconds of processor time in each second: of the draw thread, of the program, of the X server."""
@@ -111,15 +135,7 @@ class Stage:
         return tuple(1000 * (b - a) / passed for a, b in zip(before, after))
 
     def end(self):
-        for child in reversed(self.children):
-            if child.poll() is None:
-                child.send_signal(signal.SIGTERM)
-        for child in self.children:
-            try:
-                child.wait(15)
-            except subprocess.TimeoutExpired:
-                child.kill()
-                child.wait()
+        super().end()
         shutil.rmtree(self.folder)
 
 
