@@ -160,10 +160,14 @@ std::string BenchApp::driver() const {
 }
 
 int runBench(BenchApp::Measurement measurement, bool particles) {
-  setenv("DISABLE_REBOOT_ON_EXIT", "1", 1);
   setenv("FPS", "1000", 1);
   SystemSeams.MicroSleep = [](useconds_t) { return 0; };  // no pause between frames
   BenchApp app(std::move(measurement), particles);
+  return runBench(app);
+}
+
+int runBench(BenchApp& app) {
+  setenv("DISABLE_REBOOT_ON_EXIT", "1", 1);
   if (app.Init() != 0) {
     std::fprintf(stderr, "no window or no skin\n");
     app.Destroy();

@@ -41,6 +41,8 @@ class BenchApp : public TopScreenApp {
 
 // Runs the measurement in a program of its own; the process's exit code.
 int runBench(BenchApp::Measurement measurement, bool particles = true);
+// The same with an application, and pauses between frames, of the caller's.
+int runBench(BenchApp& app);
 
 double seconds(clockid_t clock);
 double median(std::vector<double> values);
