@@ -43,7 +43,6 @@ std::vector<Call> calls;
 std::vector<size_t> ends;
 bool recording = false;
 long copyCount = 0;
-long surfaceTextures = 0;
 
 // Textures made while recording, and at the replay those that stand for them and for those of the program.
 struct Substitute {
@@ -232,7 +231,6 @@ void stop() {
 }
 int frames() { return static_cast<int>(ends.size()); }
 long copies() { return copyCount; }
-long texturesFromSurfaces() { return surfaceTextures; }
 
 void replay(int frame) {
   for (size_t i = frame ? ends[frame - 1] : 0; i < ends[frame]; ++i) issue(calls[i]);
@@ -376,7 +374,6 @@ int SDL_SetTextureBlendMode(SDL_Texture* texture, SDL_BlendMode mode) {
 SDL_Texture* SDL_CreateTextureFromSurface(SDL_Renderer* renderer, SDL_Surface* surface) {
   REAL(SDL_CreateTextureFromSurface);
   SDL_Texture* const texture = sdl(renderer, surface);
-  ++surfaceTextures;
   if (recording) {
     Call call = make(CREATE, renderer, texture);
     call.surface = surface;

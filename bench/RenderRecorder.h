@@ -24,7 +24,4 @@ void replay(int frame);
 // Copies in all recorded frames.
 long copies();
 
-// Textures that were made from surfaces since the start of the program, recording or not.
-long texturesFromSurfaces();
-
 }  // namespace recorder

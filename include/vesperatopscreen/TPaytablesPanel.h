@@ -70,8 +70,8 @@ class TPaytablesPanel : public vendelo_sdl2::TGuiComponent {
  private:
   std::vector<ImageInfo> findImages(const std::string& game_name);
   void startLoad(const std::string& game_name, std::vector<ImageInfo> toLoad);
-  void takeImages(const std::string& game_name,
-                  const std::map<std::string, std::shared_ptr<SDL_Surface>>& surfaces);
+  void takeImage(const std::string& game_name, const std::string& page, SDL_Surface* surface);
+  void takeImages(const std::string& game_name);
   void setPage(const std::string& page, vendelo_sdl2::TTexturePtr texture);
   SDL_Texture* pageOf(const std::string& name) const;
   void showPage(SDL_Texture* texture);
@@ -98,7 +98,9 @@ class TPaytablesPanel : public vendelo_sdl2::TGuiComponent {
   int mScreenH;
   std::vector<std::string> mLangMessages;
   int mRetryCount;
-  std::map<std::string, bool> mRunningLoads;       // game to whether its end fades the panel in
+  std::map<std::string, bool> mRunningLoads;  // game to whether its end fades the panel in
+  // Game to its pages that have been decoded while others have not; null for a broken one.
+  std::map<std::string, std::map<std::string, vendelo_sdl2::TTexturePtr>> mArrivedPages;
   std::shared_ptr<std::atomic<int>> mRunningJobs;  // decoding threads that still use this panel
   std::string mFadeInFor;                          // game whose "PaytableLoaded" is on its way to its listener
   std::string mCreatedFrom;                        // content of the setup that the texts were made from

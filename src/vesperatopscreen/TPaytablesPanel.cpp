@@ -130,25 +130,31 @@ void TPaytablesPanel::startLoad(const std::string& game_name, std::vector<ImageI
       --*jobs;
       jobs->notify_all();
     });
-    std::map<std::string, std::shared_ptr<SDL_Surface>> surfaces;
+    // Each on its own: it becomes a texture while the next one is decoded, and not all of them in one frame.
     for (const ImageInfo& info : toLoad)
-      if (!info.filepath.empty() && !MyUtils::PromisesTooManyPixels(info.filepath))
-        surfaces[info.name] = std::shared_ptr<SDL_Surface>(
-          MyUtils::InFastFormat(renderer, IMG_Load(info.filepath.c_str())), SDL_FreeSurface);
-    pApp->DeferToDraw([this, game_name, surfaces] { takeImages(game_name, surfaces); }, false);
+      if (!info.filepath.empty() && !MyUtils::PromisesTooManyPixels(info.filepath)) {
+        const std::shared_ptr<SDL_Surface> surface(MyUtils::InFastFormat(renderer, IMG_Load(info.filepath.c_str())),
+                                                   SDL_FreeSurface);
+        pApp->DeferToDraw(
+          [this, game_name, page = info.name, surface] { takeImage(game_name, page, surface.get()); }, false);
+      }
+    pApp->DeferToDraw([this, game_name] { takeImages(game_name); }, false);
   };
   // Frees itself after its one run; the task manager never hears of it.
   new TAsyncTimedTaskHandler(work, 0, TTimedTaskHandler::EXECUTE_ONCE, "LoadImages " + game_name, true, true);
 }
 
-void TPaytablesPanel::takeImages(const std::string& game_name,
-                                 const std::map<std::string, std::shared_ptr<SDL_Surface>>& surfaces) {
-  for (const auto& [page, surface] : surfaces) {
-    TTexturePtr texture;
-    if (!MyUtils::IsTooLong(surface.get())) texture = MyUtils::TextureOf(GetRenderer(), surface.get());
-    SDL_SetTextureBlendMode(texture.get(), SDL_BLENDMODE_BLEND);
-    setPage(page, std::move(texture));
-  }
+// The page waits for the others of its load; nobody sees it before.
+void TPaytablesPanel::takeImage(const std::string& game_name, const std::string& page, SDL_Surface* surface) {
+  TTexturePtr texture;
+  if (!MyUtils::IsTooLong(surface)) texture = MyUtils::TextureOf(GetRenderer(), surface);
+  SDL_SetTextureBlendMode(texture.get(), SDL_BLENDMODE_BLEND);
+  mArrivedPages[game_name][page] = std::move(texture);
+}
+
+void TPaytablesPanel::takeImages(const std::string& game_name) {
+  for (auto& [page, texture] : mArrivedPages[game_name]) setPage(page, std::move(texture));
+  mArrivedPages.erase(game_name);
   mLoadedForGame = game_name;
   const bool fadeInAfterLoad = mRunningLoads[game_name];
   mRunningLoads.erase(game_name);
