@@ -77,7 +77,7 @@ std::optional<int> Process::wait(int milliseconds) {
 void Process::kill() {
   if (!started()) return;
   ::kill(-mPid, SIGKILL);
-  wait(10000);
+  wait(300000);  // its memory may be given back by a thread that runs only when nobody else does
   mPid = -1;
 }
 
