@@ -30,7 +30,7 @@ Uint32 LayerFormat(SDL_Renderer* renderer);
 bool HasTextureMemory(SDL_Renderer* renderer);
 
 // Whether no pixel lets anything shine through: no alpha and no colour key, or 255 in all of them. Remembered by
-// InFastFormat and KnowOpacity, otherwise every pixel of a picture with alpha is looked at. Null is not opaque.
+// InFastFormat, otherwise every pixel of a picture with alpha is looked at. Null is not opaque.
 bool IsOpaque(const SDL_Surface* picture);
 
 // The picture as the renderer's driver is fast with it: the same one, or another and the old one is freed. Its
@@ -38,8 +38,8 @@ bool IsOpaque(const SDL_Surface* picture);
 // picture is decoded, best beside the draw thread.
 SDL_Surface* InFastFormat(SDL_Renderer* renderer, SDL_Surface* picture);
 
-// A texture of the picture, which knows whether it is opaque; null without one. Draw thread. The picture stays the
-// caller's.
+// A texture of the picture, which knows what is opaque and where its ink is; null without one. Draw thread. The
+// picture stays the caller's.
 vendelo_sdl2::TTexturePtr TextureOf(SDL_Renderer* renderer, SDL_Surface* picture);
 
 // A layer of the picture, which is in kDrawnFormat: a texture that can be drawn into, with blending on; null

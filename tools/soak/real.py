@@ -10,7 +10,7 @@ import sys
 import time
 from pathlib import Path
 
-from terminal import ROOT, Failure, Program, Screen, Service, Tour
+from terminal import ROOT, Failure, Program, Screen, Service, Tour, live
 
 BUSY, MINUTE = 50, 60  # seconds: each minute ends with a rest, in which what was begun comes to its end
 TIMES = 10
@@ -173,16 +173,7 @@ def main():
     parser.add_argument("--out", default="build/soak")
     options = parser.parse_args()
     os.nice(10)
-    real = Real(options)
-    signal.signal(signal.SIGTERM, lambda *_: sys.exit(143))
-    try:
-        real.run()
-    except Failure as failure:
-        print(f"soak: FAILED: {failure}")
-        return 1
-    finally:
-        real.close()
-    return 0
+    return live(Real(options))
 
 
 if __name__ == "__main__":

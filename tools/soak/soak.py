@@ -5,14 +5,13 @@ import datetime
 import mmap
 import os
 import shutil
-import signal
 import struct
 import sys
 import time
 import zoneinfo
 from pathlib import Path
 
-from terminal import Failure, Program, Screen, Service, Tour
+from terminal import Failure, Program, Screen, Service, Tour, live
 
 SECOND = 10 ** 9
 HALF_WRAP = 2 ** 31  # milliseconds: SDL's ticks become negative for who takes them as signed, or begin anew
@@ -328,16 +327,7 @@ def main():
     parser.add_argument("--out", default="build/soak")
     options = parser.parse_args()
     os.nice(10)
-    soak = Soak(options)
-    signal.signal(signal.SIGTERM, lambda *_: sys.exit(143))
-    try:
-        soak.run()
-    except Failure as failure:
-        print(f"soak: FAILED: {failure}")
-        return 1
-    finally:
-        soak.close()
-    return 0
+    return live(Soak(options))
 
 
 if __name__ == "__main__":

@@ -2,8 +2,10 @@
 import json
 import os
 import random
+import signal
 import struct
 import subprocess
+import sys
 import time
 import urllib.error
 import urllib.request
@@ -200,3 +202,16 @@ class Tour:
             return [{"do": "bad", "method": "*", "reply": self._random.choice(self.REPLIES),
                      "calls": self._random.randrange(1, 6)}]
         return [self._random.choice(({"do": "forget"}, {"do": "down", "ms": 200}, {"do": "restart"}))]
+
+
+def live(soak):
+    """Runs it to its end, which comes to its children too; the exit status."""
+    signal.signal(signal.SIGTERM, lambda *_: sys.exit(143))
+    try:
+        soak.run()
+    except Failure as failure:
+        print(f"soak: FAILED: {failure}")
+        return 1
+    finally:
+        soak.close()
+    return 0
