@@ -2,7 +2,9 @@
 #include <gtest/gtest.h>
 #include <malloc.h>
 
+#include <algorithm>
 #include <atomic>
+#include <cmath>
 #include <map>
 #include <xmlrpc-c/girerr.hpp>
 
@@ -35,13 +37,19 @@ class TKSLClientMemory : public testing::Test {
   const std::map<std::string, int> mBefore = alive().kinds();
   void expectNothingLeft() { EXPECT_EQ(mBefore, alive().kinds()); }
 
-  // What a round leaves on the heap when it is done again and again.
+  // What a round leaves on the heap when it is done again and again, in bytes. What malloc keeps for a thread that
+  // freed a piece counts as used too, and which pieces that are depends on what the threads meet: it is kept once,
+  // whereas what a round loses is lost in each series of rounds. So the best of a few series is told.
   template <class F>
   static double leftByEach(F round, int rounds = 500) {
     for (int n = 0; n < 20; ++n) round();
-    const auto before = static_cast<long>(mallinfo2().uordblks);
-    for (int n = 0; n < rounds; ++n) round();
-    return static_cast<double>(static_cast<long>(mallinfo2().uordblks) - before) / rounds;
+    double least = HUGE_VAL;
+    for (int series = 0; series < 5 && least > 0; ++series) {
+      const auto before = static_cast<long>(mallinfo2().uordblks);
+      for (int n = 0; n < rounds; ++n) round();
+      least = std::min(least, static_cast<double>(static_cast<long>(mallinfo2().uordblks) - before) / rounds);
+    }
+    return least;
   }
 };
 
