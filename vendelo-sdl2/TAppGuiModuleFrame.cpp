@@ -17,7 +17,7 @@ namespace {
 // From this rate on vertical sync alone holds the pace.
 constexpr int kVsyncFps = 60;
 // So often all is drawn anew, whatever another program or a driver may have done to the window.
-constexpr Uint32 kRenewMs = 5000;
+constexpr Uint32 kRenewMs = 8000;
 
 }  // namespace
 

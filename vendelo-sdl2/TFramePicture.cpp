@@ -84,6 +84,10 @@ bool TDrawCommand::same(const TDrawCommand& other) const {
          centre.y == other.centre.y && hasCentre == other.hasCentre && isClear() == other.isClear();
 }
 
+bool TDrawCommand::changesNothing() const {
+  return !isClear() && colour.a == 0 && (blend == SDL_BLENDMODE_BLEND || blend == SDL_BLENDMODE_ADD);
+}
+
 SDL_Rect TDrawCommand::bounds() const {
   if (!isTurned()) return destination;
   const SDL_FPoint middle{static_cast<float>(destination.w) / 2, static_cast<float>(destination.h) / 2};
@@ -99,7 +103,7 @@ bool TDrawCommand::showsNothingBehind() const {
 bool TDrawCommand::hides(const SDL_Rect& rect) const {
   if (!contains(destination, rect)) return false;
   if (isClear()) return true;
-  if (isTurned() || !contains(sizeOf(texture), source)) return false;
+  if (isTurned()) return false;
   return blend == SDL_BLENDMODE_NONE || (blend == SDL_BLENDMODE_BLEND && showsNothingBehind());
 }
 
@@ -130,7 +134,7 @@ void TFramePicture::begin(SDL_Renderer* renderer, SDL_Texture* picture, bool asI
   }
   mTargetSize = mSize;
   mCarriedOut = asItComes;
-  mClearDue = mScaledUsed = false;
+  mClearDue = false;
   drawing::Record(this);
   clear();
 }
@@ -152,8 +156,11 @@ const TDirtyRects& TFramePicture::finish(bool whole) {
   mFrame.clear();
   destroyDying();
   constexpr int aWhile = 300;
-  mFramesUnscaled = mScaledUsed ? 0 : mFramesUnscaled + 1;
-  if (mFramesUnscaled == aWhile) mpScaled.reset();
+  for (TScaled& scaled : mScaled) {
+    scaled.framesUnused = scaled.isUsed ? 0 : scaled.framesUnused + 1;
+    scaled.isUsed = false;
+    if (scaled.framesUnused == aWhile) scaled.texture.reset();
+  }
   mpRenderer = nullptr;
   return mChanged;
 }
@@ -163,7 +170,7 @@ void TFramePicture::end() {
   mFrame.clear();
   mLayer.clear();
   destroyDying();
-  mpScaled.reset();
+  for (TScaled& scaled : mScaled) scaled = {};
   mpRenderer = nullptr;
   forget();
 }
@@ -188,7 +195,8 @@ void TFramePicture::copy(SDL_Texture* texture, const SDL_Rect* source, const SDL
   TDrawCommand command;
   command.texture = texture;
   command.content = contentOf(texture);
-  command.source = source ? *source : sizeOf(texture);
+  // As SDL does: what is left of the source fills the whole destination.
+  command.source = source ? common(*source, sizeOf(texture)) : sizeOf(texture);
   command.destination = destination ? *destination : mTargetSize;
   if (isEmpty(command.source) || isEmpty(command.destination)) return;
   if (flip != SDL_FLIP_NONE || std::fmod(angle, 360.0) != 0.0) {
@@ -200,6 +208,7 @@ void TFramePicture::copy(SDL_Texture* texture, const SDL_Rect* source, const SDL
   SDL_GetTextureColorMod(texture, &command.colour.r, &command.colour.g, &command.colour.b);
   SDL_GetTextureAlphaMod(texture, &command.colour.a);
   SDL_GetTextureBlendMode(texture, &command.blend);
+  if (command.changesNothing()) return;
   if (mpTarget == mpPicture) scaleBefore(command);
   if (!command.isTurned() && !keepInk(command.texture, command.source, command.destination)) return;
   record(command);
@@ -212,32 +221,36 @@ void TFramePicture::scaleBefore(TDrawCommand& c) {
   const SDL_Rect& to = c.destination;
   SDL_ScaleMode mode = SDL_ScaleModeNearest;
   SDL_GetTextureScaleMode(c.texture, &mode);
-  if (mScalesByParts || mScaledUsed || c.isTurned() || !c.isScaled() || c.blend != blends ||
-      mode == SDL_ScaleModeNearest || int64_t{to.w} * to.h < large || !contains(mSize, to) ||
-      !contains(sizeOf(c.texture), c.source))
+  if (mScalesByParts || c.isTurned() || !c.isScaled() || c.blend != blends || mode == SDL_ScaleModeNearest ||
+      int64_t{to.w} * to.h < large || !contains(mSize, to))
     return;
   Uint32 format = 0, own = 0;
   SDL_QueryTexture(c.texture, &format, nullptr, nullptr, nullptr);
+  TScaled& taken = mScaled[SDL_ISPIXELFORMAT_ALPHA(format) ? 1 : 0];
+  if (taken.isUsed) return;
+  TTexturePtr& scaled = taken.texture;
   SDL_Rect size{0, 0, 0, 0};
-  if (mpScaled) SDL_QueryTexture(mpScaled.get(), &own, nullptr, &size.w, &size.h);
+  if (scaled) SDL_QueryTexture(scaled.get(), &own, nullptr, &size.w, &size.h);
   if (own != format || size.w != to.w || size.h != to.h) {
-    mpScaled.reset(drawing::Create(mpRenderer, format, SDL_TEXTUREACCESS_TARGET, to.w, to.h));
-    if (!mpScaled) return;
-    SDL_SetTextureBlendMode(mpScaled.get(), blends);
+    scaled.reset(drawing::Create(mpRenderer, format, SDL_TEXTUREACCESS_TARGET, to.w, to.h));
+    if (!scaled) return;
+    SDL_SetTextureBlendMode(scaled.get(), blends);
   }
   TDrawCommand scaling = c;
   scaling.destination = {0, 0, to.w, to.h};
   scaling.colour = {255, 255, 255, 255};
   scaling.blend = SDL_BLENDMODE_NONE;
   const SDL_Rect ink = inkOfCopy(c.content, sizeOf(c.texture).h, c.source, scaling.destination);
-  const uint64_t content = (mixed(format, scaling) & ~kFactBits) | inkBits({ink.y, ink.y + ink.h}, to.h);
-  if (contentOf(mpScaled.get()) != content) {
-    SDL_SetRenderTarget(mpRenderer, mpScaled.get());
+  // Where a format has no alpha there are no soft edges either.
+  const uint64_t content = (mixed(format, scaling) & ~kFactBits) |
+                           (SDL_ISPIXELFORMAT_ALPHA(format) ? inkBits({ink.y, ink.y + ink.h}, to.h) : kOpaqueBit);
+  if (contentOf(scaled.get()) != content) {
+    SDL_SetRenderTarget(mpRenderer, scaled.get());
     issue(scaling);
-    setContent(mpScaled.get(), content);
+    setContent(scaled.get(), content);
   }
-  mScaledUsed = true;
-  c.texture = mpScaled.get();
+  taken.isUsed = true;
+  c.texture = scaled.get();
   c.content = content;
   c.source = scaling.destination;
 }
@@ -356,9 +369,7 @@ void TFramePicture::findChanges() {
 
 void TFramePicture::keepScaledWhole() {
   const auto cannotBeCut = [this](const TDrawCommand& c) {
-    if (mScalesByParts || c.isClear()) return false;
-    const SDL_Rect source = common(c.source, sizeOf(c.texture));
-    return c.isTurned() || source.w != c.destination.w || source.h != c.destination.h;
+    return !mScalesByParts && !c.isClear() && (c.isTurned() || c.isScaled());
   };
   for (bool again = true; again && !mChanged.isWhole();) {
     again = false;

@@ -25,6 +25,7 @@ struct TDrawCommand {
   bool isClear() const { return !texture; }
   bool isTurned() const { return angle != 0.0 || flip != SDL_FLIP_NONE; }
   bool isScaled() const { return source.w != destination.w || source.h != destination.h; }
+  bool changesNothing() const;
   // Of a copy that blends.
   bool showsNothingBehind() const;
   // Where it may change pixels.
@@ -86,11 +87,14 @@ class TFramePicture {
   std::vector<SDL_Texture*> mDying;
   bool mKnown = false;       // the picture is what mLastFrame draws
   bool mCarriedOut = false;  // this frame is drawn as it comes
-  // A large picture that is scaled is scaled into this one first, as SDL's software driver does by itself with one
-  // that it takes from the system and gives back each time.
-  TTexturePtr mpScaled;
-  bool mScaledUsed = false;
-  int mFramesUnscaled = 0;
+  // A large picture that is scaled is scaled into one of these first (without and with alpha), as SDL's software
+  // driver does by itself with one that it takes from the system and gives back each time.
+  struct TScaled {
+    TTexturePtr texture;
+    bool isUsed = false;  // in this frame
+    int framesUnused = 0;
+  };
+  TScaled mScaled[2];
   TDrawCommand mClear;  // of the picture, put off until it is known that it can be seen
   bool mClearDue = false;
   TDirtyRects mChanged;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <SDL.h>
+#include <filesystem>
 #include <memory>
 #include <string>
 #include <vector>
@@ -17,7 +18,8 @@ class SkinXml;
 // Units: pixels of the atlas.
 // Memory: the atlas is a picture in memory, out of which texts are put together; a text is a texture.
 // Ownership: a registered font is deleted by CleanupBitmapFonts and owns its atlas. A second font on the same file
-// borrows the atlas and the glyphs of the first, and is not registered. Glyphs live as long as the process.
+// borrows the atlas and the glyphs of the first, and is not registered; one whose path to it is another in letters
+// only borrows the atlas. Glyphs live as long as the process.
 // Bad input: a missing or malformed file gives an empty font that is not registered; a missing number counts as 0.
 // What is wrong with a file that is there makes one line in the log, and not the same line again.
 class TBitmapFont {
@@ -81,6 +83,7 @@ class TBitmapFont {
   struct Atlas {
     MyUtils::TSurfacePtr picture;
     SDL_Renderer* renderer;
+    std::filesystem::path description;  // the font's file, in its shortest form
     vendelo_sdl2::TTexturePtr mpGlyphTexture;
   };
   void shareWith(const TBitmapFont& original);

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "common/TKSLReturnStructures.h"
+#include "vendelo-sdl2/PictureFormat.h"
 #include "vendelo-sdl2/TAnimation.h"
 #include "vendelo-sdl2/TGuiComponent.h"
 #include "vendelo-sdl2/TTexturePtr.h"
@@ -66,6 +67,9 @@ class TJackpotsPanel : public vendelo_sdl2::TGuiComponent {
   ~TJackpotsPanel() override;
 
   int load() override;
+  // Takes the fonts and pictures of levels out of their files, as far as these are there, so that no frame has to.
+  // Draw thread, before the first frame.
+  void loadAhead();
   // Moves the captured level while a win is shown.
   void drawLogic() override;
 
@@ -112,6 +116,7 @@ class TJackpotsPanel : public vendelo_sdl2::TGuiComponent {
   TGlyphLabel* createTextLabel(const char* name, int y);
   void createWinLayer();
   void createTitle();
+  void loadDarkPicture();  // once; it stays when the levels go
   void createLevel(const JackpotsData& level, TBuild& build);
   void createCurrency(const JackpotsData& level);
   void createDigits(const JackpotsData& level, TBitmapFont* font);
@@ -165,6 +170,7 @@ class TJackpotsPanel : public vendelo_sdl2::TGuiComponent {
   vendelo_sdl2::TTexturePtr mpOverlayPicture;
   TImageList* pImageOverlay;
   vendelo_sdl2::TTexturePtr mpDarkPicture;
+  MyUtils::TSurfacePtr mpBarPicture;  // each level has a texture of it
   TImageList* pDarkBackground;
   vendelo_sdl2::TTimedTaskHandler* pIdleTask;  // owned by the task manager
   std::unique_ptr<TBitmapFont> mUnregisteredFont;

@@ -60,6 +60,11 @@ struct TBitmapFont::Layout {
 TBitmapFont::~TBitmapFont() {
   std::erase(BitmapFonts, this);
   std::erase(UnregisteredFonts, this);
+  // Fonts that borrow this atlas may be asked to draw once more.
+  if (!mpOwnAtlas) return;
+  for (const auto* fonts : {&BitmapFonts, &UnregisteredFonts})
+    for (TBitmapFont* other : *fonts)
+      if (other->mpAtlas == mpAtlas) other->mpAtlas = nullptr;
 }
 
 bool TBitmapFont::isRegistered() const {
@@ -89,12 +94,7 @@ TBitmapFont* TBitmapFont::FindBitmapFont(const std::string& name) {
 void TBitmapFont::CleanupBitmapFonts() {
   std::vector<TBitmapFont*> fonts;
   fonts.swap(BitmapFonts);
-  for (TBitmapFont* font : fonts) {
-    // Fonts that borrow this atlas may be asked to draw once more.
-    for (TBitmapFont* other : UnregisteredFonts)
-      if (!other->mpOwnAtlas && other->mpAtlas == font->mpAtlas) other->mpAtlas = nullptr;
-    delete font;
-  }
+  for (const TBitmapFont* font : fonts) delete font;
 }
 
 void TBitmapFont::shareWith(const TBitmapFont& original) {

@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <cstdlib>
 #include <deque>
+#include <filesystem>
 #include <locale>
 #include <rapidxml/rapidxml.hpp>
 #include <sstream>
@@ -187,11 +188,18 @@ int TBitmapFont::glyphsOutsideTheAtlas() const {
 }
 
 void TBitmapFont::loadAtlas(SDL_Renderer* renderer, const std::string& image) {
+  // The same description by another name, as with a doubled separator.
+  const std::filesystem::path file = std::filesystem::path(mXML).lexically_normal();
+  for (const TBitmapFont* font : BitmapFonts)
+    if (font->mpOwnAtlas && font->mpOwnAtlas->renderer == renderer && font->mpOwnAtlas->description == file) {
+      mpAtlas = font->mpAtlas;
+      return;
+    }
   vendelo_sdl2::TRenderGuard guard(renderer);
   guard.colour(mBackgroundColor.r, mBackgroundColor.g, mBackgroundColor.b, mBackgroundColor.a);
   MyUtils::TSurfacePtr picture =
     MyUtils::InDrawnFormat(MyUtils::TSurfacePtr(MyUtils::LoadSurface(mXML.substr(0, mXML.rfind('/') + 1) + image)));
   if (!picture) return;
-  mpOwnAtlas = std::make_unique<Atlas>(Atlas{std::move(picture), renderer, nullptr});
+  mpOwnAtlas = std::make_unique<Atlas>(Atlas{std::move(picture), renderer, file, nullptr});
   mpAtlas = mpOwnAtlas.get();
 }

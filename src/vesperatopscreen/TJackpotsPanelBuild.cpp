@@ -11,6 +11,7 @@
 #include "components/TScrollingComponent.h"
 #include "components/TSpriteAnimation.h"
 #include "vendelo-sdl2/MyUtils.h"
+#include "vendelo-sdl2/PictureFormat.h"
 #include "vendelo-sdl2/TApplication.h"
 
 using namespace vendelo_sdl2;
@@ -62,7 +63,9 @@ void TJackpotsPanel::createTitle() {
   pDarkBackground = new TImageList(GetRenderer(), 0, 0, mScreenW, mScreenH, "pDarkBackground");
   AddComponent(pDarkBackground);
   pDarkBackground->_setVisible(false);
-  mpDarkPicture = lendPicture(pDarkBackground, MyUtils::ImageDir() + "Animation/Backround.png");
+  loadDarkPicture();
+  pDarkBackground->pushImage(mpDarkPicture.get());
+  pDarkBackground->DisplayImage(0, 0);
 }
 
 void TJackpotsPanel::createLevel(const JackpotsData& level, TBuild& build) {
@@ -177,7 +180,10 @@ void TJackpotsPanel::createInfoBar(const JackpotsData& level, const SDL_Rect& pl
                                indexed("pJackpotInfoBackground", jId));
   pJackpotInfoBackground[jId] = bar;
   pJackpotPanel[jId]->AddComponent(bar);
-  bar->SetFullImage(MyUtils::ImageDir() + "/bar.png");
+  if (mpBarPicture)
+    bar->SetFullImage(MyUtils::TextureOf(GetRenderer(), mpBarPicture.get()).release());
+  else
+    bar->SetFullImage(MyUtils::ImageDir() + kBarPicture);
   bar->SetRunToLeft();
   bar->SetPosition(0, true);
 

@@ -69,6 +69,7 @@ void TopScreenScreen::loadContents(int w, int h) {
   SDL_SetTextureBlendMode(DemoBackground, SDL_BLENDMODE_BLEND);
 
   buildComponents(GetRenderer(), w, h);
+  pJackpotsPanel->loadAhead();
 
   SetLoader(new TPlatformLoader(GetRenderer(), 0, 0, w, h, "KSL loader"));
   static_cast<TPlatformLoader*>(Loader())->SetDisplayMessage("Waiting for KSL connection...");

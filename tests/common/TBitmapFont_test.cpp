@@ -165,6 +165,21 @@ TEST_F(BitmapFont, ASecondFontOnOneFileBorrowsAndIsNotRegistered) {
   TBitmapFont::CleanupBitmapFonts();
 }
 
+TEST_F(BitmapFont, OneFileThatIsWrittenInTwoWaysIsReadOnceAndItsPictureToo) {
+  TBitmapFont* const first = make("first");
+  auto* const second = new TBitmapFont(harness.renderer(), "second", folder + "./first.fnt");
+  EXPECT_EQ(second, TBitmapFont::FindBitmapFont("second"));
+  EXPECT_EQ(first->GlyphPicture(), second->GlyphPicture());
+  EXPECT_EQ(first->GlyphTexture(), second->GlyphTexture());
+  EXPECT_EQ(23, width(second, "AB"));
+  delete first;
+  EXPECT_EQ(nullptr, second->GlyphPicture());  // the picture went with its owner
+  EXPECT_EQ(nullptr, second->GlyphTexture());
+  EXPECT_EQ(23, width(second, "AB"));
+  auto* const third = new TBitmapFont(harness.renderer(), "third", folder + "././first.fnt");
+  EXPECT_NE(nullptr, third->GlyphPicture());
+}
+
 TEST_F(BitmapFont, TheFirstOfANameIsFound) {
   TBitmapFont* one = make("one");
   testfont::writeText(folder + "two.fnt", testfont::toXml(description));

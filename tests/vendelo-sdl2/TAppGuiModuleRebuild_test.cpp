@@ -173,7 +173,7 @@ TEST_F(Rebuild, WhatOthersSpoiltIsWholeAfterAFewSeconds) {
   settled();
   const std::vector<Uint32> whole = shown();
   spoilWindow();
-  clock.advance(4000);
+  clock.advance(7000);
   EXPECT_EQ(kSpoilt, shown());
   clock.advance(1100);
   EXPECT_EQ(whole, shown());

@@ -93,7 +93,10 @@ class World {
   }
 
   TTexturePtr picture(int w, int h, bool opaque) {
-    SDL_Surface* surface = SDL_CreateRGBSurfaceWithFormat(0, w, h, 32, SDL_PIXELFORMAT_ARGB8888);
+    // Of those that are opaque some have no alpha at all.
+    const Uint32 format =
+      opaque && number(0, 1) ? Uint32{SDL_PIXELFORMAT_RGB888} : Uint32{SDL_PIXELFORMAT_ARGB8888};
+    SDL_Surface* surface = SDL_CreateRGBSurfaceWithFormat(0, w, h, 32, format);
     const Uint32 base = mRandom();
     // Often without ink in its first and last rows.
     TInk ink{0, h};
@@ -118,7 +121,7 @@ class World {
     Item made{};
     made.kind = static_cast<Item::Kind>(std::max(0, number(-5, 6)));
     made.which = static_cast<size_t>(number(0, 8));
-    made.source = {number(0, 20), number(0, 20), number(1, 60), number(1, 40)};
+    made.source = {number(-15, 20), number(-15, 20), number(1, 60), number(1, 40)};  // also beyond the picture
     made.hasSource = number(0, 2) == 0;
     made.destination = {number(-40, kWidth), number(-40, kHeight), number(1, 120), number(1, 80)};
     if (number(0, 1)) {  // unscaled
@@ -129,7 +132,7 @@ class World {
     if (number(0, 9) == 0) made.destination = {0, 0, kWidth, kHeight};
     made.angle = number(0, 3) * 30.0 + (number(0, 3) == 0 ? 360.0 : 0.0);
     made.flip = static_cast<SDL_RendererFlip>(number(0, 3));
-    made.alpha = number(0, 2) ? 255 : static_cast<Uint8>(number(0, 255));
+    made.alpha = number(0, 2) ? 255 : static_cast<Uint8>(number(0, 2) ? number(0, 255) : 0);
     made.red = number(0, 3) ? 255 : static_cast<Uint8>(number(0, 255));
     made.blend = modes[number(0, 5)];
     made.phase = number(0, 11);

@@ -1,6 +1,10 @@
 // What the panels load goes with what shows it, and not with the next picture or the end of the renderer.
+#include <SDL_image.h>
 #include <dlfcn.h>
+#include <mutex>
 #include <set>
+#include <utility>
+#include <vector>
 
 #include "tests/vesperatopscreen/JackpotsFixture.h"
 #include "tests/vesperatopscreen/PaytablesFixture.h"
@@ -10,6 +14,8 @@ using xmlrpc_c::value_string;
 namespace {
 
 std::set<SDL_Texture*> destroyed;
+std::mutex mutex;
+std::vector<std::pair<SDL_threadID, std::string>> readBy;  // under the mutex
 
 }  // namespace
 
@@ -17,6 +23,15 @@ extern "C" void SDL_DestroyTexture(SDL_Texture* texture) {
   static const auto sdl = reinterpret_cast<decltype(&SDL_DestroyTexture)>(dlsym(RTLD_NEXT, "SDL_DestroyTexture"));
   destroyed.insert(texture);
   sdl(texture);
+}
+
+extern "C" SDL_Surface* IMG_Load(const char* file) {
+  static const auto next = reinterpret_cast<decltype(&IMG_Load)>(dlsym(RTLD_NEXT, "IMG_Load"));
+  {
+    const std::lock_guard<std::mutex> lock(mutex);
+    readBy.emplace_back(SDL_ThreadID(), file);
+  }
+  return next(file);
 }
 
 namespace {
@@ -57,11 +72,35 @@ TEST_F(JackpotTextures, AClearOfTheLevelsLetsGoOfWhatIsNotTheImageCaches) {
   for (SDL_Texture* picture : {dark, captured, title, logo}) ASSERT_NE(nullptr, picture);
   destroyed.clear();
   screen.send(T_INTEGRITY_DATA, value_string("CRC 1234"));
-  EXPECT_EQ(1u, destroyed.count(dark));
+  EXPECT_EQ(0u, destroyed.count(dark)) << "as large as the screen, and needed again with the next levels";
   EXPECT_EQ(1u, destroyed.count(captured));
   EXPECT_EQ(0u, destroyed.count(title));
   EXPECT_EQ(0u, destroyed.count(logo)) << "it is shown now";
   EXPECT_EQ(nullptr, pictureOf("JackpotWinPanel"));
+}
+
+TEST_F(JackpotTextures, ThePictureUnderAWinStaysUntilThePanelGoes) {
+  start(4);
+  SDL_Texture* const dark = pictureOf("pDarkBackground");
+  ASSERT_NE(nullptr, dark);
+  screen.send(T_JACKPOT_DATA, paneldata::levelsValue(paneldata::levels(0)));
+  screen.send(T_JACKPOT_DATA, paneldata::levelsValue(paneldata::levels(4)));
+  EXPECT_EQ(dark, pictureOf("pDarkBackground"));
+}
+
+TEST_F(JackpotTextures, LevelsThatComeTakeNothingOutOfFilesInTheirFrames) {
+  start(0);
+  const SDL_threadID drawThread = SDL_ThreadID();
+  readBy.clear();
+  for (const int count : {1, 4}) {
+    screen.send(T_JACKPOT_DATA, paneldata::levelsValue(paneldata::levels(count)));
+    ASSERT_NE(nullptr, pictureOf("pDarkBackground"));
+    screen.joinSprites();
+  }
+  std::set<std::string> files;
+  for (const auto& [thread, file] : readBy)
+    if (thread == drawThread) files.insert(file);
+  EXPECT_EQ(std::set<std::string>{}, files);
 }
 
 TEST_F(PaytableTextures, APageThatIsLoadedAgainLetsGoOfTheOldOne) {
