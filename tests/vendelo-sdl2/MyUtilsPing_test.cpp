@@ -1,9 +1,7 @@
 #include <arpa/inet.h>
 #include <fcntl.h>
 #include <gtest/gtest.h>
-#include <linux/capability.h>
 #include <netinet/ip_icmp.h>
-#include <sys/syscall.h>
 #include <sys/time.h>
 #include <unistd.h>
 
@@ -15,6 +13,7 @@
 #include <ctime>
 #include <thread>
 
+#include "tests/support/WithoutRight.h"
 #include "vendelo-sdl2/MyUtils.h"
 #include "vendelo-sdl2/NetworkSeams.h"
 
@@ -250,22 +249,6 @@ TEST(Ping, AnUnknownHostIsABadHost) {
   EXPECT_EQ(MyUtils::Ping("no host.invalid", duration), MyUtils::PING_BAD_HOST);
 }
 
-// Takes the right to open raw sockets from this thread for a while.
-class NoRawSockets {
- public:
-  NoRawSockets() {
-    EXPECT_EQ(syscall(SYS_capget, &mHeader, mBefore), 0);
-    __user_cap_data_struct without[2] = {mBefore[0], mBefore[1]};
-    without[0].effective &= ~(1u << CAP_NET_RAW);
-    EXPECT_EQ(syscall(SYS_capset, &mHeader, without), 0);
-  }
-  ~NoRawSockets() { EXPECT_EQ(syscall(SYS_capset, &mHeader, mBefore), 0); }
-
- private:
-  __user_cap_header_struct mHeader{_LINUX_CAPABILITY_VERSION_3, 0};
-  __user_cap_data_struct mBefore[2] = {};
-};
-
 TEST(Ping, LoopbackAnswersWhereRawSocketsAreAllowed) {
   const int probe = ::socket(AF_INET, SOCK_RAW, 1);
   const bool allowed = probe >= 0;
@@ -278,7 +261,7 @@ TEST(Ping, LoopbackAnswersWhereRawSocketsAreAllowed) {
 }
 
 TEST(Ping, WithoutTheRightToARawSocketItIsAnError) {
-  const NoRawSockets refused;
+  const WithoutRight refused(CAP_NET_RAW);
   int duration = -7;
   EXPECT_EQ(MyUtils::Ping("127.0.0.1", duration), MyUtils::PING_ERROR);
   EXPECT_EQ(duration, -7);
