@@ -1,13 +1,19 @@
 // What may happen around the program in years: each fault ends in a screen that goes on or in an end in time.
 #include <fcntl.h>
+#include <linux/capability.h>
+#include <sys/prctl.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 #include <algorithm>
 #include <csignal>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <random>
 #include <sstream>
+#include <thread>
 
 #include "tests/system/SystemHarness.h"
 
@@ -98,6 +104,49 @@ TEST_F(Faults, SignalBesideAHangingXServerEndsInTenSecondsWithItsNumber) {
   mX.process().signal(SIGCONT);
   EXPECT_EQ(logged(kCutShort), 1);
 }
+
+// ThreadSanitizer gives a signal to a thread only where that is amid nothing, and never to one that waits for a
+// lock.
+#ifndef __SANITIZE_THREAD__
+
+// One program after the other, each on one of its threads or as a whole, amid frames, polls and log lines. CRASHES
+// in the environment says how many.
+TEST_F(Faults, CrashAtAnyMomentOfABusyProgramEndsItByItsSignal) {
+  const char* wanted = std::getenv("CRASHES");
+  const int crashes = wanted ? std::atoi(wanted) : 4;
+  std::mt19937 random(1);
+  int traced = 0;
+  startSimulator();
+  if (HasFatalFailure()) return;
+  mSimulator.apply({{"do", "add"}, {"level", {{"CurrentPot", 5}, {"DecimalPlaces", 0}}}});
+  mSimulator.apply({{"do", "grow"}, {"id", 0}, {"every", 50}, {"min", 1}, {"max", 99999}, {"seed", 7}});
+  for (int number = 0; number < crashes; ++number) {
+    SCOPED_TRACE("crash " + std::to_string(number));
+    mSimulator.apply({{"do", "good"}});
+    startProgram(mSimulator.address(), Renderer::Software, {});
+    ASSERT_TRUE(within(20000, [this] { return panelShown(); })) << "no panel";
+    if (number % 2 == 1) failPolls(-7, "later");  // a log line for each, and the whole state anew
+    ASSERT_TRUE(asksForEvents(2));
+    std::vector<pid_t> threads;
+    for (const auto& entry : fs::directory_iterator("/proc/" + std::to_string(mProgram.pid()) + "/task"))
+      threads.push_back(std::stoi(entry.path().filename().string()));
+    std::sort(threads.begin(), threads.end());
+    usleep(random() % 300000);
+    const size_t target = random() % (threads.size() + 1);
+    if (target == threads.size() || syscall(SYS_tgkill, mProgram.pid(), threads[target], SIGSEGV) != 0)
+      mProgram.signal(SIGSEGV);
+    const std::optional<int> status = mProgram.wait(bound(60000));
+    ASSERT_TRUE(status) << "still running";
+    EXPECT_TRUE(WIFSIGNALED(*status));
+    EXPECT_EQ(WTERMSIG(*status), SIGSEGV);
+    traced += logged("================ BACKTRACE END ================") == 1;
+    fs::remove(dated());
+  }
+  RecordProperty("Crashes", crashes);
+  RecordProperty("WithTheWholeBacktrace", traced);
+}
+
+#endif
 
 // ---- the console
 
@@ -269,6 +318,23 @@ TEST_F(Faults, LogThatWasRemovedIsMadeAnew) {
   ASSERT_TRUE(within(20000, [this] { return logged("The log file was removed or moved away") == 1; }));
   failPolls(-7, "later");
   EXPECT_TRUE(within(20000, [this] { return logged("later") >= 1; }));
+}
+
+// The fortieth of them has to go, and nobody may delete it: root neither, which keeps none of its rights over
+// files.
+TEST_F(Faults, OldLogsThatCannotBeDeletedEndTheStartWith252) {
+  const std::string folder = mFolder + "/logs";
+  fs::create_directory(folder);
+  for (int i = 0; i < 40; ++i) std::ofstream(folder + "/top_old" + std::to_string(i) + ".log") << "old\n";
+  fs::permissions(folder, fs::perms::owner_read | fs::perms::owner_exec);
+  std::thread([&] {
+    prctl(PR_CAPBSET_DROP, CAP_DAC_OVERRIDE);  // of this thread, and of what it starts
+    startProgram("", Renderer::Software, {{"LOG_FILENAME", folder + "/top.log"}});
+  }).join();
+  EXPECT_TRUE(exitsWith(kEndBound, 252));
+  EXPECT_NE(printed().find("Unhadled exception occoured while loading application"), std::string::npos);
+  EXPECT_EQ(std::distance(fs::directory_iterator(folder), fs::directory_iterator()), 40);
+  fs::permissions(folder, fs::perms::owner_all);
 }
 
 TEST_F(Faults, LogThatHasWhatADayMayHaveTakesStartsRegistrationsAndEndsOnly) {
