@@ -191,15 +191,16 @@ TEST_F(ImageListData, GoesWithItsImage) {
   EXPECT_EQ(0, shown().w);
 }
 
-TEST_F(ImageListData, TakesItsOffsetsAlong) {
-  Inside opened(40, 50, 100, 60);
-  opened.pushImage(solid(30, 20, red));
-  opened.pushImage(solid(50, 40, green));
-  opened.DisplayImage(0, 0, data, 100, -3);
-  EXPECT_EQ(100, opened.mDataOffsetX);
-  opened.DisplayImage(2, 0, data, 5, 5);
-  EXPECT_EQ(0, opened.mDataOffsetX);
-  EXPECT_EQ(0, opened.mDataOffsetY);
+// A slide out goes as much further as the data hangs out.
+TEST_F(ImageListData, TakesItsOffsetAlong) {
+  list->SetAnimation(TImageList::LEFT);
+  list->DisplayImage(0, 0, data, 100, -3);
+  list->DisplayImage(2, 0, data, 5, 5);
+  list->DisplayImage(1, 700);
+  slideThrough(*list);
+  list->Hide();
+  slideThrough(*list);
+  EXPECT_EQ(400, shownAt(*list).x);
 }
 
 TEST_F(ImageList, DrawsTheImageIntoItsRectangle) {

@@ -18,6 +18,7 @@ struct Bar : TProgressBar {
   using TProgressBar::AnimateFullUp;
   using TProgressBar::blinkTreshold;
   using TProgressBar::Orientation;
+  using TProgressBar::widthON;
 };
 
 // What a new bar holds.
@@ -37,7 +38,6 @@ struct Inside : Bar {
   using TProgressBar::OutputRectFull;
   using TProgressBar::SourceRectEmpty;
   using TProgressBar::SourceRectFull;
-  using TProgressBar::widthON;
 };
 
 struct Plain : TGuiComponent {
@@ -233,7 +233,7 @@ TEST_F(ProgressBar, FilledWidth) {
     int width;
   } rows[] = {{-3, 0, 0},    {0, 0, 0},      {0, 10, 0},     {0, 15, 1},      {50, 50, 100},  {99, 97, 197},
               {99, 99, 198}, {99, 100, 200}, {100, 88, 200}, {100, 100, 200}, {150, 100, 200}};
-  Inside bar(0, 0);
+  Bar bar(0, 0);
   dress(bar);
   for (const auto& row : rows) {
     showOnTheWay(bar, row.from, row.to);

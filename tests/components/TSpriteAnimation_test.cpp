@@ -93,13 +93,15 @@ TEST_F(SpriteAnimation, FramesAreSkippedNotQueued) {
 
 TEST_F(SpriteAnimation, TheRateDoesNotDependOnTheDisplay) {
   for (const Uint32 step : {5u, 7u, 16u, 33u}) {
-    Inside sprites(0, 0, 20, 20, "", TSpriteAnimation::LOOP);
+    Sprites sprites(0, 0, 20, 20, "", TSpriteAnimation::LOOP);
     Sprites source(0, 0, 20, 20, atlas("rate", 60, 20, 20), TSpriteAnimation::LOOP);
     sprites.CopyData(&source.loaded());
-    Uint32 tick = 1000;
-    for (; tick < 3000; tick += step) drawn(sprites, tick);
-    // 23.809525 frames a second: one each 42 ms.
-    EXPECT_NEAR((tick - step - 1000) / 42.0, sprites.GetCurrentFrame() + sprites.mBuffer, 0.01) << step;
+    // 23.809525 frames a second: one each 42 ms, and on the edge either of the two.
+    for (Uint32 elapsed = 0; elapsed < 2000; elapsed += step) {
+      const int frame = drawn(sprites, 1000 + elapsed);
+      ASSERT_GE(frame, std::floor((elapsed - 0.4) / 42.0)) << elapsed << " in steps of " << step;
+      ASSERT_LE(frame, std::floor((elapsed + 0.4) / 42.0)) << elapsed << " in steps of " << step;
+    }
   }
 }
 
@@ -177,14 +179,13 @@ TEST_F(SpriteAnimation, NoneFollowsItsDestinationFromEitherSide) {
 TEST_F(SpriteAnimation, SetFrameIsLimited) {
   const struct { int asked, frame; } rows[] = {{100, 9}, {9, 9}, {-4, 0}, {3, 3}};
   Uint32 tick = 1000;
-  Inside sprites(0, 0, 20, 20, atlas("limits", 10, 20, 20), TSpriteAnimation::NONE);
+  Sprites sprites(0, 0, 20, 20, atlas("limits", 10, 20, 20), TSpriteAnimation::NONE);
   for (const auto& row : rows) {
     sprites.SetFrame(row.asked, false);
-    EXPECT_EQ(row.frame, sprites.GetCurrentFrame());
+    EXPECT_EQ(row.frame, sprites.GetCurrentFrame()) << "the first one waits for the loader";
     drawn(sprites, tick += 1000);
     EXPECT_EQ(row.frame, drawn(sprites, tick += 1000)) << "and it stays there";
   }
-  EXPECT_EQ(nullptr, sprites.mLoadThread) << "it waits for the loader";
   const struct {
     float part;
     int frame;

@@ -43,6 +43,13 @@ struct Inside : Label {
   using Tlabel::mTimeUntilHide;
 };
 
+// What a text is drawn on before it is a texture.
+struct Surfaces : Label {
+  using Label::Label;
+  using Tlabel::mpSurface;
+  using Tlabel::mpSurface2;
+};
+
 }  // namespace
 
 TEST_F(LabelTest, StartsAsDocumented) {
@@ -319,7 +326,7 @@ TEST_F(LabelTest, AFrameTakesNothingFromTheHeap) {
 TEST_F(LabelTest, ASurfaceThatItStillHoldsIsFreed) {
   SDL_Surface* surface = SDL_CreateRGBSurfaceWithFormat(0, 2, 2, 32, SDL_PIXELFORMAT_RGBA32);
   surface->refcount = 3;
-  Inside* label = make<Inside>("one");
+  Surfaces* label = make<Surfaces>("one");
   label->mpSurface = surface;
   label->draw();
   EXPECT_EQ(2, surface->refcount) << "by a rebuild";
@@ -338,7 +345,7 @@ TEST_F(LabelTest, ASurfaceThatItStillHoldsIsFreed) {
 
 TEST_F(LabelTest, NoSurfaceIsLeftOfABuild) {
   for (const bool split : {false, true}) {
-    Inside* label = make<Inside>("two lines");
+    Surfaces* label = make<Surfaces>("two lines");
     label->SplitText(split);
     drawn(*label);
     EXPECT_EQ(nullptr, label->mpSurface);
