@@ -22,7 +22,7 @@ class ScrollingPlaces : public Scrolling {
 TEST_F(ScrollingPlaces, ThePlaceBehindAChildIsCutToPixels) {
   Child* child = add(100);
   ticker.SetSpacingFixed(33.7f);
-  ticker.mWaitDuration = -1;
+  ticker.SetWaitDuration(-1.0f);
   // 133.7, 133 + 133.7 = 266.7 and 266 + 133.7 = 399.7
   EXPECT_EQ((Xs{0, 133, 266, 399}), at(*child, 0));
   ticker.SetPadding(-250);
@@ -47,8 +47,7 @@ TEST_F(ScrollingPlaces, TheStartOfEachChildIsCutToMilliseconds) {
     narrow.AddContent(children.back(), -1, TScrollingComponent::TOP);
   }
   narrow.SetSpacingFixed(0);
-  narrow.mScrollDuration = -1000;
-  narrow.mWaitDuration = 0;
+  narrow.SetScrollSpeedFixed(-300);
   narrow.draw();
   clock.set(1000 + 6700);
   for (Child* child : children) child->places.clear();
@@ -71,8 +70,8 @@ TEST_F(ScrollingPlaces, TheOffsetIsRoundedOnceWithThePadding) {
 TEST_F(ScrollingPlaces, ToTheRightTheOffsetOfTheChildrenGoneBeforeIsAdded) {
   Child *a = add(100), *b = add(60);
   ticker.SetSpacingFixed(20);
-  ticker.mScrollDuration = 1000;
-  ticker.mWaitDuration = 500;
+  ticker.SetScrollSpeedFixed(400);
+  ticker.SetWaitDuration(0.5f);
   at(*a, 0);
   // a: 500 + 120 * 1000 / 400 = 800 ms; b: 500 + 200 ms
   b->places.clear();
@@ -83,42 +82,65 @@ TEST_F(ScrollingPlaces, ToTheRightTheOffsetOfTheChildrenGoneBeforeIsAdded) {
 
 TEST_F(ScrollingPlaces, AWaitOfNothingSlidesOnWithoutAHalt) {
   Child* child = add(400);
-  ticker.mScrollDuration = -1000;
+  ticker.SetScrollSpeedFixed(-400);
   EXPECT_EQ((Xs{0}), at(*child, 0));
   EXPECT_EQ((Xs{-4}), at(*child, 10));
   EXPECT_EQ((Xs{-250, 250}), at(*child, 625));
 }
 
 TEST_F(ScrollingPlaces, ShortWaitsAreWaits) {
-  ticker.SetWaitDuration(0.25f);
-  EXPECT_EQ(250, ticker.mWaitDuration);
-  ticker.SetWaitDuration(0.0006f);
-  EXPECT_EQ(1, ticker.mWaitDuration) << "rounded";
-  Child* child = oneChild();
-  ticker.SetWaitDuration(0.25f);
-  EXPECT_EQ(250, ticker.mWaitDuration);
-  ticker.SetWaitDuration(0.0f);
-  EXPECT_EQ(0, ticker.mWaitDuration);
-  at(*child, 0);
-  ticker.SetWaitDuration(0.25f);
-  EXPECT_EQ(250, ticker.mWaitChange);
-  ticker.SetWaitDuration(0.0f);
-  EXPECT_EQ(0, ticker.mWaitChange);
-  EXPECT_EQ(1000u + 1000u, ticker.mWaitChangeAt);
+  const struct {
+    float seconds;
+    Uint32 milliseconds;
+  } rows[] = {{0.25f, 250}, {0.0006f, 1}, {0.0f, 0}};
+  enum When { kWithoutChild, kBeforeTheFirstDraw, kAtTheEndOfALoop };
+  for (const auto& row : rows)
+    for (const When when : {kWithoutChild, kBeforeTheFirstDraw, kAtTheEndOfALoop}) {
+      SCOPED_TRACE(std::to_string(row.seconds) + ", " + std::to_string(when));
+      Ticker other(0, 50, 400, 60);
+      auto* child = new Child(400, 20, "one");
+      other.SetScrollSpeedFixed(-400);
+      other.SetWaitDuration(2.0f);
+      if (when == kWithoutChild) other.SetWaitDuration(row.seconds);
+      other.AddContent(child, -1, TScrollingComponent::TOP);
+      if (when == kBeforeTheFirstDraw) other.SetWaitDuration(row.seconds);
+      at(other, *child, 0);
+      if (when == kAtTheEndOfALoop) other.SetWaitDuration(row.seconds);
+      const Uint32 begin = when == kAtTheEndOfALoop ? 3000 : 0;
+      EXPECT_EQ((Xs{0}), at(other, *child, begin + row.milliseconds + 1));
+      EXPECT_EQ((Xs{-1}), at(other, *child, begin + row.milliseconds + 2));
+    }
 }
 
+TEST_F(ScrollingPlaces, AWaitChangeThatIsSetAgainIsTheLastOne) {
+  Child* child = oneChild();
+  at(*child, 0);
+  ticker.SetWaitDuration(0.25f);
+  ticker.SetWaitDuration(0.0f);
+  EXPECT_EQ((Xs{0}), at(*child, 3000));
+  EXPECT_EQ((Xs{-1}), at(*child, 3002));
+}
+
+// 500 + 250 and 500 + 150; with the spacing a loop of the strip takes 1900.
 TEST_F(ScrollingPlaces, ALoopOfAWaitChangeTakesEveryChildAndTheSizeOfTheSpeed) {
   add(100);
   Child* child = add(60);
-  ticker.mScrollDuration = -1000;
-  ticker.mWaitDuration = 500;
+  ticker.SetScrollSpeedFixed(-400);
+  ticker.SetWaitDuration(0.5f);
   at(*child, 0);
-  clock.set(1000 + 1399);
-  ticker.SetWaitDuration(1.0f);  // 500 + 250 and 500 + 150
-  EXPECT_EQ(1000u + 1400u, ticker.mWaitChangeAt);
+  EXPECT_EQ((Xs{0, 360}), at(*child, 1399));
+  ticker.SetWaitDuration(0.75f);
   clock.set(1000 + 1400);
   ticker.SetWaitDuration(1.0f);
-  EXPECT_EQ(1000u + 2800u, ticker.mWaitChangeAt) << "on the end the next loop has begun";
+  EXPECT_EQ((Xs{0, 360}), at(*child, 1400)) << "on the end the next loop has begun";
+  EXPECT_EQ((Xs{40}), at(*child, 2799));
+  EXPECT_EQ((Xs{200}), at(*child, 2800));
+  EXPECT_EQ((Xs{200}), at(*child, 2800 + 1001));
+  EXPECT_EQ((Xs{199}), at(*child, 2800 + 1002));
+  clock.set(1000 + 2800 + 2399);
+  ticker.SetWaitDuration(0.5f);  // 1000 + 250 and 1000 + 150
+  EXPECT_EQ((Xs{0, 360}), at(*child, 2800 + 2399));
+  EXPECT_EQ((Xs{200}), at(*child, 2800 + 2400));
 }
 
 TEST_F(ScrollingPlaces, TheAlphaIsThatOfTheLowBits) {

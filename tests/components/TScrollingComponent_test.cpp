@@ -1,5 +1,7 @@
 #include "tests/components/TickerFixture.h"
 
+#include <tuple>
+
 #include "tests/components/AllocationCount.h"
 
 using namespace tickertest;
@@ -8,6 +10,20 @@ namespace {
 
 struct Plain : TGuiComponent {
   Plain(int x, int y) : TGuiComponent(nullptr, x, y, 400, 200, "parent") {}
+};
+
+// What a new ticker holds.
+struct Inside : Ticker {
+  using Ticker::Ticker;
+  using TScrollingComponent::fMovementFunction;
+  using TScrollingComponent::mFirstDraw;
+  using TScrollingComponent::mIsRelativeSpacing;
+  using TScrollingComponent::mPadding;
+  using TScrollingComponent::mScrollDuration;
+  using TScrollingComponent::mSpacing;
+  using TScrollingComponent::mWaitChange;
+  using TScrollingComponent::mWaitChangeAt;
+  using TScrollingComponent::mWaitDuration;
 };
 
 float seenT = 0, seenDuration = 0;
@@ -20,6 +36,7 @@ float quadratic(float t, float duration) {
 }  // namespace
 
 TEST_F(Scrolling, StartsAsDocumented) {
+  Inside ticker(0, 50, 400, 60);
   EXPECT_EQ(100.0f, ticker.mSpacing);
   EXPECT_FALSE(ticker.mIsRelativeSpacing);
   EXPECT_EQ(0, ticker.mPadding);
@@ -31,7 +48,7 @@ TEST_F(Scrolling, StartsAsDocumented) {
   EXPECT_EQ(0, ticker.NumberOfChildren());
   EXPECT_EQ(0.25f, ticker.fMovementFunction(0.25f, 9.0f));
   int w = 0, h = 0;
-  SDL_QueryTexture(ticker.mpTargetTexture, nullptr, nullptr, &w, &h);
+  SDL_QueryTexture(ticker.GetTargetTexture(), nullptr, nullptr, &w, &h);
   EXPECT_EQ(400, w);
   EXPECT_EQ(60, h);
   EXPECT_EQ(0, TScrollingComponent::CENTER);
@@ -41,9 +58,12 @@ TEST_F(Scrolling, StartsAsDocumented) {
 
 TEST_F(Scrolling, WithoutChildrenNothingHappens) {
   clear(0, 0, 0);
+  clock.set(500);
   ticker.draw();
-  EXPECT_EQ(0u, ticker.mFirstDraw);
   EXPECT_EQ(0, inked(0).w);
+  Child* child = oneChild();
+  at(*child, 0);
+  EXPECT_EQ((Xs{-250, 250}), at(*child, 2625)) << "the first draw was the one with a child";
 }
 
 TEST_F(Scrolling, ContentsStandInStripOrder) {
@@ -58,12 +78,16 @@ TEST_F(Scrolling, ContentsStandInStripOrder) {
   EXPECT_EQ(a, ticker.ContentAt(1));
   EXPECT_EQ(d, ticker.ContentAt(2));
   EXPECT_EQ(b, ticker.ContentAt(3));
-  EXPECT_EQ(TScrollingComponent::TOP, ticker.mpContent[1].alignment);
   EXPECT_EQ(nullptr, a->getParent());
   EXPECT_EQ(nullptr, ticker.ContentAt(4));
   EXPECT_EQ(nullptr, ticker.ContentAt(-1));
   EXPECT_EQ(a, ticker.ContentAt<Child>(1));
   EXPECT_EQ(nullptr, ticker.ContentAt<TScrollingComponent>(1));
+  ticker.draw();
+  for (const auto& [child, x, y] : {std::tuple{c, 0, 50}, {a, 110, 0}, {d, 220, 50}, {b, 330, 25}}) {
+    ASSERT_EQ(1u, child->places.size()) << "at " << x;
+    EXPECT_EQ((SDL_Point{x, y}), child->places[0]) << "at " << x;
+  }
 
   testing::internal::CaptureStdout();
   Child again(10, 10, "a");
@@ -76,23 +100,39 @@ TEST_F(Scrolling, ContentsStandInStripOrder) {
   EXPECT_EQ(nullptr, ticker.FindComponentByName("b"));
 }
 
-TEST_F(Scrolling, Speeds) {
+// Also after hours, when the smallest difference has added up.
+TEST_F(Scrolling, ARelativeSpeedIsAPercentageOfTheWidthASecond) {
   const struct {
-    float relative;
+    float speed;
     long duration;
-  } rows[] = {{100, 1000}, {-50, -2000}, {-30, -3333}, {7, 14286}, {0, 0}};
+  } rows[] = {{100, 1000}, {-50, -2000}, {-30, -3333}, {7, 14286},   {1, 100000},
+              {2, 50000},  {-20, -5000}, {100000, 1},  {-100000, -1}};
+  Child* child = oneChild();
+  ticker.SetWaitDuration(0);
   for (const auto& row : rows) {
-    ticker.SetScrollSpeedRelative(row.relative);
-    EXPECT_EQ(row.duration, ticker.mScrollDuration) << row.relative;
+    ticker.SetScrollSpeedRelative(row.speed);
+    for (const Uint32 elapsed : {0u, 102u, 777u, 10000102u})
+      EXPECT_EQ(standing(elapsed, 0, row.duration), at(*child, elapsed)) << row.speed << " after " << elapsed;
   }
-  ticker.SetScrollSpeedFixed(-100);  // 25 % of 400 pixels a second
-  EXPECT_EQ(-4000, ticker.mScrollDuration);
+  ticker.SetScrollSpeedRelative(0);
+  EXPECT_EQ(Xs{0}, at(*child, 777));
+}
+
+TEST_F(Scrolling, AFixedSpeedIsInPixelsASecond) {
+  Child* child = oneChild();
+  ticker.SetWaitDuration(0);
+  ticker.SetScrollSpeedFixed(-100);
+  for (const Uint32 elapsed : {0u, 777u, 10000102u})
+    EXPECT_EQ(standing(elapsed, 0, -4000), at(*child, elapsed)) << elapsed;
+}
+
+TEST_F(Scrolling, ASpacingIsAPercentageOfTheWidthOrFixed) {
+  auto* child = new Child(100, 20, "c");
+  ticker.AddContent(child, -1, TScrollingComponent::TOP);
   ticker.SetSpacingRelative(25);
-  EXPECT_EQ(25.0f, ticker.mSpacing);
-  EXPECT_TRUE(ticker.mIsRelativeSpacing);
+  EXPECT_EQ((Xs{0, 200}), at(*child, 0));
   ticker.SetSpacingFixed(33);
-  EXPECT_EQ(33.0f, ticker.mSpacing);
-  EXPECT_FALSE(ticker.mIsRelativeSpacing);
+  EXPECT_EQ((Xs{0, 133, 266, 399}), at(*child, 0));
 }
 
 TEST_F(Scrolling, OneChildWaitsSlidesAndBeginsAgain) {
@@ -110,12 +150,11 @@ TEST_F(Scrolling, OneChildWaitsSlidesAndBeginsAgain) {
               {3250 + 2625, {-250, 250}},
               {3250 * 100 + 1, {0}}};
   for (const auto& row : rows) EXPECT_EQ(row.expected, at(*child, row.elapsed)) << row.elapsed;
-  EXPECT_EQ(1000u, ticker.mFirstDraw);
 }
 
 TEST_F(Scrolling, APositiveDurationMovesToTheRightWithNothingLeftOfTheFirst) {
   Child* child = oneChild();
-  ticker.mScrollDuration = 1000;
+  ticker.SetScrollSpeedFixed(400);
   EXPECT_EQ((Xs{0}), at(*child, 0));
   EXPECT_EQ((Xs{250}), at(*child, 2625));
 }
@@ -127,7 +166,6 @@ TEST_F(Scrolling, SeveralChildrenFollowOneAnother) {
   ticker.SetSpacingRelative(10);  // 40 pixels
   ticker.SetScrollSpeedFixed(-400);
   ticker.SetWaitDuration(0.5f);
-  EXPECT_EQ(500, ticker.mWaitDuration);
   // a: 500 + 140 * 1000 / 400 = 850 ms, b: 500 + 600 = 1100 ms
   const struct {
     Uint32 elapsed;
@@ -152,26 +190,43 @@ TEST_F(Scrolling, TheMovementFunctionEasesTheSlide) {
 
 TEST_F(Scrolling, ANegativeWaitStandsAtThePadding) {
   Child* child = oneChild();
-  ticker.mWaitDuration = -1;
+  ticker.SetWaitDuration(-1.0f);
   ticker.SetPadding(30);
   for (const Uint32 elapsed : {0u, 2625u, 100000u}) EXPECT_EQ((Xs{30}), at(*child, elapsed));
-  ticker.mWaitDuration = 2000;
-  EXPECT_EQ((Xs{-220, 280}), at(*child, 2625)) << "the padding is added to the slide";
 }
 
-TEST_F(Scrolling, SetWaitDurationBeforeTheFirstDraw) {
-  ticker.SetWaitDuration(1.5f);
-  EXPECT_EQ(1500, ticker.mWaitDuration);
-  EXPECT_EQ(-1, ticker.mWaitChange);
-  EXPECT_EQ(0u, ticker.mWaitChangeAt);
-  ticker.SetWaitDuration(-0.25f);
-  EXPECT_EQ(-250, ticker.mWaitDuration);
-  oneChild();
-  ticker.SetWaitDuration(-0.25f);
-  EXPECT_EQ(-1, ticker.mWaitDuration);
-  ticker.SetWaitDuration(3.0f);
-  EXPECT_EQ(3000, ticker.mWaitDuration);
-  EXPECT_EQ(0u, ticker.mWaitChangeAt);
+TEST_F(Scrolling, ThePaddingIsAddedToTheSlide) {
+  Child* child = oneChild();
+  ticker.SetPadding(30);
+  EXPECT_EQ((Xs{30}), at(*child, 0));
+  EXPECT_EQ((Xs{-220, 280}), at(*child, 2625));
+}
+
+// A negative one counts with its size for the loop that a change waits for, where there was no child yet.
+TEST_F(Scrolling, BeforeTheFirstDrawAWaitIsTakenAtOnce) {
+  const struct {
+    bool withChild;
+    Uint32 negative;  // how long the loop of -0.25 s is
+  } rows[] = {{false, 750}, {true, 999}};
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.withChild);
+    for (const bool isNegative : {false, true}) {
+      Ticker other(0, 50, 400, 60);
+      auto* child = new Child(400, 20, "one");
+      if (row.withChild) other.AddContent(child, -1, TScrollingComponent::CENTER);
+      other.SetScrollSpeedFixed(-400);
+      other.SetWaitDuration(9.0f);
+      other.SetWaitDuration(isNegative ? -0.25f : 1.5f);
+      if (!row.withChild) other.AddContent(child, -1, TScrollingComponent::CENTER);
+      at(other, *child, 0);
+      if (isNegative) other.SetWaitDuration(0);
+      const Uint32 end = isNegative ? row.negative : 1500;
+      EXPECT_EQ((Xs{0}), at(other, *child, end - 1));
+      EXPECT_EQ((Xs{0}), at(other, *child, end + 1));
+      EXPECT_EQ((Xs{-1}), at(other, *child, end + 2));
+      EXPECT_EQ((Xs{-250, 250}), at(other, *child, end + 625));
+    }
+  }
 }
 
 TEST_F(Scrolling, WaitChangeTakesEffectAtTheEndOfTheLoop) {
@@ -180,49 +235,55 @@ TEST_F(Scrolling, WaitChangeTakesEffectAtTheEndOfTheLoop) {
   clock.set(1000 + 3100);
   // The loop counts 2000 + 400 * 1000 / 400 here, without the spacing: the change falls at the second one's end.
   ticker.SetWaitDuration(5.0f);
-  EXPECT_EQ(2000, ticker.mWaitDuration);
-  EXPECT_EQ(5000, ticker.mWaitChange);
-  EXPECT_EQ(1000u + 6000u, ticker.mWaitChangeAt);
   EXPECT_EQ((Xs{-250, 250}), at(*child, 3250 + 2625)) << "the old wait goes on";
-  at(*child, 5999);
-  EXPECT_EQ(2000, ticker.mWaitDuration);
+  EXPECT_EQ((Xs{-300, 200}), at(*child, 5999));
   EXPECT_EQ((Xs{0}), at(*child, 6000));
-  EXPECT_EQ(5000, ticker.mWaitDuration);
-  EXPECT_EQ(7000u, ticker.mFirstDraw);
-  EXPECT_EQ(0, ticker.mWaitChange);
-  EXPECT_EQ(0u, ticker.mWaitChangeAt);
   EXPECT_EQ((Xs{0}), at(*child, 6000 + 5000));
   EXPECT_EQ((Xs{-250, 250}), at(*child, 6000 + 5625));
+  EXPECT_EQ((Xs{-250, 250}), at(*child, 6000 + 6250 + 5625)) << "from then on";
+}
+
+TEST_F(Scrolling, ANegativeWaitStopsTheStripAtTheEndOfTheLoop) {
+  Child* child = oneChild();
+  at(*child, 0);
+  ticker.SetWaitDuration(-0.25f);
+  EXPECT_EQ((Xs{-250, 250}), at(*child, 2625));
+  for (const Uint32 elapsed : {3000, 3777, 90000}) EXPECT_EQ((Xs{0}), at(*child, elapsed)) << elapsed;
+  ticker.SetWaitDuration(0);  // at the end of the 88th loop of 999 ms
+  EXPECT_EQ((Xs{0}), at(*child, 90912 + 1));
+  EXPECT_EQ((Xs{-1}), at(*child, 90912 + 2));
 }
 
 TEST_F(Scrolling, AFrameAfterTheChangeCountsFromTheChange) {
   Child* child = oneChild();
   at(*child, 0);
-  ticker.SetWaitDuration(-1.0f);
-  EXPECT_EQ(-1, ticker.mWaitChange);
+  ticker.SetWaitDuration(5.0f);
   EXPECT_EQ((Xs{0}), at(*child, 3777));
-  EXPECT_EQ(4000u, ticker.mFirstDraw);
-  EXPECT_EQ(-1, ticker.mWaitDuration);
-  EXPECT_EQ((Xs{0}), at(*child, 90000));
+  EXPECT_EQ((Xs{-250, 250}), at(*child, 3000 + 5625));
 }
 
 TEST_F(Scrolling, TheLoopOfAWaitChangeIsCountedInWholeNumbers) {
   auto* child = new Child(399, 20, "odd");
   ticker.AddContent(child, -1, TScrollingComponent::CENTER);
-  ticker.mScrollDuration = -1000;
-  ticker.mWaitDuration = 2000;
+  ticker.SetScrollSpeedFixed(-400);
+  ticker.SetWaitDuration(2.0f);
   at(*child, 0);
   ticker.SetWaitDuration(5.0f);
-  EXPECT_EQ(1000u + 2997u, ticker.mWaitChangeAt);
+  EXPECT_EQ((Xs{-398, 101}), at(*child, 2996));
+  EXPECT_EQ((Xs{0}), at(*child, 2997));
 }
 
+// A child of no width is drawn where it stands behind the edge, once each 100 pixels.
 TEST_F(Scrolling, AWaitChangeWithoutAnyLoopTakesEffectAtOnce) {
   auto* child = new Child(0, 20, "nothing");
   ticker.AddContent(child, -1, TScrollingComponent::CENTER);
+  ticker.SetScrollSpeedFixed(-400);
   at(*child, 0);
+  EXPECT_EQ((Xs{76, 176, 276, 376}), at(*child, 60));
   ticker.SetWaitDuration(5.0f);
-  EXPECT_EQ(5000, ticker.mWaitDuration);
-  EXPECT_EQ(0u, ticker.mWaitChangeAt);
+  EXPECT_EQ((Xs{100, 200, 300}), at(*child, 60));
+  EXPECT_EQ((Xs{100, 200, 300}), at(*child, 60 + 5001));
+  EXPECT_EQ((Xs{99, 199, 299, 399}), at(*child, 60 + 5002));
 }
 
 TEST_F(Scrolling, RoundsThatDoNotAdvanceEnd) {
@@ -285,12 +346,12 @@ TEST_F(Scrolling, AHiddenTickerGoesOnByTheClock) {
 // The memory of the card may be full: the screen keeps what stands on it.
 TEST_F(Scrolling, WithoutItsTextureItLeavesTheScreenAlone) {
   Child* child = oneChild();
-  SDL_Texture* own = ticker.mpTargetTexture;
-  ticker.mpTargetTexture = nullptr;
+  SDL_Texture* own = ticker.GetTargetTexture();
+  ticker.SetTargetTexture(nullptr);
   clear(10, 20, 30);
   EXPECT_EQ(Xs{}, at(*child, 100));
   EXPECT_EQ(0x0A141Eu, pixel(200, 80));
-  ticker.mpTargetTexture = own;
+  ticker.SetTargetTexture(own);
   EXPECT_EQ(Xs{0}, at(*child, 200));
 }
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cmath>
+#include <cstdint>
 #include <vector>
 
 #include "components/TScrollingComponent.h"
@@ -15,17 +17,6 @@ struct Ticker : TScrollingComponent {
   void onShow() override { ++hooks; }
   void onHide() override { ++hooks; }
   int hooks = 0;
-  using TScrollingComponent::fMovementFunction;
-  using TScrollingComponent::mFirstDraw;
-  using TScrollingComponent::mIsRelativeSpacing;
-  using TScrollingComponent::mPadding;
-  using TScrollingComponent::mpContent;
-  using TScrollingComponent::mpTargetTexture;
-  using TScrollingComponent::mScrollDuration;
-  using TScrollingComponent::mSpacing;
-  using TScrollingComponent::mWaitChange;
-  using TScrollingComponent::mWaitChangeAt;
-  using TScrollingComponent::mWaitDuration;
 };
 
 // A child that notes where it was drawn.
@@ -50,16 +41,28 @@ class Scrolling : public WidgetTest {
   Child* oneChild() {
     auto* child = new Child(400, 20, "one");
     ticker.AddContent(child, -1, TScrollingComponent::CENTER);
-    ticker.mScrollDuration = -1000;
-    ticker.mWaitDuration = 2000;
+    ticker.SetScrollSpeedFixed(-400);
+    ticker.SetWaitDuration(2.0f);
     return child;
   }
-  // The places at which the child is drawn at so many ms after the first draw.
-  Xs at(Child& child, Uint32 elapsed) {
+  // The places at which the child is drawn at so many ms after the first draw, where that is at 1000.
+  Xs at(Child& child, Uint32 elapsed) { return at(ticker, child, elapsed); }
+  Xs at(Ticker& which, Child& child, Uint32 elapsed) {
     clock.set(1000 + elapsed);
     child.places.clear();
-    ticker.draw();
+    which.draw();
     return child.xs();
+  }
+  // Where the one child should stand then: it waits, and slides 500 pixels, of which 400 take so many ms; to the
+  // left where they are negative.
+  static Xs standing(uint64_t elapsed, long wait, long duration) {
+    const double slide = 1.25 * static_cast<double>(std::abs(duration));
+    const double sliding = std::fmod(static_cast<double>(elapsed), static_cast<double>(wait) + slide) - wait;
+    const double gone = sliding > 0 ? sliding / slide * 500 : 0;
+    Xs places;
+    for (int x = static_cast<int>(std::round(duration < 0 ? -gone : gone)); x < 400; x += 500)
+      if (x + 400 > 0) places.push_back(x);
+    return places;
   }
   Ticker ticker{0, 50, 400, 60};
 };
