@@ -123,14 +123,14 @@ TEST_F(CyphersPlaces, WithoutDecimalsThereIsNoPointAndGroupsCountFromTheRight) {
 TEST_F(CyphersPlaces, SetCurrentValueToTheFinalOneMovesNothingUp) {
   Digits digits(0, 0, 390, 50);
   digits.SetFinalValue(1000);
-  EXPECT_TRUE(digits.mIsMovingUp);
+  EXPECT_TRUE(movesUp(digits));
   digits.SetCurrentValue(1000);
-  EXPECT_FALSE(digits.mIsMovingUp);
-  EXPECT_EQ(1000.0, digits.mLastValue);
+  EXPECT_FALSE(movesUp(digits));
+  EXPECT_EQ(1000.0, digits.CurrentValue(1000));
   digits.SetCurrentValue(999);
-  EXPECT_TRUE(digits.mIsMovingUp);
+  EXPECT_TRUE(movesUp(digits));
   digits.SetCurrentValue(1001);
-  EXPECT_FALSE(digits.mIsMovingUp);
+  EXPECT_FALSE(movesUp(digits));
 }
 
 TEST_F(CyphersPlaces, AFinalValueAtTheShownOneMovesNothingUp) {
@@ -139,9 +139,9 @@ TEST_F(CyphersPlaces, AFinalValueAtTheShownOneMovesNothingUp) {
   clock.advance(1000);
   ASSERT_EQ(500.0, digits.CurrentValue(clock.now()));
   digits.SetFinalValue(500);
-  EXPECT_FALSE(digits.mIsMovingUp);
+  EXPECT_FALSE(movesUp(digits));
   digits.SetFinalValue(501);
-  EXPECT_TRUE(digits.mIsMovingUp);
+  EXPECT_TRUE(movesUp(digits));
 }
 
 TEST_F(CyphersPlaces, TheShownValueIsRounded) {
@@ -166,14 +166,6 @@ TEST_F(CyphersPlaces, EveryWheelHasItsOwnDigit) {
   digits->ResetAnimation();
   picture(*digits);
   for (int n = 0; n < 18; ++n) EXPECT_EQ(expected[n] - '0', digits->mCypherPositions[n].targetDigit) << n;
-}
-
-TEST_F(CyphersPlaces, AStripBeginsWithoutSizes) {
-  Digits digits(1, 2, 3, 4);
-  EXPECT_EQ(0, digits.mGlyphHeight);
-  EXPECT_EQ(0, digits.mGlyphWidth);
-  EXPECT_EQ((SDL_Rect{0, 0, 0, 0}), digits.mDotRect);
-  EXPECT_EQ((SDL_Rect{0, 0, 0, 0}), digits.mCommaRect);
 }
 
 TEST_F(CyphersPlaces, PartsOnTheirOwnAreScaledAboutTheirCentre) {

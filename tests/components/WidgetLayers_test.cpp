@@ -9,6 +9,13 @@ using namespace cypherstest;
 
 namespace {
 
+struct DigitLayers : Digits {
+  using Digits::Digits;
+  using TControlCyphers3::mpComma;
+  using TControlCyphers3::mpCyphers;
+  using TControlCyphers3::mpDot;
+};
+
 // On some terminals a layer begins in the colour that it was asked for, on the others in black.
 class Layers : public Cyphers, public testing::WithParamInterface<TFlavour> {
  protected:
@@ -46,7 +53,7 @@ class Layers : public Cyphers, public testing::WithParamInterface<TFlavour> {
 }  // namespace
 
 TEST_P(Layers, OfTheDigitsHaveNoColourWhereNoGlyphIs) {
-  auto digits = make(2);
+  auto digits = make<DigitLayers>(2);
   expectClear(digits->mpCyphers.get());
   expectClear(digits->mpDot.get());  // the comma, which does not fill its cell
   digits->SetFont(ttf, SDL_Color{255, 255, 255, 255});
