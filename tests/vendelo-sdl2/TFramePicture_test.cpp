@@ -130,6 +130,7 @@ class World {
       made.destination.h = made.hasSource ? made.source.h : size.h;
     }
     if (number(0, 9) == 0) made.destination = {0, 0, kWidth, kHeight};
+    if (number(0, 9) == 0) made.destination = {number(0, 80), number(0, 50), 240, 150};
     made.angle = number(0, 3) * 30.0 + (number(0, 3) == 0 ? 360.0 : 0.0);
     made.flip = static_cast<SDL_RendererFlip>(number(0, 3));
     made.alpha = number(0, 2) ? 255 : static_cast<Uint8>(number(0, 2) ? number(0, 255) : 0);
