@@ -4,13 +4,15 @@
 What the running program costs in scenes that an operator sees: processor time for each frame that is due, of its
 draw thread (and of those of OpenGL), of the whole process, and of the X server. Each scene is run by the program as it draws
 (changes), with TOPSCREEN_REDRAW=all (all), and by each other PROGRAM given, say one built from an older commit, in
-turn, all in one run; the last column is the ratio to the first other PROGRAM, or to all. Build first: script/build release.
+turn, all in one run; the ratio is that to the first other PROGRAM, or to all. The frames of a second are those of
+METRICS_FILE (all of them, also those in which nothing changes), which is written every ten. Build first: script/build release.
 """
 import argparse
 import json
 import os
 import pathlib
 import random
+import re
 import shutil
 import signal
 import statistics
@@ -111,7 +113,7 @@ class Stage(Children):
         steps, self.warm_up = SCENES[scene]
         env = dict(os.environ, DISABLE_REBOOT_ON_EXIT="1", no_proxy="127.0.0.1", FPS=str(fps), SDL_AUDIODRIVER="dummy",
                    SDL_RENDER_DRIVER=driver, SDL_VIDEODRIVER="x11", LOG_FILENAME=str(self.folder / "log"),
-                   HOME_DIR=f"{self.folder}/", WORKING_DIR=f"{ROOT}/build/release/skin/", **more)
+                   HOME_DIR=f"{self.folder}/", METRICS_FILE=f"{self.folder}/figures", WORKING_DIR=f"{ROOT}/build/release/skin/", **more)
         env.pop("TOPSCREEN_REDRAW", None)
         if redraw:
             env["TOPSCREEN_REDRAW"] = redraw
@@ -127,16 +129,25 @@ class Stage(Children):
         port = int(simulator.stdout.readline())
         self.program = self.start([program, f"127.0.0.1:{port}"], env, cwd=f"{ROOT}/build/release/skin")
 
+    def frames(self):
+        """How long the program has lived, and its frames so far, as it told last; nothing of one that does not tell."""
+        file = self.folder / "figures"
+        told = file.read_text() if file.exists() else ""
+        return [float(found[1]) for name in ("uptime_seconds", "frames_total")
+                if (found := re.search(rf"^topscreen_{name} (\S+)$", told, re.MULTILINE))]
+
     def measure(self, seconds):
-        """Milliseconds of processor time in each second: of the draw thread, of the program, of the X server."""
+        """Milliseconds of processor time in each second: of the draw thread, of the program, of the X server. And frames
+        a second, of a program that tells them for long enough."""
         def taken():
             return (processor_time(self.program.pid, DRAWING), processor_time(self.program.pid),
                     processor_time(self.server.pid))
         time.sleep(self.warm_up)
-        before, start = taken(), time.monotonic()
+        before, start, first = taken(), time.monotonic(), self.frames()
         time.sleep(seconds)
-        after, passed = taken(), time.monotonic() - start
-        return tuple(1000 * (b - a) / passed for a, b in zip(before, after))
+        after, passed, last = taken(), time.monotonic() - start, self.frames()
+        rate = (last[1] - first[1]) / (last[0] - first[0]) if first and last and last > first else 0
+        return (*(1000 * (b - a) / passed for a, b in zip(before, after)), rate)
 
     def end(self):
         super().end()
@@ -157,7 +168,7 @@ def main():
     variants += [("all", program, "all"), ("changes", program, None)]
     print(f"driver {told.driver}, {told.fps} frames a second, {told.seconds:g} s, median of {told.rounds}")
     print("milliseconds of processor time a frame that is due; the ratio is that of draw thread and X server")
-    print(f"{'scene':10} {'program':10} {'draw':>8} {'X server':>8} {'both':>8} {'ratio':>6} {'process':>8}")
+    print(f"{'scene':10} {'program':10} {'draw':>8} {'X server':>8} {'both':>8} {'ratio':>6} {'process':>8} {'frames/s':>8}")
     for scene in told.scene or SCENES:
         taken = {name: [] for name, *_ in variants}
         for _ in range(told.rounds):
@@ -169,10 +180,12 @@ def main():
                     stage.end()
         first = None
         for name, *_ in variants:
-            draw, process, server = (statistics.median(v[i] for v in taken[name]) / told.fps for i in range(3))
+            draw, process, server, rate = (statistics.median(v[i] for v in taken[name]) for i in range(4))
+            draw, process, server = (spent / told.fps for spent in (draw, process, server))
             both = draw + server
             first = first or both
-            print(f"{scene:10} {name:10} {draw:8.2f} {server:8.2f} {both:8.2f} {both / first:6.3f} {process:8.2f}",
+            print(f"{scene:10} {name:10} {draw:8.2f} {server:8.2f} {both:8.2f} {both / first:6.3f} {process:8.2f} "
+                  f"{f'{rate:.1f}' if rate else '-':>8}",
                   flush=True)
     return 0
 
