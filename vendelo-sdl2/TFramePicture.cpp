@@ -165,12 +165,16 @@ const TDirtyRects& TFramePicture::finish(bool whole) {
   return mChanged;
 }
 
+void TFramePicture::forget() {
+  mKnown = false;
+  for (TScaled& scaled : mScaled) scaled = {};
+}
+
 void TFramePicture::end() {
   drawing::Record(nullptr);
   mFrame.clear();
   mLayer.clear();
   destroyDying();
-  for (TScaled& scaled : mScaled) scaled = {};
   mpRenderer = nullptr;
   forget();
 }

@@ -59,8 +59,9 @@ class TFramePicture {
   const TDirtyRects& finish(bool whole);
   // As finish() has told it.
   const TDirtyRects& changed() const { return mChanged; }
-  // The picture has been drawn into by others, or is another one.
-  void forget() { mKnown = false; }
+  // The picture has been drawn into by others, or is another one, or what is drawn into textures is lost. Not
+  // within a frame.
+  void forget();
   // Before the renderer goes.
   void end();
 
