@@ -13,6 +13,7 @@
 #include "vendelo-sdl2/Drawing.h"
 #include "vendelo-sdl2/MyUtils.h"
 #include "vendelo-sdl2/SystemSeams.h"
+#include "vendelo-sdl2/WindowEventGate.h"
 #include "vesperatopscreen/TInstructionsPanel.h"
 #include "vesperatopscreen/TJackpotsPanel.h"
 #include "vesperatopscreen/TPaytablesPanel.h"
@@ -23,7 +24,7 @@ namespace {
 
 // Once for each process: a test program uses one folder.
 const std::string& skinOnce(const std::string& name) {
-  static const std::string& folder = *new std::string(panelskin::write(name));
+  static const std::string& folder = *new std::string(name.front() == '/' ? name : panelskin::write(name));
   return folder;
 }
 
@@ -34,16 +35,44 @@ PanelScreen::PanelScreen(SDL_Renderer* renderer) {
   SetRendererStatic(renderer);
 }
 
-void PanelScreen::composeInBackBuffer(int width, int height, bool everything) {
-  mpBackBuffer.reset(
-    drawing::Create(GetRenderer(), SDL_PIXELFORMAT_RGB888, SDL_TEXTUREACCESS_TARGET, width, height));
-  WindowNativeSize = WindowCurrentSize = {0, 0, width, height};
-  mRedraw = everything ? Redraw::ALL : Redraw::CHANGES;
-  SDL_SetRenderTarget(GetRenderer(), mpBackBuffer.get());
-}
+PanelScreen::PanelScreen(DrawnBy drawnBy) : mDrawnBy(drawnBy), mHasWindow(true) {}
 
 int PanelScreen::Load(void*) {
+  if (mHasWindow && openWindow() != 0) return -1;
   loadContents(1920, 1080);
+  return 0;
+}
+
+int PanelScreen::openWindow() {
+  if (mDrawnBy == DrawnBy::ALL)
+    setenv("TOPSCREEN_REDRAW", "all", 1);
+  else
+    unsetenv("TOPSCREEN_REDRAW");
+  pApp->VSync = false;
+  const int result = CreateWindow("TopScreen", 0, 0, 1920, 1080, SDL_WINDOW_BORDERLESS, -1,
+                                  SDL_RENDERER_ACCELERATED | SDL_RENDERER_TARGETTEXTURE, 0);
+  EXPECT_EQ(0, result) << SDL_GetError();
+  return result;
+}
+
+int PanelScreen::draw() {
+  if (mDrawnBy != DrawnBy::HAND) return TopScreenScreen::draw();
+  WindowEventGate::release();
+  SDL_Renderer* const to = GetRenderer();
+  const bool running = pApp->status() == TApplication::APP_RUNNING, rendering = IsRendering();
+  SDL_SetRenderTarget(to, mpBackBuffer.get());
+  if (rendering) SDL_RenderClear(to);
+  serveAndDraw(running, rendering);
+  if (!rendering) return 0;
+  SDL_Rect window{0, 0, 0, 0};
+  SDL_GetWindowSize(getWindow(), &window.w, &window.h);
+  SDL_SetRenderTarget(to, nullptr);
+  SDL_RenderSetViewport(to, nullptr);
+  SDL_RenderClear(to);
+  SDL_RenderCopyEx(to, mpBackBuffer.get(), nullptr, &window, IsScreenRotated() ? 180.0 : 0.0, nullptr,
+                   SDL_FLIP_NONE);
+  SDL_RenderPresent(to);
+  SDL_SetRenderTarget(to, mpBackBuffer.get());
   return 0;
 }
 
@@ -100,11 +129,18 @@ void PanelApplication::deliver(const std::vector<std::pair<int, xmlrpc_c::value>
 }
 
 TopScreenHarness::TopScreenHarness(const std::string& folder, int divisor)
+  : TopScreenHarness(folder, divisor, false, DrawnBy::CHANGES) {}
+
+TopScreenHarness::TopScreenHarness(const std::string& folder, DrawnBy drawnBy)
+  : TopScreenHarness(folder, 1, true, drawnBy) {}
+
+TopScreenHarness::TopScreenHarness(const std::string& folder, int divisor, bool hasWindow, DrawnBy drawnBy)
   : mClock(100000),
     mFolder(skinOnce(folder)),
     mDivisor(divisor),
     mpApplication(new PanelApplication),
-    mpPicture(SDL_CreateRGBSurfaceWithFormat(0, 1920 / divisor, 1080 / divisor, 32, SDL_PIXELFORMAT_ARGB8888)) {
+    mpPicture(SDL_CreateRGBSurfaceWithFormat(0, 1920 / divisor, 1080 / divisor, 32, SDL_PIXELFORMAT_ARGB8888)),
+    mHasWindow(hasWindow) {
   std::filesystem::current_path(mFolder);
   TTF_Init();
   std::srand(1);
@@ -114,18 +150,35 @@ TopScreenHarness::TopScreenHarness(const std::string& folder, int divisor)
   MyUtils::thousand_grouping[0] = 3;
   MyUtils::thousand_grouping[1] = 0;
   mpApplication->SetParam("WorkingDir", mFolder, PARAM_CACHE, "", "", false);
-  mpScreen = new PanelScreen(SDL_CreateSoftwareRenderer(mpPicture));
-  SDL_RenderSetScale(renderer(), 1.0f / static_cast<float>(divisor), 1.0f / static_cast<float>(divisor));
-  SDL_SetRenderDrawBlendMode(renderer(), SDL_BLENDMODE_BLEND);
-  SDL_SetRenderDrawColor(renderer(), 0, 0, 0, 0);
-  mpApplication->adopt(mpScreen);
-  if (divisor == 1) {
-    mBackBuffer.reset(drawing::Create(renderer(), SDL_PIXELFORMAT_RGB888, SDL_TEXTUREACCESS_TARGET, 1920, 1080));
-    SDL_SetTextureBlendMode(mBackBuffer.get(), SDL_BLENDMODE_NONE);
-  }
+  if (mHasWindow)
+    adoptWindow(drawnBy);
+  else
+    adoptPicture();
   mpScreen->Load(nullptr);
   mStatus.LanguageMessages = {"", "MIN", "MAX", "HINT LINE", "PRIZES ARE SHOWN AT THE PRESENT BET"};
   mStatus.IsLoading = false;
+}
+
+void TopScreenHarness::adoptPicture() {
+  mpScreen = new PanelScreen(SDL_CreateSoftwareRenderer(mpPicture));
+  SDL_RenderSetScale(renderer(), 1.0f / static_cast<float>(mDivisor), 1.0f / static_cast<float>(mDivisor));
+  SDL_SetRenderDrawBlendMode(renderer(), SDL_BLENDMODE_BLEND);
+  SDL_SetRenderDrawColor(renderer(), 0, 0, 0, 0);
+  mpApplication->adopt(mpScreen);
+  if (mDivisor == 1) {
+    mBackBuffer.reset(drawing::Create(renderer(), SDL_PIXELFORMAT_RGB888, SDL_TEXTUREACCESS_TARGET, 1920, 1080));
+    SDL_SetTextureBlendMode(mBackBuffer.get(), SDL_BLENDMODE_NONE);
+  }
+}
+
+void TopScreenHarness::adoptWindow(DrawnBy drawnBy) {
+  setenv("SDL_VIDEODRIVER", "dummy", 1);
+  setenv("SDL_RENDER_DRIVER", "software", 1);
+  setenv("SDL_FRAMEBUFFER_ACCELERATION", "0", 1);
+  EXPECT_EQ(0, SDL_InitSubSystem(SDL_INIT_VIDEO)) << SDL_GetError();
+  SystemSeams.MicroSleep = [](useconds_t) { return 0; };
+  mpScreen = new PanelScreen(drawnBy);
+  mpApplication->adopt(mpScreen);
 }
 
 TopScreenHarness::~TopScreenHarness() {
@@ -134,6 +187,7 @@ TopScreenHarness::~TopScreenHarness() {
   mpApplication->destroyGui();
   SDL_FreeSurface(mpPicture);
   delete mpApplication;
+  if (mHasWindow) SDL_QuitSubSystem(SDL_INIT_VIDEO);
   TTF_Quit();
 }
 
@@ -155,13 +209,14 @@ void TopScreenHarness::send(int id) { send(id, xmlrpc_c::value_nil()); }
 
 void TopScreenHarness::frame() {
   mpApplication->asMainThread([this] {
+    while (mHasWindow && mpApplication->ProcessNextEvent() > 0) continue;
     mpApplication->ProcessActions();
     mpApplication->ExecuteDeferredMethods();
     mpScreen->mainLogic();
     mpApplication->ExecuteActionsAndTasks(false);
   });
   SDL_Renderer* to = renderer();
-  if (mComposes) {
+  if (mHasWindow) {
     mpScreen->draw();
     return;
   }
@@ -178,22 +233,6 @@ void TopScreenHarness::frame() {
     mpScreen->serveAndDraw(running, true);
   }
   SDL_RenderFlush(to);  // as presenting it would
-}
-
-void TopScreenHarness::composeFrames(bool everything) {
-  mComposes = true;
-  mpScreen->composeInBackBuffer(1920, 1080, everything);
-  SystemSeams.MicroSleep = [](useconds_t) { return 0; };
-}
-
-uint64_t TopScreenHarness::shown() const {
-  uint64_t sum = 0xcbf29ce484222325u;
-  for (int y = 0; y < mpPicture->h; ++y) {
-    const auto* row = reinterpret_cast<const Uint32*>(static_cast<const Uint8*>(mpPicture->pixels) +
-                                                      static_cast<ptrdiff_t>(y) * mpPicture->pitch);
-    for (int x = 0; x < mpPicture->w; ++x) sum = (sum ^ (row[x] & 0xffffff)) * 0x100000001b3u;
-  }
-  return sum;
 }
 
 void TopScreenHarness::frames(Uint32 milliseconds) {
@@ -228,7 +267,7 @@ void TopScreenHarness::joinSprites() {
     join(part<TSpriteAnimation>(id, "pPanelAnimation"));
     join(find<TSpriteAnimation>("pJackpotsPanel/pParticleAnimation[" + std::to_string(id) + "]"));
   }
-  for (const char* game : {"Reels", "Wheels"})
+  for (const char* game : {"Reels", "Wheels", "VesperCrown", "SevenOrchards"})
     join(find<TSpriteAnimation>("pJackpotsPanel/pAnimationOverlay[" + std::string(game) + "]"));
 }
 

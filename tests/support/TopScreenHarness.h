@@ -18,21 +18,26 @@
 #include "vesperatopscreen/TopScreenApp.h"
 #include "vesperatopscreen/TopScreenScreen.h"
 
+// Who draws the frames of a window: a hand that knows nothing of what stood there before and has SDL carry out
+// every call as it comes, or the module, as TOPSCREEN_REDRAW says.
+enum class DrawnBy { HAND, ALL, CHANGES };
+
 // The program's own screen with everything but its window: the renderer paints into a surface.
 class PanelScreen : public TopScreenScreen {
  public:
   // The renderer is destroyed with the module.
   explicit PanelScreen(SDL_Renderer* renderer);
+  // On a window of SDL's video driver without a screen, opened by Load, that SDL's software renderer draws.
+  explicit PanelScreen(DrawnBy drawnBy);
 
   int Load(void*) override;
+  int draw() override;
   // Names of the root components, rear-most first.
   std::vector<std::string> rootNames();
 
   using TAppGuiModule::mFPS;
   using TAppGuiModule::mFPS_noVsync;
   using TAppGuiModule::serveAndDraw;
-  // A back buffer of this size, so that draw() draws frames as in the program: what changes, or everything.
-  void composeInBackBuffer(int width, int height, bool everything);
   using TopScreenScreen::mpInfo;
   using TopScreenScreen::pDemoBackground;
   using TopScreenScreen::pInstructionsPanel;
@@ -40,6 +45,12 @@ class PanelScreen : public TopScreenScreen {
   using TopScreenScreen::plFPS;
   using TopScreenScreen::plRealFPS;
   using TopScreenScreen::pPaytablesPanel;
+
+ private:
+  int openWindow();
+
+  const DrawnBy mDrawnBy = DrawnBy::CHANGES;
+  const bool mHasWindow = false;
 };
 
 // The program's own application without a service, its log kept in memory. Starts in APP_STARTUP_GRAPHICS, so that
@@ -72,7 +83,7 @@ class PanelApplication : public DrawnHere<TopScreenApp> {
 
 // Application, screen, software renderer and fake clock for tests of the panels: no X server, no service, one
 // thread (but for those that decode pictures). One at a time. The working directory becomes the folder of
-// panelskin, which is written by the first harness of the process.
+// panelskin, which is written by the first harness of the process, or the one that is given as "/.../".
 //   TopScreenHarness screen("paytables");
 //   screen.state([](PlatformState& state) { state.ActiveGame = ...; });
 //   screen.frames(600);
@@ -81,6 +92,8 @@ class TopScreenHarness {
  public:
   // With a divisor the screen is drawn smaller, which makes frames cheaper; places stay those of the full screen.
   explicit TopScreenHarness(const std::string& folder, int divisor = 1);
+  // With a window, as large as the screen. Its frames are those of draw(), its events are served by each pass.
+  TopScreenHarness(const std::string& folder, DrawnBy drawnBy);
   ~TopScreenHarness();
   TopScreenHarness(const TopScreenHarness&) = delete;
   TopScreenHarness& operator=(const TopScreenHarness&) = delete;
@@ -101,11 +114,6 @@ class TopScreenHarness {
   // One pass of the main loop, then one frame, both as in the running program: without a divisor what has changed
   // is drawn into a back buffer, which is copied to the picture.
   void frame();
-  // From now on the frames are those of the module: composed in a back buffer, where only what changes is drawn
-  // anew, or everything in every frame. For a harness without a divisor.
-  void composeFrames(bool everything);
-  // What the window shows, as one number.
-  uint64_t shown() const;
   // Time passes in steps of 20 ms with a frame each; the last step is the rest.
   void frames(Uint32 milliseconds);
   // That much time passes, and one frame is drawn.
@@ -138,6 +146,9 @@ class TopScreenHarness {
   std::string picture(const std::string& name, SDL_Rect region, int square) const;
 
  private:
+  TopScreenHarness(const std::string& folder, int divisor, bool hasWindow, DrawnBy drawnBy);
+  void adoptPicture();
+  void adoptWindow(DrawnBy drawnBy);
   vendelo_sdl2::TGuiComponent* findAny(const std::string& path) const;
 
   FakeClock mClock;
@@ -146,8 +157,8 @@ class TopScreenHarness {
   PanelApplication* mpApplication;
   SDL_Surface* mpPicture;
   PanelScreen* mpScreen;
-  bool mComposes = false;
-  vendelo_sdl2::TTexturePtr mBackBuffer;  // without a divisor
+  const bool mHasWindow;
+  vendelo_sdl2::TTexturePtr mBackBuffer;  // without a divisor, and without a window
   vendelo_sdl2::TFramePicture mFrame;
   PlatformState mStatus;
 };
