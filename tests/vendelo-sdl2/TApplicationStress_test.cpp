@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <atomic>
+#include <chrono>
 #include <cstdlib>
 #include <memory>
 #include <thread>
@@ -158,17 +159,18 @@ class Watching : public TAppModule {
 // Detached work uses the application: the teardown waits for it before it destroys anything.
 TEST_F(Stress, TheTeardownWaitsForAsynchronousHandlers) {
   std::atomic<int> begun{0}, ended{0};
-  app->AddActionListener("LongJob",
-                         new TahLambda(
-                           [&](std::string, void*) {
-                             ++begun;
-                             while (!app->shuttingDown()) std::this_thread::yield();
-                             for (int i = 0; i < 1000; ++i) std::this_thread::yield();
-                             app->WriteLog(1, 0, "still logging");
-                             ++ended;
-                           },
-                           TActionHandler::ahtExecuteOnce),
-                         ACTION_ASYNC);
+  app->AddActionListener(
+    "LongJob",
+    new TahLambda(
+      [&](std::string, void*) {
+        ++begun;
+        while (!app->shuttingDown()) std::this_thread::yield();
+        std::this_thread::sleep_for(std::chrono::milliseconds(200));  // longer than the end takes
+        app->WriteLog(1, 0, "still logging");
+        ++ended;
+      },
+      TActionHandler::ahtExecuteOnce),
+    ACTION_ASYNC);
   app->onStartup = [&] { app->GenerateAction("LongJob", nullptr, ACTION_ANY); };
   app->onRunOnce = [&] {
     if (begun == 1) app->terminate(DEFAULT, false);
