@@ -113,7 +113,8 @@ class Stage(Children):
         steps, self.warm_up = SCENES[scene]
         env = dict(os.environ, DISABLE_REBOOT_ON_EXIT="1", no_proxy="127.0.0.1", FPS=str(fps), SDL_AUDIODRIVER="dummy",
                    SDL_RENDER_DRIVER=driver, SDL_VIDEODRIVER="x11", LOG_FILENAME=str(self.folder / "log"),
-                   HOME_DIR=f"{self.folder}/", METRICS_FILE=f"{self.folder}/figures", WORKING_DIR=f"{ROOT}/build/release/skin/", **more)
+                   HOME_DIR=f"{self.folder}/", METRICS_FILE=f"{self.folder}/figures", WORKING_DIR=f"{ROOT}/build/release/skin/")
+        env.update(more)
         env.pop("TOPSCREEN_REDRAW", None)
         if redraw:
             env["TOPSCREEN_REDRAW"] = redraw
