@@ -157,7 +157,8 @@ const TDirtyRects& TFramePicture::finish(bool whole) {
   destroyDying();
   constexpr int aWhile = 300;
   for (TScaled& scaled : mScaled) {
-    scaled.framesUnused = scaled.isUsed ? 0 : scaled.framesUnused + 1;
+    // It stops counting there: of years of frames an int would run over.
+    scaled.framesUnused = scaled.isUsed ? 0 : std::min(scaled.framesUnused + 1, aWhile);
     scaled.isUsed = false;
     if (scaled.framesUnused == aWhile) scaled.texture.reset();
   }
