@@ -8,22 +8,10 @@
 #include "components/TSpriteAnimation.h"
 #include "src/vesperatopscreen/TJackpotsPanelBuild.h"
 #include "vendelo-sdl2/MyUtils.h"
-#include "vendelo-sdl2/PictureFormat.h"
 #include "vendelo-sdl2/TAppGuiModule.h"
 #include "vendelo-sdl2/TApplication.h"
 
 using namespace vendelo_sdl2;
-
-namespace {
-
-// What levels of each kind show.
-constexpr const char* kLevelFonts[] = {"/Fonts/currency", "Fonts/info_bar_font", "Fonts/emerald_hours_font"};
-constexpr const char* kLevelPictures[] = {"JACKPOT.png",      "GOLD_RIGHT.png",    "GOLD_LEFT.png",
-                                          "SILVER_RIGHT.png", "SILVER_LEFT.png",   "BRONZE_RIGHT.png",
-                                          "BRONZE_LEFT.png",  "EMERALD_RIGHT.png", "EMERALD_LEFT.png"};
-constexpr const char* kDarkPicture = "Animation/Backround.png";
-
-}  // namespace
 
 TJackpotLayout::TJackpotLayout(int numJackpots) {
   // Four have a place. The platform may send any number, which must not leave the range of the places.
@@ -158,26 +146,6 @@ void TJackpotsPanel::CreateJackpotPanel(const std::vector<JackpotsData>& jackpot
   }
   // Also on the way of success: a panel built after its retries ran out keeps the logo over it.
   if (mPanelCreationRetrys <= 0) mLogo->_setVisible(true);
-}
-
-void TJackpotsPanel::loadAhead() {
-  const std::string folder = MyUtils::ImageDir();
-  const auto isThere = [](const std::string& file) { return MyUtils::FileExists(file, true, false); };
-  if (isThere(folder + "Fonts/currency.fnt") && !TBitmapFont::FindBitmapFont("cypherFont")) createDigitFont();
-  for (const char* name : kLevelFonts) {
-    const std::string font = folder + name;
-    if (isThere(font + ".fnt") && !TBitmapFont::FindBitmapFont(font))
-      TBitmapFont::Open(GetRenderer(), font, font + ".fnt");
-  }
-  for (const char* name : kLevelPictures)
-    if (isThere(folder + name)) MyUtils::GetTexture(GetRenderer(), name);
-  if (isThere(folder + kDarkPicture)) loadDarkPicture();
-  if (isThere(folder + kBarPicture))
-    mpBarPicture.reset(MyUtils::InFastFormat(GetRenderer(), MyUtils::LoadSurface(folder + kBarPicture)));
-}
-
-void TJackpotsPanel::loadDarkPicture() {
-  if (!mpDarkPicture) mpDarkPicture.reset(MyUtils::LoadTexture(GetRenderer(), MyUtils::ImageDir() + kDarkPicture));
 }
 
 TBitmapFont* TJackpotsPanel::createDigitFont() {

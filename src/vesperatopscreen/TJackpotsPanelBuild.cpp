@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "common/TBitmapFont.h"
 #include "components/TControlCyphers3.h"
 #include "components/TGlyphLabel.h"
 #include "components/TImageList.h"
@@ -32,6 +33,13 @@ constexpr TLevelColour kLevelColours[TJackpotsPanel::kMaxLevels] = {
   {"Animation/BronzePnlWin", "BRONZE_RIGHT.png", "BRONZE_LEFT.png", nullptr},
   {"Animation/EmeraldPnlWin", "EMERALD_RIGHT.png", "EMERALD_LEFT.png", "Fonts/emerald_hours_font"}};
 
+constexpr const char* kTitle = "JACKPOT.png";
+constexpr const char* kDarkPicture = "Animation/Backround.png";
+constexpr const char* kBarPicture = "/bar.png";
+// The doubled separator makes a font name of its own, beside that of the digits.
+constexpr const char* kCurrencyFont = "/Fonts/currency";
+constexpr const char* kInfoFont = "Fonts/info_bar_font";
+
 constexpr int kScheduledMode = 2;  // JackpotsData::mode of a level that is open at certain hours
 
 std::string indexed(const char* name, int id) { return std::string(name) + "[" + MyUtils::itos(id) + "]"; }
@@ -54,10 +62,39 @@ double jackpotSpinFunction(double t, double speed) {
 
 float jackpotTextMovement(float t, float) { return static_cast<float>(0.5 * (1 - std::cos(M_PI * t))); }
 
+void TJackpotsPanel::loadAhead() {
+  const std::string folder = MyUtils::ImageDir();
+  const auto isThere = [](const std::string& file) { return MyUtils::FileExists(file, true, false); };
+  const auto picture = [&](const char* name) {
+    if (isThere(folder + name)) MyUtils::GetTexture(GetRenderer(), name);
+  };
+  const auto font = [&](const char* name) {
+    const std::string path = folder + name;
+    if (isThere(path + ".fnt") && !TBitmapFont::FindBitmapFont(path))
+      TBitmapFont::Open(GetRenderer(), path, path + ".fnt");
+  };
+  if (isThere(folder + "Fonts/currency.fnt") && !TBitmapFont::FindBitmapFont("cypherFont")) createDigitFont();
+  font(kCurrencyFont);
+  font(kInfoFont);
+  picture(kTitle);
+  for (const TLevelColour& colour : kLevelColours) {
+    picture(colour.frameRight);
+    picture(colour.frameLeft);
+    if (colour.hourFont) font(colour.hourFont);
+  }
+  if (isThere(folder + kDarkPicture)) loadDarkPicture();
+  if (isThere(folder + kBarPicture))
+    mpBarPicture.reset(MyUtils::InFastFormat(GetRenderer(), MyUtils::LoadSurface(folder + kBarPicture)));
+}
+
+void TJackpotsPanel::loadDarkPicture() {
+  if (!mpDarkPicture) mpDarkPicture.reset(MyUtils::LoadTexture(GetRenderer(), MyUtils::ImageDir() + kDarkPicture));
+}
+
 void TJackpotsPanel::createTitle() {
   pJackpotLabel = new TImageList(GetRenderer(), 645, 20, 630, 156, "pJackpotLabel");
   AddComponent(pJackpotLabel);
-  pJackpotLabel->pushImage(MyUtils::GetTexture(GetRenderer(), "JACKPOT.png"));
+  pJackpotLabel->pushImage(MyUtils::GetTexture(GetRenderer(), kTitle));
   pJackpotLabel->DisplayImage(0, 0);
 
   pDarkBackground = new TImageList(GetRenderer(), 0, 0, mScreenW, mScreenH, "pDarkBackground");
@@ -103,9 +140,8 @@ void TJackpotsPanel::createLevel(const JackpotsData& level, TBuild& build) {
 void TJackpotsPanel::createCurrency(const JackpotsData& level) {
   const int jId = level.id;
   const int cx = level.showCurrencySign ? 709 : 68;
-  // The doubled separator makes a font name of its own, beside that of the digits.
   auto* currency = new TGlyphLabel(GetRenderer(), cx, 87, 130, 91, level.currency,
-                                   MyUtils::ImageDir() + "/Fonts/currency", indexed("pJackpotCurrency", jId));
+                                   MyUtils::ImageDir() + kCurrencyFont, indexed("pJackpotCurrency", jId));
   pJackpotCurrency[jId] = currency;
   pJackpotPanel[jId]->AddComponent(currency);
   currency->SetAlignment(level.showCurrencySign ? LEFT_UP : CENTER_UP);
@@ -190,9 +226,8 @@ void TJackpotsPanel::createInfoBar(const JackpotsData& level, const SDL_Rect& pl
   auto* info = new TScrollingComponent(GetRenderer(), nx, ny, mScreenW - nx, height, indexed("pJackpotInfo", jId));
   pJackpotInfo[jId] = info;
   pJackpotPanel[jId]->AddComponent(info);
-  auto* pInfo =
-    new TGlyphLabel(GetRenderer(), 0, 0, 0, height, level.LastWinData, MyUtils::ImageDir() + "Fonts/info_bar_font",
-                    indexed("pJackpotInfo", jId) + "-label");
+  auto* pInfo = new TGlyphLabel(GetRenderer(), 0, 0, 0, height, level.LastWinData, MyUtils::ImageDir() + kInfoFont,
+                                indexed("pJackpotInfo", jId) + "-label");
   pInfo->SetAlignment(LEFT_CENTER);
   pInfo->SetAutosize(true, false);
   info->AddContent(pInfo, -1, TScrollingComponent::CENTER);

@@ -2,8 +2,6 @@
 
 #include "vesperatopscreen/TJackpotsPanel.h"
 
-constexpr const char* kBarPicture = "/bar.png";
-
 // What the levels of one creation share: the places, the digits' font, and the sprites that all levels show. The
 // first level's side decides the idle frames of all.
 struct TJackpotsPanel::TBuild {
