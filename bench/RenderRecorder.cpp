@@ -371,6 +371,12 @@ int SDL_SetTextureBlendMode(SDL_Texture* texture, SDL_BlendMode mode) {
   return sdl(texture, mode);
 }
 
+// While calls are noted nobody draws past them into the window's memory.
+SDL_Surface* SDL_GetWindowSurface(SDL_Window* window) {
+  REAL(SDL_GetWindowSurface);
+  return recording ? nullptr : sdl(window);
+}
+
 SDL_Texture* SDL_CreateTextureFromSurface(SDL_Renderer* renderer, SDL_Surface* surface) {
   REAL(SDL_CreateTextureFromSurface);
   SDL_Texture* const texture = sdl(renderer, surface);

@@ -4,6 +4,7 @@
 #include <cstring>
 
 #include "vendelo-sdl2/Drawing.h"
+#include "vendelo-sdl2/TTexturePixels.h"
 #include "vendelo-sdl2/TextureContent.h"
 
 namespace MyUtils {
@@ -83,6 +84,23 @@ SDL_Surface* converted(SDL_Surface* picture, Uint32 format) {
   return other;
 }
 
+// A texture whose pixels TTexturePixels has; null for a small picture and for one in another format than those of
+// InFastFormat.
+vendelo_sdl2::TTexturePtr withPixels(SDL_Renderer* renderer, SDL_Surface* picture) {
+  const Uint32 format = picture->format->format;
+  const bool isFast =
+    format == SDL_PIXELFORMAT_ARGB8888 || format == SDL_PIXELFORMAT_ABGR8888 || format == SDL_PIXELFORMAT_RGB888;
+  if (!isFast || SDL_HasColorKey(picture) || int64_t{picture->w} * picture->h < vendelo_sdl2::kManyPixels)
+    return nullptr;
+  vendelo_sdl2::TTexturePtr texture(
+    vendelo_sdl2::drawing::Create(renderer, format, SDL_TEXTUREACCESS_STREAMING, picture->w, picture->h));
+  if (!texture || SDL_UpdateTexture(texture.get(), nullptr, picture->pixels, picture->pitch) != 0) return nullptr;
+  SDL_BlendMode blend = SDL_BLENDMODE_NONE;
+  SDL_GetSurfaceBlendMode(picture, &blend);
+  SDL_SetTextureBlendMode(texture.get(), blend);
+  return texture;
+}
+
 // The same over an empty pixel: two channels at a time, t / 255 as (t + 1 + (t >> 8)) >> 8, which is exact below
 // 65535.
 Uint32 blendedOverNothing(Uint32 above, Uint32 alpha) {
@@ -118,8 +136,9 @@ SDL_Surface* InFastFormat(SDL_Renderer* renderer, SDL_Surface* picture) {
 }
 
 vendelo_sdl2::TTexturePtr TextureOf(SDL_Renderer* renderer, SDL_Surface* picture) {
-  vendelo_sdl2::TTexturePtr texture(picture ? vendelo_sdl2::drawing::CreateFromSurface(renderer, picture)
-                                            : nullptr);
+  vendelo_sdl2::TTexturePtr texture;
+  if (picture && isSoftware(renderer)) texture = withPixels(renderer, picture);
+  if (picture && !texture) texture.reset(vendelo_sdl2::drawing::CreateFromSurface(renderer, picture));
   if (texture) vendelo_sdl2::setContent(texture.get(), vendelo_sdl2::freshContent() | facts(picture));
   return texture;
 }

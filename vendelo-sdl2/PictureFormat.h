@@ -39,7 +39,7 @@ bool IsOpaque(const SDL_Surface* picture);
 SDL_Surface* InFastFormat(SDL_Renderer* renderer, SDL_Surface* picture);
 
 // A texture of the picture, which knows what is opaque and where its ink is; null without one. Draw thread. The
-// picture stays the caller's.
+// picture stays the caller's. With the "software" driver TTexturePixels has the pixels of a large one.
 vendelo_sdl2::TTexturePtr TextureOf(SDL_Renderer* renderer, SDL_Surface* picture);
 
 // A layer of the picture, which is in kDrawnFormat: a texture that can be drawn into, with blending on; null

@@ -6,7 +6,10 @@
 #include <utility>
 
 #include "vendelo-sdl2/Drawing.h"
+#include "vendelo-sdl2/PictureFormat.h"
+#include "vendelo-sdl2/TTexturePixels.h"
 #include "vendelo-sdl2/TextureContent.h"
+#include "vendelo-sdl2/WindowBlend.h"
 
 namespace vendelo_sdl2 {
 namespace {
@@ -14,10 +17,6 @@ namespace {
 constexpr size_t kUsualCommands = 1024;
 // How many commands may have come in or gone at one place before what follows counts as changed too.
 constexpr size_t kReach = 12;
-
-bool same(const SDL_Rect& a, const SDL_Rect& b) { return a.x == b.x && a.y == b.y && a.w == b.w && a.h == b.h; }
-
-bool same(const SDL_Color& a, const SDL_Color& b) { return a.r == b.r && a.g == b.g && a.b == b.b && a.a == b.a; }
 
 SDL_Rect sizeOf(SDL_Texture* texture) {
   SDL_Rect size{0, 0, 0, 0};
@@ -27,6 +26,19 @@ SDL_Rect sizeOf(SDL_Texture* texture) {
 
 bool refersTo(const std::vector<TDrawCommand>& commands, const SDL_Texture* texture) {
   return std::any_of(commands.begin(), commands.end(), [texture](const auto& c) { return c.texture == texture; });
+}
+
+// As SDL's software driver does for a copy.
+bool stretch(SDL_Texture* from, const SDL_Rect& part, SDL_Texture* to, const SDL_Rect& size) {
+  const auto surfaceOf = [](const TTexturePixels& pixels, const SDL_Rect& of) {
+    return MyUtils::TSurfacePtr(
+      SDL_CreateRGBSurfaceWithFormatFrom(pixels.pixels(), of.w, of.h, 32, pixels.pitch(), pixels.format()));
+  };
+  const TTexturePixels source(from, part), target(to, size);
+  if (!source || !target) return false;
+  const MyUtils::TSurfacePtr picture = surfaceOf(source, part), stretched = surfaceOf(target, size);
+  const SDL_Rect whole{0, 0, part.w, part.h};
+  return picture && stretched && SDL_SoftStretchLinear(picture.get(), &whole, stretched.get(), &size) == 0;
 }
 
 uint64_t mixed(uint64_t hash, uint64_t value) {
@@ -56,60 +68,12 @@ uint64_t mixed(uint64_t hash, const TDrawCommand& c) {
   return hash;
 }
 
-// The box around the rectangle turned about the centre, with a margin for how drivers round.
-SDL_Rect turned(const SDL_Rect& rect, double angle, const SDL_FPoint& centre) {
-  static constexpr double kMargin = 2.0, kFar = 1e8;
-  const double radians = angle * M_PI / 180.0, c = std::cos(radians), s = std::sin(radians);
-  double left = kFar, top = kFar, right = -kFar, bottom = -kFar;
-  for (const double x : {0.0, static_cast<double>(rect.w)})
-    for (const double y : {0.0, static_cast<double>(rect.h)}) {
-      const double px = rect.x + centre.x + (x - centre.x) * c - (y - centre.y) * s;
-      const double py = rect.y + centre.y + (x - centre.x) * s + (y - centre.y) * c;
-      left = std::min(left, px);
-      right = std::max(right, px);
-      top = std::min(top, py);
-      bottom = std::max(bottom, py);
-    }
-  const auto limited = [](double value) { return static_cast<int>(std::clamp(value, -kFar, kFar)); };
-  const int x = limited(std::floor(left - kMargin)), y = limited(std::floor(top - kMargin));
-  return {x, y, limited(std::ceil(right + kMargin)) - x, limited(std::ceil(bottom + kMargin)) - y};
-}
-
 }  // namespace
-
-bool TDrawCommand::same(const TDrawCommand& other) const {
-  return content == other.content && vendelo_sdl2::same(destination, other.destination) &&
-         vendelo_sdl2::same(source, other.source) && vendelo_sdl2::same(colour, other.colour) &&
-         angle == other.angle && flip == other.flip && blend == other.blend && centre.x == other.centre.x &&
-         centre.y == other.centre.y && hasCentre == other.hasCentre && isClear() == other.isClear();
-}
-
-bool TDrawCommand::changesNothing() const {
-  return !isClear() && colour.a == 0 && (blend == SDL_BLENDMODE_BLEND || blend == SDL_BLENDMODE_ADD);
-}
-
-SDL_Rect TDrawCommand::bounds() const {
-  if (!isTurned()) return destination;
-  const SDL_FPoint middle{static_cast<float>(destination.w) / 2, static_cast<float>(destination.h) / 2};
-  const SDL_FPoint told{static_cast<float>(centre.x), static_cast<float>(centre.y)};
-  return turned(destination, angle, hasCentre ? told : middle);
-}
-
-// Of an opaque picture that is scaled or turned SDL makes one that is not quite.
-bool TDrawCommand::showsNothingBehind() const {
-  return isOpaque(content) && colour.a == 255 && !isScaled() && !isTurned();
-}
-
-bool TDrawCommand::hides(const SDL_Rect& rect) const {
-  if (!contains(destination, rect)) return false;
-  if (isClear()) return true;
-  if (isTurned()) return false;
-  return blend == SDL_BLENDMODE_NONE || (blend == SDL_BLENDMODE_BLEND && showsNothingBehind());
-}
 
 TFramePicture::TFramePicture() {
   for (TCommands* commands : {&mFrame, &mLastFrame, &mLayer}) commands->reserve(kUsualCommands);
   mDying.reserve(kUsualCommands);
+  for (std::vector<uint64_t>* unseen : {&mUnseen, &mLastUnseen}) unseen->reserve(kUsualCommands);
 }
 
 TFramePicture::~TFramePicture() {
@@ -154,6 +118,8 @@ const TDirtyRects& TFramePicture::finish(bool whole) {
   mKnown = !mCarriedOut;
   mFrame.swap(mLastFrame);
   mFrame.clear();
+  mUnseen.swap(mLastUnseen);
+  mUnseen.clear();
   destroyDying();
   constexpr int aWhile = 300;
   for (TScaled& scaled : mScaled) {
@@ -175,6 +141,7 @@ void TFramePicture::end() {
   drawing::Record(nullptr);
   mFrame.clear();
   mLayer.clear();
+  mUnseen.clear();
   destroyDying();
   mpRenderer = nullptr;
   forget();
@@ -213,14 +180,26 @@ void TFramePicture::copy(SDL_Texture* texture, const SDL_Rect* source, const SDL
   SDL_GetTextureColorMod(texture, &command.colour.r, &command.colour.g, &command.colour.b);
   SDL_GetTextureAlphaMod(texture, &command.colour.a);
   SDL_GetTextureBlendMode(texture, &command.blend);
-  if (command.changesNothing()) return;
-  if (mpTarget == mpPicture) scaleBefore(command);
+  const bool unseen = command.changesNothing();
+  if (unseen && !isNewlyUnseen(command)) return;
+  TScaled* const scaled = mpTarget == mpPicture ? scaleBefore(command) : nullptr;
   if (!command.isTurned() && !keepInk(command.texture, command.source, command.destination)) return;
+  if (unseen) return;
+  if (scaled) scaled->isUsed = true;
   record(command);
 }
 
-// Only where the result is the same, pixel for pixel.
-void TFramePicture::scaleBefore(TDrawCommand& c) {
+// What fades in begins with a frame in which nothing is seen of it: there is time in it for what the next ones
+// need.
+bool TFramePicture::isNewlyUnseen(const TDrawCommand& c) {
+  if (mScalesByParts || mpTarget != mpPicture) return false;
+  const uint64_t number = mixed(0, c);
+  if (mUnseen.size() < kUsualCommands) mUnseen.push_back(number);
+  return std::find(mLastUnseen.begin(), mLastUnseen.end(), number) == mLastUnseen.end();
+}
+
+// Only where the result is the same, pixel for pixel. The result is where it has been scaled to, or null.
+TFramePicture::TScaled* TFramePicture::scaleBefore(TDrawCommand& c) {
   constexpr int64_t large = 1 << 15;
   constexpr SDL_BlendMode blends = SDL_BLENDMODE_BLEND;
   const SDL_Rect& to = c.destination;
@@ -228,17 +207,18 @@ void TFramePicture::scaleBefore(TDrawCommand& c) {
   SDL_GetTextureScaleMode(c.texture, &mode);
   if (mScalesByParts || c.isTurned() || !c.isScaled() || c.blend != blends || mode == SDL_ScaleModeNearest ||
       int64_t{to.w} * to.h < large || !contains(mSize, to))
-    return;
+    return nullptr;
   Uint32 format = 0, own = 0;
-  SDL_QueryTexture(c.texture, &format, nullptr, nullptr, nullptr);
+  int access = 0;
+  SDL_QueryTexture(c.texture, &format, &access, nullptr, nullptr);
   TScaled& taken = mScaled[SDL_ISPIXELFORMAT_ALPHA(format) ? 1 : 0];
-  if (taken.isUsed) return;
+  if (taken.isUsed || access != SDL_TEXTUREACCESS_STREAMING) return nullptr;
   TTexturePtr& scaled = taken.texture;
   SDL_Rect size{0, 0, 0, 0};
   if (scaled) SDL_QueryTexture(scaled.get(), &own, nullptr, &size.w, &size.h);
   if (own != format || size.w != to.w || size.h != to.h) {
-    scaled.reset(drawing::Create(mpRenderer, format, SDL_TEXTUREACCESS_TARGET, to.w, to.h));
-    if (!scaled) return;
+    scaled.reset(drawing::Create(mpRenderer, format, SDL_TEXTUREACCESS_STREAMING, to.w, to.h));
+    if (!scaled) return nullptr;
     SDL_SetTextureBlendMode(scaled.get(), blends);
   }
   TDrawCommand scaling = c;
@@ -250,14 +230,15 @@ void TFramePicture::scaleBefore(TDrawCommand& c) {
   const uint64_t content = (mixed(format, scaling) & ~kFactBits) |
                            (SDL_ISPIXELFORMAT_ALPHA(format) ? inkBits({ink.y, ink.y + ink.h}, to.h) : kOpaqueBit);
   if (contentOf(scaled.get()) != content) {
-    SDL_SetRenderTarget(mpRenderer, scaled.get());
-    issue(scaling);
-    setContent(scaled.get(), content);
+    const bool done = stretch(c.texture, c.source, scaled.get(), scaling.destination);
+    setContent(scaled.get(), done ? content : freshContent());
+    if (!done) return nullptr;
+    taken.framesUnused = 0;
   }
-  taken.isUsed = true;
   c.texture = scaled.get();
   c.content = content;
   c.source = scaling.destination;
+  return &taken;
 }
 
 bool TFramePicture::keeps(SDL_Texture* texture) {
@@ -421,27 +402,7 @@ void TFramePicture::issue(const TDrawCommand& c) const {
     SDL_SetRenderDrawBlendMode(mpRenderer, blend);
     return;
   }
-  SDL_Color colour{};
-  SDL_BlendMode blend = SDL_BLENDMODE_NONE;
-  SDL_GetTextureColorMod(c.texture, &colour.r, &colour.g, &colour.b);
-  SDL_GetTextureAlphaMod(c.texture, &colour.a);
-  SDL_GetTextureBlendMode(c.texture, &blend);
-  const auto put = [&c](const SDL_Color& mod, SDL_BlendMode mode) {
-    SDL_SetTextureColorMod(c.texture, mod.r, mod.g, mod.b);
-    SDL_SetTextureAlphaMod(c.texture, mod.a);
-    SDL_SetTextureBlendMode(c.texture, mode);
-  };
-  // Blending an opaque picture copies it, in some times the time.
-  const bool copies = c.blend == SDL_BLENDMODE_BLEND && c.showsNothingBehind();
-  const SDL_BlendMode mode = copies ? SDL_BLENDMODE_NONE : c.blend;
-  const bool other = !same(colour, c.colour) || blend != mode;
-  if (other) put(c.colour, mode);
-  if (c.isTurned())
-    SDL_RenderCopyEx(mpRenderer, c.texture, &c.source, &c.destination, c.angle, c.hasCentre ? &c.centre : nullptr,
-                     c.flip);
-  else
-    SDL_RenderCopy(mpRenderer, c.texture, &c.source, &c.destination);
-  if (other) put(colour, blend);
+  if (!blendOntoWindow(mpRenderer, c)) issueCopy(mpRenderer, c);
 }
 
 void TFramePicture::issueAll(const TCommands& commands, SDL_Texture* target) const {

@@ -5,34 +5,10 @@
 #include <vector>
 
 #include "vendelo-sdl2/TDirtyRects.h"
+#include "vendelo-sdl2/TDrawCommand.h"
 #include "vendelo-sdl2/TTexturePtr.h"
 
 namespace vendelo_sdl2 {
-
-// One call of drawing::, with everything that its pixels depend on.
-struct TDrawCommand {
-  SDL_Texture* texture = nullptr;  // null: the target is cleared. Not compared: its content is
-  uint64_t content = 0;
-  SDL_Rect source{0, 0, 0, 0}, destination{0, 0, 0, 0};
-  double angle = 0.0;
-  bool hasCentre = false;  // else it turns about its middle, which may lie between two pixels
-  SDL_Point centre{0, 0};
-  SDL_RendererFlip flip = SDL_FLIP_NONE;
-  SDL_Color colour{255, 255, 255, 255};  // modulation; of a clear its colour
-  SDL_BlendMode blend = SDL_BLENDMODE_NONE;
-
-  bool same(const TDrawCommand& other) const;
-  bool isClear() const { return !texture; }
-  bool isTurned() const { return angle != 0.0 || flip != SDL_FLIP_NONE; }
-  bool isScaled() const { return source.w != destination.w || source.h != destination.h; }
-  bool changesNothing() const;
-  // Of a copy that blends.
-  bool showsNothingBehind() const;
-  // Where it may change pixels.
-  SDL_Rect bounds() const;
-  // Whether nothing of what was there before can be seen within the rectangle.
-  bool hides(const SDL_Rect& rect) const;
-};
 
 // Brings a picture up to date by drawing only what has changed: it keeps what a frame draws, compares it with what
 // the last frame drew, and carries out only what touches the difference. The picture is then, pixel for pixel, what
@@ -96,6 +72,8 @@ class TFramePicture {
     int framesUnused = 0;
   };
   TScaled mScaled[2];
+  // What would be drawn if its alpha were not 0, in this frame and in the last one.
+  std::vector<uint64_t> mUnseen, mLastUnseen;
   TDrawCommand mClear;  // of the picture, put off until it is known that it can be seen
   bool mClearDue = false;
   TDirtyRects mChanged;
@@ -109,7 +87,9 @@ class TFramePicture {
   void draw(const SDL_Rect& rect);
   void issue(const TDrawCommand& command) const;
   void issueAll(const TCommands& commands, SDL_Texture* target) const;
-  void scaleBefore(TDrawCommand& command);
+  // Notes it, too.
+  bool isNewlyUnseen(const TDrawCommand& command);
+  TScaled* scaleBefore(TDrawCommand& command);
   void clearIfSeen(const TDrawCommand* next);
   void destroyDying();
 };

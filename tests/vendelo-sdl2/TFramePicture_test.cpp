@@ -2,6 +2,7 @@
 // pictures are the same, pixel for pixel, after each frame.
 #include "vendelo-sdl2/TFramePicture.h"
 
+#include <dlfcn.h>
 #include <gtest/gtest.h>
 #include <algorithm>
 #include <array>
@@ -12,11 +13,23 @@
 #include <vector>
 
 #include "vendelo-sdl2/Drawing.h"
+#include "vendelo-sdl2/PictureFormat.h"
 #include "vendelo-sdl2/TRenderGuard.h"
 #include "vendelo-sdl2/TTexturePtr.h"
 #include "vendelo-sdl2/TextureContent.h"
 
 using namespace vendelo_sdl2;
+
+static int stretched = 0;
+
+// Linked in front of SDL's.
+extern "C" int SDL_SoftStretchLinear(SDL_Surface* from, const SDL_Rect* part, SDL_Surface* to,
+                                     const SDL_Rect* place) {
+  static const auto sdl =
+    reinterpret_cast<decltype(&SDL_SoftStretchLinear)>(dlsym(RTLD_NEXT, "SDL_SoftStretchLinear"));
+  ++stretched;
+  return sdl(from, part, to, place);
+}
 
 namespace {
 
@@ -28,8 +41,13 @@ class World {
  public:
   // Every third one draws onto its window, the others into a back buffer.
   World(unsigned seed, Way way, Uint32 format) : mRandom(seed), mWay(way) {
-    mSurface = SDL_CreateRGBSurfaceWithFormat(0, kWidth, kHeight, 32, format);
-    mpRenderer = SDL_CreateSoftwareRenderer(mSurface);
+    if (seed % 3 == 0) {
+      mWindow = SDL_CreateWindow("", 0, 0, kWidth, kHeight, SDL_WINDOW_HIDDEN);
+      mpRenderer = SDL_CreateRenderer(mWindow, -1, SDL_RENDERER_SOFTWARE);
+    } else {
+      mSurface = SDL_CreateRGBSurfaceWithFormat(0, kWidth, kHeight, 32, format);
+      mpRenderer = SDL_CreateSoftwareRenderer(mSurface);
+    }
     SDL_SetRenderDrawBlendMode(mpRenderer, SDL_BLENDMODE_BLEND);
     SDL_SetRenderDrawColor(mpRenderer, 0, 0, 0, 0);
     if (seed % 3 != 0)
@@ -50,6 +68,7 @@ class World {
     mBack.reset();
     SDL_DestroyRenderer(mpRenderer);
     SDL_FreeSurface(mSurface);
+    if (mWindow) SDL_DestroyWindow(mWindow);
   }
 
   // Something happens, or nothing, and a frame is drawn. The result is its pixels.
@@ -94,8 +113,8 @@ class World {
 
   TTexturePtr picture(int w, int h, bool opaque) {
     // Of those that are opaque some have no alpha at all.
-    const Uint32 format =
-      opaque && number(0, 1) ? Uint32{SDL_PIXELFORMAT_RGB888} : Uint32{SDL_PIXELFORMAT_ARGB8888};
+    const Uint32 withAlpha = number(0, 1) ? SDL_PIXELFORMAT_ARGB8888 : SDL_PIXELFORMAT_ABGR8888;
+    const Uint32 format = opaque && number(0, 1) ? Uint32{SDL_PIXELFORMAT_RGB888} : withAlpha;
     SDL_Surface* surface = SDL_CreateRGBSurfaceWithFormat(0, w, h, 32, format);
     const Uint32 base = mRandom();
     // Often without ink in its first and last rows.
@@ -107,7 +126,7 @@ class World {
         auto* row = reinterpret_cast<Uint32*>(static_cast<Uint8*>(surface->pixels) + y * surface->pitch);
         row[x] = opaque ? mix | 0xff000000u : y >= ink.top && y < ink.end ? mix : mix & 0xffffffu;
       }
-    TTexturePtr texture(SDL_CreateTextureFromSurface(mpRenderer, surface));
+    TTexturePtr texture = MyUtils::TextureOf(mpRenderer, surface);
     SDL_FreeSurface(surface);
     SDL_SetTextureBlendMode(texture.get(), SDL_BLENDMODE_BLEND);
     if (number(0, 1)) SDL_SetTextureScaleMode(texture.get(), SDL_ScaleModeLinear);
@@ -240,6 +259,7 @@ class World {
   std::mt19937 mRandom;
   const Way mWay;
   SDL_Surface* mSurface = nullptr;
+  SDL_Window* mWindow = nullptr;
   SDL_Renderer* mpRenderer = nullptr;
   TTexturePtr mBack;
   std::vector<TTexturePtr> mPictures;
@@ -257,6 +277,8 @@ int framesOf(const char* variable, int otherwise) {
 }
 
 TEST(FramePicture, IsTheSameAsIfAllOfItHadBeenDrawn) {
+  setenv("SDL_VIDEODRIVER", "dummy", 1);
+  ASSERT_EQ(0, SDL_InitSubSystem(SDL_INIT_VIDEO));
   const int worlds = framesOf("FRAME_PICTURE_WORLDS", 24);
   int untouched = 0;
   long drawn = 0;
@@ -280,6 +302,72 @@ TEST(FramePicture, IsTheSameAsIfAllOfItHadBeenDrawn) {
   }
   EXPECT_GT(untouched, 0);
   EXPECT_LT(drawn, 60L * worlds * kWidth * kHeight * 99 / 100);
+}
+
+// A picture that is scaled to the whole size, at one alpha after the other.
+class Faded : public testing::Test {
+ protected:
+  Faded() : mPaper(SDL_CreateRGBSurfaceWithFormat(0, kWidth, kHeight, 32, SDL_PIXELFORMAT_RGB888)) {
+    mpRenderer = SDL_CreateSoftwareRenderer(mPaper.get());
+    const MyUtils::TSurfacePtr small(SDL_CreateRGBSurfaceWithFormat(0, 160, 100, 32, SDL_PIXELFORMAT_ABGR8888));
+    SDL_FillRect(small.get(), nullptr, 0x80402010);
+    mPicture = MyUtils::TextureOf(mpRenderer, small.get());
+    SDL_SetTextureBlendMode(mPicture.get(), SDL_BLENDMODE_BLEND);
+    SDL_SetTextureScaleMode(mPicture.get(), SDL_ScaleModeLinear);
+    stretched = 0;
+  }
+  ~Faded() override {
+    mFrame.end();
+    mPicture.reset();
+    SDL_DestroyRenderer(mpRenderer);
+  }
+
+  // Not drawn at all below 0. The result is how often something has been scaled for it.
+  int frame(int alpha) {
+    const int before = stretched;
+    mFrame.begin(mpRenderer, nullptr);
+    SDL_SetTextureAlphaMod(mPicture.get(), static_cast<Uint8>(std::max(alpha, 0)));
+    const SDL_Rect all{0, 0, kWidth, kHeight};
+    if (alpha >= 0) drawing::Copy(mpRenderer, mPicture.get(), nullptr, &all);
+    mFrame.finish(false);
+    return stretched - before;
+  }
+
+  MyUtils::TSurfacePtr mPaper;
+  SDL_Renderer* mpRenderer = nullptr;
+  TTexturePtr mPicture;
+  TFramePicture mFrame;
+};
+
+TEST_F(Faded, IsScaledOnceAndBeforeItIsSeen) {
+  EXPECT_EQ(1, frame(0));
+  for (int alpha = 1; alpha < 256; ++alpha) ASSERT_EQ(0, frame(alpha)) << alpha;
+  for (int alpha = 254; alpha >= 0; --alpha) ASSERT_EQ(0, frame(alpha)) << alpha;
+}
+
+TEST_F(Faded, IsScaledWhenItIsSeenAtOnce) {
+  EXPECT_EQ(1, frame(200));
+  EXPECT_EQ(0, frame(201));
+}
+
+TEST_F(Faded, StaysScaledForAWhile) {
+  EXPECT_EQ(1, frame(255));
+  for (int i = 0; i < 200; ++i) EXPECT_EQ(0, frame(-1));
+  EXPECT_EQ(0, frame(255));
+  for (int i = 0; i < 400; ++i) EXPECT_EQ(0, frame(-1));
+  EXPECT_EQ(1, frame(255));
+}
+
+TEST_F(Faded, ThatIsNeverSeenIsScaledNoMoreThanOnce) {
+  EXPECT_EQ(1, frame(0));
+  for (int i = 0; i < 1000; ++i) ASSERT_EQ(0, frame(0)) << i;
+  EXPECT_EQ(1, frame(1));
+}
+
+TEST_F(Faded, IsScaledAnewAfterEverythingWasForgotten) {
+  EXPECT_EQ(1, frame(100));
+  mFrame.forget();
+  EXPECT_EQ(1, frame(101));
 }
 
 }  // namespace

@@ -1,0 +1,63 @@
+#include "vendelo-sdl2/WindowBlend.h"
+
+#include <cstring>
+
+#include "vendelo-sdl2/BlendedRows.h"
+#include "vendelo-sdl2/TDirtyRects.h"
+#include "vendelo-sdl2/TTexturePixels.h"
+
+namespace vendelo_sdl2 {
+namespace {
+
+constexpr Uint32 kWindowFormat = SDL_PIXELFORMAT_RGB888;
+
+bool isPlainBlend(const TDrawCommand& c) {
+  const bool white = c.colour.r == 255 && c.colour.g == 255 && c.colour.b == 255;
+  return !c.isClear() && !c.isTurned() && !c.isScaled() && c.blend == SDL_BLENDMODE_BLEND && white &&
+         !c.showsNothingBehind() && int64_t{c.source.w} * c.source.h >= kManyPixels;
+}
+
+// Null where SDL draws in yet another way.
+TBlendedRow rowsOf(Uint32 format, Uint8 alpha) {
+  const bool fades = alpha != 255;
+  if (format == SDL_PIXELFORMAT_ABGR8888) return fades ? fadedSwappedRow : blendedSwappedRow;
+  if (format == SDL_PIXELFORMAT_ARGB8888) return fades ? fadedRow : nullptr;
+  return format == kWindowFormat && fades ? fadedOpaqueRow : nullptr;
+}
+
+// Null where the renderer does not draw into a window's memory now.
+SDL_Surface* windowDrawnInto(SDL_Renderer* renderer) {
+  SDL_RendererInfo info{};
+  SDL_Window* const window = SDL_RenderGetWindow(renderer);
+  if (!window || SDL_GetRenderTarget(renderer) || SDL_GetRendererInfo(renderer, &info) != 0 ||
+      std::strcmp(info.name, "software") != 0)
+    return nullptr;
+  SDL_RenderFlush(renderer);
+  SDL_Surface* const surface = SDL_GetWindowSurface(window);
+  return surface && surface->format->format == kWindowFormat && !SDL_MUSTLOCK(surface) ? surface : nullptr;
+}
+
+}  // namespace
+
+bool blendOntoWindow(SDL_Renderer* renderer, const TDrawCommand& c) {
+  if (!isPlainBlend(c)) return false;
+  const SDL_Surface* const window = windowDrawnInto(renderer);
+  if (!window) return false;
+  const TTexturePixels from(c.texture, c.source);
+  const TBlendedRow blend = from ? rowsOf(from.format(), c.colour.a) : nullptr;
+  if (!blend) return false;
+  SDL_Rect part = common(c.destination, {0, 0, window->w, window->h});
+  if (SDL_RenderIsClipEnabled(renderer)) {
+    SDL_Rect clip{0, 0, 0, 0};
+    SDL_RenderGetClipRect(renderer, &clip);
+    part = common(part, clip);
+  }
+  auto* const first = static_cast<Uint8*>(window->pixels);
+  for (int y = part.y; y < part.y + part.h; ++y) {
+    auto* const to = reinterpret_cast<Uint32*>(first + static_cast<ptrdiff_t>(y) * window->pitch);
+    blend(to + part.x, from.row(y - c.destination.y) + (part.x - c.destination.x), part.w, c.colour.a);
+  }
+  return true;
+}
+
+}  // namespace vendelo_sdl2
