@@ -2,6 +2,7 @@
 #include <SDL_image.h>
 #include <dlfcn.h>
 #include <gtest/gtest.h>
+#include <algorithm>
 #include <cstdlib>
 #include <functional>
 #include <random>
@@ -11,6 +12,7 @@
 #include "tests/support/WidgetHarness.h"
 #include "vendelo-sdl2/MyUtils.h"
 #include "vendelo-sdl2/PictureFormat.h"
+#include "vendelo-sdl2/TTexturePixels.h"
 #include "vendelo-sdl2/TextureContent.h"
 
 using namespace vendelo_sdl2;
@@ -264,6 +266,40 @@ TEST_F(PictureFormat, ALoadedPictureKnowsToo) {
     EXPECT_TRUE(isOpaque(TTexturePtr(MyUtils::LoadTexture(harness.renderer(), folder + "full.png")).get()));
     EXPECT_FALSE(isOpaque(TTexturePtr(MyUtils::LoadTexture(harness.renderer(), folder + "glass.png")).get()));
   }
+}
+
+TEST_F(PictureFormat, ALargePicturesTextureHasItsPixelsWithTheSoftwareDriver) {
+  for (const Uint32 format : {SDL_PIXELFORMAT_ABGR8888, SDL_PIXELFORMAT_ARGB8888, SDL_PIXELFORMAT_RGB888}) {
+    const TSurfacePtr made = noise(format, 150, 100, 5);
+    SDL_SetSurfaceBlendMode(made.get(), SDL_BLENDMODE_ADD);
+    const TTexturePtr texture = MyUtils::TextureOf(harness.renderer(), made.get());
+    SDL_BlendMode mode = SDL_BLENDMODE_NONE;
+    SDL_GetTextureBlendMode(texture.get(), &mode);
+    EXPECT_EQ(SDL_BLENDMODE_ADD, mode);
+    const SDL_Rect part{7, 9, 120, 80};
+    const TTexturePixels pixels(texture.get(), part);
+    ASSERT_TRUE(pixels);
+    EXPECT_EQ(format, pixels.format());
+    for (int y = 0; y < part.h; ++y)
+      ASSERT_TRUE(std::equal(pixels.row(y), pixels.row(y) + part.w, &pixel(made, part.x, part.y + y))) << y;
+  }
+}
+
+TEST_F(PictureFormat, OtherTexturesHaveNone) {
+  const auto hasPixels = [this](const TSurfacePtr& made) {
+    const TTexturePtr texture = MyUtils::TextureOf(harness.renderer(), made.get());
+    return static_cast<bool>(TTexturePixels(texture.get(), {0, 0, made->w, made->h}));
+  };
+  const TSurfacePtr large = noise(SDL_PIXELFORMAT_ARGB8888, 64, 64, 1);
+  EXPECT_TRUE(hasPixels(large));
+  EXPECT_FALSE(hasPixels(noise(SDL_PIXELFORMAT_ARGB8888, 64, 63, 1)));
+  EXPECT_FALSE(hasPixels(noise(SDL_PIXELFORMAT_RGBA8888, 64, 64, 1)));
+  const TSurfacePtr keyed = noise(SDL_PIXELFORMAT_RGB888, 64, 64, 1);
+  SDL_SetColorKey(keyed.get(), SDL_TRUE, 0xff00ff);
+  EXPECT_FALSE(hasPixels(keyed));
+  EXPECT_FALSE(TTexturePixels(MyUtils::LayerOf(harness.renderer(), large.get()).get(), {0, 0, 64, 64}));
+  accelerated = true;
+  EXPECT_FALSE(hasPixels(large));
 }
 
 TEST_F(PictureFormat, LayersAreWhatTheDriverIsFastWith) {

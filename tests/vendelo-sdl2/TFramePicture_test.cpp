@@ -340,6 +340,7 @@ class Faded : public testing::Test {
 };
 
 TEST_F(Faded, IsScaledOnceAndBeforeItIsSeen) {
+  for (int i = 0; i < 400; ++i) EXPECT_EQ(0, frame(-1));
   EXPECT_EQ(1, frame(0));
   for (int alpha = 1; alpha < 256; ++alpha) ASSERT_EQ(0, frame(alpha)) << alpha;
   for (int alpha = 254; alpha >= 0; --alpha) ASSERT_EQ(0, frame(alpha)) << alpha;

@@ -13,7 +13,6 @@
 
 #include "vendelo-sdl2/Drawing.h"
 #include "vendelo-sdl2/PictureFormat.h"
-#include "vendelo-sdl2/TTexturePixels.h"
 #include "vendelo-sdl2/TTexturePtr.h"
 #include "vendelo-sdl2/TextureContent.h"
 
@@ -202,34 +201,6 @@ TEST_F(WindowBlend, LeavesToSdlWhatHasNoWindow) {
     EXPECT_FALSE(blendOntoWindow(renderer, command(drawn.get(), 0, 0)));
   }
   SDL_DestroyRenderer(renderer);
-}
-
-TEST_F(WindowBlend, TexturesOfPicturesHaveTheirPixels) {
-  for (const Uint32 format : {SDL_PIXELFORMAT_ABGR8888, SDL_PIXELFORMAT_ARGB8888, SDL_PIXELFORMAT_RGB888}) {
-    const TSurfacePtr made = picture(format, 150, 100);
-    const TTexturePtr drawn = MyUtils::TextureOf(mpRenderer, made.get());
-    SDL_BlendMode mode = SDL_BLENDMODE_NONE;
-    SDL_GetTextureBlendMode(drawn.get(), &mode);
-    EXPECT_EQ(SDL_BLENDMODE_BLEND, mode);
-    const SDL_Rect part{7, 9, 120, 80};
-    const TTexturePixels pixels(drawn.get(), part);
-    ASSERT_TRUE(pixels);
-    EXPECT_EQ(format, pixels.format());
-    for (int y = 0; y < part.h; ++y) {
-      const auto* row =
-        reinterpret_cast<const Uint32*>(static_cast<const Uint8*>(made->pixels) + (part.y + y) * made->pitch) +
-        part.x;
-      ASSERT_TRUE(std::equal(row, row + part.w, pixels.row(y))) << y;
-    }
-  }
-}
-
-TEST_F(WindowBlend, AColourKeyIsSdls) {
-  const TSurfacePtr made = picture(SDL_PIXELFORMAT_RGB888, 100, 100);
-  SDL_SetColorKey(made.get(), SDL_TRUE, 0xff00ff);
-  const TTexturePtr drawn = MyUtils::TextureOf(mpRenderer, made.get());
-  ASSERT_TRUE(drawn);
-  EXPECT_FALSE(TTexturePixels(drawn.get(), {0, 0, 100, 100}));
 }
 
 }  // namespace
