@@ -132,6 +132,11 @@ void TJackpotsPanel::captureLevel(int id) {
   if (pJackpotHours[id]) pJackpotHours[id]->draw();
 }
 
+void TJackpotsPanel::OnTexturesLost() {
+  TGuiComponent::OnTexturesLost();
+  if (levelStands(mCapturedJackpot)) captureLevel(mCapturedJackpot);
+}
+
 void TJackpotsPanel::calcFinalRect(int phase, SDL_Rect& result) const {
   if (phase == -1)
     result = mPanelRect;

@@ -225,7 +225,7 @@ class Evening {
         return "another size of the window";
       }
       case 17:
-        // The picture of a level that is won is taken once, and no other one is to be had.
+        // The picture of a level that is won is taken anew, with the value that the level has come to meanwhile.
         for (JackpotsData& level : mLevels) level.status = "";
         if (number(0, 1)) backToTheLevels();
         jackpots();

@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <initializer_list>
 #include <set>
+#include <vector>
 
 #include "components/TControlCyphers3.h"
 #include "components/TGlyphLabel.h"
@@ -285,6 +286,34 @@ TEST_F(Jackpots, ThePictureOfTheLevelKeepsItsSoftEdges) {
   EXPECT_EQ(0x00000000u, at(300, -2)) << "nothing around it";
   SDL_SetRenderTarget(renderer, nullptr);
   EXPECT_EQ(1, screen.part(2, "pJackpotFrame")->getBlendMode()) << "the frame itself is blended as before";
+}
+
+TEST_F(Jackpots, ThePictureOfTheLevelIsTakenAnewAfterLostTextures) {
+  start(4);
+  win(2, true);
+  screen.skip(201);
+  SDL_Renderer* renderer = screen.renderer();
+  SDL_Texture* layer = screen.find(kPanel + "JackpotWinPanel")->GetTargetTexture();
+  const auto picture = [&] {
+    std::vector<Uint32> pixels(480 * 270);
+    SDL_SetRenderTarget(renderer, layer);
+    const SDL_Rect middle{140, 580, 480, 270};
+    SDL_RenderReadPixels(renderer, &middle, SDL_PIXELFORMAT_ARGB8888, pixels.data(), 480 * 4);
+    SDL_SetRenderTarget(renderer, nullptr);
+    return pixels;
+  };
+  const auto taken = picture();
+  SDL_SetRenderTarget(renderer, layer);
+  SDL_SetRenderDrawColor(renderer, 255, 0, 255, 255);
+  SDL_RenderClear(renderer);
+  SDL_SetRenderTarget(renderer, nullptr);
+  ASSERT_NE(taken, picture());
+  panel()->OnTexturesLost();
+  EXPECT_EQ(taken, picture());
+  EXPECT_FALSE(screen.part(2, "pJackpotFrame")->isVisible()) << "it flies on";
+  win(2, false);
+  screen.skip(201);
+  panel()->OnTexturesLost();  // and is not taken without a win
 }
 
 TEST_F(Jackpots, AnOverlayHidesTheHistoryAndItsEndShowsItAgain) {
