@@ -9,7 +9,7 @@
 #include "vendelo-sdl2/PictureFormat.h"
 #include "vendelo-sdl2/TTexturePixels.h"
 #include "vendelo-sdl2/TextureContent.h"
-#include "vendelo-sdl2/WindowBlend.h"
+#include "vendelo-sdl2/WindowDrawing.h"
 
 namespace vendelo_sdl2 {
 namespace {
@@ -402,7 +402,7 @@ void TFramePicture::issue(const TDrawCommand& c) const {
     SDL_SetRenderDrawBlendMode(mpRenderer, blend);
     return;
   }
-  if (!blendOntoWindow(mpRenderer, c)) issueCopy(mpRenderer, c);
+  if (!drawOntoWindow(mpRenderer, c)) issueCopy(mpRenderer, c);
 }
 
 void TFramePicture::issueAll(const TCommands& commands, SDL_Texture* target) const {

@@ -12,7 +12,7 @@ MADE = re.compile(r"\b(SDL_(?:Create|Destroy)Texture\w*|IMG_LoadTexture\w*)\(")
 # What carries the calls out, what brings the finished picture to the window, and what fills new textures.
 ALLOWED = {
     "vendelo-sdl2/Drawing.cpp", "vendelo-sdl2/TFramePicture.cpp", "vendelo-sdl2/TDrawCommand.cpp",
-    "vendelo-sdl2/WindowBlend.cpp", "vendelo-sdl2/TTexturePixels.cpp", "vendelo-sdl2/TAppGuiModule.cpp",
+    "vendelo-sdl2/WindowDrawing.cpp", "vendelo-sdl2/TTexturePixels.cpp", "vendelo-sdl2/TAppGuiModule.cpp",
     "vendelo-sdl2/TAppGuiModuleFrame.cpp", "vendelo-sdl2/PictureFormat.cpp",
 }
 MAKER = "vendelo-sdl2/Drawing.cpp"

@@ -1,5 +1,5 @@
 // Each row beside what SDL makes of the same pixels, over a surface of a window's format.
-#include "vendelo-sdl2/BlendedRows.h"
+#include "vendelo-sdl2/DrawnRows.h"
 
 #include <SDL.h>
 #include <gtest/gtest.h>
@@ -19,11 +19,14 @@ using TPixels = std::vector<Uint32>;
 struct Rows {
   const char* name;
   Uint32 format;
-  TBlendedRow row;
+  TDrawnRow row;
   bool isWhole;  // drawn at an alpha of 255
+  SDL_BlendMode mode = SDL_BLENDMODE_BLEND;
 };
 
 constexpr std::array kAll = {
+  Rows{"copied", SDL_PIXELFORMAT_ARGB8888, copiedRow, true, SDL_BLENDMODE_NONE},
+  Rows{"copied", SDL_PIXELFORMAT_RGB888, copiedRow, true, SDL_BLENDMODE_NONE},
   Rows{"blendedSwapped", SDL_PIXELFORMAT_ABGR8888, blendedSwappedRow, true},
   Rows{"faded", SDL_PIXELFORMAT_ARGB8888, fadedRow, false},
   Rows{"fadedSwapped", SDL_PIXELFORMAT_ABGR8888, fadedSwappedRow, false},
@@ -43,7 +46,7 @@ TPixels bySdl(const Rows& rows, TPixels below, TPixels above, Uint8 alpha) {
       SDL_CreateRGBSurfaceWithFormatFrom(pixels.data(), width, 1, 32, width * 4, format), SDL_FreeSurface);
   };
   const auto to = surface(below, SDL_PIXELFORMAT_RGB888), from = surface(above, rows.format);
-  SDL_SetSurfaceBlendMode(from.get(), SDL_BLENDMODE_BLEND);
+  SDL_SetSurfaceBlendMode(from.get(), rows.mode);
   SDL_SetSurfaceAlphaMod(from.get(), alpha);
   EXPECT_EQ(0, SDL_BlitSurface(from.get(), nullptr, to.get(), nullptr));
   return seen(below);
@@ -71,7 +74,7 @@ std::vector<Uint8> alphas(const Rows& rows) {
 }
 
 // Every value of a channel over every other one.
-TEST(BlendedRows, EachChannelOverEachOther) {
+TEST(DrawnRows, EachChannelOverEachOther) {
   TPixels below, above;
   for (Uint32 s = 0; s < 256; ++s)
     for (Uint32 d = 0; d < 256; ++d) {
@@ -81,16 +84,16 @@ TEST(BlendedRows, EachChannelOverEachOther) {
   for (const Rows& rows : kAll)
     for (Uint32 alpha = 0; alpha < 256; ++alpha) {
       // Of the two alphas of a pixel the result knows only the product.
-      const Uint8 ofPicture = rows.format == SDL_PIXELFORMAT_RGB888 ? static_cast<Uint8>(std::min(alpha, 254u))
-                              : rows.isWhole                        ? Uint8{255}
-                                                                    : Uint8{254};
+      const Uint8 ofPicture = rows.isWhole                            ? Uint8{255}
+                              : rows.format == SDL_PIXELFORMAT_RGB888 ? static_cast<Uint8>(std::min(alpha, 254u))
+                                                                      : Uint8{254};
       for (Uint32& pixel : above) pixel = (pixel & 0xffffff) | alpha << 24;
       expectSame(rows, below, above, ofPicture);
       if (HasFatalFailure()) return;
     }
 }
 
-TEST(BlendedRows, EachAlphaOfAPixelWithEachOfThePicture) {
+TEST(DrawnRows, EachAlphaOfAPixelWithEachOfThePicture) {
   std::mt19937 random(7);
   for (const Rows& rows : kAll)
     for (const Uint8 alpha : alphas(rows)) {
@@ -106,7 +109,7 @@ TEST(BlendedRows, EachAlphaOfAPixelWithEachOfThePicture) {
 }
 
 // Four pixels are one step: what is left over is drawn, and nothing beside it is touched.
-TEST(BlendedRows, OfAnyLength) {
+TEST(DrawnRows, OfAnyLength) {
   std::mt19937 random(3);
   for (const Rows& rows : kAll)
     for (int count = 0; count < 20; ++count) {

@@ -1,8 +1,8 @@
-#include "vendelo-sdl2/WindowBlend.h"
+#include "vendelo-sdl2/WindowDrawing.h"
 
 #include <cstring>
 
-#include "vendelo-sdl2/BlendedRows.h"
+#include "vendelo-sdl2/DrawnRows.h"
 #include "vendelo-sdl2/TDirtyRects.h"
 #include "vendelo-sdl2/TTexturePixels.h"
 
@@ -11,15 +11,21 @@ namespace {
 
 constexpr Uint32 kWindowFormat = SDL_PIXELFORMAT_RGB888;
 
-bool isPlainBlend(const TDrawCommand& c) {
+bool isPlain(const TDrawCommand& c) {
   const bool white = c.colour.r == 255 && c.colour.g == 255 && c.colour.b == 255;
-  return !c.isClear() && !c.isTurned() && !c.isScaled() && c.blend == SDL_BLENDMODE_BLEND && white &&
-         !c.showsNothingBehind() && int64_t{c.source.w} * c.source.h >= kManyPixels;
+  return !c.isClear() && !c.isTurned() && !c.isScaled() && white && int64_t{c.source.w} * c.source.h >= kManyPixels;
+}
+
+bool isCopied(const TDrawCommand& c) {
+  return c.blend == SDL_BLENDMODE_NONE ? c.colour.a == 255
+                                       : c.blend == SDL_BLENDMODE_BLEND && c.showsNothingBehind();
 }
 
 // Null where SDL draws in yet another way.
-TBlendedRow rowsOf(Uint32 format, Uint8 alpha) {
-  const bool fades = alpha != 255;
+TDrawnRow rowsOf(Uint32 format, const TDrawCommand& c) {
+  if (isCopied(c)) return format == kWindowFormat || format == SDL_PIXELFORMAT_ARGB8888 ? copiedRow : nullptr;
+  if (c.blend != SDL_BLENDMODE_BLEND) return nullptr;
+  const bool fades = c.colour.a != 255;
   if (format == SDL_PIXELFORMAT_ABGR8888) return fades ? fadedSwappedRow : blendedSwappedRow;
   if (format == SDL_PIXELFORMAT_ARGB8888) return fades ? fadedRow : nullptr;
   return format == kWindowFormat && fades ? fadedOpaqueRow : nullptr;
@@ -39,13 +45,13 @@ SDL_Surface* windowDrawnInto(SDL_Renderer* renderer) {
 
 }  // namespace
 
-bool blendOntoWindow(SDL_Renderer* renderer, const TDrawCommand& c) {
-  if (!isPlainBlend(c)) return false;
+bool drawOntoWindow(SDL_Renderer* renderer, const TDrawCommand& c) {
+  if (!isPlain(c)) return false;
   const SDL_Surface* const window = windowDrawnInto(renderer);
   if (!window) return false;
   const TTexturePixels from(c.texture, c.source);
-  const TBlendedRow blend = from ? rowsOf(from.format(), c.colour.a) : nullptr;
-  if (!blend) return false;
+  const TDrawnRow draw = from ? rowsOf(from.format(), c) : nullptr;
+  if (!draw) return false;
   SDL_Rect part = common(c.destination, {0, 0, window->w, window->h});
   if (SDL_RenderIsClipEnabled(renderer)) {
     SDL_Rect clip{0, 0, 0, 0};
@@ -55,7 +61,7 @@ bool blendOntoWindow(SDL_Renderer* renderer, const TDrawCommand& c) {
   auto* const first = static_cast<Uint8*>(window->pixels);
   for (int y = part.y; y < part.y + part.h; ++y) {
     auto* const to = reinterpret_cast<Uint32*>(first + static_cast<ptrdiff_t>(y) * window->pitch);
-    blend(to + part.x, from.row(y - c.destination.y) + (part.x - c.destination.x), part.w, c.colour.a);
+    draw(to + part.x, from.row(y - c.destination.y) + (part.x - c.destination.x), part.w, c.colour.a);
   }
   return true;
 }

@@ -1,4 +1,4 @@
-#include "vendelo-sdl2/BlendedRows.h"
+#include "vendelo-sdl2/DrawnRows.h"
 
 #include <bit>
 #include <cstdint>
@@ -92,6 +92,10 @@ void eachVisibleFour(Uint32* to, const Uint32* from, int count, const F& mixed) 
 }
 
 }  // namespace
+
+void copiedRow(Uint32* to, const Uint32* from, int count, Uint8) {
+  std::memcpy(to, from, static_cast<size_t>(count) * sizeof *to);
+}
 
 void blendedSwappedRow(Uint32* to, const Uint32* from, int count, Uint8) {
   eachVisibleFour(to, from, count, [](TChannels below, TChannels above) {
