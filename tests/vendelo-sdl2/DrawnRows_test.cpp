@@ -115,7 +115,8 @@ TEST(DrawnRows, OfAnyLength) {
     for (int count = 0; count < 20; ++count) {
       TPixels below(32), above(32);
       for (Uint32& pixel : below) pixel = static_cast<Uint32>(random()) & 0xffffff;
-      for (Uint32& pixel : above) pixel = static_cast<Uint32>(random()) | 0x40000000;
+      // Also of pixels that are not there, one, two or three in a step.
+      for (Uint32& pixel : above) pixel = static_cast<Uint32>(random()) & (random() % 2 ? 0xffffffu : 0xffffffffu);
       const Uint8 alpha = rows.isWhole ? 255 : 200;
       TPixels drawn = below;
       rows.row(drawn.data() + 5, above.data() + 3, count, alpha);

@@ -371,4 +371,35 @@ TEST_F(Faded, IsScaledAnewAfterEverythingWasForgotten) {
   EXPECT_EQ(1, frame(101));
 }
 
+// There is room for one of them to be kept; the other one is scaled by SDL.
+TEST_F(Faded, BesideAnotherOneOfItsKind) {
+  const MyUtils::TSurfacePtr small(SDL_CreateRGBSurfaceWithFormat(0, 100, 100, 32, SDL_PIXELFORMAT_ABGR8888));
+  SDL_FillRect(small.get(), nullptr, 0xc00080ff);
+  const SDL_Rect half{0, 0, 50, 100};
+  SDL_FillRect(small.get(), &half, 0x30ff8000);
+  const TTexturePtr other = MyUtils::TextureOf(mpRenderer, small.get());
+  SDL_SetTextureBlendMode(other.get(), SDL_BLENDMODE_BLEND);
+  SDL_SetTextureScaleMode(other.get(), SDL_ScaleModeLinear);
+  SDL_SetTextureAlphaMod(mPicture.get(), 255);
+  const SDL_Rect all{0, 0, kWidth, kHeight};
+  const auto pixels = [&] {
+    SDL_RenderFlush(mpRenderer);
+    const auto* first = static_cast<const Uint32*>(mPaper->pixels);
+    std::vector<Uint32> seen(first, first + kWidth * kHeight);
+    for (Uint32& pixel : seen) pixel &= 0xffffff;
+    return seen;
+  };
+  SDL_RenderClear(mpRenderer);
+  SDL_RenderCopy(mpRenderer, mPicture.get(), nullptr, &all);
+  SDL_RenderCopy(mpRenderer, other.get(), nullptr, &all);
+  const auto due = pixels();
+  for (int i = 0; i < 2; ++i) {
+    mFrame.begin(mpRenderer, nullptr);
+    drawing::Copy(mpRenderer, mPicture.get(), nullptr, &all);
+    drawing::Copy(mpRenderer, other.get(), nullptr, &all);
+    mFrame.finish(i == 0);
+    EXPECT_TRUE(due == pixels()) << i;
+  }
+}
+
 }  // namespace
