@@ -72,7 +72,7 @@ class TJackpotsPanel : public vendelo_sdl2::TGuiComponent {
   void loadAhead();
   // Moves the captured level while a win is shown.
   void drawLogic() override;
-  // The picture of a level that wins is taken anew.
+  // The picture of a level that wins is taken anew; without a win there is nothing in its layer.
   void OnTexturesLost() override;
 
   // Applies new data, or queues a rebuild when the number of levels has changed. 1 when a rebuild was queued,

@@ -134,7 +134,12 @@ void TJackpotsPanel::captureLevel(int id) {
 
 void TJackpotsPanel::OnTexturesLost() {
   TGuiComponent::OnTexturesLost();
-  if (levelStands(mCapturedJackpot)) captureLevel(mCapturedJackpot);
+  if (!pWinJackpotTexture) return;
+  if (levelStands(mCapturedJackpot)) return captureLevel(mCapturedJackpot);
+  // Its panel may still be shown, where levels have been built anew during a win.
+  TRenderGuard guard(GetRenderer());
+  guard.target(pWinJackpotTexture.get());
+  guard.clear(0, 0, 0, 0);
 }
 
 void TJackpotsPanel::calcFinalRect(int phase, SDL_Rect& result) const {

@@ -302,18 +302,30 @@ TEST_F(Jackpots, ThePictureOfTheLevelIsTakenAnewAfterLostTextures) {
     SDL_SetRenderTarget(renderer, nullptr);
     return pixels;
   };
+  const auto lose = [&] {
+    SDL_SetRenderTarget(renderer, layer);
+    SDL_SetRenderDrawColor(renderer, 255, 0, 255, 255);
+    SDL_RenderClear(renderer);
+    SDL_SetRenderTarget(renderer, nullptr);
+  };
   const auto taken = picture();
-  SDL_SetRenderTarget(renderer, layer);
-  SDL_SetRenderDrawColor(renderer, 255, 0, 255, 255);
-  SDL_RenderClear(renderer);
-  SDL_SetRenderTarget(renderer, nullptr);
+  lose();
   ASSERT_NE(taken, picture());
   panel()->OnTexturesLost();
   EXPECT_EQ(taken, picture());
   EXPECT_FALSE(screen.part(2, "pJackpotFrame")->isVisible()) << "it flies on";
-  win(2, false);
+
+  data.pop_back();  // other levels during the win: nothing has been taken of them
+  for (JackpotsData& level : data) level.status = "";
+  sendData();
   screen.skip(201);
-  panel()->OnTexturesLost();  // and is not taken without a win
+  layer = screen.find(kPanel + "JackpotWinPanel")->GetTargetTexture();
+  ASSERT_TRUE(layer);
+  const auto empty = picture();
+  EXPECT_EQ(empty, std::vector<Uint32>(empty.size()));
+  lose();
+  panel()->OnTexturesLost();
+  EXPECT_EQ(empty, picture());
 }
 
 TEST_F(Jackpots, AnOverlayHidesTheHistoryAndItsEndShowsItAgain) {
