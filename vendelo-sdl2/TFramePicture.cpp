@@ -28,7 +28,7 @@ bool refersTo(const std::vector<TDrawCommand>& commands, const SDL_Texture* text
   return std::any_of(commands.begin(), commands.end(), [texture](const auto& c) { return c.texture == texture; });
 }
 
-// As SDL's software driver does for a copy.
+// As SDL's software driver does for a copy. False, and nothing done, where one of them has no pixels.
 bool stretch(SDL_Texture* from, const SDL_Rect& part, SDL_Texture* to, const SDL_Rect& size) {
   const auto surfaceOf = [](const TTexturePixels& pixels, const SDL_Rect& of) {
     return MyUtils::TSurfacePtr(
@@ -208,16 +208,18 @@ TFramePicture::TScaled* TFramePicture::scaleBefore(TDrawCommand& c) {
   if (mScalesByParts || c.isTurned() || !c.isScaled() || c.blend != blends || mode == SDL_ScaleModeNearest ||
       int64_t{to.w} * to.h < large || !contains(mSize, to))
     return nullptr;
-  Uint32 format = 0, own = 0;
-  int access = 0;
+  Uint32 format = 0, ownFormat = 0;
+  int access = 0, ownAccess = 0;
   SDL_QueryTexture(c.texture, &format, &access, nullptr, nullptr);
+  // What has no pixels is scaled by SDL.
+  if (access != SDL_TEXTUREACCESS_STREAMING) access = SDL_TEXTUREACCESS_TARGET;
   TScaled& taken = mScaled[SDL_ISPIXELFORMAT_ALPHA(format) ? 1 : 0];
-  if (taken.isUsed || access != SDL_TEXTUREACCESS_STREAMING) return nullptr;
+  if (taken.isUsed) return nullptr;
   TTexturePtr& scaled = taken.texture;
   SDL_Rect size{0, 0, 0, 0};
-  if (scaled) SDL_QueryTexture(scaled.get(), &own, nullptr, &size.w, &size.h);
-  if (own != format || size.w != to.w || size.h != to.h) {
-    scaled.reset(drawing::Create(mpRenderer, format, SDL_TEXTUREACCESS_STREAMING, to.w, to.h));
+  if (scaled) SDL_QueryTexture(scaled.get(), &ownFormat, &ownAccess, &size.w, &size.h);
+  if (ownFormat != format || ownAccess != access || size.w != to.w || size.h != to.h) {
+    scaled.reset(drawing::Create(mpRenderer, format, access, to.w, to.h));
     if (!scaled) return nullptr;
     SDL_SetTextureBlendMode(scaled.get(), blends);
   }
@@ -230,9 +232,12 @@ TFramePicture::TScaled* TFramePicture::scaleBefore(TDrawCommand& c) {
   const uint64_t content = (mixed(format, scaling) & ~kFactBits) |
                            (SDL_ISPIXELFORMAT_ALPHA(format) ? inkBits({ink.y, ink.y + ink.h}, to.h) : kOpaqueBit);
   if (contentOf(scaled.get()) != content) {
-    const bool done = stretch(c.texture, c.source, scaled.get(), scaling.destination);
-    setContent(scaled.get(), done ? content : freshContent());
-    if (!done) return nullptr;
+    if (!stretch(c.texture, c.source, scaled.get(), scaling.destination)) {
+      if (access != SDL_TEXTUREACCESS_TARGET) return nullptr;
+      SDL_SetRenderTarget(mpRenderer, scaled.get());
+      issueCopy(mpRenderer, scaling);
+    }
+    setContent(scaled.get(), content);
     taken.framesUnused = 0;
   }
   c.texture = scaled.get();

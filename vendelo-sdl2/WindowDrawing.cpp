@@ -1,8 +1,7 @@
 #include "vendelo-sdl2/WindowDrawing.h"
 
-#include <cstring>
-
 #include "vendelo-sdl2/DrawnRows.h"
+#include "vendelo-sdl2/PictureFormat.h"
 #include "vendelo-sdl2/TDirtyRects.h"
 #include "vendelo-sdl2/TTexturePixels.h"
 
@@ -31,13 +30,10 @@ TDrawnRow rowsOf(Uint32 format, const TDrawCommand& c) {
   return format == kWindowFormat && fades ? fadedOpaqueRow : nullptr;
 }
 
-// Null where the renderer does not draw into a window's memory now.
+// Null where the renderer does not draw into a window's memory.
 SDL_Surface* windowDrawnInto(SDL_Renderer* renderer) {
-  SDL_RendererInfo info{};
   SDL_Window* const window = SDL_RenderGetWindow(renderer);
-  if (!window || SDL_GetRenderTarget(renderer) || SDL_GetRendererInfo(renderer, &info) != 0 ||
-      std::strcmp(info.name, "software") != 0)
-    return nullptr;
+  if (!window || MyUtils::HasTextureMemory(renderer)) return nullptr;
   SDL_RenderFlush(renderer);
   SDL_Surface* const surface = SDL_GetWindowSurface(window);
   return surface && surface->format->format == kWindowFormat && !SDL_MUSTLOCK(surface) ? surface : nullptr;
@@ -46,12 +42,11 @@ SDL_Surface* windowDrawnInto(SDL_Renderer* renderer) {
 }  // namespace
 
 bool drawOntoWindow(SDL_Renderer* renderer, const TDrawCommand& c) {
-  if (!isPlain(c)) return false;
-  const SDL_Surface* const window = windowDrawnInto(renderer);
-  if (!window) return false;
+  if (!isPlain(c) || SDL_GetRenderTarget(renderer)) return false;
   const TTexturePixels from(c.texture, c.source);
   const TDrawnRow draw = from ? rowsOf(from.format(), c) : nullptr;
-  if (!draw) return false;
+  const SDL_Surface* const window = draw ? windowDrawnInto(renderer) : nullptr;
+  if (!window) return false;
   SDL_Rect part = common(c.destination, {0, 0, window->w, window->h});
   if (SDL_RenderIsClipEnabled(renderer)) {
     SDL_Rect clip{0, 0, 0, 0};

@@ -402,4 +402,24 @@ TEST_F(Faded, BesideAnotherOneOfItsKind) {
   }
 }
 
+// A ground of a few pixels: what changes on it is all that is drawn.
+TEST_F(Faded, OnASmallGroundOnlyTheChangeIsDrawn) {
+  const MyUtils::TSurfacePtr few(SDL_CreateRGBSurfaceWithFormat(0, 16, 16, 32, SDL_PIXELFORMAT_RGB888));
+  const TTexturePtr ground = MyUtils::TextureOf(mpRenderer, few.get());
+  SDL_SetTextureBlendMode(ground.get(), SDL_BLENDMODE_BLEND);
+  SDL_SetTextureScaleMode(ground.get(), SDL_ScaleModeLinear);
+  const SDL_Rect all{0, 0, kWidth, kHeight};
+  for (int x = 0; x < 3; ++x) {
+    mFrame.begin(mpRenderer, nullptr);
+    drawing::Copy(mpRenderer, ground.get(), nullptr, &all);
+    const SDL_Rect part{0, 0, 10, 10}, place{100 + x, 20, 10, 10};
+    SDL_SetTextureAlphaMod(mPicture.get(), 255);
+    drawing::Copy(mpRenderer, mPicture.get(), &part, &place);
+    const TDirtyRects& changed = mFrame.finish(false);
+    if (x == 0) continue;
+    EXPECT_FALSE(changed.isWhole()) << x;
+    EXPECT_EQ(1u, changed.rects().size()) << x;
+  }
+}
+
 }  // namespace
